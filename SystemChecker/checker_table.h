@@ -1,0 +1,24 @@
+// The checkers in the order in which they run.
+#pragma once
+
+#include "SystemChecker/checkers.h"
+
+namespace VELA::SystemHealth {
+
+using Checker = std::optional<CheckerRule> (*)(const SystemInfoHandler&);
+
+// The order decides between findings of the same priority.
+inline constexpr Checker kCheckers[] = {
+    VolumeUsageChecker,             // internal volumes short of space or inodes
+    ExternalVolumeChecker,          // USB, SD-card and eSATA volumes short of space
+    DiskStatusChecker,              // crashed and disconnected disks
+    StorageManagerOverviewChecker,  // the storage manager's overall verdict
+    UpsStatusChecker,               // on battery, battery low
+    EnclosureStatusChecker,         // reports nothing
+    SystemStatusChecker,            // fans, supplies, temperature, services, system volume
+    EboxStatusChecker,              // fans and supplies of expansion units
+    HAStatusChecker,                // a cluster in trouble
+    SANStatusChecker,               // crashed LUNs, LUNs running out of space
+};
+
+}  // namespace VELA::SystemHealth

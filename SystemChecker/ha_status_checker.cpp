@@ -1,0 +1,26 @@
+#include <algorithm>
+#include <array>
+
+#include <velac.h>
+
+#include "SystemChecker/checkers.h"
+#include "common/text.h"
+
+namespace VELA::SystemHealth {
+
+// The one checker that asks the platform itself: a cluster's state is asked for only
+// where a cluster runs, and at the time of the check.
+std::optional<CheckerRule> HAStatusChecker(const SystemInfoHandler&) {
+  if (VELAHAIsRunning() == 0) return std::nullopt;
+
+  char status[1024] = {};
+  VELAHAGetOverviewStatusDL(status, sizeof status);
+  constexpr std::array trouble = {"danger", "warning", "empty_passive"};
+  if (std::find(trouble.begin(), trouble.end(), TextOf(status)) == trouble.end())
+    return std::nullopt;
+
+  return CheckerRule(CheckerRuleType::Warning, 0.5, "ha_status_warning", "widget",
+                     "desc_ha_abnormal");
+}
+
+}  // namespace VELA::SystemHealth

@@ -1,0 +1,3 @@
+#include <vela_api.h>
+
+void VELA::APIResponse::SetSuccess(const Json::Value&) {}

@@ -1,0 +1,121 @@
+// platform_costs: the platform's reads beside the same reads done bare, in alternation,
+// and the start of a program from a small and from a large process.
+// platform_costs SIDE COUNT: one side only, for strace to count.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "benchmarks/linux/sides.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Side = void (*)();
+
+const std::map<std::string, Side> kSides = {
+    {"network", RequestNetwork},   {"bare-network", BareNetwork}, {"storage", RequestStorage},
+    {"bare-storage", BareStorage}, {"spawn", RequestSpawn},       {"fork", BareFork}};
+
+double Microseconds(Side side) {
+  const auto start = Clock::now();
+  side();
+  return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+}
+
+double Median(std::vector<double>& times) {
+  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+  std::nth_element(times.begin(), middle, times.end());
+  return *middle;
+}
+
+// Alternating, so that whatever else the machine does meets both.
+void Compare(const char* what, Side one, Side other, int rounds) {
+  std::vector<double> first, second;
+  for (int i = 0; i < rounds; ++i) {
+    first.push_back(Microseconds(one));
+    second.push_back(Microseconds(other));
+  }
+  const double a = Median(first), b = Median(second);
+  std::printf("%-46s %9.1f us / %9.1f us = %6.3f\n", what, a, b, a / b);
+}
+
+// A process of a given resident size that measures a side whenever it is told to.
+class Sized {
+ public:
+  Sized(std::size_t size, Side side) {
+    int tell[2], told[2];
+    if (pipe2(tell, O_CLOEXEC) != 0 || pipe2(told, O_CLOEXEC) != 0) std::abort();
+    if (fork() == 0) Serve(size, side, tell[0], told[1]);
+    tell_ = tell[1];
+    told_ = told[0];
+  }
+  ~Sized() {
+    char stop = 0;
+    if (write(tell_, &stop, 1) != 1) std::abort();
+    wait(nullptr);
+  }
+  Sized(const Sized&) = delete;
+  Sized& operator=(const Sized&) = delete;
+
+  double Measure() const {
+    char go = 1;
+    double time = 0;
+    if (write(tell_, &go, 1) != 1 || read(told_, &time, sizeof time) != sizeof time) std::abort();
+    return time;
+  }
+
+ private:
+  [[noreturn]] static void Serve(std::size_t size, Side side, int tell, int told) {
+    void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) std::abort();
+    madvise(memory, size, MADV_NOHUGEPAGE);  // as a heap that grew bit by bit
+    std::memset(memory, 1, size);
+    for (char go = 0; read(tell, &go, 1) == 1 && go == 1;) {
+      const double time = Microseconds(side);
+      if (write(told, &time, sizeof time) != sizeof time) break;
+    }
+    _exit(0);
+  }
+
+  int tell_ = -1, told_ = -1;
+};
+
+void CompareSizes(const char* what, Side side, int rounds) {
+  const Sized small(std::size_t{8} << 20, side), large(std::size_t{1} << 30, side);
+  std::vector<double> first, second;
+  for (int i = 0; i < rounds; ++i) {
+    first.push_back(large.Measure());
+    second.push_back(small.Measure());
+  }
+  const double a = Median(first), b = Median(second);
+  std::printf("%-46s %9.1f us / %9.1f us = %6.3f\n", what, a, b, a / b);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc == 3 && kSides.contains(argv[1])) {
+    for (int i = std::atoi(argv[2]); i > 0; --i) kSides.at(argv[1])();
+    return 0;
+  }
+  if (argc != 1) {
+    std::fprintf(stderr, "usage: platform_costs [SIDE COUNT]; the sides:");
+    for (const auto& [name, side] : kSides) std::fprintf(stderr, " %s", name.c_str());
+    std::fprintf(stderr, "\n");
+    return 64;
+  }
+  Compare("network: request / bare dumps", RequestNetwork, BareNetwork, 2001);
+  Compare("storage: request / bare reads", RequestStorage, BareStorage, 2001);
+  CompareSizes("starting a program: 1 GiB / 8 MiB resident", RequestSpawn, 1001);
+  CompareSizes("fork and exec, for comparison: 1 GiB / 8 MiB", BareFork, 41);
+}

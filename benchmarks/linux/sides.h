@@ -1,0 +1,12 @@
+// The two sides of each comparison. Each function does one request's worth.
+#pragma once
+
+// Through the platform interface, as one request asks.
+void RequestNetwork();
+void RequestStorage();
+void RequestSpawn();
+
+// The same from the kernel with nothing in between: no parsing, no allocation.
+void BareNetwork();
+void BareStorage();
+void BareFork();  // fork and exec, the other way to start a program

@@ -1,0 +1,37 @@
+// Access to JSON of unknown shape. The library asserts, throws or allocates on several
+// of these questions; here every odd document has a plain answer.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <json/value.h>
+
+namespace VELA::SystemHealth {
+
+// The member of an object; null for anything that is not an object or lacks it.
+const Json::Value* Member(const Json::Value& value, const char* name);
+
+// The name of the member that an iterator over an object stands at.
+std::string_view MemberName(const Json::ValueConstIterator& member);
+
+// The text of a string; "" for any other value.
+std::string TextOf(const Json::Value& value);
+
+// The member's text; "" unless it is a string.
+std::string TextMember(const Json::Value& value, const char* name);
+
+// The member as a count of bytes; 0 unless it is a number within 64 unsigned bits.
+// Fractions are dropped.
+std::uint64_t SizeMember(const Json::Value& value, const char* name);
+
+// Parses `text` into `value`, which stays as it was when `text` is not a JSON
+// document or is nested deeper than the parser allows (1,000 levels).
+enum class Comments { Skip, Collect };
+bool ParseJson(std::string_view text, Comments comments, Json::Value& value);
+
+// Reads and parses a regular file of at most 16 MiB. False on any failure.
+bool ReadJsonFile(const char* path, Json::Value& value);
+
+}  // namespace VELA::SystemHealth

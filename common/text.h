@@ -1,0 +1,16 @@
+// Text at the border to the platform.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace VELA::SystemHealth {
+
+// The text of a fixed field: up to its first NUL, or all of it when there is none.
+template <std::size_t Size>
+std::string_view TextOf(const char (&field)[Size]) {
+  return {field, strnlen(field, Size)};
+}
+
+}  // namespace VELA::SystemHealth

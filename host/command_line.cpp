@@ -1,0 +1,120 @@
+#include "host/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <iostream>
+
+#include "host/diff_command.h"
+#include "host/explain_command.h"
+#include "host/failure.h"
+#include "host/findings_command.h"
+#include "host/serve_command.h"
+#include "host/status_command.h"
+
+namespace vela::host {
+namespace {
+
+constexpr const char* kDescription =
+    "Is this machine healthy, and if not, which one thing matters most?";
+constexpr const char* kFooter =
+    "Exit state: 0 healthy, 1 a warning or notice, 2 danger, 3 healthy as far as could\n"
+    "be read, 64 and up when the question could not be asked.";
+
+void AddCommonOptions(CLI::App& app, CommonOptions& options) {
+  app.add_option("--platform", options.platform,
+                 "linux (this machine), simulator, or a platform library's path")
+      ->envname("VELA_HEALTH_PLATFORM");
+  app.add_option("--module", options.module, "The health module's path")
+      ->envname("VELA_HEALTH_MODULE");
+  app.add_option("--scenario", options.scenario,
+                 "Ask a simulated machine: the name of a shipped scenario, or a folder");
+  app.add_option("--lang", options.language, "en, de, fr, es, ja or zh-CN");
+  app.add_flag("--json", options.json, "Print the answer as JSON and nothing else");
+}
+
+class CommandLine {
+ public:
+  CommandLine() : app_(kDescription, "vela-health") {
+    app_.footer(kFooter);
+    app_.set_version_flag("--version", "vela-health " VELA_VERSION);
+    app_.fallthrough();
+    app_.require_subcommand(0, 1);
+    AddCommonOptions(app_, common_);
+    Add("status", "The most urgent finding and what to do about it (the default)",
+        [](Session& session) { return RunStatus(session); });
+    Add("explain", "What each check saw and found, and why the most urgent one won",
+        [](Session& session) { return RunExplain(session); });
+    AddDiff();
+    AddFindings();
+    AddServe();
+  }
+
+  int Run(int count, const char* const* arguments) {
+    try {
+      app_.parse(count, arguments);
+    } catch (const CLI::ParseError& error) {
+      const bool helped = app_.exit(error) == 0;  // prints help or what is wrong
+      return helped ? kHealthy : kUsage;
+    }
+    Session session(common_);
+    return command_(session);
+  }
+
+ private:
+  using Command = std::function<ExitStatus(Session&)>;
+
+  CLI::App* Add(const char* name, const char* description, const Command& command) {
+    CLI::App* sub = app_.add_subcommand(name, description);
+    sub->callback([this, command] { command_ = command; });
+    return sub;
+  }
+
+  void AddDiff() {
+    CLI::App* diff =
+        Add("diff", "The verdicts of two scenarios or saved answers side by side",
+            [this](Session& session) { return RunDiff(session, sides_[0], sides_[1]); });
+    diff->add_option("machines", sides_, "Two scenarios, or files that --json wrote")
+        ->expected(2)
+        ->required();
+  }
+
+  void AddFindings() {
+    CLI::App* findings =
+        Add("findings", "Every finding that can occur: meaning, what to do, where to look",
+            [this](Session& session) { return RunFindings(session, markdown_); });
+    findings->add_flag("--markdown", markdown_, "As a page of documentation");
+  }
+
+  void AddServe() {
+    CLI::App* serve = Add("serve", "Serve the answer over HTTP until stopped",
+                          [this](Session& session) { return RunServe(session, serve_); });
+    serve->add_option("--listen", serve_.listen, "ADDR:PORT, by default 127.0.0.1:8480");
+    serve->add_option("--port", serve_.port, "The port alone; 0 takes any free one")
+        ->check(CLI::Range(0, 65535));
+    serve->add_flag("--allow-remote", serve_.allowRemote,
+                    "Listen on addresses that other machines reach");
+  }
+
+  CLI::App app_;
+  CommonOptions common_;
+  ServeOptions serve_;
+  std::vector<std::string> sides_;
+  bool markdown_ = false;
+  Command command_ = [](Session& session) { return RunStatus(session); };
+};
+
+}  // namespace
+
+int RunCommandLine(int count, const char* const* arguments) {
+  try {
+    return CommandLine().Run(count, arguments);
+  } catch (const Failure& failure) {
+    std::cerr << "vela-health: " << failure.what() << '\n';
+    return failure.Status();
+  } catch (const std::bad_alloc&) {
+    std::cerr << "vela-health: out of memory\n";
+    return kInternal;
+  }
+}
+
+}  // namespace vela::host

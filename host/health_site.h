@@ -1,0 +1,33 @@
+// What vela-health serves.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "host/host.h"
+#include "host/http.h"
+#include "host/metrics.h"
+#include "host/static_files.h"
+
+namespace vela::host {
+
+class HealthSite : public Site {
+ public:
+  // `host` lives as long as the site; `data` holds the page. Throws Failure.
+  HealthSite(const Host& host, SimulatedMachine machine, const std::filesystem::path& data);
+
+  bool MayWait(std::string_view path) const override;
+  HttpAnswer Answer(const HttpRequest& request) const override;
+
+ private:
+  HttpAnswer AnswerFile(const StaticFile& file) const;
+  HttpAnswer AnswerApi(std::string_view path) const;
+  HttpAnswer NoSuchMethod(std::string_view path) const;
+
+  const Host& host_;
+  const SimulatedMachine machine_;
+  const StaticFiles files_;
+  const Metrics metrics_;
+};
+
+}  // namespace vela::host

@@ -1,0 +1,32 @@
+// What Prometheus reads at /metrics.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "host/host.h"
+
+namespace vela::host {
+
+// Thread-safe. The answer times add up over the life of the process; everything else is
+// asked afresh for each scrape.
+class Metrics {
+ public:
+  Metrics();
+  ~Metrics();
+  Metrics(const Metrics&) = delete;
+  Metrics& operator=(const Metrics&) = delete;
+
+  // One health answer was given.
+  void Answered(std::chrono::steady_clock::duration took) const;
+
+  // The text exposition format. Throws what Host::Ask throws.
+  std::string Scrape(const Host& host, const SimulatedMachine& machine) const;
+
+ private:
+  struct State;
+  const std::unique_ptr<State> state_;
+};
+
+}  // namespace vela::host

@@ -1,0 +1,13 @@
+// The three questions that the module puts to the C library rather than to the
+// platform: host name, uptime and the bytes of one file. This executable exports them.
+#pragma once
+
+struct VELAOperatingSystem;
+
+namespace vela::host {
+
+// From now on `answers` is asked first; null: the real machine. Call it before any
+// thread starts.
+void AnswerForOperatingSystem(const VELAOperatingSystem* answers);
+
+}  // namespace vela::host

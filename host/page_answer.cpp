@@ -1,0 +1,39 @@
+#include "host/page_answer.h"
+
+#include "host/explanation.h"
+#include "host/response.h"
+#include "host/verdict.h"
+
+namespace vela::host {
+namespace {
+
+Json::Value SourcesOf(const Reply& reply) {
+  Json::Value sources(Json::arrayValue);
+  for (const VELASourceReport& report : reply.sources) {
+    Json::Value source;
+    source["name"] = report.name;
+    source["state"] = StateName(report);
+    source["reason"] = report.reason;
+    source["microseconds"] = report.microseconds;
+    sources.append(std::move(source));
+  }
+  return sources;
+}
+
+Json::Value FurtherFindings(const Host& host, const SimulatedMachine& machine) {
+  Json::Value findings(Json::arrayValue);
+  const auto results = MostUrgentFirst(AskExplanation(host, machine));
+  for (std::size_t i = 1; i < results.size(); ++i) findings.append(results[i].rule);
+  return findings;
+}
+
+}  // namespace
+
+std::string PageAnswer(const Host& host, const SimulatedMachine& machine) {
+  const Reply reply = host.Ask(HealthMethod(host), machine);
+  return "{\"answer\":" + reply.document +
+         ",\"findings\":" + OneLine(FurtherFindings(host, machine)) +
+         ",\"sources\":" + OneLine(SourcesOf(reply)) + "}";
+}
+
+}  // namespace vela::host

@@ -1,0 +1,15 @@
+// What the page asks for: the document of "get" with what stands beside it.
+#pragma once
+
+#include <string>
+
+#include "host/host.h"
+
+namespace vela::host {
+
+// {"answer": the document as it is, "sources": [{"name", "state": "read", "failed" or
+// "absent", "reason", "microseconds"}], "findings": the rules after the winner, most urgent
+// first}. Throws what Host::Ask throws.
+std::string PageAnswer(const Host& host, const SimulatedMachine& machine);
+
+}  // namespace vela::host

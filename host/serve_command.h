@@ -1,0 +1,23 @@
+// vela-health serve: the API over HTTP until SIGTERM or SIGINT.
+#pragma once
+
+#include <string>
+
+#include "host/failure.h"
+#include "host/session.h"
+
+namespace vela::host {
+
+struct ServeOptions {
+  std::string listen;  // as for ParseListenAddress
+  int port = -1;       // in place of the one in `listen`; negative: not given
+  bool allowRemote = false;
+};
+
+// Says its address on standard output. Throws Failure.
+ExitStatus RunServe(Session& session, const ServeOptions& options);
+
+// Keeps both signals for RunServe; call it before any thread starts.
+void HoldStopSignals();
+
+}  // namespace vela::host

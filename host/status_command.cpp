@@ -1,0 +1,57 @@
+#include "host/status_command.h"
+
+#include <iostream>
+
+#include "host/advice.h"
+#include "host/render.h"
+#include "host/sources_line.h"
+#include "host/terminal.h"
+#include "host/verdict.h"
+
+namespace vela::host {
+namespace {
+
+std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& texts) {
+  std::string line = SourcesLine(reply.sources, texts);
+  if (!answer.hostname.empty()) line += " · " + Harmless(answer.hostname);
+  const std::string uptime = UptimeInWords(answer.uptime, texts);
+  if (!uptime.empty()) line += " · " + texts.Ui("up", uptime);
+  return line;
+}
+
+void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
+  const Style style = Style::ForStandardOutput();
+  const Verdict verdict = VerdictOf(answer.rule);
+  const bool incomplete = verdict == Verdict::Well && Count(reply.sources).failed > 0;
+  if (incomplete) {
+    std::cout << style.Severity(Verdict::Notice, texts.Ui("incomplete")) << '\n';
+  } else {
+    std::cout << style.Severity(verdict, texts.Ui(NameOf(verdict))) << texts.Of("common:colon")
+              << ' ' << style.Bold(Sentence(answer.rule, texts)) << '\n';
+  }
+  if (verdict != Verdict::Well) {
+    std::cout << "  " << texts.Ui("do") << texts.Of("common:colon") << ' '
+              << Advice(answer.rule, "do", texts) << '\n';
+  }
+  for (const std::string& line : FailedSources(reply.sources, texts)) {
+    std::cout << "  " << line << '\n';
+  }
+  std::cout << "  " << style.Faint(MachineLine(answer, reply, texts)) << std::endl;
+}
+
+}  // namespace
+
+ExitStatus RunStatus(Session& session) {
+  const SimulatedMachine machine = session.Machine();
+  const Host& host = session.GetHost();
+  const Reply reply = host.Ask(HealthMethod(host), machine);
+  const Answer answer = ParseAnswer(reply.document);
+  if (session.Options().json) {
+    std::cout << reply.document << std::endl;
+  } else {
+    Print(answer, reply, session.GetTexts());
+  }
+  return StatusOf(VerdictOf(answer.rule), Count(reply.sources));
+}
+
+}  // namespace vela::host

@@ -1,0 +1,67 @@
+// A second module over the same collectors and checkers: where the health module
+// answers with the winner alone, this one lists what every checker saw and found.
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+#include "SystemChecker/checker_table.h"
+#include "SystemInfo/system_info_handler.h"
+#include "common/log.h"
+#include "module/explain/inputs.h"
+#include "vela_api.h"
+
+namespace VELA::SystemHealth::Explain {
+namespace {
+
+struct Row {
+  const char* name;
+  Checker check;
+  Json::Value (*inputs)(const SystemInfoHandler& info);
+};
+
+constexpr Row kRows[] = {
+    {"volume usage", VolumeUsageChecker, VolumeUsageInputs},
+    {"external volumes", ExternalVolumeChecker, ExternalVolumeInputs},
+    {"disks", DiskStatusChecker, DiskStatusInputs},
+    {"storage overview", StorageManagerOverviewChecker, StorageOverviewInputs},
+    {"UPS", UpsStatusChecker, UpsInputs},
+    {"enclosures", EnclosureStatusChecker, EnclosureInputs},
+    {"system status", SystemStatusChecker, SystemStatusInputs},
+    {"expansion units", EboxStatusChecker, ExpansionUnitInputs},
+    {"high availability", HAStatusChecker, ClusterInputs},
+    {"SAN", SANStatusChecker, SanInputs},
+};
+
+// The order decides between equal priorities: row by row, these are the health module's own.
+constexpr bool MatchesTheTable() {
+  return std::equal(std::begin(kRows), std::end(kRows), std::begin(kCheckers), std::end(kCheckers),
+                    [](const Row& row, Checker checker) { return row.check == checker; });
+}
+static_assert(MatchesTheTable(), "a checker has no row here, or they stand in another order");
+
+void Get(VELA::APIRequest*, VELA::APIResponse* response) {
+  const SystemInfoHandler info;
+  Json::Value document;
+  for (const Row& row : kRows) {
+    Json::Value checker;
+    checker["name"] = row.name;
+    checker["saw"] = row.inputs(info);
+    const std::optional<CheckerRule> rule = row.check(info);
+    checker["rule"] = rule ? rule->ToJson() : Json::Value();
+    document["checkers"].append(std::move(checker));
+  }
+  response->SetSuccess(document);
+}
+
+constexpr VELA::APIMethodRow kTable[] = {{"VELA.Core.System.SystemHealth.Explain", 1, "get", Get},
+                                         {}};
+
+}  // namespace
+}  // namespace VELA::SystemHealth::Explain
+
+extern "C" __attribute__((visibility("default"))) const VELA::APIMethodRow* GetAPITable(void) {
+  return VELA::SystemHealth::Explain::kTable;
+}
+
+// The health module has logged the same failures already.
+void VELA::SystemHealth::WriteSystemLog(int, const char*) {}

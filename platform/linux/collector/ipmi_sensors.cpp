@@ -1,0 +1,96 @@
+#include "platform/linux/collector/ipmi_sensors.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace vela::linuxplatform {
+namespace {
+
+struct Sensor {
+  std::string_view name, type, state, reading, events;
+};
+
+bool Has(std::string_view text, std::string_view words) {
+  return text.find(words) != std::string_view::npos;
+}
+
+// The last field of `rest`, which loses it.
+std::string_view TakeLast(std::string_view& rest) {
+  const std::size_t comma = rest.rfind(',');
+  const std::string_view last = rest.substr(comma == std::string_view::npos ? 0 : comma + 1);
+  rest = rest.substr(0, comma == std::string_view::npos ? 0 : comma);
+  return last;
+}
+
+// Names and events may hold commas themselves; nothing else does.
+std::optional<Sensor> ParseLine(std::string_view line) {
+  const std::size_t record = line.find(','), quoted = line.find(",'");
+  if (record == std::string_view::npos) return {};
+  Sensor sensor;
+  std::string_view rest = line.substr(record + 1);
+  if (quoted != std::string_view::npos && quoted > record) {
+    sensor.events = line.substr(quoted + 1);
+    rest = line.substr(record + 1, quoted - record - 1);
+  } else {
+    sensor.events = TakeLast(rest);
+  }
+  TakeLast(rest);  // the unit
+  sensor.reading = TakeLast(rest);
+  sensor.state = TakeLast(rest);
+  sensor.type = TakeLast(rest);
+  sensor.name = rest;
+  if (sensor.name.empty()) return {};
+  return sensor;
+}
+
+const char* SupplyState(const Sensor& sensor) {
+  if (Has(sensor.events, "input lost")) return "input_lost";
+  if (Has(sensor.events, "Power Supply Failure detected") || sensor.state == "Critical")
+    return "failed";
+  return Has(sensor.events, "Presence detected") ? "ok" : "absent";
+}
+
+const char* FanState(const Sensor& sensor) {
+  if (sensor.state == "Critical") return "failed";
+  return sensor.state == "N/A" ? "unknown" : "ok";
+}
+
+// Too cold is critical to the controller, and no warning of heat.
+const char* TemperatureState(const Sensor& sensor) {
+  if (sensor.state == "Critical") return Has(sensor.events, "Lower") ? "unknown" : "critical";
+  return sensor.state == "N/A" ? "unknown" : "ok";
+}
+
+void Add(Json::Value& list, const Sensor& sensor, const char* state) {
+  Json::Value entry(Json::objectValue);
+  std::string name(sensor.name);
+  std::ranges::replace_if(
+      name, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
+  entry["name"] = name;
+  entry["state"] = state;
+  list.append(std::move(entry));
+}
+
+}  // namespace
+
+Json::Value ParseIpmiSensors(std::string_view text) {
+  Json::Value members(Json::objectValue);
+  for (const char* list : {"supplies", "fans", "temperatures"})
+    members[list] = Json::Value(Json::arrayValue);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const auto sensor = ParseLine(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+    // What tells of redundancy tells of no single part.
+    if (!sensor || Has(sensor->events, "edundan")) continue;
+    if (sensor->type == "Power Supply" && sensor->reading == "N/A")
+      Add(members["supplies"], *sensor, SupplyState(*sensor));
+    if (sensor->type == "Fan") Add(members["fans"], *sensor, FanState(*sensor));
+    if (sensor->type == "Temperature")
+      Add(members["temperatures"], *sensor, TemperatureState(*sensor));
+  }
+  return members;
+}
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,32 @@
+#include "platform/linux/collector/parts.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vela::linuxplatform {
+
+using std::chrono::seconds;
+
+// Together they must end within the 30 s that the service is given.
+constexpr std::array<Part, 5> kParts = {{
+    {"ses", "fans and power supplies of enclosures", seconds(22), CollectSes},
+    {"ipmi", "sensors of the management controller", seconds(25), CollectIpmi},
+    {"fans", "which fans of the sensor chips have turned", seconds(10), CollectFans},
+    {"device_mapper", "LVM mirrors, RAID volumes and thin pools", seconds(10), CollectDeviceMapper},
+    {"fuseblk", "room on file systems that are programs (NTFS)", seconds(10), CollectFuseblk},
+}};
+
+std::span<const Part> AllParts() { return kParts; }
+
+const Part* FindPart(std::string_view name) {
+  const auto found = std::ranges::find(kParts, name, &Part::name);
+  return found == kParts.end() ? nullptr : &*found;
+}
+
+Json::Value Unread(const std::string& why) {
+  Json::Value members(Json::objectValue);
+  members["error"] = why;
+  return members;
+}
+
+}  // namespace vela::linuxplatform

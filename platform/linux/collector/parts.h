@@ -1,0 +1,49 @@
+// The slow sources, one part each. A part runs in a process of its own and may be killed.
+#pragma once
+
+#include <chrono>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include <json/value.h>
+
+namespace vela::linuxplatform {
+
+struct Part {
+  const char* name;  // of the snapshot: "ses"
+  const char* what;  // in a few words, for --help
+  std::chrono::milliseconds bound;
+  // Null when the machine has no such source; else an object with the source's members,
+  // or with "error" alone, in words.
+  Json::Value (*collect)();
+};
+
+std::span<const Part> AllParts();
+const Part* FindPart(std::string_view name);
+
+// An object with "error".
+Json::Value Unread(const std::string& why);
+
+// Enclosures below /sys/class/enclosure, through their SCSI generic nodes; each in a
+// process of its own, each command with 10 s.
+Json::Value CollectSes();
+// The management controller's sensors, through the program ipmi-sensors.
+Json::Value CollectIpmi();
+// Which fans of the sensor chips have turned since boot: what the last snapshot knew, and
+// what is read now.
+Json::Value CollectFans();
+// Mirrors, RAID volumes and thin pools, through the kernel's device mapper.
+Json::Value CollectDeviceMapper();
+// The room on file systems that are programs; each mount in a process of its own.
+Json::Value CollectFuseblk();
+
+// What such a process prints of one mount: "total" and "free" in bytes, or "error".
+// `device` is the mount's, as "8:17"; one process at a time asks it.
+Json::Value MeasureMount(const std::string& path, const std::string& device);
+
+// The same of one enclosure, by its name below /sys/class/enclosure: its entry in the
+// snapshot, null when it has neither fans nor supplies. One process at a time asks it.
+Json::Value ReadEnclosureNamed(const std::string& name);
+
+}  // namespace vela::linuxplatform

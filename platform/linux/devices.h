@@ -1,0 +1,51 @@
+// The devices beneath the mount table, each looked up once.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/block.h"
+#include "platform/linux/disk_class.h"
+#include "platform/linux/filesystem_errors.h"
+#include "platform/linux/mounts.h"
+
+namespace vela::linuxplatform {
+
+class Devices {
+ public:
+  // Keeps a reference to `mounts`. `esataPorts` as for ReadDiskFacts.
+  Devices(const std::vector<Mount>& mounts, std::string esataPorts);
+
+  // What lies under a mount; for btrfs all of its members.
+  const Stack& Under(const Mount& mount);
+  // Of the btrfs that the mount belongs to.
+  Health BtrfsHealth(const Mount& mount);
+
+  const DiskFacts& Facts(const std::string& disk);
+  DiskClass Class(const std::string& disk) { return ClassOf(Facts(disk)); }
+  // The one class that all the disks of the stack share; Internal otherwise.
+  DiskClass Class(const Stack& stack);
+  bool CarriesSystem(const std::string& disk) const { return systemDisks_.contains(disk); }
+  // The stacks of "/" and of the swap areas.
+  const std::vector<Stack>& RootAndSwap() const { return rootAndSwap_; }
+
+ private:
+  struct FileSystem {
+    Stack stack;
+    Health btrfs = Health::Normal;
+  };
+  FileSystem& Of(const Mount& mount);
+  void FindSystemDisks();
+
+  const std::vector<Mount>& mounts_;
+  std::string esataPorts_;
+  std::map<std::string, FileSystem> fileSystems_;  // by device number, or source
+  std::map<std::string, DiskFacts> facts_;
+  std::set<std::string> systemDisks_;
+  std::vector<Stack> rootAndSwap_;
+};
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,136 @@
+// High availability: the cluster manager Pacemaker, and DRBD's mirror of the disks.
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <string>
+
+#include "platform/linux/error.h"
+#include "platform/linux/failure_log.h"
+#include "platform/linux/ha_state.h"
+#include "platform/linux/patience.h"
+#include "platform/linux/program.h"
+#include "platform/linux/root.h"
+#include "platform/linux/systemd_units.h"
+#include "platform/voice/voice.h"
+#include "velac.h"
+
+using namespace vela::linuxplatform;
+using vela::platform::Source, vela::platform::SourceScope;
+
+namespace {
+
+constexpr const char* kMonitor = "/usr/sbin/crm_mon";
+constexpr const char* kDrbd = "/proc/drbd";
+constexpr const char* kSockets = "/proc/net/unix";
+constexpr Bounds kMonitorBounds = {std::chrono::seconds(2), std::size_t{1} << 20};
+constexpr std::size_t kDrbdCap = std::size_t{256} << 10, kSocketsCap = std::size_t{4} << 20;
+constexpr auto kFresh = std::chrono::milliseconds(500);
+
+constinit FailureLog failures("high availability");
+constinit CircuitBreaker monitorBreaker;
+
+// What runs here, kept for the question that follows at once in the same thread.
+struct Running {
+  std::chrono::steady_clock::time_point taken;
+  bool pacemaker, drbd;
+};
+thread_local constinit Running running = {};
+
+// The name that Pacemaker's first process listens on; its NULs show as "@".
+bool ListensItself() {
+  std::string text;
+  ReadSmallFile(BelowRoot(kSockets).c_str(), kSocketsCap, text);
+  constexpr std::string_view kName = " @pacemakerd";
+  for (std::size_t at = text.find(kName); at != std::string::npos; at = text.find(kName, at + 1)) {
+    const std::size_t end = at + kName.size();
+    if (end == text.size() || text[end] == '@' || text[end] == '\n') return true;
+  }
+  return false;
+}
+
+// systemd knows; where it does not run, or cannot be asked, Pacemaker's own socket tells.
+bool PacemakerRuns() {
+  if (access(BelowRoot(kMonitor).c_str(), X_OK) != 0) return false;
+  std::vector<UnitState> states;
+  std::string reason;
+  if (ReadUnits({"pacemaker.service"}, states, reason) == UnitsAnswer::Read)
+    return states[0].active == "active";
+  return ListensItself();
+}
+
+void LookAfresh() {
+  running.pacemaker = PacemakerRuns();
+  running.drbd = access(BelowRoot(kDrbd).c_str(), F_OK) == 0;
+  running.taken = std::chrono::steady_clock::now();
+}
+
+std::optional<HaState> AskCluster(std::string& reason) {
+  if (monitorBreaker.IsOpen(reason)) return std::nullopt;
+  std::string xml;
+  int status = 0;
+  const ProgramEnd end =
+      RunProgram({kMonitor, "-1", "--output-as=xml"}, kMonitorBounds, xml, status, reason);
+  if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
+  if (end != ProgramEnd::Exited) return std::nullopt;
+  return ClusterState(xml, reason);  // which tells a failure better than the exit status
+}
+
+std::optional<HaState> AskDrbd(std::string& reason) {
+  std::string text;
+  bool isVersion8 = false;
+  if (ReadSmallFile(BelowRoot(kDrbd).c_str(), kDrbdCap, text) != ReadResult::Read) {
+    reason = std::string(kDrbd) + " could not be read";
+    return std::nullopt;
+  }
+  const std::optional<HaState> state = DrbdState(text, isVersion8);
+  if (!isVersion8 && running.pacemaker) return HaState::Normal;  // which watches it
+  if (!isVersion8) {
+    reason = "DRBD 9 and later do not tell their state in /proc/drbd";
+    return std::nullopt;
+  }
+  return state.value_or(HaState::Normal);
+}
+
+// The worse of both. A part that could not be asked leaves the other's trouble standing, but
+// never makes the whole "normal".
+std::optional<HaState> Overview(std::string& reason) {
+  std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
+  std::string drbdReason;
+  if (running.pacemaker) cluster = AskCluster(reason);
+  if (running.drbd) drbd = AskDrbd(drbdReason);
+  if (reason.empty()) reason = drbdReason;
+  if (cluster && drbd) return std::max(*cluster, *drbd);
+  const HaState known = cluster ? *cluster : drbd.value_or(HaState::Normal);
+  return known == HaState::Normal ? std::nullopt : std::optional(known);
+}
+
+}  // namespace
+
+int VELAHAIsRunning(void) {
+  SourceScope scope(Source::HighAvailability);
+  LookAfresh();
+  if (running.pacemaker || running.drbd) return 1;
+  scope.Absent("neither Pacemaker nor DRBD runs here");
+  return failures.Fine(), 0;
+}
+
+int VELAHAGetOverviewStatusDL(char* buffer, int size) {
+  SourceScope scope(Source::HighAvailability);
+  if (buffer == nullptr || size <= 0) return SetError(Error::BadArgument), -1;
+  buffer[0] = '\0';
+  if (std::chrono::steady_clock::now() - running.taken > kFresh) LookAfresh();
+  if (!running.pacemaker && !running.drbd) {
+    scope.Absent("neither Pacemaker nor DRBD runs here");
+    return -1;
+  }
+  std::string reason;
+  const std::optional<HaState> state = Overview(reason);
+  reason.empty() ? failures.Fine() : failures.Failed(scope, reason);
+  if (!state) return SetError(Error::SourceFailed), -1;
+  const char* text = HaText(*state);
+  if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong), -1;
+  std::strcpy(buffer, text);
+  return 0;
+}

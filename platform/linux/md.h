@@ -1,0 +1,40 @@
+// Software RAID arrays, from /sys/block/mdN/md.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/linux/health.h"
+
+namespace vela::linuxplatform {
+
+struct MdMember {
+  std::string device;   // kernel name of the disk or partition: "sda1"
+  std::string state;    // words parted by commas: "in_sync,write_error"
+  std::string slot;     // a number, or "none"
+  bool present = true;  // false once the device has been pulled
+
+  bool Has(const char* word) const;
+  bool IsHotSpare() const;  // waiting, not rebuilding: that one has a slot
+};
+
+struct MdArray {
+  std::string name;      // "md0"
+  std::string level;     // "raid5", "container"
+  std::string state;     // "clean", "inactive", ...
+  std::string metadata;  // "1.2", "external:imsm"
+  std::int64_t disks = 0;
+  std::int64_t degraded = 0;
+  std::vector<MdMember> members;
+};
+
+// About twelve attributes, none of which takes the array's reconfiguration lock.
+MdArray ReadMdArray(const std::string& name);
+
+// `expected`: the array is named in mdadm.conf or fstab, so that it ought to run.
+// Containers, arrays being taken apart and mirrors made with empty slots on purpose
+// are Normal. Resync, check and reshape are no fault while no member is missing.
+Health JudgeMd(const MdArray& array, bool expected);
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,43 @@
+// The mount table of this process, through libmount, and what may be asked of it without
+// touching a mount point.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vela::linuxplatform {
+
+struct Mount {
+  int id = 0, parent = 0;
+  dev_t device = 0;          // of btrfs, zfs and network file systems an anonymous number
+  std::string root;          // of the mount within its file system: "/" unless bind or subvolume
+  std::string target;        // decoded
+  std::string options;       // of this mount: "rw,relatime"
+  std::string superOptions;  // of the file system: "ro,errors=remount-ro"
+  std::string type, source;
+};
+
+// Of a text in the format of /proc/self/mountinfo, in its order. Lines that are none
+// are left out.
+std::vector<Mount> ParseMountInfo(const std::string& text);
+
+// Of /proc/self/mountinfo below the root. False: errno says why.
+bool ReadMounts(std::vector<Mount>& mounts);
+
+// The mount that a path equal to `target` leads to: the last one made there.
+const Mount* MountAt(const std::vector<Mount>& mounts, std::string_view target);
+
+// Whether reaching the mount means passing one that may hang: a network, FUSE or
+// autofs mount above it. Even statfs of a healthy ext4 below a dead NFS waits.
+bool IsBehindOther(const std::vector<Mount>& mounts, const Mount& mount);
+bool MayHang(std::string_view fileSystemType);
+
+// The paths of fstab's second column, decoded, in its order; swap areas' "none" is kept.
+std::vector<std::string> ParseFstabTargets(const std::string& text);
+// The device column of /proc/swaps.
+std::vector<std::string> ParseSwaps(const std::string& text);
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,50 @@
+#include "platform/linux/patience.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace vela::linuxplatform {
+namespace {
+
+using std::chrono::milliseconds, std::chrono::seconds, std::chrono::steady_clock;
+
+constexpr auto kPatience = milliseconds(1500);
+constexpr auto kFairTurn = milliseconds(1000);
+constexpr auto kRequest = seconds(2);
+
+thread_local constinit steady_clock::time_point firstWait = {};
+std::atomic<int> generation = 0;
+
+}  // namespace
+
+steady_clock::time_point WaitUntil(milliseconds bound) {
+  const auto now = steady_clock::now();
+  if (now - firstWait > kRequest) firstWait = now;
+  return std::min(now + bound, firstWait + kPatience);
+}
+
+bool IsWholeTurn(milliseconds bound) {
+  const auto now = steady_clock::now();
+  return WaitUntil(bound) - now >= std::min(bound, kFairTurn);
+}
+
+void NewRequest() { firstWait = {}; }
+
+bool CircuitBreaker::IsOpen(std::string& reason) const {
+  const std::lock_guard lock(mutex_);
+  if (generation_ != generation || steady_clock::now() - tripped_ >= pause_) return false;
+  reason = *reason_ + "; it is left alone for " +
+           std::to_string(std::chrono::duration_cast<seconds>(pause_).count()) + " s";
+  return true;
+}
+
+void CircuitBreaker::Trip(const std::string& reason) {
+  const std::lock_guard lock(mutex_);
+  tripped_ = steady_clock::now();
+  generation_ = generation;
+  reason_ = reason;
+}
+
+void CircuitBreaker::CloseAll() { ++generation; }
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,25 @@
+// Where /etc, /proc, /run and /var are looked for, and small files read from there.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace vela::linuxplatform {
+
+// `path` below the configured root: as it is, unless the environment variable
+// VELA_ROOT named a folder when the platform was first asked. /sys is never below it:
+// the libraries that read devices know only the real one.
+std::string BelowRoot(std::string_view path);
+
+// For tests: replaces the root; "" is the real one. Not while another thread asks.
+void SetRoot(std::string_view root);
+
+enum class ReadResult { Read, Missing, Failed, TooLarge };
+
+// Replaces `text` by the file's content, at most `cap` bytes. Missing: no such file.
+// Failed: errno says why. TooLarge: `text` holds the first `cap` bytes.
+// Opens without blocking on FIFOs; `path` is taken as it is.
+ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text);
+
+}  // namespace vela::linuxplatform

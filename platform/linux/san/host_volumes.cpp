@@ -1,0 +1,72 @@
+#include "platform/linux/san/host_volumes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "platform/linux/block.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/filesystem_errors.h"
+#include "platform/linux/md.h"
+#include "platform/linux/root.h"
+
+namespace vela::linuxplatform {
+namespace {
+
+// XFS that has shut down looks healthy to everything but this.
+bool IsUnreadable(const std::string& target) {
+  const Descriptor root(open(target.c_str(), O_PATH | O_CLOEXEC));
+  struct stat status = {};
+  return root ? fstat(root.Get(), &status) != 0 && errno == EIO : errno == EIO;
+}
+
+bool HasCrashed(const Mount& mount) {
+  CrashSigns signs = SignsInMount(mount);
+  const Stack stack = StackOf(mount.device);
+  signs.unreadable = IsUnreadable(BelowRoot(mount.target));
+  signs.deviceGone = stack.gone;
+  for (const std::string& layer : stack.layers)
+    if (layer.starts_with("md") && JudgeMd(ReadMdArray(layer), true) == Health::Danger)
+      signs.deviceFailed = true;
+  if (mount.type.starts_with("ext") && !stack.layers.empty()) {
+    std::string text;
+    const Ext4Errors errors = ReadExt4Errors(stack.layers.front());
+    if (errors.count > 0) ReadSmallFile(BelowRoot("/proc/stat").c_str(), 1 << 18, text);
+    signs.errorsStoppedIt = errors.count > 0 && ErrorsStoppedIt(mount, errors, ParseBootTime(text));
+  }
+  return signs.Any();
+}
+
+}  // namespace
+
+HostVolumes::HostVolumes(std::vector<Mount> mounts) : mounts_(std::move(mounts)) {
+  for (const Mount& mount : mounts_) byTarget_[mount.target] = &mount;
+}
+
+const HostVolume* HostVolumes::Of(std::string_view path) {
+  if (!path.starts_with('/')) return nullptr;
+  for (;;) {
+    const auto mount = byTarget_.find(path);
+    if (mount != byTarget_.end()) {
+      const auto [place, isNew] = asked_.try_emplace(mount->second->target);
+      if (isNew) place->second = Ask(*mount->second);
+      return &place->second;
+    }
+    if (path == "/") return nullptr;
+    path = path.substr(0, path.rfind('/'));
+    if (path.empty()) path = "/";
+  }
+}
+
+HostVolume HostVolumes::Ask(const Mount& mount) const {
+  HostVolume volume;
+  volume.path = mount.target;
+  volume.mayHang = MayHang(mount.type) || IsBehindOther(mounts_, mount);
+  if (volume.mayHang) return volume;
+  volume.isCrashed = HasCrashed(mount);
+  ReadCapacity(BelowRoot(mount.target), mount.device, volume.capacity);
+  return volume;
+}
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,12 @@
+#include "platform/linux/san/lun_status.h"
+
+namespace vela::linuxplatform {
+
+const char* StatusOf(const LunEvidence& lun) {
+  if (!lun.isConfigured || !lun.hasStorage || lun.isHostCrashed) return "Unhealthy";
+  if (!lun.isEnabled) return "unavailabling";
+  if (lun.isThin && lun.isHostFull) return "low_space";
+  return "normal";
+}
+
+}  // namespace vela::linuxplatform

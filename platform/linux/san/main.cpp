@@ -1,0 +1,55 @@
+// velaiscsiep: what the health platform asks about the iSCSI target of this machine. It
+// only reads, and is started on every request: so it parses its few arguments itself.
+#include <getopt.h>
+
+#include <iostream>
+#include <string>
+
+#include <json/writer.h>
+
+#include "platform/linux/root.h"
+#include "platform/linux/san/service_status.h"
+#include "platform/linux/sysfs.h"
+
+using namespace vela::linuxplatform;
+
+namespace {
+
+enum Exit { kDone = 0, kIncomplete = 1, kUsage = 64 };
+
+constexpr const char* kUsageText =
+    "Usage: velaiscsiep --get_service_status [--root DIR]\n"
+    "Prints the state of the iSCSI target's LUNs, and of the volumes that hold them, as JSON.\n"
+    "  --get_service_status  the only question that there is\n"
+    "  --root DIR            the folder that /etc, /proc, /run, /sys and the LUNs' files are in\n"
+    "Exit state: 0 complete; 1 something could not be read, the rest is printed; 64 the\n"
+    "arguments are wrong.\n";
+
+int PrintServiceStatus() {
+  std::string trouble;
+  const Json::Value document = ReadServiceStatus(trouble);
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  std::cout << Json::writeString(builder, document) << std::endl;
+  if (trouble.empty() && std::cout) return kDone;
+  std::cerr << "velaiscsiep: " << (std::cout ? trouble : "the answer could not be written") << "\n";
+  return kIncomplete;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  constexpr option kOptions[] = {{"get_service_status", no_argument, nullptr, 's'},
+                                 {"root", required_argument, nullptr, 'r'},
+                                 {"help", no_argument, nullptr, 'h'},
+                                 {}};
+  bool asked = false;
+  for (int found; (found = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
+    if (found == 'h') return std::cout << kUsageText, kDone;
+    if (found == '?') return std::cerr << kUsageText, kUsage;
+    if (found == 's') asked = true;
+    if (found == 'r') SetRoot(optarg), SetSysRoot(std::string(optarg) + "/sys");
+  }
+  if (!asked || optind != count) return std::cerr << kUsageText, kUsage;
+  return PrintServiceStatus();
+}

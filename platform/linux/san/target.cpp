@@ -1,0 +1,124 @@
+#include "platform/linux/san/target.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+#include "common/json.h"
+#include "platform/linux/sysfs.h"
+
+namespace vela::linuxplatform {
+namespace {
+
+using VELA::SystemHealth::Comments, VELA::SystemHealth::Member, VELA::SystemHealth::ParseJson,
+    VELA::SystemHealth::TextMember;
+
+std::string Configuration(const std::string& path) { return Sys("/kernel/config/target/") + path; }
+
+Lun ReadLun(const std::string& object) {
+  Lun lun;
+  lun.name = LastComponent(object);
+  lun.backing = Attribute(object + "/udev_path");
+  if (lun.backing.empty()) lun.backing = BackingInInfo(Attribute(object + "/info"));
+  lun.isEnabled = Attribute(object + "/enable") != "0" &&
+                  Attribute(object + "/statistics/scsi_lu/status") != "notavailable";
+  return lun;
+}
+
+// The object's folder that a link in a LUN's folder leads to; "" when it is no such link.
+std::string LinkedObject(const std::string& link) {
+  constexpr std::string_view kCore = "/core/";
+  std::error_code error;
+  const std::string leads = std::filesystem::read_symlink(link, error);
+  const std::size_t core = leads.rfind(kCore);
+  if (error || core == std::string::npos) return {};
+  return Configuration("core/" + leads.substr(core + kCore.size()));
+}
+
+// A LUN's folder holds attributes, and one link to its storage object.
+void AddLuns(const std::string& portalGroup, std::map<std::string, Lun>& byObject) {
+  const std::string luns = portalGroup + "/lun";
+  for (const std::string& lun : NamesIn(luns))
+    for (const std::string& entry : NamesIn(Within(luns, lun))) {
+      const std::string object = LinkedObject(Within(Within(luns, lun), entry));
+      if (!object.empty() && !byObject.contains(object)) byObject[object] = ReadLun(object);
+    }
+}
+
+const Json::Value& ListMember(const Json::Value& value, const char* name) {
+  static const Json::Value kNone(Json::arrayValue);
+  const Json::Value* member = Member(value, name);
+  return member != nullptr && member->isArray() ? *member : kNone;
+}
+
+bool IsTrue(const Json::Value& value, const char* name) {
+  const Json::Value* member = Member(value, name);
+  return member != nullptr && member->isBool() && member->asBool();
+}
+
+void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::string>& backings,
+                  std::map<std::string, Lun>& byObject) {
+  if (TextMember(target, "fabric") != "iscsi") return;
+  for (const Json::Value& group : ListMember(target, "tpgs")) {
+    if (!IsTrue(group, "enable")) continue;
+    for (const Json::Value& lun : ListMember(group, "luns")) {
+      const std::string object = TextMember(lun, "storage_object");
+      if (object.empty()) continue;
+      const auto backing = backings.find(object);
+      byObject[object] = {std::string(LastComponent(object)),
+                          backing != backings.end() ? backing->second : "", true};
+    }
+  }
+}
+
+std::vector<Lun> ByName(std::map<std::string, Lun>&& byObject) {
+  std::vector<Lun> luns;
+  for (auto& [object, lun] : byObject) luns.push_back(std::move(lun));
+  std::ranges::stable_sort(luns, {}, &Lun::name);
+  return luns;
+}
+
+}  // namespace
+
+Target ReadTarget() {
+  Target target;
+  std::map<std::string, Lun> byObject;
+  const std::string iscsi = Configuration("iscsi");
+  for (const std::string& name : NamesIn(iscsi))
+    for (const std::string& group : NamesIn(Within(iscsi, name))) {
+      const std::string folder = Within(Within(iscsi, name), group);
+      if (!group.starts_with("tpgt_") || Attribute(folder + "/enable") != "1") continue;
+      target.isServing = true;
+      AddLuns(folder, byObject);
+    }
+  target.luns = ByName(std::move(byObject));
+  for (const std::string& adapter : NamesIn(Configuration("core")))
+    for (std::string& object : NamesIn(Configuration("core/") + adapter))
+      target.names.push_back(std::move(object));
+  std::ranges::sort(target.names);
+  return target;
+}
+
+bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns) {
+  Json::Value saved;
+  if (!ParseJson(text, Comments::Skip, saved) || !saved.isObject()) return false;
+  std::map<std::string, std::string> backings;
+  for (const Json::Value& object : ListMember(saved, "storage_objects"))
+    backings["/backstores/" + TextMember(object, "plugin") + "/" + TextMember(object, "name")] =
+        TextMember(object, "dev");
+  std::map<std::string, Lun> byObject;
+  for (const Json::Value& target : ListMember(saved, "targets"))
+    AddSavedLuns(target, backings, byObject);
+  luns = ByName(std::move(byObject));
+  return true;
+}
+
+std::string BackingInInfo(std::string_view info) {
+  constexpr std::string_view kBefore = "File: ", kAfter = " Size: ";
+  const std::size_t begin = info.find(kBefore), end = info.rfind(kAfter);
+  if (begin == std::string_view::npos || end == std::string_view::npos || end < begin) return {};
+  const std::string_view path = info.substr(begin + kBefore.size(), end - begin - kBefore.size());
+  return std::string(path.substr(0, path.find_last_not_of(' ') + 1));
+}
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,34 @@
+// The iSCSI target's LUNs: what the kernel has (configfs), and what was saved to be
+// restored at the next boot.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vela::linuxplatform {
+
+// A storage object that an enabled target exports.
+struct Lun {
+  std::string name;     // of the object: "lun1"
+  std::string backing;  // the path of its file or device; "" for memory and the like
+  bool isEnabled = true;
+};
+
+struct Target {
+  std::vector<Lun> luns;           // by name
+  std::vector<std::string> names;  // of every storage object, exported or not
+  bool isServing = false;          // some target is enabled
+};
+
+// From <sys>/kernel/config/target. Nothing in it when there is no target.
+Target ReadTarget();
+
+// The LUNs of the enabled targets in a text in the format of saveconfig.json. False when
+// the text is none; members of the wrong type count as missing.
+bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns);
+
+// The path in an object's "info" text: "... File: /volume1/a b.img  Size: 67108864 ...".
+std::string BackingInInfo(std::string_view info);
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,34 @@
+// What the collector last learned from the slow sources, one file a source. A request
+// reads these files and never the sources themselves.
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+#include <json/value.h>
+
+namespace vela::linuxplatform {
+
+constexpr const char* kSnapshotFolder = "/run/vela-platform";
+constexpr std::size_t kSnapshotCap = std::size_t{1} << 20;
+constexpr int kSnapshotPeriods = 3;  // as many periods a snapshot counts for
+
+enum class SnapshotState { Read, Absent, Failed };
+
+// The snapshot that `text` makes at the time `now`, in seconds since 1970, of the boot
+// `bootId`. Read: `document` is an object. Absent: of another boot. Failed: no JSON
+// object, without its time, too old, from the future, or with a member "error"; `reason`
+// says so in words, which begin with `source`. Throws nothing but exhausted memory.
+SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std::time_t now,
+                            std::string_view bootId, Json::Value& document, std::string& reason);
+
+// The same of the file <source>.json in the snapshots' folder, below the root. Absent
+// too when there is no such file; Failed too when it cannot be read or is over 1 MiB.
+// Three system calls when it is absent, else six.
+SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason);
+
+// The running boot's identifier, below the root; "" when the kernel does not tell.
+std::string BootId();
+
+}  // namespace vela::linuxplatform

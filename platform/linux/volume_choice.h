@@ -1,0 +1,36 @@
+// Which mounts are the machine's internal volumes, and how each is called and judged.
+// Pure functions over the mount table.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/mounts.h"
+
+namespace vela::linuxplatform {
+
+class Settings;
+
+// Whether the mount by itself may be a volume: a file system kept on disks, not made
+// read-only by choice, not a boot partition, and not in a place where programs keep
+// their own mounts. `skipRoot` leaves "/" out.
+bool MayBeVolume(const Mount& mount, bool skipRoot);
+
+// One mount per file system: preferably of its root, else the shortest path. Behind a
+// mount that may hang there are no volumes. `isInternal` says whether a mount's device
+// counts; it is asked only for mounts that are otherwise fit.
+std::vector<const Mount*> ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
+                                        const std::function<bool(const Mount&)>& isInternal);
+
+// The number of each path's volume: N for "/volumeN"; the setting "volume.id.<path>";
+// else the lowest free ones, first in fstab's order, then by the paths' bytes.
+std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
+                               const std::vector<std::string>& fstab, const Settings& settings);
+
+// The free share below which the volume warns: "volume.warn.<path>", else
+// "volume_warning_percent", else 0.05. A number from 1 up is a percentage.
+float WarningLevel(const Settings& settings, std::string_view path);
+
+}  // namespace vela::linuxplatform

@@ -1,0 +1,48 @@
+// What every simulated platform call begins with.
+#pragma once
+
+#include "platform/simulator/machine.h"
+#include "platform/voice/voice.h"
+
+namespace vela::simulator {
+
+// The machine that is asked, with the call written into its ledger. In the platform's second
+// voice its source was read, unless the call says otherwise; a machine in memory takes no time.
+class Call {
+ public:
+  Call(platform::Source source, const char* name) : source_(source), machine_(Simulated()) {
+    if (machine_.ledger.calls != nullptr) machine_.ledger.calls->emplace_back(name);
+  }
+  ~Call() {
+    if (!said_) platform::SayRead(source_);
+  }
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
+  Machine* operator->() const { return &machine_; }
+  Machine& operator*() const { return machine_; }
+
+  void Fail(const char* what) {
+    said_ = true;
+    platform::SayFailed(source_, "%s, as the scenario says", what);
+  }
+  void Absent(const char* what) {
+    said_ = true;
+    platform::SayAbsent(source_, "%s", what);
+  }
+
+ private:
+  platform::Source source_;
+  Machine& machine_;
+  bool said_ = false;
+};
+
+// Copies `text` into a fixed field as the platform does: a text that fills the whole
+// field has no NUL.
+template <std::size_t Size>
+void Put(const std::string& text, char (&field)[Size]) {
+  text.copy(field, Size);
+  if (text.size() < Size) field[text.size()] = '\0';
+}
+
+}  // namespace vela::simulator

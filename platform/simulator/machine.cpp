@@ -1,0 +1,72 @@
+#include "platform/simulator/machine.h"
+
+#include "platform/simulator/borrowed_json.h"
+
+namespace vela::simulator {
+namespace {
+
+constexpr std::uint64_t kGiB = 1U << 30U;
+
+thread_local Machine* entered = nullptr;
+
+Volume HealthyVolume(int number) {
+  const std::string digit = std::to_string(number);
+  return {.path = "/volume" + digit,
+          .spaceId = "volume_" + digit,
+          .used = 1200 * kGiB,
+          .total = 3600 * kGiB,
+          .inodes = 240'000'000,
+          .freeInodes = 230'000'000};
+}
+
+}  // namespace
+
+DiskList& DiskList::operator=(const DiskList& other) {
+  if (this == &other) return *this;
+  Clear();
+  for (const Json::Value& disk : other.owned_) Append(disk);
+  return *this;
+}
+
+void DiskList::Clear() {
+  borrowed_.clear();
+  owned_.clear();
+}
+
+void DiskList::Append(const Json::Value& disk) {
+  owned_.push_back(disk);
+  borrowed_.append(simulator::Borrowed(owned_.back()));
+}
+
+Machine::Machine()
+    : interfaces{{"eth0", "192.168.1.20"},
+                 {"eth1", "192.168.1.21"},
+                 {"eth2", "10.0.0.20"},
+                 {"bond0", "fd00::20", "bond"}},
+      defaults{{"maxdisks", "8"}, {"supportsystempwarning", "yes"}},
+      usb{{.name = "usbshare1", .total = 64 * kGiB, .free = 40 * kGiB},
+          {.name = "usbshare2", .total = 2000 * kGiB, .free = 900 * kGiB}} {
+  securityScan = R"({"sysStatus": "safe"})";
+  for (int number = 1; number <= 4; ++number) volumes.push_back(HealthyVolume(number));
+  for (int number = 1; number <= 8; ++number)
+    disks.Append(Disk("Disk " + std::to_string(number), "normal",
+                      "volume_" + std::to_string((number + 1) / 2)));
+}
+
+Json::Value Disk(const std::string& name, const std::string& status, const std::string& usedBy) {
+  Json::Value disk(Json::objectValue);
+  disk["name"] = name;
+  disk["status"] = status;
+  disk["overview_status"] = "normal";
+  disk["used_by"] = usedBy;
+  return disk;
+}
+
+Machine& Simulated() {
+  static Machine process;
+  return entered != nullptr ? *entered : process;
+}
+
+void Enter(Machine* machine) { entered = machine; }
+
+}  // namespace vela::simulator

@@ -1,0 +1,166 @@
+// A machine in memory: everything that the platform interface can be asked, as plain
+// fields. A default-constructed one is a healthy eight-bay appliance.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include "platform/simulator/memory_file.h"
+
+namespace vela::simulator {
+
+struct NetworkInterface {
+  std::string name;
+  std::string address;
+  std::string type = "lan";
+  bool fails = false;  // its details cannot be read
+};
+
+struct Volume {
+  std::string path;
+  std::string spaceId;
+  std::int32_t type = 1;  // any other is no volume
+  std::string status = "normal";
+  std::uint64_t used = 0, total = 0;  // bytes
+  std::uint64_t inodes = 0, freeInodes = 0;
+  float warningShare = 0.05F;
+  bool fails = false;  // its file system cannot be read
+};
+
+struct ExternalVolume {
+  std::string name;                     // of at most 36 bytes; 36 leave no room for a NUL
+  std::uint64_t total = 0, free = 0;    // bytes
+  std::optional<bool> cardReader = {};  // by default what the name says: "sdshare..."
+};
+
+struct PowerReport {
+  int result = 1;  // 0 and 255: unknown
+  unsigned word = 3;
+};
+
+struct ExpansionUnit {
+  std::optional<std::string> name;  // none: the unit cannot tell its name
+  bool naming = true;               // false: the record lacks the naming function
+  std::int32_t slot = 0;
+  std::uint32_t number = 1;
+  std::optional<PowerReport> power = PowerReport();  // none: the record lacks the function
+};
+
+// The disks as the storage manager dumps them. Beside each one stands a copy that points to
+// its texts, so that an answer copies none of them.
+class DiskList {
+ public:
+  DiskList() = default;
+  DiskList(const DiskList& other) { *this = other; }
+  DiskList& operator=(const DiskList& other);
+
+  void Clear();
+  void Append(const Json::Value& disk);  // any JSON value: a scenario may be odd
+  std::size_t Size() const { return owned_.size(); }
+
+  // An array; valid while this list neither changes nor goes.
+  const Json::Value& Borrowed() const { return borrowed_; }
+
+ private:
+  std::deque<Json::Value> owned_;
+  Json::Value borrowed_{Json::arrayValue};
+};
+
+// What is out with callers, and what they asked. Copies of a machine start from zero.
+struct Ledger {
+  Ledger() = default;
+  Ledger(const Ledger&) {}
+  Ledger& operator=(const Ledger&) { return *this; }
+
+  std::atomic<int> lists = 0;                 // handed out and not given back, null ones included
+  std::atomic<int> streams = 0;               // likewise
+  std::atomic<int> objects = 0;               // constructed and not destroyed
+  std::vector<std::string>* calls = nullptr;  // when set, each call's name is appended
+};
+
+struct Machine {
+  Machine();
+
+  // --- Operating system; none: cannot be read.
+  std::optional<std::string> hostName = "vela";
+  std::optional<long> uptime = 93784;  // seconds
+  MemoryFile securityScan;             // the result file
+
+  // --- Error state after a failed call.
+  unsigned errorCode = 0x0100;
+  std::string errorFile = "simulator.cpp";
+  int errorLine = 1;
+
+  // --- Network.
+  std::vector<NetworkInterface> interfaces;
+  bool interfacesFail = false;
+
+  // --- Configuration.
+  std::map<std::string, std::string, std::less<>> settings;
+  std::map<std::string, std::string, std::less<>> defaults;
+  bool keyValueFails = false;  // the defaults file cannot be read directly
+
+  // --- Hardware.
+  bool hardwareFails = false;  // no status record: no component is known
+  bool fanFailed = false;
+  bool cpuFanFailed = false;
+  bool powerFailed = false;
+  unsigned powerDetail = 0;  // from bit 8 up, the failed supplies
+  bool unitFansFailed = false;
+  unsigned unitFansDetail = 0;  // from bit 8 up, the slots of units with a failed fan
+  bool redundantPower = true;
+  int temperatureResult = 0;  // 0: read
+  int temperatureState = 0;   // 1: warning
+
+  // --- System volume and web server.
+  bool systemVolumeCrashed = false;
+  int httpDefaultConf = 0;  // negative: error; positive: runs on its defaults
+  bool webServerApplies = true;
+
+  // --- UPS.
+  bool upsFails = false;
+  std::int32_t upsEnabled = 1;
+  std::int32_t upsState = 1;
+  std::uint8_t upsConnected = 1;
+
+  // --- Storage.
+  std::vector<Volume> volumes;
+  int maxDisks = 8;
+  DiskList disks;
+  bool disksFail = false;
+  std::string overview = "normal";
+
+  // --- External volumes.
+  std::vector<ExternalVolume> usb;  // card readers included
+  std::vector<ExternalVolume> esata;
+
+  // --- Expansion units.
+  std::vector<ExpansionUnit> units;
+  bool unitsFail = false;
+
+  // --- High availability.
+  bool haRunning = false;
+  std::optional<std::string> haStatus = "normal";  // none: nothing is written
+
+  // --- SAN.
+  std::optional<std::string> sanOutput;  // the tool's bytes; none: no tool
+  bool sanFails = false;                 // the tool is there and cannot be started
+
+  Ledger ledger;
+};
+
+// One disk as the storage manager dumps it.
+Json::Value Disk(const std::string& name, const std::string& status, const std::string& usedBy);
+
+// The machine that answers this thread: the one it entered, or one for the process.
+Machine& Simulated();
+void Enter(Machine* machine);  // null: back to the process's
+
+}  // namespace vela::simulator

@@ -1,0 +1,345 @@
+// What each collector asks, what it makes of the answer, and the line it logs on failure.
+#include <cmath>
+
+#include "tests/support/simulated_test.h"
+
+namespace VELA::SystemHealth {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class Collectors : public SimulatedTest {};
+
+TEST_F(Collectors, AskThePlatformInTheirFixedOrder) {
+  std::vector<std::string> calls;
+  Simulated().ledger.calls = &calls;
+  Simulated().sanOutput = "{}";
+  Simulated().volumes.resize(1);
+  Simulated().usb.resize(1);
+  Simulated().units.resize(1);
+  Simulated().httpDefaultConf = 1;
+  { const SystemInfoHandler info; }
+  EXPECT_EQ(calls, (std::vector<std::string>{"VELAMountVolAllEnum",
+                                             "VELAMountVolAllEnum",
+                                             "Volume::ToUIUsbSataVolumeStr",
+                                             "VELAUsbIsCardreader",
+                                             "Space::Space",
+                                             "Space::GetAll",
+                                             "Volume::GetVolumeFSInfo",
+                                             "VELAVolumeCapWarnPctGet",
+                                             "StorageUtil::ToUISpaceID",
+                                             "Volume::ToJsonSpaceStatus",
+                                             "VLIBCMaxDiskGet",
+                                             "Disk::DumpDisks",
+                                             "Space::GetOverviewStatus",
+                                             "VELAUPSInfoGet",
+                                             "VELASysStatusGet",
+                                             "VELAIsComponentFail",
+                                             "VELAIsComponentFail",
+                                             "VELAIsComponentFail",
+                                             "VELARedundantPowerSupport",
+                                             "VELAIsComponentFail",
+                                             "Volume::IsSystemVolCrashed",
+                                             "VLIBCFileGetKeyValue",
+                                             "VELAHWSysTempWarning",
+                                             "VELAServiceIsHttpDefaultConf",
+                                             "NginxConfManager::run",
+                                             "VELASysStatusGet",
+                                             "VELAIsComponentFail",
+                                             "VELAEBoxInfoEnum",
+                                             "VLIBCFileExist",
+                                             "VLIBCPopen"}));
+}
+
+TEST_F(Collectors, AMachineThatFailsEverywhereLeavesDefaultsAndOneLineEach) {
+  auto& machine = Simulated();
+  machine.errorCode = 0x2A;
+  machine.keyValueFails = machine.disksFail = machine.unitsFail = machine.hardwareFails = true;
+  machine.upsFails = machine.sanFails = true;
+  machine.httpDefaultConf = -1;
+  machine.overview = "Normal";
+  machine.securityScan.reset();
+  machine.volumes.resize(1);
+  machine.volumes[0].fails = true;
+
+  const SystemInfoHandler info;
+  EXPECT_EQ(
+      Log(),
+      (Lines{"7 SystemInfo/storage_info:143 Failed to parse volume info, reason: [Failed to get "
+             "file system info from volume]",
+             "3 SystemInfo/storage_info:159 Failed to dump disk information.",
+             "3 SystemInfo/storage_info:183 Failed to load storage overview status, unknown "
+             "status: [Normal]",
+             "3 SystemInfo/ups_status_info:19 Failed to get UPS info. velaerr=0x002A",
+             "3 SystemInfo/system_status_info:27 Failed to get support key: "
+             "[supportsystempwarning]",
+             "3 SystemInfo/system_status_info:138 Failed to get VELAServiceIsHttpDefaultConf.",
+             "3 SystemInfo/ebox_status_info:93 Failed to list eboxs information.",
+             "3 SystemInfo/san_status_info:104 Failed to exec cmd [/usr/local/bin/velaiscsiep "
+             "--get_service_status] ",
+             "3 SystemInfo/san_status_info:50 Failed to load lun info for SAN Manager",
+             "3 SystemInfo/san_status_info:66 Failed to load volume info for SAN Manager"}));
+
+  EXPECT_TRUE(info.GetStorageInfo().GetVolumes().empty());
+  EXPECT_TRUE(info.GetStorageInfo().GetDisksStatus().empty());
+  EXPECT_EQ(info.GetStorageInfo().GetStorageOverviewStatus(), StorageOverviewStatus::Normal);
+  EXPECT_EQ(info.GetUpsStatusInfo().GetUpsInfo().status, 0);
+  EXPECT_FALSE(info.GetUpsStatusInfo().GetUpsInfo().upsConnected);
+  EXPECT_FALSE(info.GetSystemStatusInfo().temperatureWarning);
+  EXPECT_EQ(info.GetSystemStatusInfo().securityScanStatus, "");
+  EXPECT_TRUE(info.GetEboxStatusInfo().GetEboxes().empty());
+  EXPECT_TRUE(info.GetEnclosureStatusInfo().GetEnclosureStatus().empty());
+  EXPECT_TRUE(info.GetSanStatusInfo().GetLunsStatus().empty());
+}
+
+TEST_F(Collectors, InfoDoubleReadsTheLeadingNumberOrFallsBack) {
+  const struct {
+    const char* value;
+    double number;
+    bool logged;
+  } cases[] = {{"0.2", 0.2, false},   {"  0.1abc", 0.1, false}, {"-3", -3, false},
+               {"0x10", 16, false},   {"", 0.05, false},        {"abc", 0.05, true},
+               {"1e999", 0.05, true}, {"1e-999", 0.05, true},   {"%s%n", 0.05, true},
+               {"0,2", 0, false},     {".", 0.05, true}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.value);
+    Reset();
+    Simulated().settings["k"] = c.value;
+    EXPECT_EQ(VelaConfInfo().InfoDouble("k", 0.05), c.number);
+    const std::string line =
+        std::string("3 SystemInfo/vela_conf_info:35 Failed to convert string [") + c.value +
+        "] to double, use default.";
+    EXPECT_EQ(Log(), c.logged ? Lines{line} : Lines{});
+  }
+  EXPECT_EQ(VelaConfInfo().InfoDouble("absent", 0.05), 0.05);
+}
+
+TEST_F(Collectors, ConfigurationKeepsItsTwoSourcesApart) {
+  Simulated().settings = {{"maxdisks", "4"}};
+  Simulated().defaults = {{"maxdisks", "8"}};
+  const VelaConfInfo conf;
+  EXPECT_EQ(conf.Info("maxdisks", "1"), "4");
+  EXPECT_EQ(conf.Def("maxdisks", "1"), "8");
+  EXPECT_EQ(conf.Info("other", "1"), "1");
+  EXPECT_TRUE(conf.InfoCheckValue("maxdisks", "4", false));
+  EXPECT_FALSE(conf.InfoCheckValue("maxdisks", "8", false));
+  EXPECT_TRUE(conf.DefCheckValue("maxdisks", "8", false));
+  EXPECT_FALSE(conf.DefCheckValue("other", "", false));
+}
+
+TEST_F(Collectors, OnlyTheLowestFailedSupplyIsMarked) {
+  const struct {
+    unsigned detail;
+    std::array<bool, 2> ok;
+  } cases[] = {{0x100, {false, true}}, {0x200, {true, false}}, {0x300, {false, true}},
+               {0x400, {true, true}},  {0x600, {true, false}}, {0x0FF, {true, true}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.detail);
+    Simulated().powerFailed = true;
+    Simulated().powerDetail = c.detail;
+    const SystemInfoHandler info;
+    EXPECT_TRUE(info.GetSystemStatusInfo().powerFail);
+    EXPECT_EQ(info.GetSystemStatusInfo().powerSupplyOk, c.ok);
+  }
+}
+
+TEST_F(Collectors, TemperatureIsAskedOnlyOfModelsThatHaveTheWarning) {
+  const struct {
+    const char* supported;
+    int result, state;
+    bool warning;
+  } cases[] = {{"yes", 0, 1, true}, {"yes", 0, 2, false}, {"yes", -1, 1, false},
+               {"no", 0, 1, false}, {"Yes", 0, 1, false}, {"yes ", 0, 1, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.supported);
+    std::vector<std::string> calls;
+    Simulated().ledger.calls = &calls;
+    Simulated().defaults["supportsystempwarning"] = c.supported;
+    Simulated().temperatureResult = c.result;
+    Simulated().temperatureState = c.state;
+    EXPECT_EQ(SystemInfoHandler().GetSystemStatusInfo().temperatureWarning, c.warning);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "VELAHWSysTempWarning"),
+              std::string(c.supported) == "yes");
+  }
+  EXPECT_EQ(Log(), Lines{});
+}
+
+TEST_F(Collectors, SecurityScanStatusIsTheTextMemberOrNothing) {
+  const struct {
+    const char* file;
+    const char* status;
+  } cases[] = {{R"({"sysStatus": "danger"})", "danger"},
+               {R"({"sysStatus": 3})", ""},
+               {R"(["danger"])", ""},
+               {R"({"sysStatus": "dan)", ""},
+               {R"("danger")", ""},
+               {"", ""}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    Simulated().securityScan = c.file;
+    EXPECT_EQ(SystemInfoHandler().GetSystemStatusInfo().securityScanStatus, c.status);
+  }
+  EXPECT_EQ(Log(), Lines{});
+}
+
+TEST_F(Collectors, AVolumeWithoutAUsableIdentifierIsLeftOut) {
+  auto& volumes = Simulated().volumes;
+  volumes[0].spaceId = "volume";
+  volumes[1].spaceId = "volume_";
+  volumes[2].type = 2;
+  volumes[3].spaceId = "pool_7_x";
+  const SystemInfoHandler info;
+  ASSERT_EQ(info.GetStorageInfo().GetVolumes().size(), 1U);
+  EXPECT_EQ(info.GetStorageInfo().GetVolumes()[0].volumeId, "7");
+  EXPECT_EQ(Log(), (Lines{"7 SystemInfo/storage_info:143 Failed to parse volume info, reason: "
+                          "[vector::_M_range_check: __n (which is 1) >= this->size() (which is 1)]",
+                          "7 SystemInfo/storage_info:143 Failed to parse volume info, reason: "
+                          "[Failed to parse volume_id from : volume_]"}));
+}
+
+TEST_F(Collectors, UsageWarningsFollowTheFloatingPoint) {
+  const auto volume = [](const char* status, _tag_volume_usage usage) {
+    return VolumeUsageInfo("volume_1", status, "1", usage, 0.05F);
+  };
+  EXPECT_TRUE(volume("normal", {96, 100, 0, 0}).WarningOutOfSpace());
+  EXPECT_FALSE(volume("normal", {94, 100, 0, 0}).WarningOutOfSpace());
+  EXPECT_FALSE(volume("degraded", {100, 100, 0, 0}).WarningOutOfSpace());
+  EXPECT_TRUE(volume("normal", {1, 0, 0, 0}).WarningOutOfSpace());   // minus infinity
+  EXPECT_FALSE(volume("normal", {0, 0, 0, 0}).WarningOutOfSpace());  // not a number
+  EXPECT_TRUE(volume("normal", {0, 1, 1000, 40}).WarningOutOfInode(0.05));
+  EXPECT_FALSE(volume("normal", {0, 1, 1000, 60}).WarningOutOfInode(0.05));
+  EXPECT_FALSE(volume("crashed", {0, 1, 1000, 0}).WarningOutOfInode(0.05));
+  EXPECT_FALSE(volume("normal", {0, 1, 0, 0}).WarningOutOfInode(0.05));
+}
+
+TEST_F(Collectors, DisksAreReadMemberByMember) {
+  Simulated().disks.Clear();
+  const auto add = [this](const char* usedBy, const Json::Value& remote) {
+    Json::Value disk = vela::simulator::Disk("d", "normal", usedBy);
+    disk["remote_info"] = remote;
+    Simulated().disks.Append(disk);
+  };
+  Json::Value disconnected;
+  disconnected["disconnect"] = 1;
+  Json::Value text;
+  text["disconnect"] = "1";
+  add("volume_1", disconnected);
+  add("hotspare", text);
+  add("", 3);
+  Simulated().disks.Append(7);
+
+  const SystemInfoHandler info;
+  const auto& disks = info.GetStorageInfo().GetDisksStatus();
+  ASSERT_EQ(disks.size(), 4U);
+  EXPECT_TRUE(disks[0].inUse && disks[0].remoteDisconnected);
+  EXPECT_FALSE(disks[1].inUse || disks[1].remoteDisconnected);
+  EXPECT_FALSE(disks[2].inUse || disks[2].remoteDisconnected);
+  EXPECT_EQ(disks[3].name, "");
+
+  Simulated().maxDisks = 0;
+  EXPECT_TRUE(SystemInfoHandler().GetStorageInfo().GetDisksStatus().empty());
+}
+
+TEST_F(Collectors, ExpansionUnitsKeepWhatTheirRecordCannotTell) {
+  auto& machine = Simulated();
+  machine.unitFansFailed = true;
+  machine.unitFansDetail = 0x200;
+  machine.units.resize(4);
+  machine.units[0] = {.name = "RX", .slot = 1, .number = 4000000000U, .power = {{255, 0}}};
+  machine.units[1] = {.name = std::nullopt, .slot = 33, .power = {{1, 2}}};
+  machine.units[2] = {.name = "RX", .naming = false, .slot = 0, .power = std::nullopt};
+  machine.units[3] = {.name = "", .number = 0, .power = {{0, 0}}};
+
+  const SystemInfoHandler info;
+  const auto& units = info.GetEboxStatusInfo().GetEboxes();
+  ASSERT_EQ(units.size(), 4U);
+  EXPECT_EQ(units[0].name, "RX-4000000000");
+  EXPECT_EQ(units[1].name, "Expansion Unit");
+  EXPECT_EQ(units[2].name, "Expansion Unit");
+  EXPECT_EQ(units[3].name, "-0");
+  const std::array<bool, 2> both = {true, true};
+  EXPECT_EQ(units[0].powerSupplyOk, both) << "255 is unknown";
+  EXPECT_EQ(units[1].powerSupplyOk, (std::array<bool, 2>{false, true}));
+  EXPECT_EQ(units[2].powerSupplyOk, both) << "no such function";
+  EXPECT_EQ(units[3].powerSupplyOk, both) << "0 is unknown";
+  EXPECT_TRUE(units[0].fanFail && units[1].fanFail) << "slot 33 has bit 1";
+  EXPECT_FALSE(units[2].fanFail);
+}
+
+TEST_F(Collectors, ExternalVolumesAreSortedByKind) {
+  auto& machine = Simulated();
+  machine.usb = {{.name = "sdshare1", .total = 10, .free = 1},
+                 {.name = "usbshare1", .total = 20, .free = 2},
+                 {.name = "data", .total = 30, .free = 3, .cardReader = true}};
+  machine.esata = {{.name = std::string(36, 's'), .total = 40, .free = 4}};
+
+  const SystemInfoHandler info;
+  const auto& external = info.GetExternalVolumeInfo();
+  EXPECT_EQ(external.GetExternalVolumes(ExternalVolumeType::SdCard).size(), 2U);
+  EXPECT_TRUE(external.GetExternalVolumes(ExternalVolumeType{3}).empty());
+  const Json::Value json = external.ToJson();
+  ASSERT_EQ(json.size(), 4U);
+  EXPECT_EQ(json[0]["volume"], "usbshare1");
+  EXPECT_EQ(json[1]["volume"], "sdshare1");
+  EXPECT_EQ(json[2]["volume"], "data");
+  EXPECT_EQ(json[3]["volume"], std::string(36, 's')) << "the field has no room for a NUL";
+  EXPECT_EQ(json[3]["total_size"], Json::UInt64{40});
+  EXPECT_EQ(json[3]["free_size"], Json::UInt64{4});
+
+  machine.usb.clear();
+  machine.esata.clear();
+  EXPECT_EQ(SystemInfoHandler().GetExternalVolumeInfo().ToJson(), Json::Value(Json::arrayValue));
+}
+
+TEST_F(Collectors, TheSanToolsAnswerIsReadElementByElement) {
+  Simulated().sanOutput = R"({"low_capacity_write_on": true,
+    "luns": [7, {"name": "a", "status": "normal", "location": "/volume1"}, {"name": 1}],
+    "volumes": [{"path": "/volume1", "free_size": "100", "total_size": 18446744073709551615},
+                {"path": 1, "free_size": -1, "total_size": 1.9},
+                {"free_size": 1e30, "total_size": true}]})";
+  const SystemInfoHandler info;
+  const auto& san = info.GetSanStatusInfo();
+  EXPECT_TRUE(san.IsEnableLowCapacityWrite());
+  ASSERT_EQ(san.GetLunsStatus().size(), 3U);
+  EXPECT_EQ(san.GetLunsStatus()[0].name, "");
+  EXPECT_EQ(san.GetLunsStatus()[1].location, "/volume1");
+  const auto& volumes = san.GetVolumesStatus();
+  ASSERT_EQ(volumes.size(), 3U);
+  EXPECT_EQ(volumes[0].freeSize, 0U);
+  EXPECT_EQ(volumes[0].totalSize, 18446744073709551615U);
+  EXPECT_EQ(volumes[1].freeSize, 0U);
+  EXPECT_EQ(volumes[1].totalSize, 1U);
+  EXPECT_EQ(volumes[2].freeSize, 0U);
+  EXPECT_EQ(volumes[2].totalSize, 0U);
+  EXPECT_EQ(Log(), Lines{});
+}
+
+TEST_F(Collectors, AnOddSanAnswerIsLoggedForWhatItLacks) {
+  const Lines noLuns = {"3 SystemInfo/san_status_info:50 Failed to load lun info for SAN Manager"};
+  const Lines noVolumes = {
+      "3 SystemInfo/san_status_info:66 Failed to load volume info for SAN Manager"};
+  const Lines neither = {noLuns[0], noVolumes[0]};
+  const struct {
+    const char* output;
+    Lines log;
+  } cases[] = {{R"({"luns": [], "volumes": []})", {}},
+               {R"({"luns": {"a": {}}, "volumes": "none"})", {}},
+               {R"({"luns": [], "low_capacity_write_on": 1})", noVolumes},
+               {R"({"volumes": []})", noLuns},
+               {"[1]", neither},
+               {"null", neither},
+               {"", neither},
+               {R"({"luns": [)", neither}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.output);
+    Reset();
+    Simulated().sanOutput = c.output;
+    const SystemInfoHandler info;
+    EXPECT_EQ(Log(), c.log);
+    EXPECT_TRUE(info.GetSanStatusInfo().GetLunsStatus().empty());
+    EXPECT_FALSE(info.GetSanStatusInfo().IsEnableLowCapacityWrite());
+  }
+}
+
+}  // namespace
+}  // namespace VELA::SystemHealth

@@ -1,0 +1,49 @@
+#include "host/render.h"
+
+#include <gtest/gtest.h>
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <fstream>
+
+#include "host/advice.h"
+
+namespace vela::host {
+namespace {
+
+TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
+  Json::Value table;
+  std::ifstream(VELA_RENDER_CASES) >> table;
+  std::ofstream(testing::TempDir() + "cases.json") << table["texts"];
+  const Texts texts(testing::TempDir(), "cases");
+  ASSERT_GT(table["cases"].size(), 10U);
+  for (const Json::Value& c : table["cases"]) {
+    SCOPED_TRACE(c["why"].asString());
+    Description description{c["format"].asString(), {}, c["formatted"].asBool()};
+    for (const Json::Value& param : c["params"]) description.params.push_back(param.asString());
+    EXPECT_EQ(Render(description, texts), c["text"].asString());
+  }
+}
+
+TEST(Render, TheTerminalGetsNoControlCharactersFromNames) {
+  const struct {
+    const char *name, *shown;
+  } cases[] = {{"a\033[2Jb", "a\uFFFD[2Jb"},
+               {"a\nb\x7F", "a\uFFFDb\uFFFD"},
+               {"a\u009B31mb", "a\uFFFD31mb"},
+               {"txt.\u202Eexe", "txt.\uFFFDexe"},
+               {"Fotos – été 写真", "Fotos – été 写真"},
+               {"\xE2\x80", "\xE2\x80"}};
+  for (const auto& c : cases) EXPECT_EQ(Harmless(c.name), c.shown);
+}
+
+TEST(Render, UptimeIsToldInTheTwoUnitsThatMatter) {
+  const Texts texts(VELA_TEXTS, "en");
+  EXPECT_EQ(UptimeInWords("0:59:59", texts), "59 min");
+  EXPECT_EQ(UptimeInWords("26:3:4", texts), "26 h 3 min");
+  EXPECT_EQ(UptimeInWords("49:3:4", texts), "2 d 1 h");
+  EXPECT_EQ(UptimeInWords("", texts), "");
+}
+
+}  // namespace
+}  // namespace vela::host

@@ -1,0 +1,24 @@
+// The page's renderer against the table of cases that the tool's renderer passes, too.
+import assert from "node:assert/strict";
+import {readFileSync} from "node:fs";
+import {pathToFileURL} from "node:url";
+
+const [, , renderer, casesFile] = process.argv;
+const {render, textKey, verdictOf} = await import(pathToFileURL(renderer));
+const {texts, cases} = JSON.parse(readFileSync(casesFile, "utf8"));
+
+for (const {why, format, params, formatted = false, text} of cases) {
+  const description = {description_format: format, description_params: params, description_use_formatted: formatted};
+  assert.equal(render(description, texts), text, why);
+}
+assert.ok(cases.length > 10);
+
+const naive = {description_format: "{0}", description_params: ["widget:fan_fail"], description_use_formatted: false};
+const counted = {description_format: "iscsimgr:luns", description_params: ["3"], description_use_formatted: true};
+assert.equal(textKey(naive), "fan_fail");
+assert.equal(textKey(counted), "luns");
+for (const [type, id, verdict] of [[0, "x", "danger"], [1, "system_health", "warning"],
+  [2, "volume_usage", "notice"], [2, "system_health", "well"]]) {
+  assert.equal(verdictOf({type, id}), verdict);
+}
+console.log(`${cases.length} cases`);

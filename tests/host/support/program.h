@@ -1,0 +1,45 @@
+// Runs the built vela-health as its users do.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace vela::host::test {
+
+struct Outcome {
+  int status;  // exit state; -1 when a signal ended it
+  std::string out, err;
+};
+
+// To its end; for the child alone, `environment` ("NAME=value") comes on top of ours.
+Outcome RunProgram(const std::vector<std::string>& arguments,
+                   const std::vector<std::string>& environment = {});
+
+// `vela-health serve --port 0 ...`, until destroyed or stopped.
+class Serving {
+ public:
+  explicit Serving(std::vector<std::string> arguments);
+  ~Serving();
+  Serving(const Serving&) = delete;
+  Serving& operator=(const Serving&) = delete;
+
+  int Port() const { return port_; }
+  pid_t Process() const { return process_; }
+  // Sends `signal` and waits for the end; the exit state, -1 when a signal ended it.
+  int Stop(int signal);
+
+ private:
+  pid_t process_ = -1;
+  int port_ = 0;
+};
+
+// A connected socket to 127.0.0.1.
+int Connect(int port);
+// Sends `request` as it is and reads until the server closes, or for `seconds`.
+std::string Exchange(int port, const std::string& request, int seconds = 5);
+// One GET; the whole answer, head and body.
+std::string Get(int port, const std::string& path);
+
+}  // namespace vela::host::test

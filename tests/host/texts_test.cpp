@@ -1,0 +1,115 @@
+#include "host/texts.h"
+
+#include <gtest/gtest.h>
+#include <json/reader.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <tuple>
+
+#include "host/advice.h"
+#include "host/catalogue.h"
+#include "host/language.h"
+#include "host/placeholder.h"
+#include "host/render.h"
+
+namespace vela::host {
+namespace {
+
+// Every finding that any scenario's expected answer holds.
+std::vector<Finding> ReachableFindings() {
+  std::vector<Finding> findings;
+  for (const auto& folder : std::filesystem::directory_iterator(VELA_SCENARIOS)) {
+    std::ifstream file(folder.path() / "expected.json");
+    if (!file) continue;
+    std::stringstream document;
+    document << file.rdbuf();
+    findings.push_back(ParseAnswer(document.str()).rule);
+  }
+  return findings;
+}
+
+std::set<std::string> ReferencesOf(const Description& description) {
+  if (description.formatted) return {description.format};
+  return {description.params.begin(), description.params.end()};
+}
+
+std::set<std::size_t> PlaceholdersOf(const std::string& text) {
+  std::set<std::size_t> numbers;
+  for (auto found = FindPlaceholder(text, 0); found; found = FindPlaceholder(text, found->end)) {
+    numbers.insert(found->number);
+  }
+  return numbers;
+}
+
+TEST(Texts, EveryReachableFindingIsToldInEveryLanguage) {
+  const std::vector<Finding> findings = ReachableFindings();
+  ASSERT_GT(findings.size(), 100U);
+  for (const Language& language : Languages()) {
+    const Texts texts(VELA_TEXTS, language.code);
+    for (const Finding& finding : findings) {
+      SCOPED_TRACE(std::string(language.code) + " " + AdviceSection(finding));
+      for (const std::string& reference : ReferencesOf(finding.description)) {
+        EXPECT_NE(texts.Of(reference), reference);
+      }
+      for (const char* key : {"title", "meaning", "ignored", "do", "where"}) {
+        const std::string* advice = texts.Find(AdviceSection(finding), key);
+        ASSERT_NE(advice, nullptr) << key;
+        EXPECT_NE(*advice, "") << key;
+      }
+    }
+  }
+}
+
+TEST(Texts, EveryLanguageHasTheSameTextsWithTheSamePlaceholders) {
+  const Texts english(VELA_TEXTS, "en");
+  for (const Language& language : Languages()) {
+    const Texts texts(VELA_TEXTS, language.code);
+    ASSERT_EQ(texts.Sections().size(), english.Sections().size()) << language.code;
+    for (const auto& [section, entries] : english.Sections()) {
+      ASSERT_EQ(texts.Sections().find(section)->second.size(), entries.size());
+      for (const auto& [key, text] : entries) {
+        SCOPED_TRACE(std::string(language.code) + " " + section + ":" + key);
+        const std::string* translated = texts.Find(section, key);
+        ASSERT_NE(translated, nullptr);
+        EXPECT_EQ(PlaceholdersOf(*translated), PlaceholdersOf(text));
+      }
+    }
+  }
+}
+
+TEST(Catalogue, HoldsExactlyWhatScenariosBringInOrderOfUrgency) {
+  const auto row = [](double priority, FindingType type, const std::string& id,
+                      const std::string& key) {
+    return std::tuple(priority, static_cast<int>(type), id, key);
+  };
+  std::set<std::tuple<double, int, std::string, std::string>> known, reached;
+  double last = -20;
+  for (const CatalogueEntry& entry : Catalogue()) {
+    EXPECT_GE(entry.priority, last) << entry.id;
+    last = entry.priority;
+    known.insert(row(entry.priority, entry.type, entry.id, entry.textKey));
+  }
+  for (const Finding& finding : ReachableFindings()) {
+    reached.insert(row(finding.priority, finding.type, finding.id, finding.TextKey()));
+  }
+  EXPECT_EQ(known.size(), Catalogue().size());
+  EXPECT_EQ(known, reached);
+}
+
+TEST(Texts, SingularAndPluralComeInPairs) {
+  const Texts texts(VELA_TEXTS, "en");
+  const auto& section = texts.Sections().find("iscsimgr")->second;
+  int pairs = 0;
+  for (const auto& [key, text] : section) {
+    if (!key.starts_with("lun_")) continue;
+    EXPECT_TRUE(section.contains("luns_" + key.substr(4))) << key;
+    ++pairs;
+  }
+  EXPECT_EQ(pairs, 5);
+}
+
+}  // namespace
+}  // namespace vela::host

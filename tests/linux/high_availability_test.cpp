@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "platform/linux/patience.h"
+#include "platform/voice/voice.h"
+#include "tests/linux/private_bus.h"
+#include "tests/linux/system_log.h"
+#include "tests/linux/temporary_root.h"
+#include "velac.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest;
+
+constexpr const char* kDrbdAlone =
+    "version: 8.4.11 (api:1/proto:86-101)\n\n 0: cs:StandAlone ro:Primary/Unknown "
+    "ds:UpToDate/DUnknown C r-----\n";
+
+VELASourceReport Said() {
+  VELASourceReport reports[11];
+  VELAPlatformSources(reports, 11);
+  return reports[9];
+}
+
+// What a request makes of both questions; "off" where nothing runs.
+std::string Ask() {
+  NewRequest();
+  VELAPlatformSourcesReset();
+  if (VELAHAIsRunning() == 0) return "off";
+  char text[1024] = {};
+  VELAHAGetOverviewStatusDL(text, sizeof text);
+  return text;
+}
+
+class HighAvailabilityTest : public testing::Test {
+ protected:
+  HighAvailabilityTest() { Forget(); }
+  ~HighAvailabilityTest() override { Forget(); }
+  // The platform remembers across requests: a machine without a cluster forgets.
+  void Forget() {
+    std::filesystem::remove_all(root_.Path() / "usr");
+    std::filesystem::remove_all(root_.Path() / "proc");
+    CircuitBreaker::CloseAll();
+    Ask();
+    TakeSystemLog();
+  }
+  void Monitor(const std::string& script) {
+    std::filesystem::permissions(root_.Write("/usr/sbin/crm_mon", "#!/bin/sh\n" + script + "\n"),
+                                 std::filesystem::perms(0755));
+  }
+  // As /proc/net/unix shows a process that listens there.
+  void Listen(const std::string& name) {
+    root_.Write("/proc/net/unix",
+                "Num       RefCount Protocol Flags    Type St Inode Path\n"
+                "0000000000000000: 00000002 00000000 00010000 0001 01 12345 " +
+                    name + "\n");
+  }
+  static std::string Print(const std::string& document) {
+    return "test \"$*\" = '-1 --output-as=xml' && cat " FIXTURES "/ha/" + document + ".xml";
+  }
+
+  TemporaryRoot root_;
+};
+
+TEST_F(HighAvailabilityTest, AMachineWithoutItIsSilent) {
+  EXPECT_EQ(Ask(), "off");
+  EXPECT_EQ(Said().state, 0);
+  Monitor(Print("failed"));
+  EXPECT_EQ(Ask(), "off") << "installed, not running";
+  Listen("@pacemakerd-other");
+  EXPECT_EQ(Ask(), "off");
+  EXPECT_TRUE(TakeSystemLog().empty());
+  char text[4] = "xyz";
+  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, sizeof text), -1);
+  EXPECT_STREQ(text, "");
+}
+
+TEST_F(HighAvailabilityTest, WithoutSystemdPacemakersSocketTells) {
+  for (const char* name : {"@pacemakerd", "@pacemakerd@@@@@@@@"}) {
+    Listen(name);
+    Monitor(Print("partner-offline"));
+    EXPECT_EQ(Ask(), "empty_passive");
+    EXPECT_EQ(Said().state, 1);
+  }
+  char text[13] = "x";
+  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, sizeof text), -1) << "no room for the NUL";
+}
+
+TEST_F(HighAvailabilityTest, DrbdAndTheClusterCountTogether) {
+  root_.Write("/proc/drbd", kDrbdAlone);
+  EXPECT_EQ(Ask(), "danger");
+  Listen("@pacemakerd");
+  Monitor(Print("normal"));
+  EXPECT_EQ(Ask(), "danger");
+  root_.Write("/proc/drbd", "version: 9.1.4\n");
+  EXPECT_EQ(Ask(), "normal") << "the cluster watches DRBD 9";
+  Monitor(Print("standby"));
+  EXPECT_EQ(Ask(), "warning");
+  std::filesystem::remove(root_.Path() / "proc/net/unix");
+  EXPECT_EQ(Ask(), "");
+  EXPECT_STREQ(Said().reason, "DRBD 9 and later do not tell their state in /proc/drbd");
+}
+
+TEST_F(HighAvailabilityTest, AMonitorThatFailsIsSaidOnceAndHidesNothing) {
+  Listen("@pacemakerd");
+  Monitor(Print("not-connected") + "; exit 102");
+  EXPECT_EQ(Ask(), "");
+  EXPECT_STREQ(Said().reason, "crm_mon could not ask the cluster: Not connected");
+  Ask();
+  EXPECT_EQ(TakeSystemLog().size(), 1U);
+  root_.Write("/proc/drbd", kDrbdAlone);
+  EXPECT_EQ(Ask(), "danger");
+  EXPECT_EQ(Said().state, 2);
+  std::filesystem::remove(root_.Path() / "proc/drbd");
+  for (const char* script : {"cat /dev/zero", "kill -9 $$", "exit 0"}) {
+    SCOPED_TRACE(script);
+    Monitor(script);
+    EXPECT_EQ(Ask(), "");
+    EXPECT_EQ(Said().state, 2);
+  }
+  Monitor(Print("normal"));
+  EXPECT_EQ(Ask(), "normal");
+  EXPECT_EQ(Said().state, 1);
+}
+
+TEST_F(HighAvailabilityTest, AMonitorThatHangsIsCutAndThenLeftAlone) {
+  Listen("@pacemakerd");
+  Monitor("echo x >> " + (root_.Path() / "runs").string() + "; sleep 60");
+  const auto start = steady_clock::now();
+  EXPECT_EQ(Ask(), "");
+  const auto first = steady_clock::now() - start;
+  EXPECT_LT(first, 1800ms);
+  printf("crm_mon hung: %lld ms\n", static_cast<long long>(first / 1ms));
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(Ask(), "");
+  EXPECT_EQ(std::filesystem::file_size(root_.Path() / "runs"), 2U) << "run once";
+  EXPECT_EQ(Said().state, 2);
+}
+
+TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {
+  PrivateBus bus(root_);
+  if (!bus.Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
+  Monitor(Print("failed"));
+  bus.Say("pacemaker.service", "ActiveState", "inactive");
+  EXPECT_EQ(Ask(), "off");
+  bus.Say("pacemaker.service", "ActiveState", "active");
+  EXPECT_EQ(Ask(), "danger");
+  bus.StopDaemon();
+  Listen("@pacemakerd");
+  const auto start = steady_clock::now();
+  EXPECT_EQ(Ask(), "danger") << "its socket tells";
+  EXPECT_LT(steady_clock::now() - start, 1s);
+  bus.ContinueDaemon();
+}
+
+}  // namespace

@@ -1,0 +1,210 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "platform/linux/patience.h"
+#include "platform/linux/process.h"
+#include "platform/voice/voice.h"
+#include "velac.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using vela::linuxplatform::Bounds, vela::linuxplatform::Child;
+
+// What `script` prints, and the wait status.
+std::string Output(const char* script, int* status = nullptr) {
+  vela::linuxplatform::NewRequest();
+  FILE* stream = VLIBCPopen("/bin/sh", "r", "-c", script, nullptr);
+  if (stream == nullptr) return "not started";
+  std::string text;
+  char part[4096];
+  while (const std::size_t got = fread(part, 1, sizeof part, stream)) text.append(part, got);
+  const int ended = VLIBCPclose(stream);
+  if (status != nullptr) *status = ended;
+  return text;
+}
+
+// The same under bounds of the test's own; `cut` says how it ended.
+std::string Bounded(const char* script, Bounds bounds, Child::Cut& cut) {
+  std::string reason, text;
+  Child child({"/bin/sh", "-c", script}, bounds, reason);
+  char part[4096];
+  for (ssize_t got; (got = child.Read(part, sizeof part)) > 0;)
+    text.append(part, static_cast<std::size_t>(got));
+  cut = child.WasCut();
+  return text;
+}
+
+// A dead orphan may stay a zombie until the machine's first process comes round to it.
+bool Runs(int pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string number, name, state;
+  return stat >> number >> name >> state && state != "Z" && state != "X";
+}
+
+std::size_t OpenDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd"), end;
+  return static_cast<std::size_t>(std::distance(all, end));
+}
+
+TEST(Popen, AProgramRunsWithNothingOfThisProcessButThePipe) {
+  setenv("VELA_SECRET", "leaked", 1);
+  const int open = ::open("/", O_RDONLY);  // on purpose not closed on exec
+  ASSERT_GE(open, 3);
+  FILE* listing = VLIBCPopen("/bin/ls", "r", "/proc/self/fd", nullptr);
+  char text[64] = {};
+  EXPECT_EQ(fread(text, 1, sizeof text, listing), 8U);
+  EXPECT_STREQ(text, "0\n1\n2\n3\n") << "the last one is the folder being listed";
+  VLIBCPclose(listing);
+  close(open);
+  EXPECT_EQ(Output("tr '\\0' '\\n' < /proc/$$/environ | sort"),
+            "LC_ALL=C\nPATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin\n");
+  EXPECT_EQ(Output("readlink /proc/$$/fd/0; cat"), "/dev/null\n");
+  EXPECT_EQ(Output("echo noise >&2; test $(cut -d' ' -f5 /proc/$$/stat) = $$ && echo leader"),
+            "leader\n");
+}
+
+TEST(Popen, AProgramStartsWithDefaultSignalsAndTheHostsStayAsTheyWere) {
+  struct sigaction ignore = {}, before = {}, after = {};
+  ignore.sa_handler = SIG_IGN;
+  sigset_t blocked, mask;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGUSR2);
+  sigaction(SIGPIPE, &ignore, &before);
+  pthread_sigmask(SIG_BLOCK, &blocked, &mask);
+
+  // glibc keeps its two internal signals, 32 and 33, ignored.
+  EXPECT_EQ(Output("grep -E 'Sig(Blk|Ign)' /proc/$$/status | tr -d '\\t'"),
+            "SigBlk:0000000000000000\nSigIgn:0000000180000000\n");
+
+  sigaction(SIGPIPE, &before, &after);
+  EXPECT_EQ(after.sa_handler, SIG_IGN);
+  sigaction(SIGCHLD, nullptr, &after);
+  EXPECT_EQ(after.sa_handler, SIG_DFL);
+  pthread_sigmask(SIG_SETMASK, &mask, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGUSR2), 1);
+}
+
+TEST(Popen, ArgumentsPassUntouchedAndTheStatusComesBack) {
+  FILE* stream = VLIBCPopen("/bin/echo", "r", "a b", "$HOME", "'", nullptr);
+  ASSERT_NE(stream, nullptr);
+  char line[64] = {};
+  EXPECT_STREQ(fgets(line, sizeof line, stream), "a b $HOME '\n");
+  EXPECT_EQ(fgetc(stream), EOF);
+  EXPECT_EQ(VLIBCPclose(stream), 0);
+  int status = 0;
+  Output("exit 3", &status);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 3);
+}
+
+TEST(Popen, WhatCannotBeStartedIsNull) {
+  VELAPlatformSourcesReset();
+  EXPECT_EQ(VLIBCPopen("/usr/local/bin/no-such-tool", "r", nullptr), nullptr);
+  EXPECT_EQ(VLIBCErrGet(), 0x0A00U);
+  VELASourceReport reports[11];
+  VELAPlatformSources(reports, 11);
+  EXPECT_EQ(reports[10].state, 2);
+  EXPECT_STREQ(reports[10].reason,
+               "/usr/local/bin/no-such-tool could not be started: No such file or directory");
+  EXPECT_EQ(VLIBCPopen("/bin/true", "w", nullptr), nullptr);
+}
+
+TEST(Popen, ADocumentOfSixteenMebibytesArrivesWholeAndAFloodIsCut) {
+  EXPECT_EQ(Output("head -c 16777216 /dev/zero").size(), 16777216U);
+  const auto start = steady_clock::now();
+  EXPECT_LE(Output("cat /dev/zero").size(), 16777216U);
+  EXPECT_LT(steady_clock::now() - start, 4s);
+}
+
+TEST(Child, AProgramThatHangsEndsAtTheDeadline) {
+  Child::Cut cut;
+  const auto start = steady_clock::now();
+  EXPECT_EQ(Bounded("echo begun; sleep 60", {300ms, 1 << 20}, cut), "begun\n");
+  EXPECT_EQ(cut, Child::Cut::Late);
+  EXPECT_GE(steady_clock::now() - start, 300ms);
+  EXPECT_LT(steady_clock::now() - start, 2s);
+}
+
+TEST(Child, AProgramThatDripsEndsAtTheDeadlineToo) {
+  Child::Cut cut;
+  const auto start = steady_clock::now();
+  Bounded("while :; do echo x; sleep 0.05; done", {300ms, 1 << 20}, cut);
+  EXPECT_EQ(cut, Child::Cut::Late);
+  EXPECT_LT(steady_clock::now() - start, 2s);
+}
+
+TEST(Child, AGrandchildThatHoldsThePipeEndsWithTheGroup) {
+  Child::Cut cut;
+  const std::string pid = Bounded("sleep 60 & echo $!", {300ms, 1 << 20}, cut);
+  EXPECT_EQ(cut, Child::Cut::Late);
+  std::this_thread::sleep_for(50ms);
+  EXPECT_FALSE(Runs(std::stoi(pid)));
+}
+
+TEST(Popen, AToolThatHangsCostsOneTimeOutInARow) {
+  const auto start = steady_clock::now();
+  EXPECT_EQ(Output("echo begun; sleep 60"), "begun\n");
+  EXPECT_LT(steady_clock::now() - start, 1900ms)
+      << "the request's patience, not the tool's five seconds";
+  VELAPlatformSourcesReset();
+  EXPECT_EQ(Output("echo again"), "not started");
+  VELASourceReport reports[11];
+  VELAPlatformSources(reports, 11);
+  EXPECT_NE(std::string(reports[10].reason).find("/bin/sh was not started:"), std::string::npos)
+      << reports[10].reason;
+  vela::linuxplatform::CircuitBreaker::CloseAll();
+  EXPECT_EQ(Output("echo again"), "again\n");
+}
+
+TEST(Popen, ManyRunsLeaveNoChildAndNoDescriptor) {
+  Output("true");
+  const std::size_t before = OpenDescriptors();
+  for (int i = 0; i < 50; ++i) {
+    vela::linuxplatform::NewRequest();
+    Output("echo x");
+    Child::Cut cut;
+    Bounded("sleep 60", {1ms, 1 << 20}, cut);
+    FILE* unread = VLIBCPopen("/bin/cat", "r", "/dev/zero", nullptr);
+    ASSERT_NE(unread, nullptr);
+    VLIBCPclose(unread);
+  }
+  EXPECT_EQ(OpenDescriptors(), before);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(Popen, AHostThatClosedItsStandardDescriptorsIsServedToo) {
+  const pid_t child = fork();
+  if (child == 0) {
+    close(0), close(1);
+    std::string reason;
+    Child tool({"/bin/echo", "fine"}, {1s, 4096}, reason);
+    char text[16] = {};
+    const bool fine = tool.Read(text, sizeof text) == 5 && std::string(text) == "fine\n";
+    _exit(fine ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(Popen, AHostThatIgnoresItsChildrenIsServedToo) {
+  struct sigaction ignore = {}, before = {};
+  ignore.sa_handler = SIG_IGN;
+  sigaction(SIGCHLD, &ignore, &before);
+  EXPECT_EQ(Output("echo x; exit 3"), "x\n");
+  sigaction(SIGCHLD, &before, nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+#include "platform/linux/settings.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/voice/voice.h"
+#include "tests/linux/temporary_root.h"
+#include "vela_conf.h"
+#include "velac.h"
+
+namespace {
+
+using vela::linuxplatform::Settings;
+
+TEST(Settings, ALineSetsAKeyHoweverItIsWritten) {
+  const struct {
+    const char* text;
+    const char* value;  // null: not set
+  } cases[] = {
+      {"k=v\n", "v"},
+      {"k=v", "v"},
+      {"k=\"v\"\r\n", "v"},
+      {"k=v\r", "v"},
+      {"  k =  v \t\n", "v"},
+      {"k='a b'\n", "a b"},
+      {"k=\"a # b\" # c\n", "a # b"},
+      {"k=\"\"\nk2=x\n", ""},
+      {"k=\n", ""},
+      {"k=   ", ""},
+      {"k=a=b\n", "a=b"},
+      {"k=\"open\n", "\"open"},
+      {"k=\"", "\""},
+      {"k=1\nk=2\nother=3", "2"},
+      {"k=1\n#k=2\n", "1"},
+      {"# k=1\n", nullptr},
+      {"kk=1\nK=2\nk2=3\n", nullptr},
+      {"k\n=\n\n", nullptr},
+      {"", nullptr},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const Settings settings(c.text);
+    if (c.value == nullptr)
+      EXPECT_EQ(settings.Value("k"), nullptr);
+    else
+      EXPECT_STREQ(settings.Value("k"), c.value);
+  }
+}
+
+TEST(VelaConf, CurrentSettingsAndFactoryDefaultsAreSeparateSources) {
+  TemporaryRoot root;
+  root.Write("/etc/velainfo.conf", "ratio=\"0.2\"\nempty=\n");
+  root.Write("/etc.defaults/velainfo.conf", "ratio=\"0.1\"\nmaxdisks=\"4\"");
+  const VelaConf conf;
+  EXPECT_STREQ(conf.Info("ratio", "x"), "0.2");
+  EXPECT_STREQ(conf.Def("ratio", "x"), "0.1");
+  EXPECT_STREQ(conf.Info("maxdisks", "x"), "x");
+  EXPECT_STREQ(conf.Info("maxdisks", nullptr), "");
+  EXPECT_STREQ(conf.Info("empty", "x"), "");
+  EXPECT_TRUE(conf.DefCheckValue("maxdisks", "4", false));
+  EXPECT_FALSE(conf.DefCheckValue("maxdisks", "40", false));
+  EXPECT_FALSE(conf.InfoCheckValue("maxdisks", "", false)) << "absent is not empty";
+}
+
+TEST(FileGetKeyValue, AValueFitsWithItsNulOrNotAtAll) {
+  TemporaryRoot root;
+  root.Write("/etc/a.conf", "short=" + std::string(31, 'a') + "\nlong=" + std::string(32, 'b'));
+  char buffer[32] = "untouched";
+  EXPECT_LT(VLIBCFileGetKeyValue("/etc/a.conf", "long", buffer, 32, 0), 0);
+  EXPECT_STREQ(buffer, "untouched");
+  EXPECT_EQ(VLIBCFileGetKeyValue("/etc/a.conf", "short", buffer, 32, 0), 31);
+  EXPECT_EQ(std::string(buffer), std::string(31, 'a'));
+  EXPECT_LT(VLIBCFileGetKeyValue("/etc/a.conf", "none", buffer, 32, 0), 0);
+  EXPECT_EQ(VLIBCErrGet(), 0x0901U);
+  EXPECT_LT(VLIBCFileGetKeyValue("/etc/none.conf", "short", buffer, 32, 0), 0);
+  EXPECT_EQ(VLIBCErrGet(), 0x0900U);
+  EXPECT_STREQ(VLIBCErrorGetFile(), "platform/linux/configuration.cpp");
+  EXPECT_GT(VLIBCErrorGetLine(), 0);
+}
+
+TEST(FileGetKeyValue, TheFactoryFileIsBuiltInUntilOneIsInstalled) {
+  TemporaryRoot root;
+  char buffer[32] = {};
+  const char* key = "supportsystempwarning";
+  EXPECT_EQ(VLIBCFileGetKeyValue("/etc.defaults/velainfo.conf", key, buffer, 32, 0), 3);
+  EXPECT_STREQ(buffer, "yes");
+  root.Write("/etc.defaults/velainfo.conf", "maxdisks=\"4\"\n");
+  EXPECT_LT(VLIBCFileGetKeyValue("/etc.defaults/velainfo.conf", key, buffer, 32, 0), 0);
+}
+
+VELASourceReport Configuration() {
+  VELASourceReport reports[16];
+  VELAPlatformSources(reports, 16);
+  return reports[1];
+}
+
+TEST(VelaConf, AFileThatCannotBeReadWholeIsSaid) {
+  TemporaryRoot root;
+  VELAPlatformSourcesReset();
+  { const VelaConf healthy; }
+  EXPECT_EQ(Configuration().state, 1) << "missing files are simply empty";
+
+  root.Write("/etc/velainfo.conf", "k=v\n" + std::string(64 * 1024, 'x'));
+  const VelaConf conf;
+  EXPECT_STREQ(conf.Info("k", ""), "v");
+  EXPECT_EQ(Configuration().state, 2);
+  EXPECT_STREQ(Configuration().reason,
+               "/etc/velainfo.conf is larger than 64 KiB; only its beginning was read");
+
+  VELAPlatformSourcesReset();
+  std::filesystem::remove(root.Path() / "etc/velainfo.conf");
+  std::filesystem::create_directory(root.Path() / "etc/velainfo.conf");
+  EXPECT_STREQ(VelaConf().Info("k", "default"), "default");
+  EXPECT_STREQ(Configuration().reason, "/etc/velainfo.conf could not be read: Is a directory");
+}
+
+TEST(FileExist, OnlyAFileCounts) {
+  TemporaryRoot root;
+  root.Write("/usr/local/bin/tool", "");
+  EXPECT_TRUE(VLIBCFileExist("/usr/local/bin/tool"));
+  EXPECT_FALSE(VLIBCFileExist("/usr/local/bin"));
+  EXPECT_FALSE(VLIBCFileExist("/usr/local/bin/none"));
+}
+
+}  // namespace

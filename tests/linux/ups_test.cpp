@@ -1,0 +1,313 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "platform/linux/patience.h"
+#include "platform/linux/ups_status.h"
+#include "platform/voice/voice.h"
+#include "tests/linux/fake_server.h"
+#include "tests/linux/system_log.h"
+#include "tests/linux/temporary_root.h"
+#include "velac.h"
+
+namespace {
+
+using namespace vela::linuxplatform;
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+TEST(UpsStatus, TheWordsDecide) {
+  const struct {
+    const char* words;
+    int state;
+  } cases[] = {
+      {"FSD", 3},        {"FSD OL", 3},     {"OB LB", 3},    {"LB DISCHRG OB", 3},
+      {"LB", 3},         {"LB RB", 3},      {"OB", 2},       {"OB DISCHRG", 2},
+      {"OB LB CAL", 2},  {"OB CAL", 2},     {"OL", 1},       {"OL LB", 1},
+      {"OL CHRG LB", 1}, {"OL DISCHRG", 1}, {"ALARM OL", 1}, {"OL RB BOOST", 1},
+      {"OL CAL LB", 1},  {"OL OFF", 1},     {"BYPASS", 0},   {"OFF", 0},
+      {"WAIT", 0},       {"", 0},           {"   ", 0},      {"ol ob lb", 0},
+      {"LOB FSDX", 0},   {"OL  OB\tLB", 3},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.words);
+    EXPECT_EQ(static_cast<int>(StateOf(c.words)), c.state);
+  }
+}
+
+TEST(UpsConfiguration, OnlyLoopbackAddressesAreHosts) {
+  const struct {
+    const char* text;
+    UpsAddress address;
+  } cases[] = {
+      {"rack", {"rack", "127.0.0.1", 3493}},
+      {"rack@localhost", {"rack", "127.0.0.1", 3493}},
+      {"rack@127.0.0.2:4000", {"rack", "127.0.0.2", 4000}},
+      {"rack@[::1]:4000", {"rack", "::1", 4000}},
+      {"@localhost:4000", {"", "127.0.0.1", 4000}},
+      {"rack@localhost:bad", {"rack", "127.0.0.1", 3493}},
+      {"rack@nas.example", {"rack", "", 3493}},
+      {"rack@127.evil.example", {"rack", "", 3493}},
+      {"rack@192.0.2.1", {"rack", "", 3493}},
+      {"rack@[::1", {"rack", "::1", 3493}},
+      {"rack@[", {"rack", "127.0.0.1", 3493}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(ParseUpsAddress(c.text), c.address);
+  }
+}
+
+TEST(UpsConfiguration, MonitorLinesNameTheUpses) {
+  const auto monitors = ParseMonitors(
+      "# MONITOR no@localhost 1 u p master\nMINSUPPLIES 1\n"
+      "MONITOR rack@localhost 1 admin \"pass word\" primary\r\n"
+      "  MONITOR \"desk@127.0.0.1:4000\" 0 admin pass secondary\nMONITORS x\nMONITOR");
+  ASSERT_EQ(monitors.size(), 3U);
+  EXPECT_EQ(monitors[0], (UpsAddress{"rack", "127.0.0.1", 3493}));
+  EXPECT_EQ(monitors[1], (UpsAddress{"desk", "127.0.0.1", 4000}));
+}
+
+VELASourceReport Said() {
+  VELASourceReport reports[11];
+  VELAPlatformSources(reports, 11);
+  return reports[4];
+}
+
+// One request of its own.
+VELA_UPS_INFO Ask() {
+  NewRequest();
+  VELAPlatformSourcesReset();
+  VELA_UPS_INFO record;
+  memset(&record, 0x55, sizeof record);
+  EXPECT_EQ(VELAUPSInfoGet(&record), 0);
+  return record;
+}
+
+class UpsTest : public testing::Test {
+ protected:
+  UpsTest() { TearDown(); }
+  void TearDown() override {
+    // The platform remembers across requests: a machine without NUT forgets.
+    Monitor("");
+    std::filesystem::remove(root_.Path() / "etc/velainfo.conf");
+    CircuitBreaker::CloseAll();
+    Ask();
+    TakeSystemLog();
+  }
+  void Monitor(const std::string& value) {
+    root_.Write("/etc/velainfo.conf", "ups.monitor=\"" + value + "\"\n");
+  }
+
+  TemporaryRoot root_;
+};
+
+std::string At(const FakeServer& server) { return "rack@127.0.0.1:" + server.Port(); }
+
+void ServeStatus(int client, const std::string& rack, const std::string& desk) {
+  for (std::string line; !(line = FakeServer::Line(client)).empty() && line != "LOGOUT";) {
+    if (line == "LIST UPS")
+      FakeServer::Send(client,
+                       "BEGIN LIST UPS\nUPS rack \"A \\\"big\\\" one\"\n"
+                       "UPS desk \"\"\nEND LIST UPS\n");
+    if (line == "GET VAR rack ups.status")
+      FakeServer::Send(client, "VAR rack ups.status \"" + rack + "\"\n");
+    if (line == "GET VAR desk ups.status") FakeServer::Send(client, desk + "\n");
+  }
+}
+
+TEST_F(UpsTest, AMachineWithoutAUpsIsSilent) {
+  const struct { const char* nut; } cases[] = {{nullptr}, {"MODE=none\n"}, {"# nothing\n"}};
+  for (const auto& c : cases) {
+    if (c.nut != nullptr) root_.Write("/etc/nut/nut.conf", c.nut);
+    const VELA_UPS_INFO record = Ask();
+    EXPECT_EQ(record.enabled, 0);
+    EXPECT_EQ(record.state, 0);
+    EXPECT_EQ(record.connected, 0);
+    EXPECT_EQ(Said().state, 0);
+  }
+  EXPECT_TRUE(TakeSystemLog().empty());
+}
+
+TEST_F(UpsTest, TheWorstOfSeveralCounts) {
+  FakeServer server([](int client) { ServeStatus(client, "OL", "VAR desk ups.status \"OB\""); });
+  const std::string desk = "desk@127.0.0.1:" + server.Port();
+  Monitor(At(server) + " " + desk);
+  EXPECT_EQ(Ask().state, 2);
+  Monitor(desk + " " + At(server));
+  EXPECT_EQ(Ask().state, 2);
+  EXPECT_EQ(Ask().enabled, 1);
+  EXPECT_EQ(Ask().connected, 1);
+  EXPECT_EQ(Said().state, 1);
+}
+
+TEST_F(UpsTest, NutsOwnConfigurationIsEnough) {
+  FakeServer server([](int client) { ServeStatus(client, "OL", "VAR desk ups.status \"OB\""); });
+  root_.Write("/etc/nut/nut.conf", "MODE = standalone\n");
+  root_.Write("/etc/nut/upsmon.conf",
+              "MONITOR desk@localhost:" + server.Port() + " 1 a b master\n");
+  EXPECT_EQ(Ask().state, 2);
+  Monitor("@localhost:" + server.Port());
+  EXPECT_EQ(Ask().state, 1) << "the first that the server lists";
+  std::filesystem::remove_all(root_.Path() / "etc/nut");
+}
+
+TEST_F(UpsTest, AServerThatRefusesIsSaidAndLoggedOnce) {
+  {
+    FakeServer server([](int client) { ServeStatus(client, "OL", "ERR DRIVER-NOT-CONNECTED"); });
+    Monitor("desk@127.0.0.1:" + server.Port());
+    for (int i = 0; i < 3; ++i) {
+      const VELA_UPS_INFO record = Ask();
+      EXPECT_EQ(record.enabled, 1);
+      EXPECT_EQ(record.connected, 0);
+    }
+    EXPECT_EQ(Said().state, 2);
+    const std::string reason =
+        "upsd at 127.0.0.1 port " + server.Port() + " on UPS desk: DRIVER-NOT-CONNECTED";
+    EXPECT_EQ(Said().reason, reason);
+    EXPECT_EQ(VLIBCErrGet(), 0x0C00U);
+    EXPECT_EQ(TakeSystemLog(), std::vector<std::string>{"warning UPS: " + reason +
+                                                        " (said once until it is read again)"});
+    Monitor(At(server));
+    EXPECT_EQ(Ask().connected, 1);
+    Monitor("desk@127.0.0.1:" + server.Port());
+    Ask();
+    EXPECT_EQ(TakeSystemLog().size(), 1U) << "it had recovered";
+  }
+  Ask();
+  EXPECT_NE(std::string(Said().reason).find("Connection refused"), std::string::npos)
+      << Said().reason;
+  Monitor("rack@192.0.2.1");
+  Ask();
+  EXPECT_STREQ(Said().reason, "UPS rack belongs to another machine: only a local upsd is asked");
+}
+
+TEST_F(UpsTest, AServerThatHangsCostsOneSecondAndIsThenLeftAlone) {
+  const struct {
+    const char* what;
+    std::function<void(int)> serve;
+  } cases[] = {
+      {"mute", [](int client) { FakeServer::Line(client), FakeServer::Line(client); }},
+      {"drip",
+       [](int client) {
+         while (FakeServer::Send(client, "V")) std::this_thread::sleep_for(50ms);
+       }},
+      {"half a line",
+       [](int client) {
+         FakeServer::Send(client, "VAR rack ups.status \"OL");
+         FakeServer::Line(client), FakeServer::Line(client);
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    FakeServer server(c.serve);
+    Monitor(At(server));
+    const auto start = steady_clock::now();
+    EXPECT_EQ(Ask().connected, 0);
+    const auto first = steady_clock::now() - start;
+    EXPECT_GE(first, 900ms);
+    EXPECT_LT(first, 1500ms);
+    EXPECT_EQ(Said().state, 2);
+    printf("%s: %lld us\n", c.what, static_cast<long long>(first / 1us));
+    for (int i = 0; i < 100; ++i) Ask();
+    EXPECT_EQ(server.Clients(), 1);
+    EXPECT_EQ(Said().state, 2);
+    EXPECT_NE(std::string(Said().reason).find("left alone for 30 s"), std::string::npos);
+    CircuitBreaker::CloseAll();
+  }
+}
+
+TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
+  const struct {
+    const char* what;
+    std::function<void(int)> serve;
+  } cases[] = {
+      {"close", [](int) {}},
+      {"close when asked", [](int client) { FakeServer::Line(client); }},
+      {"flood",
+       [](int client) {
+         while (FakeServer::Send(client, std::string(65536, 'x'))) {
+         }
+       }},
+      {"flood of lines",
+       [](int client) {
+         while (FakeServer::Send(client, std::string(65536, '\n'))) {
+         }
+       }},
+      {"other variable",
+       [](int client) { FakeServer::Send(client, "VAR rack ups.load \"OB\"\n"); }},
+      {"endless list",
+       [](int client) {
+         FakeServer::Send(client, "BEGIN LIST UPS\n");
+         while (FakeServer::Send(client, "UPS a \"\"\n")) {
+         }
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    FakeServer server(c.serve);
+    Monitor((std::string(c.what) == "endless list" ? "" : "rack") +
+            ("@127.0.0.1:" + server.Port()));
+    for (int i = 0; i < 20; ++i) {
+      const auto start = steady_clock::now();
+      EXPECT_EQ(Ask().connected, 0);
+      EXPECT_LT(steady_clock::now() - start, 900ms);
+      EXPECT_EQ(Said().state, 2);
+    }
+    EXPECT_EQ(server.Clients(), 20);
+  }
+  sigset_t pending, mask;
+  sigpending(&pending);
+  pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+  EXPECT_EQ(sigismember(&mask, SIGPIPE), 0);
+}
+
+TEST_F(UpsTest, ItsConnectionIsNotHandedDownToChildren) {
+  std::atomic<int> sockets = 0, handedDown = 0;
+  FakeServer server([&](int client) {
+    FakeServer::Line(client);
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      if (!std::filesystem::read_symlink(entry, gone).string().starts_with("socket:")) continue;
+      ++sockets;
+      handedDown += (fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC) == 0;
+    }
+  });
+  Monitor(At(server));
+  Ask();
+  EXPECT_EQ(sockets, 3) << "the listening one and both ends";
+  EXPECT_EQ(handedDown, 0);
+}
+
+TEST_F(UpsTest, ManyThreadsAskAtOnce) {
+  FakeServer server([](int client) { ServeStatus(client, "OB LB", ""); });
+  Monitor(At(server));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([] {
+      for (int round = 0; round < 25; ++round) EXPECT_EQ(Ask().state, 3);
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(UpsTest, NoDescriptorIsLeft) {
+  FakeServer server([](int client) { ServeStatus(client, "OL", "ERR UNKNOWN-UPS"); });
+  const auto open = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  Monitor(At(server) + " desk@127.0.0.1:" + server.Port() + " rack@127.0.0.1:1");
+  Ask();
+  std::this_thread::sleep_for(50ms);
+  const auto before = open();
+  for (int i = 0; i < 50; ++i) Ask();
+  std::this_thread::sleep_for(50ms);
+  EXPECT_EQ(open(), before);
+}
+
+}  // namespace

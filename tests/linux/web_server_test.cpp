@@ -1,0 +1,200 @@
+#include "vela_webserver.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/patience.h"
+#include "platform/voice/voice.h"
+#include "tests/linux/private_bus.h"
+#include "tests/linux/system_log.h"
+#include "tests/linux/temporary_root.h"
+#include "velac.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest;
+
+VELASourceReport Said() {
+  VELASourceReport reports[11];
+  VELAPlatformSources(reports, 11);
+  return reports[3];
+}
+
+// What a request makes of both questions.
+enum class Verdict { Well, Failed, Unknown };
+void PrintTo(Verdict verdict, std::ostream* out) { *out << static_cast<int>(verdict); }
+
+Verdict Ask() {
+  NewRequest();
+  VELAPlatformSourcesReset();
+  const int suspicion = VELAServiceIsHttpDefaultConf();
+  if (suspicion <= 0) return suspicion < 0 ? Verdict::Unknown : Verdict::Well;
+  return velaw3::NginxConfManager(velaw3::NGINXCONF_APPLY).run() ? Verdict::Well : Verdict::Failed;
+}
+
+class WebServerTest : public testing::Test {
+ protected:
+  WebServerTest() { Forget(); }
+  ~WebServerTest() override { Forget(); }
+  // The platform remembers across requests: a machine without a web server forgets.
+  void Forget() {
+    std::filesystem::remove_all(root_.Path() / "usr");
+    std::filesystem::remove(root_.Path() / "etc/velainfo.conf");
+    CircuitBreaker::CloseAll();
+    Ask();
+    TakeSystemLog();
+  }
+  void Install(const std::string& program, const std::string& script) {
+    std::filesystem::permissions(root_.Write(program, "#!/bin/sh\n" + script + "\n"),
+                                 std::filesystem::perms(0755));
+  }
+
+  TemporaryRoot root_;
+};
+
+TEST_F(WebServerTest, AMachineWithoutOneOrWithoutSystemdIsSilent) {
+  EXPECT_EQ(Ask(), Verdict::Well);
+  EXPECT_STREQ(Said().reason, "no web server is installed");
+  Install("/usr/sbin/nginx", "exit 1");
+  EXPECT_EQ(Ask(), Verdict::Well);
+  EXPECT_STREQ(Said().reason, "systemd does not run this machine");
+  EXPECT_TRUE(TakeSystemLog().empty());
+}
+
+TEST_F(WebServerTest, ABusThatIsGoneIsSaidOnce) {
+  Install("/usr/sbin/nginx", "exit 1");
+  std::filesystem::create_directories(root_.Path() / "run/systemd/system");
+  EXPECT_EQ(Ask(), Verdict::Unknown);
+  EXPECT_EQ(Ask(), Verdict::Unknown);
+  EXPECT_STREQ(Said().reason,
+               "systemd could not be asked over the system bus: No such file or directory");
+  EXPECT_EQ(TakeSystemLog().size(), 1U);
+}
+
+class WebServerOnBusTest : public WebServerTest {
+ protected:
+  void SetUp() override {
+    if (!bus_.Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
+    if (geteuid() != 0) GTEST_SKIP() << "needs root, as the servers' own tests do";
+    Unit("nginx.service", "active", "success");
+    Install("/usr/sbin/nginx", "touch " + (root_.Path() / "tested").string() +
+                                   "; test \"$*\" = '-t -q' && exit $(cat " +
+                                   (root_.Path() / "status").string() + ")");
+    Status("0");
+  }
+  void Unit(const std::string& unit, const std::string& active, const std::string& reload) {
+    bus_.Say(unit, "LoadState", "loaded");
+    bus_.Say(unit, "ActiveState", active);
+    bus_.Say(unit, "ReloadResult", reload);
+  }
+  void Status(const std::string& status) { root_.Write("/status", status); }
+
+  PrivateBus bus_{root_};
+};
+
+TEST_F(WebServerOnBusTest, OnlyASuspicionThatTheTestConfirmsIsAFailure) {
+  const struct {
+    const char *active, *reload, *status;
+    Verdict verdict;
+    bool tested;
+  } cases[] = {
+      {"active", "success", "1", Verdict::Well, false},
+      {"inactive", "success", "1", Verdict::Well, false},
+      {"active", "exit-code", "1", Verdict::Failed, true},
+      {"active", "exit-code", "0", Verdict::Well, true},
+      {"failed", "success", "1", Verdict::Failed, true},
+      {"failed", "success", "0", Verdict::Well, true},
+      {"active", "", "1", Verdict::Well, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.active) + ' ' + c.reload + ' ' + c.status);
+    std::filesystem::remove(root_.Path() / "tested");
+    Unit("nginx.service", c.active, c.reload);
+    Status(c.status);
+    EXPECT_EQ(Ask(), c.verdict);
+    EXPECT_EQ(std::filesystem::exists(root_.Path() / "tested"), c.tested);
+    EXPECT_EQ(Said().state, 1);
+  }
+  EXPECT_TRUE(TakeSystemLog().empty());
+}
+
+TEST_F(WebServerOnBusTest, TheServerInUseCounts) {
+  Unit("nginx.service", "inactive", "success");
+  Unit("apache2.service", "failed", "success");
+  Install("/usr/sbin/apache2ctl", "exit 1");
+  EXPECT_EQ(Ask(), Verdict::Failed) << "nginx is installed but not used";
+  root_.Write("/etc/velainfo.conf", "web.unit=nginx.service\n");
+  EXPECT_EQ(Ask(), Verdict::Well);
+  root_.Write("/etc/velainfo.conf", "web.unit=caddy.service\n");
+  EXPECT_EQ(Ask(), Verdict::Well);
+  EXPECT_EQ(Said().state, 0) << Said().reason;
+  Unit("caddy.service", "failed", "success");
+  EXPECT_EQ(Ask(), Verdict::Well);
+  EXPECT_STREQ(Said().reason,
+               "caddy.service is in trouble; how to test its configuration is not known");
+}
+
+TEST_F(WebServerOnBusTest, ATestThatHangsIsCutAndThenLeftAlone) {
+  Unit("nginx.service", "failed", "success");
+  Install("/usr/sbin/nginx", "echo x >> " + (root_.Path() / "runs").string() + "; sleep 60");
+  const auto start = steady_clock::now();
+  EXPECT_EQ(Ask(), Verdict::Well);
+  const auto first = steady_clock::now() - start;
+  EXPECT_LT(first, 1800ms);
+  printf("nginx -t hung: %lld ms\n", static_cast<long long>(first / 1ms));
+  EXPECT_EQ(Said().state, 2);
+  for (int i = 0; i < 20; ++i) Ask();
+  EXPECT_EQ(std::filesystem::file_size(root_.Path() / "runs"), 2U) << "run once";
+  EXPECT_EQ(TakeSystemLog().size(), 1U);
+}
+
+TEST_F(WebServerOnBusTest, AStoppedBusOrASilentSystemdCostsHalfASecondOnce) {
+  for (const bool daemon : {true, false}) {
+    SCOPED_TRACE(daemon ? "dbus-daemon stopped" : "systemd mute");
+    daemon ? bus_.StopDaemon() : bus_.Mute(true);
+    const auto start = steady_clock::now();
+    EXPECT_EQ(Ask(), Verdict::Unknown);
+    const auto first = steady_clock::now() - start;
+    EXPECT_GE(first, 450ms);
+    EXPECT_LT(first, 900ms);
+    printf("%s: %lld us\n", daemon ? "bus stopped" : "systemd mute",
+           static_cast<long long>(first / 1us));
+    const auto again = steady_clock::now();
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(Ask(), Verdict::Unknown);
+    EXPECT_LT(steady_clock::now() - again, 400ms);
+    EXPECT_EQ(TakeSystemLog().size(), 1U);
+    daemon ? bus_.ContinueDaemon() : bus_.Mute(false);
+    CircuitBreaker::CloseAll();
+    EXPECT_EQ(Ask(), Verdict::Well) << "recovered";
+  }
+}
+
+TEST_F(WebServerOnBusTest, ManyThreadsAskAtOnce) {
+  Unit("nginx.service", "failed", "success");
+  Status("1");
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([] {
+      for (int round = 0; round < 10; ++round) EXPECT_EQ(Ask(), Verdict::Failed);
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(WebServerOnBusTest, NothingIsLeftOpen) {
+  const auto open = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  Ask();
+  const auto before = open();
+  for (int i = 0; i < 100; ++i) Ask();
+  EXPECT_EQ(open(), before);
+}
+
+}  // namespace

@@ -1,0 +1,254 @@
+// A request that runs out of memory fails as a whole: std::bad_alloc leaves the handler, no
+// response is set, everything is given back. Tried at every single allocation.
+#include <cerrno>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+#include <vela_api.h>
+
+#include "common/log.h"
+#include "platform/simulator/machine.h"
+#include "tests/support/recorded_response.h"
+
+// --- The heap of this executable and of every library in it, which can be told to refuse.
+
+#ifdef VELA_ASAN
+#define REAL(function) __interceptor_##function
+#else
+#define REAL(function) __libc_##function
+#endif
+
+namespace {
+
+constexpr long kNever = std::numeric_limits<long>::max();
+
+struct Heap {
+  bool counting = false;
+  long refuseFrom = kNever, refuseTo = kNever;  // the first allocation is 1
+  long asked = 0;
+  long live = 0;
+
+  bool Refuses() {
+    if (!counting || ++asked < refuseFrom || asked > refuseTo) return false;
+    errno = ENOMEM;
+    return true;
+  }
+
+  void* Made(void* memory) {
+    if (counting && memory != nullptr) ++live;
+    return memory;
+  }
+};
+
+thread_local Heap heap;
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+
+extern "C" {
+
+void* REAL(malloc)(std::size_t);
+void* REAL(calloc)(std::size_t, std::size_t);
+void* REAL(realloc)(void*, std::size_t);
+void REAL(free)(void*);
+
+void* malloc(std::size_t size) noexcept {
+  return heap.Refuses() ? nullptr : heap.Made(REAL(malloc)(size));
+}
+
+void* calloc(std::size_t count, std::size_t size) noexcept {
+  return heap.Refuses() ? nullptr : heap.Made(REAL(calloc)(count, size));
+}
+
+void* realloc(void* memory, std::size_t size) noexcept {
+  if (heap.Refuses()) return nullptr;
+  void* moved = REAL(realloc)(memory, size);
+  return memory == nullptr ? heap.Made(moved) : moved;
+}
+
+void free(void* memory) noexcept {
+  if (heap.counting && memory != nullptr) --heap.live;
+  REAL(free)(memory);
+}
+}
+
+// AddressSanitizer's own operators do not pass through malloc.
+void* operator new(std::size_t size) {
+  void* memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+#pragma GCC visibility pop
+
+extern "C" const VELA::APIMethodRow* GetAPITable();
+
+namespace VELA::SystemHealth {
+
+namespace {
+
+thread_local std::size_t logged = 0;
+
+}  // namespace
+
+// Keeps what was written, and allocates nothing.
+void WriteSystemLog(int, const char* line) {
+  logged = logged * 31 + std::hash<std::string_view>()(line);
+}
+
+namespace {
+
+using vela::simulator::Machine;
+
+// Something in every list, something wrong in every source, and names too long for the
+// strings' own room.
+Machine EverythingIsWrong() {
+  const std::string text(40, 'x');
+  Machine machine;
+  machine.hostName = text;
+  machine.securityScan = R"({"sysStatus": "danger", "more": [")" + text + R"("]})";
+  machine.interfaces[1].fails = true;
+  machine.settings["usb_partition_warning_percent"] = std::string(600, 'x');
+  machine.fanFailed = machine.powerFailed = machine.unitFansFailed = true;
+  machine.powerDetail = 0x100;
+  machine.unitFansDetail = 0x300;
+  machine.temperatureState = 1;
+  machine.systemVolumeCrashed = true;
+  machine.httpDefaultConf = 1;
+  machine.webServerApplies = false;
+  machine.upsState = 3;
+  machine.overview = "abnormal";
+  Json::Value disk = vela::simulator::Disk(text, "system_crashed", "volume_" + text);
+  disk["remote_info"]["disconnect"] = 1;
+  machine.disks.Append(disk);
+  for (auto& volume : machine.volumes) volume.used = volume.total;
+  machine.volumes[1].fails = true;
+  machine.volumes[2].spaceId = std::string(600, 'x') + "_";
+  machine.volumes[3].spaceId = "volume_" + text;
+  for (auto& volume : machine.usb) volume.free = 0;
+  machine.usb.push_back({.name = "no share at all, and long", .total = 1});
+  machine.units = {{.name = text, .slot = 0, .power = {{1, 0}}},
+                   {.name = std::nullopt, .slot = 1, .power = {{1, 1}}}};
+  machine.haRunning = true;
+  machine.haStatus = "danger";
+  machine.sanOutput =
+      "{\"low_capacity_write_on\": true, // a comment\n"
+      "\"luns\": [{\"name\": \"a\", \"status\": \"Unhealthy\"}],\n\"volumes\": []}";
+  return machine;
+}
+
+// The branches that the first machine's findings hide.
+Machine OtherThingsAreWrong() {
+  Machine machine = EverythingIsWrong();
+  for (auto& volume : machine.volumes) volume.used = volume.freeInodes = 0;
+  machine.usb[0].name = "sdshare1";
+  machine.usb.resize(1);
+  machine.fanFailed = false;
+  machine.powerDetail = 0x200;
+  machine.sanOutput = R"({"luns": [{"status": "degraded", "location": "/volume1 with a long name"},
+                                   {"status": "degraded", "location": "/volume1 with a long name"}],
+    "volumes": [{"path": "/volume1 with a long name", "free_size": 5, "total_size": 1e3}]})";
+  return machine;
+}
+
+// The last machine: only its two least urgent findings are left.
+Machine LittleIsWrong() {
+  Machine machine;
+  machine.usb.clear();
+  machine.esata = {{.name = "satashare1", .total = 100, .free = 1}};
+  machine.sanOutput = R"({"luns": [], "volumes": [], "low_capacity_write_on": true})";
+  return machine;
+}
+
+struct Result {
+  bool exhausted = false;
+  RecordedResponse response;
+  std::size_t log = 0;
+};
+
+// One request in which the allocations from the n-th to the last given one are refused.
+Result Request(long from, long to) {
+  Result result;
+  logged = 0;
+  heap = {.counting = true, .refuseFrom = from, .refuseTo = to};
+  try {
+    GetAPITable()[0].handler(nullptr, result.response.AsResponse());
+  } catch (const std::bad_alloc&) {
+    result.exhausted = true;
+  }
+  heap.refuseFrom = kNever;
+  result.log = logged;
+  return result;
+}
+
+struct NamedMachine {
+  const char* name;
+  Machine (*make)();
+};
+
+class MemoryExhaustion : public testing::TestWithParam<NamedMachine> {
+ protected:
+  MemoryExhaustion() { vela::simulator::Enter(&machine_); }
+  ~MemoryExhaustion() override { vela::simulator::Enter(nullptr); }
+
+  // Leaves no trace, whichever way the request went.
+  void ExpectNothingLeft(Result result) {
+    result.response.document = Json::Value();
+    heap.counting = false;
+    EXPECT_EQ(heap.live, 0) << "memory leaked";
+    EXPECT_EQ(machine_.ledger.lists, 0);
+    EXPECT_EQ(machine_.ledger.streams, 0);
+    EXPECT_EQ(machine_.ledger.objects, 0);
+  }
+
+  Machine machine_ = GetParam().make();
+};
+
+TEST_P(MemoryExhaustion, FailsTheRequestAsAWhole) {
+  Request(kNever, kNever);  // what the libraries keep for good
+  Result calm = Request(kNever, kNever);
+  const long allocations = heap.asked;
+  heap.counting = false;
+  const Json::Value answer = calm.response.document;
+  ExpectNothingLeft(Request(kNever, kNever));
+  RecordProperty("allocations", std::to_string(allocations));
+
+  long absorbed = 0;
+  for (long n = 1; n <= allocations && !HasFailure(); ++n) {
+    SCOPED_TRACE(n);
+    Result onwards = Request(n, kNever);
+    const bool failed = onwards.exhausted && onwards.response.answers == 0;
+    ExpectNothingLeft(std::move(onwards));
+    EXPECT_TRUE(failed);
+
+    // A single refusal may be absorbed: a thrown object has spare room elsewhere. What must
+    // never come of it is an answer, or a log, that is not the whole truth.
+    Result once = Request(n, n);
+    const bool whole = once.response.document == answer && once.log == calm.log;
+    const bool sound = once.exhausted ? once.response.answers == 0 : whole;
+    if (!once.exhausted) ++absorbed;
+    ExpectNothingLeft(std::move(once));
+    EXPECT_TRUE(sound);
+  }
+  EXPECT_LE(absorbed, 2) << "one thrown object for each volume that is left out";
+}
+
+INSTANTIATE_TEST_SUITE_P(Machines, MemoryExhaustion,
+                         testing::Values(NamedMachine{"EverythingIsWrong", EverythingIsWrong},
+                                         NamedMachine{"OtherThingsAreWrong", OtherThingsAreWrong},
+                                         NamedMachine{"LittleIsWrong", LittleIsWrong}),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
+}  // namespace VELA::SystemHealth

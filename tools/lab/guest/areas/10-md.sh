@@ -1,0 +1,104 @@
+# shellcheck shell=bash
+# Software RAID of each level: degraded, rebuilding, failed; and what it does when it is well.
+modprobe -a raid0 raid1 raid456
+A=$(by LABSATA0) B=$(by LABSATA1) C=$(by LABSATA2)
+D=$(by LABSCSI0) E=$(by LABSCSI1) F=$(by LABSCSI2) G=$(by LABSCSI3)
+of() { cat "/sys/block/$1/md/$2"; }
+slow() { echo 500 | tee "/sys/block/$1/md/sync_speed_max" >"/sys/block/$1/md/sync_speed_min"; }
+swift() { echo 900000 >"/sys/block/$1/md/sync_speed_max"; }
+make() { # make NAME LEVEL DISKS...
+  local array=$1 level=$2
+  shift 2
+  mdadm --create "/dev/$array" --run --assume-clean --metadata=1.2 --level="$level" --raid-devices=$# "$@"
+  udevadm settle
+}
+scrap() { # scrap NAME DISKS...
+  mdadm --stop "/dev/$1"
+  udevadm settle
+  shift
+  mdadm --zero-superblock "$@"
+}
+# put_in NAME DISK: as a new member; it rebuilds slowly.
+put_in() {
+  mdadm "/dev/$1" --remove "$2"
+  mdadm --zero-superblock "$2"
+  slow "$1"
+  mdadm "/dev/$1" --add "$2"
+  until_is 10 recover of "$1" sync_action
+}
+
+make md1 1 "$D" "$E"
+quiet "md raid1, well"
+mdadm /dev/md1 --fail "$E"
+state "md raid1, degraded" storage_warning
+put_in md1 "$E"
+state "md raid1, rebuilding" storage_warning
+swift md1
+until_is 30 0 of md1 degraded
+gone
+slow md1
+echo check >/sys/block/md1/md/sync_action
+quiet "md raid1, being checked"
+echo idle >/sys/block/md1/md/sync_action
+mdadm /dev/md1 --add "$F"
+quiet "md raid1, with a hot spare"
+mdadm /dev/md1 --remove "$F"
+mdadm /dev/md1 --fail "$E"
+mdadm /dev/md1 --fail "$D"
+state "md raid1, last member failed" storage_danger
+scrap md1 "$D" "$E" "$F"
+gone
+
+mdadm --create /dev/md1 --run --metadata=1.2 --level=1 --raid-devices=2 "$D" "$E" && slow md1
+quiet "md raid1, initialising"
+scrap md1 "$D" "$E"
+
+make md2 1 "$D" "$E"
+mkswap /dev/md2
+swapon /dev/md2
+mdadm /dev/md2 --fail "$E"
+state "member of the swap array, failed" disk_crashed
+put_in md2 "$E"
+swift md2
+until_is 30 0 of md2 degraded
+gone
+swapoff /dev/md2
+scrap md2 "$D" "$E"
+
+make md5 5 "$A" "$B" "$C"
+mdadm /dev/md5 --fail "$A"
+state "md raid5, degraded" storage_warning
+put_in md5 "$A"
+state "md raid5, rebuilding" storage_warning
+mdadm /dev/md5 --fail "$B"
+state "md raid5, failed" storage_danger
+scrap md5 "$A" "$B" "$C"
+gone
+
+make md6 6 "$D" "$E" "$F" "$G"
+mdadm /dev/md6 --fail "$D"
+state "md raid6, one member failed" storage_warning
+mdadm /dev/md6 --fail "$E"
+state "md raid6, two members failed" storage_warning
+put_in md6 "$D"
+state "md raid6, rebuilding" storage_warning
+mdadm /dev/md6 --fail "$F"
+state "md raid6, failed" storage_danger
+scrap md6 "$D" "$E" "$F" "$G"
+gone
+
+make md0 0 "$F" "$G"
+mkfs.ext4 -q /dev/md0
+mkdir -p /mnt/md0
+mount /dev/md0 /mnt/md0
+tear_out "$G"
+echo x >/mnt/md0/file
+sync
+state "md raid0, disk torn out" storage_danger
+umount /mnt/md0
+scrap md0 "$F"
+put_back
+# udev has made an array of the lone member.
+mdadm --stop --scan
+mdadm --zero-superblock "$(by LABSCSI3)"
+gone

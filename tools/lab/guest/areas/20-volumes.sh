@@ -1,0 +1,82 @@
+# shellcheck shell=bash
+# Volumes: short of space, out of inodes, stopped by errors.
+modprobe -a btrfs xfs dm_mod
+A=$(by LABSATA0) B=$(by LABSATA1)
+mkdir -p /volume1
+
+mkfs.ext4 -q -m 0 "$A" && mount "$A" /volume1
+quiet "volume, empty"
+leave /volume1 3
+state "volume nearly full" volume_space '{0} 1{1} {2}'
+rm /volume1/filler
+gone
+umount /volume1
+
+mkfs.ext4 -q -m 0 -N 128 "$A" && mount "$A" /volume1
+number=0
+while touch "/volume1/$((number += 1))"; do :; done
+state "inodes gone" volume_inodes '{0} 1{1} {2}'
+rm -f /volume1/[0-9]*
+gone
+umount /volume1
+
+# errors_count alone: an old error, or one that did not stop it.
+mkfs.ext4 -q -O ^has_journal "$A" && mount -o errors=continue "$A" /volume1
+echo 1 >"/sys/fs/ext4/$(name_of "$A")/trigger_fs_error"
+state "ext4 with a counted error" storage_warning
+umount /volume1
+gone
+
+# stopped FILE-SYSTEM MOUNT: on a device that fails from then on.
+stopped() {
+  "mkfs.$1" -q "$A"
+  failing_device lab "$A"
+  mount ${3:+-o "$3"} /dev/mapper/lab "$2"
+  quiet "$1 on a device mapping at $2"
+  touch "$2/file"
+  sync -f "$2"
+  break_device lab
+  # What is in memory can be changed; writing it down is what fails.
+  mv "$2/file" "$2/other"
+  sync -f "$2"
+  ls "$2/lost+found"
+}
+mended() {
+  umount "$1"
+  dmsetup remove lab
+  wipefs -aq "$A"
+}
+stopped ext4 /volume1 errors=remount-ro
+state "ext4 stopped by I/O errors" storage_danger
+mended /volume1
+gone
+stopped xfs /volume1
+state "XFS shut down" storage_danger
+mended /volume1
+gone
+# Nothing may run that wants the real /var for these moments.
+stopped ext4 /var errors=remount-ro
+state "system volume (/var, ext4) in error" system_crashed
+mended /var
+gone
+stopped xfs /var
+state "system volume (/var, XFS) shut down" system_crashed
+mended /var
+gone
+
+mkfs.btrfs -q -f -d raid1 -m raid1 "$A" "$B"
+udevadm settle
+mount "$A" /volume1
+quiet "btrfs of two devices, well"
+tear_out "$B"
+echo x >/volume1/file
+btrfs filesystem sync /volume1
+state "btrfs, device lost" storage_warning
+umount /volume1
+mount -o degraded "$A" /volume1
+state "btrfs, mounted without a device" storage_warning
+umount /volume1
+put_back
+wipefs -aq "$A" "$(by LABSATA1)"
+btrfs device scan --forget
+gone

@@ -1,0 +1,82 @@
+# shellcheck shell=bash
+# LUNs of the kernel's iSCSI target, and a disk from it that goes away.
+modprobe -a target_core_mod target_core_file iscsi_target_mod iscsi_tcp
+big=$(by LABBIG0) target=/sys/kernel/config/target name=iqn.2000-01.lab.example:luns
+group=$target/iscsi/$name/tpgt_1 store=$target/core/fileio_0/lun1
+ln -sf /usr/libexec/vela-systemhealth/velaiscsiep /usr/local/bin/velaiscsiep
+mkfs.ext4 -q -m 0 "$big"
+mkdir -p /volume1 /mnt/lun
+mount "$big" /volume1
+truncate -s 64M /volume1/lun1.img
+mkdir -p $store
+echo "fd_dev_name=/volume1/lun1.img,fd_dev_size=67108864" >$store/control
+echo /volume1/lun1.img >$store/udev_path
+echo 1 >$store/enable
+mkdir -p $group/lun/lun_0 $group/np/127.0.0.1:3260
+ln -s $store $group/lun/lun_0/port
+for setting in authentication=0 generate_node_acls=1 demo_mode_write_protect=0 cache_dynamic_acls=1; do
+  echo ${setting#*=} >"$group/attrib/${setting%=*}"
+done
+echo 1 >$group/enable
+quiet "LUN on a roomy volume"
+
+# free MIB: what is left of the volume.
+free() {
+  local available size
+  rm -f /volume1/filler
+  sync -f /volume1
+  read -r available size < <(stat -f -c '%a %S' /volume1)
+  fallocate -l $((available * size - $1 * 1048576)) /volume1/filler
+  sync -f /volume1
+}
+free 1400
+state "LUN's volume below a tenth" lun_space
+free 500
+state "LUN's volume below the soft limit" lun_soft_limit
+free 100
+state "LUN's volume below the hard limit" lun_hard_limit
+rm /volume1/filler
+gone
+mv /volume1/lun1.img /volume1/elsewhere
+state "LUN without its file" lun_crashed
+mv /volume1/elsewhere /volume1/lun1.img
+gone
+
+echo "InitiatorName=iqn.2000-01.lab.example:appliance" >/etc/iscsi/initiatorname.iscsi
+pgrep -x iscsid || iscsid
+until_is 10 '*:luns' iscsiadm -m discovery -t st -p 127.0.0.1:3260
+iscsiadm -m node -T $name -p 127.0.0.1:3260 --login
+udevadm settle
+find_lun() { lsscsi | awk '/LIO-ORG/ { print $NF; exit }'; }
+disk=$(until_is 10 '/dev/*' find_lun)
+session() { cat /sys/class/iscsi_session/session*/state; }
+disconnect() { echo 0 >$group/enable && until_is 20 FAILED session; }
+connect() { echo 1 >$group/enable && until_is 30 LOGGED_IN session; }
+mkfs.ext4 -q "$disk" && mount "$disk" /mnt/lun
+quiet "iSCSI disk, in use"
+disconnect
+state "iSCSI disk in use, disconnected" disk_away
+connect
+gone
+umount /mnt/lun
+wipefs -aq "$disk"
+disconnect
+harmless "iSCSI disk without a use, disconnected"
+connect
+modprobe raid1
+mdadm --create /dev/md1 --run --assume-clean --size=32768 --level=1 --raid-devices=2 --spare-devices=1 \
+  "$(by LABSCSI0)" "$(by LABSCSI1)" "$disk"
+udevadm settle
+disconnect
+harmless "iSCSI disk as a hot spare, disconnected"
+connect
+mdadm --stop /dev/md1
+mdadm --zero-superblock "$(by LABSCSI0)" "$(by LABSCSI1)" "$disk"
+
+iscsiadm -m node -T $name --logout
+echo 0 >$group/enable
+rm $group/lun/lun_0/port
+rmdir $group/lun/lun_0 $group/np/* $group $target/iscsi/$name $store
+rm /usr/local/bin/velaiscsiep
+umount /volume1
+wipefs -aq "$big"

@@ -1,0 +1,25 @@
+# shellcheck shell=bash
+# The web server under systemd.
+bad=/etc/nginx/conf.d/bad.conf
+mkdir -p /var/log/nginx /var/lib/nginx
+systemctl daemon-reload
+systemctl start nginx
+quiet "web server running"
+echo 'server { listen 80; nonsense on; }' >$bad
+systemctl reload nginx
+state "web server with a configuration that it refuses" web_server
+rm $bad
+systemctl reload nginx
+gone
+echo 'server { listen 80; nonsense on; }' >$bad
+systemctl restart nginx
+state "web server that cannot start" web_server
+rm $bad
+systemctl restart nginx
+gone
+systemctl kill -s KILL nginx
+until_is 10 failed systemctl is-active nginx
+harmless "web server killed, configuration good"
+systemctl reset-failed nginx
+systemctl stop nginx
+quiet "web server switched off"

@@ -1,0 +1,156 @@
+# shellcheck shell=bash
+# What the areas share: bringing states about, and asking what the appliance says of them.
+# Sourced by an area's run (see suite); AREA is its name, descriptor 3 the report.
+
+# --- The report: one line a state, and the same for the host in $RESULTS
+# (outcome, area, state, seconds, words; tabs between).
+
+report() { # report ok|FAIL|skip STATE WORDS
+  printf '%-4s %s %s\n' "$1" "$2" "$3" >&3
+  printf '%s\t%s\t%s\t%s\t%s\n' "$1" "$AREA" "$2" "$SECONDS" "$3" >>"$RESULTS"
+}
+
+# Why a state cannot be seen yet; status 1 for one that can.
+skipped() {
+  awk -F ' *\\| *' -v state="$AREA: $1" '!/^#/ && $1 != "" && index(state, $1) == 1 { print $2; found = 1; exit }
+    END { exit !found }' "$LAB/skipped"
+}
+
+# --- Asking
+
+finding() { awk -v name="$1" '$1 == name { print $2, $3, $4; found = 1 } END { exit !found }' "$LAB/findings"; }
+
+# An area that sets COLLECT has the collector look at that part before each question. The finding as "TYPE ID TEXT" in GOT, its composed format in GOT_FORMAT, the program's exit status in STATUS.
+ask() {
+  local answer
+  [ -z "${COLLECT-}" ] || vela-platform-collect --once --part "$COLLECT"
+  answer=$(vela-health --json 2>>"$TRACE") && STATUS=0 || STATUS=$?
+  IFS=$'\t' read -r GOT GOT_FORMAT < <(jq -r '.rule | .description as $d | ["\(.type) \(.id) " +
+      (if $d.description_use_formatted then $d.description_format else $d.description_params[-1] end),
+      $d.description_format] | @tsv' <<<"$answer" 2>>"$TRACE") || GOT="no answer, exit status $STATUS"
+  echo "--- says: $GOT ($GOT_FORMAT)"
+}
+
+# await FINDING FORMAT: asks until the appliance says so, PATIENCE seconds at most.
+await() {
+  local wanted until=$((SECONDS + PATIENCE))
+  wanted=$(finding "$1") || { GOT="no finding is called $1"; return 1; }
+  while :; do
+    ask
+    [ "$GOT" != "$wanted" ] || [[ -n $2 && $GOT_FORMAT != "$2" ]] || return 0
+    [ "$SECONDS" -lt "$until" ] || return 1
+    sleep 0.5
+  done
+}
+
+# begin: an area that finds the machine unwell would prove nothing.
+begin() {
+  rm -rf /run/vela-platform
+  await ok '' && return
+  report FAIL "beginning" "-> an area before this one left the machine with $GOT $GOT_FORMAT"
+  exit 1
+}
+
+# state NAME FINDING [FORMAT]: the appliance is in this state now and must say so.
+# Its line is written once it has been repaired and `gone` saw it go.
+SEEN=()
+state() {
+  local why
+  echo "--- state: $1"
+  if why=$(skipped "$1"); then
+    ask
+    [ "$GOT" != "$(finding "$2")" ] || why="$why (is seen by now: take it off the list)"
+    report skip "$1" "-> $2: $why"
+  elif await "$2" "${3-}"; then
+    SEEN+=("$1 -> $GOT")
+  else
+    report FAIL "$1" "-> wanted $(finding "$2") ${3-}, got $GOT $GOT_FORMAT"
+  fi
+}
+
+# gone: all that was seen is repaired, and the appliance well again.
+gone() {
+  local one well=yes
+  [ ${#SEEN[@]} -gt 0 ] || return 0
+  await ok '' || well=
+  for one in "${SEEN[@]}"; do
+    if [ -n "$well" ]; then
+      report ok "${one%% -> *}" "-> ${one#* -> }"
+    else
+      report FAIL "${one%% -> *}" "-> repaired, and yet $GOT"
+    fi
+  done
+  SEEN=()
+}
+
+# harmless NAME: a source may be gone (exit status 3), but that is no reason for alarm.
+harmless() { no_alarm "$1" '[03]'; }
+
+no_alarm() { # no_alarm NAME EXIT-STATUS-PATTERN
+  local why
+  echo "--- harmless: $1"
+  why=$(skipped "$1") && { report skip "$1" "-> system_ok: $why"; return; }
+  ask
+  # shellcheck disable=SC2053
+  if [[ $GOT == "$(finding ok)" && $STATUS == $2 ]]; then
+    report ok "$1" "-> system_ok"
+  else
+    report FAIL "$1" "-> false alarm: $GOT $GOT_FORMAT, exit status $STATUS"
+  fi
+}
+
+# quiet NAME: a healthy machine: every source is read or not there, and not a word in the system log.
+quiet() {
+  local said
+  journal_lines >/dev/null
+  no_alarm "$1" 0
+  said=$(journal_lines)
+  [ -z "$said" ] || report FAIL "$1 (log)" "-> said: $said"
+}
+
+# What the program logged since the last look.
+journal_lines() { journalctl -q -t vela-health -o cat --cursor-file="$CURSOR" --no-pager; }
+
+# --- Bringing about
+
+by() { readlink -f "$(find /dev/disk/by-id -name "*$1" | head -n 1)"; }
+name_of() { basename "$(readlink -f "$1")"; }
+qmp() { python3 "$LAB/qmp.py" "$@"; }
+
+# until_is SECONDS PATTERN COMMAND...: waits until the command's output matches, and prints it.
+until_is() {
+  local until=$((SECONDS + $1)) pattern=$2 output
+  shift 2
+  while :; do
+    output=$("$@" 2>/dev/null)
+    # shellcheck disable=SC2053
+    if [[ $output == $pattern ]]; then break; fi
+    [ "$SECONDS" -lt "$until" ] || { echo "$output" && return 1; }
+    sleep 0.2
+  done
+  echo "$output"
+}
+
+# leave MOUNT PERCENT: fills the volume until that share of its blocks is available.
+leave() {
+  local available blocks size
+  read -r available blocks size < <(stat -f -c '%a %b %S' "$1")
+  fallocate -l $(((available - blocks * $2 / 100) * size)) "$1/filler" || true
+  sync -f "$1"
+}
+
+# failing_device NAME DISK: /dev/mapper/NAME, which `break_device NAME` makes answer every request
+# with an I/O error and `mend_device NAME DISK` well again.
+failing_device() { dmsetup create "$1" --table "0 $(blockdev --getsz "$2") linear $2 0"; }
+reload_device() {
+  dmsetup suspend --noflush --nolockfs "$1" && dmsetup load "$1" --table "$2" && dmsetup resume "$1"
+}
+break_device() { reload_device "$1" "0 $(blockdev --getsz "/dev/mapper/$1") error"; }
+
+# A SCSI or SATA disk is torn out, and all are put back.
+tear_out() { echo 1 >"/sys/block/$(name_of "$1")/device/delete"; }
+put_back() {
+  local host
+  for host in /sys/class/scsi_host/host*; do echo '- - -' >"$host/scan"; done
+  udevadm settle
+}
