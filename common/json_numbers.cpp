@@ -37,7 +37,8 @@ std::size_t NumberLength(std::string_view text) {
 }
 
 // A number as one that the library reads in any locale: a fraction or an exponent gives way
-// to the size that it stands for, or to -1, which is none.
+// to the size that it stands for, or to -1, which is none. A space keeps the shorter number
+// apart from what follows: in "1.5.5", which is none, ".5" must not become its fraction.
 std::string WholeNumber(std::string_view number) {
   std::string text(number);
   const bool complete = (kDigits.find(text.back()) != kDigits.npos) || text.back() == '.';
@@ -45,7 +46,7 @@ std::string WholeNumber(std::string_view number) {
   const std::optional<double> value = ToDouble(text);
   if (!value) return text;
   const std::optional<std::uint64_t> size = ToSize(*value);
-  return size ? std::to_string(*size) : "-1";
+  return (size ? std::to_string(*size) : "-1") + ' ';
 }
 
 }  // namespace
