@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/failure.h"
+#include "host/module_log.h"
 #include "host/response.h"
 
 namespace vela::host {
@@ -34,8 +35,10 @@ std::string Host::AskDocument(const APIMethodRow& method, const SimulatedMachine
 
 Reply Host::Ask(const APIMethodRow& method, const SimulatedMachine& machine) const {
   Reply reply;
+  const ModuleLog log;
   reply.document = AskDocument(method, machine);
   platform_.Sources(reply.sources);
+  AddLoggedFailures(log.Lines(), reply.sources);
   return reply;
 }
 

@@ -10,7 +10,7 @@
 namespace vela::host {
 
 // What one request brought: the document as the module gave it, and beside it what the
-// platform's sources said meanwhile.
+// sources said meanwhile: the platform, and the module's log.
 struct Reply {
   std::string document;
   std::vector<VELASourceReport> sources;

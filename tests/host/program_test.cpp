@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -45,6 +46,29 @@ TEST(Program, TheExitStateTellsTheVerdict) {
     EXPECT_TRUE(Contains(outcome.out, c.words)) << outcome.out;
     EXPECT_EQ(Contains(outcome.out, "What to do:"), c.status == 1 || c.status == 2) << outcome.out;
     EXPECT_EQ(Contains(outcome.out, "Could not read UPS: "), c.status == 3) << outcome.out;
+  }
+}
+
+std::vector<std::string> ScenariosNamed(const std::string& start) {
+  std::vector<std::string> names;
+  for (const auto& folder : std::filesystem::directory_iterator(VELA_SCENARIOS)) {
+    const std::string name = folder.path().filename();
+    if (folder.is_directory() && name.starts_with(start)) names.push_back(name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(Program, WhatCouldNotBeReadIsNamedAndNeverCalledHealthy) {
+  const std::vector<std::string> failing = ScenariosNamed("failing-");
+  ASSERT_GT(failing.size(), 30U);
+  for (const std::string& name : failing) {
+    const Outcome outcome = RunProgram({"--scenario", name, "--lang", "en"});
+    SCOPED_TRACE(name + "\n" + outcome.out);
+    const bool finding = Contains(outcome.out, "What to do:");
+    EXPECT_EQ(outcome.status == 3, !finding);
+    EXPECT_EQ(outcome.out.starts_with("Healthy as far as could be read.\n"), !finding);
+    EXPECT_TRUE(Contains(outcome.out, "  Could not read "));
   }
 }
 
