@@ -12,22 +12,36 @@ net/can net/sctp net/tipc net/nfc net/openvswitch net/netfilter net/sched fs/cep
 fs/nfsd fs/ocfs2 fs/gfs2 fs/afs fs/orangefs fs/jfs fs/f2fs drivers/scsi/lpfc drivers/scsi/qla2xxx
 drivers/scsi/bfa drivers/scsi/elx drivers/scsi/mpi3mr drivers/scsi/qedf drivers/scsi/qedi"
 
+image_key() { { cat "$LAB/guest-packages"; declare -f unpack_kernel make_root; echo "$UNNEEDED_MODULES"; } | sha256sum; }
+image_is_made() { [ "$(cat "$LAB_WORK/key" 2>/dev/null)" = "$(image_key)" ]; }
+
+# Why the image cannot be made here; status 1 when it can.
+image_obstacle() {
+  image_is_made && return 1
+  if [ "$(id -u)" != 0 ]; then
+    echo "its image takes root to make, once: sudo LAB_WORK=$LAB_WORK tools/lab/lab.sh build"
+  elif ! unshare --mount true 2>/dev/null; then
+    echo "its image takes a root user who may mount, which this container does not allow"
+  else
+    return 1
+  fi
+}
+
 build_image() {
+  local obstacle started=$SECONDS
+  ! obstacle=$(image_obstacle) || die "no lab on this machine: $obstacle"
   mkdir -p "$LAB_WORK"
   (
     flock 9
-    local key
-    key=$({ cat "$LAB/guest-packages"; declare -f unpack_kernel make_root; echo "$UNNEEDED_MODULES"; } | sha256sum)
-    if [ "$(cat "$LAB_WORK/key" 2>/dev/null)" != "$key" ]; then
-      [ "$(id -u)" = 0 ] || die "making the appliance's root takes root"
-      local started=$SECONDS
+    if ! image_is_made; then
       rm -rf "$LAB_WORK/key" "$LAB_WORK/kernel"
       if ! unpack_kernel || ! make_root; then die "the appliance's image could not be made; the reason is above"; fi
-      echo "$key" >"$LAB_WORK/key"
+      image_key >"$LAB_WORK/key"
+      [ -z "${SUDO_UID-}" ] || chown -R "$SUDO_UID" "$LAB_WORK"
       rm -f "$LAB_WORK/initrd"
       say "appliance image made in $((SECONDS - started)) s, $(du -m "$LAB_WORK/root.img" | cut -f1) MiB"
     fi
-    make_initramfs && make_acpi_table
+    make_initramfs && make_acpi_table && accelerator >/dev/null
   ) 9>"$LAB_WORK/lock"
 }
 

@@ -9,7 +9,7 @@ SOURCE=$(cd "$LAB/../.." && pwd -P)
 
 LAB_WORK=${LAB_WORK:-${XDG_CACHE_HOME:-${HOME:?set HOME, XDG_CACHE_HOME or LAB_WORK}/.cache}/vela-lab}
 LAB_MEM=${LAB_MEM:-1024}
-LAB_SMP=${LAB_SMP:-2}
+LAB_SMP=${LAB_SMP:-1}
 LAB_ACCEL=${LAB_ACCEL:-auto}
 LAB_CPU=${LAB_CPU:-Nehalem}
 LAB_TIMEOUT=${LAB_TIMEOUT:-900}
@@ -21,6 +21,7 @@ usage() {
 usage: tools/lab/lab.sh build                          make the appliance's image (once; root)
        tools/lab/lab.sh run [--share DIR] COMMAND...   boot, run the command in DIR, power off
        tools/lab/lab.sh shell [--share DIR]            a root shell on the serial console (Ctrl-A X ends it)
+       tools/lab/lab.sh obstacle                       why there is no lab on this machine; status 1 when there is
        tools/lab/lab.sh help
 
 DIR (by default the current folder) is /host in the guest, where the command starts; tools/lab/guest
@@ -28,7 +29,7 @@ is /lab. One argument is a shell line. The exit status is the command's; 125 whe
 
   LAB_WORK     where the image and its runs live       [~/.cache/vela-lab]
   LAB_MEM      memory in MiB                           [1024]
-  LAB_SMP      processors                              [2]
+  LAB_SMP      processors                              [1]
   LAB_ACCEL    auto, kvm or tcg                        [auto]
   LAB_CPU      processor model when emulated           [Nehalem; max for AVX, a third slower]
   LAB_TIMEOUT  seconds before the machine is cut off   [900]
@@ -41,14 +42,13 @@ run() {
   local share=$1 started=$SECONDS status
   shift
   [ $# -gt 0 ] || { usage >&2; exit 64; }
-  mkdir -p "$share/.lab"
-  printf '%s\n' "$*" >"$share/.lab/command"
-  boot "$share" run
-  status=$(cat "$share/.lab/status" 2>/dev/null) || {
+  boot "$share" run "$*"
+  status=$(cat "$RUN/own/status" 2>/dev/null) || {
+    mv -f "$RUN/console.log" "$LAB_WORK/console.log"
     say "the appliance gave no answer; its console is in $LAB_WORK/console.log"
     exit 125
   }
-  say "$(accelerator): up after $(cat "$share/.lab/up") s of its own clock, $((SECONDS - started)) s in all"
+  say "$(accelerator): up after $(cat "$RUN/own/up") s of its own clock, $((SECONDS - started)) s in all"
   exit "$status"
 }
 
@@ -61,10 +61,11 @@ if [ "${1-}" = --share ]; then
 fi
 case $command in
   build | run | shell) need lab && build_image ;;
+  obstacle) if image_obstacle; then exit; else exit 1; fi ;;
   help) usage && exit ;;
   *) usage >&2 && exit 64 ;;
 esac
 case $command in
   run) run "$share" "$@" ;;
-  shell) mkdir -p "$share/.lab" && boot "$share" shell ;;
+  shell) boot "$share" shell ;;
 esac

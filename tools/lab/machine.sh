@@ -39,6 +39,7 @@ machine_arguments() {
     # The system disk: what is written to it goes to a file that nobody sees again.
     -drive "$(drive system "$LAB_WORK/root.img"),snapshot=on" -device virtio-blk-pci,drive=system
     -virtfs "local,path=$share,mount_tag=host,security_model=none,multidevs=remap"
+    -virtfs "local,path=$RUN/own,mount_tag=own,security_model=none"
     -virtfs "local,path=$RUN/guest,mount_tag=lab,security_model=none,readonly=on"
     # QEMU's monitor on a socket, and the same socket as a serial port within the guest: the
     # guest pulls cables and disks out of its own machine.
@@ -71,17 +72,19 @@ machine_arguments() {
   done
 }
 
-# boot SHARE run|shell: until the machine goes off. What its command prints comes out here.
+# boot SHARE run|shell COMMAND: until the machine goes off. What its command prints comes out here.
 boot() {
   local share=$1 mode=$2 kernel_line reader waited=0 status=0
   RUN=$(mktemp -d -p "$LAB_WORK")
   trap end_run EXIT
+  # What this machine and its guest tell each other: /own there.
+  mkdir "$RUN/own"
+  printf '%s\n' "${3-}" >"$RUN/own/command"
   cp -a "$LAB/guest" "$RUN/guest"
   machine_arguments "$share"
-  kernel_line="console=ttyS0 loglevel=4 panic=-1 random.trust_cpu=on mitigations=off nokaslr audit=0"
+  kernel_line="console=ttyS0 loglevel=4 panic=-1 random.trust_cpu=on mitigations=off nokaslr norandmaps audit=0"
   kernel_line+=" systemd.unit=lab.target systemd.show_status=0 lab.mode=$mode"
-  rm -f "$share"/.lab/{status,bmc.state}
-  python3 "$LAB/guest/bmc.py" "$RUN/bmc" "$share/.lab/bmc.state" >"$RUN/bmc.ready" &
+  python3 "$LAB/guest/bmc.py" "$RUN/bmc" "$RUN/own/bmc.state" >"$RUN/bmc.ready" &
   CONTROLLER=$!
   until [ -s "$RUN/bmc.ready" ] || [ $((waited += 1)) -gt 50 ]; do sleep 0.1; done
   if [ "$mode" = shell ]; then
@@ -93,7 +96,7 @@ boot() {
   cat "$RUN/out" &
   reader=$!
   timeout --foreground "$LAB_TIMEOUT" nice -n 10 qemu-system-x86_64 "${QEMU_ARGUMENTS[@]}" \
-    -append "$kernel_line" -serial "file:$LAB_WORK/console.log" \
+    -append "$kernel_line" -serial "file:$RUN/console.log" \
     -chardev "file,id=out,path=$RUN/out" -device virtserialport,chardev=out,name=out </dev/null || status=$?
   # Without a writer the reader would wait for one.
   [ "$status" = 0 ] || : <>"$RUN/out"

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # A management controller's supplies, fans and temperature. It reads the file at each question.
 export COLLECT=ipmi
-put() { printf '%s\n' "$@" >"$SHARED/bmc.state"; }
+put() { printf '%s\n' "$@" >"/own/bmc.state"; }
 supply1=0x10 supply2=0x11 fan1=0x20 inlet=0x30 failed=0x03 no_mains=0x09 empty=0x00
 
 put

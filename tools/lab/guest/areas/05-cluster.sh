@@ -37,7 +37,7 @@ CONF
 # it win over what the partner comes with.
 option() { echo "<nvpair id=\"$1\" name=\"$1\" value=\"$2\"/>"; }
 cat >/var/lib/pacemaker/cib/cib.xml <<CIB
-<cib crm_feature_set="3.16.2" validate-with="pacemaker-3.9" epoch="1" num_updates="0" admin_epoch="1"><configuration>
+<cib crm_feature_set="3.16.0" validate-with="pacemaker-3.9" epoch="1" num_updates="0" admin_epoch="1"><configuration>
 <crm_config><cluster_property_set id="options">$(option dc-deadtime 3s; option stonith-enabled false)</cluster_property_set></crm_config>
 <nodes/>
 <resources><primitive id="service" class="ocf" provider="pacemaker" type="Dummy">
