@@ -4,6 +4,7 @@
 #include <functional>
 #include <iostream>
 
+#include "host/capture_command.h"
 #include "host/diff_command.h"
 #include "host/explain_command.h"
 #include "host/failure.h"
@@ -46,6 +47,7 @@ class CommandLine {
         [](Session& session) { return RunExplain(session); });
     AddDiff();
     AddFindings();
+    AddCapture();
     AddServe();
   }
 
@@ -85,6 +87,13 @@ class CommandLine {
     findings->add_flag("--markdown", markdown_, "As a page of documentation");
   }
 
+  void AddCapture() {
+    CLI::App* capture = Add("capture", "This machine as a scenario folder, for a report or a test",
+                            [this](Session& session) { return RunCapture(session, to_, why_); });
+    capture->add_option("folder", to_, "The folder to make")->required();
+    capture->add_option("--why", why_, "A line for people: what is special about the machine");
+  }
+
   void AddServe() {
     CLI::App* serve = Add("serve", "Serve the answer over HTTP until stopped",
                           [this](Session& session) { return RunServe(session, serve_); });
@@ -100,6 +109,7 @@ class CommandLine {
   ServeOptions serve_;
   std::vector<std::string> sides_;
   bool markdown_ = false;
+  std::string to_, why_;
   Command command_ = [](Session& session) { return RunStatus(session); };
 };
 

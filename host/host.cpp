@@ -10,7 +10,10 @@ namespace vela::host {
 
 using VELA::APIMethodRow;
 
-Host::Host(const HostFiles& files) : platform_(files.platform) {
+Host::Host(const HostFiles& files)
+    : platform_(files.platform,
+                files.recorder.empty() ? Platform::Scope::All : Platform::Scope::Private) {
+  if (!files.recorder.empty()) recorder_.emplace(files.recorder, platform_);
   for (const std::string& path : files.modules) modules_.emplace_back(path);
 }
 

@@ -1,11 +1,13 @@
 // A platform, the modules over it, and one request at a time and thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/module.h"
 #include "host/platform.h"
+#include "host/recorder.h"
 
 namespace vela::host {
 
@@ -19,6 +21,7 @@ struct Reply {
 struct HostFiles {
   std::string platform;
   std::vector<std::string> modules;
+  std::string recorder;  // the library that stands between both; empty: none
 };
 
 class Host {
@@ -37,9 +40,13 @@ class Host {
   Reply Ask(const VELA::APIMethodRow& method, const SimulatedMachine& machine) const;
   // The same without the sources' reports.
   std::string AskDocument(const VELA::APIMethodRow& method, const SimulatedMachine& machine) const;
+  // The machine as the modules saw it, as a scenario's state.json; only with a recorder, and
+  // in the thread of the request.
+  std::string Recorded(const std::string& why) const { return recorder_->State(why); }
 
  private:
   Platform platform_;
+  std::optional<Recorder> recorder_;
   std::vector<Module> modules_;
 };
 

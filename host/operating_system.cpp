@@ -14,25 +14,9 @@
 
 namespace {
 
-const VELAOperatingSystem* simulated = nullptr;
 constexpr int kNotSimulated = -2;
 
-bool OnlyReads(int directory, int flags) {
-  return directory == AT_FDCWD && (flags & (O_ACCMODE | O_CREAT)) == O_RDONLY;
-}
-
-}  // namespace
-
-void vela::host::AnswerForOperatingSystem(const VELAOperatingSystem* answers) {
-  simulated = answers;
-}
-
-extern "C" {
-
-#pragma GCC visibility push(default)
-
-int gethostname(char* name, std::size_t size) noexcept {
-  if (simulated != nullptr) return simulated->gethostname(name, size);
+int KernelHostName(char* name, std::size_t size) {
   utsname machine = {};
   if (uname(&machine) != 0) return -1;
   std::strncpy(name, machine.nodename, size);
@@ -41,10 +25,34 @@ int gethostname(char* name, std::size_t size) noexcept {
   return -1;
 }
 
-int sysinfo(struct sysinfo* record) noexcept {
-  if (simulated != nullptr) return simulated->sysinfo(record);
+int KernelSystemRecord(struct sysinfo* record) {
   return static_cast<int>(syscall(SYS_sysinfo, record));
 }
+
+int NoFile(const char*) { return kNotSimulated; }
+
+constexpr VELAOperatingSystem kKernel = {KernelHostName, KernelSystemRecord, NoFile};
+const VELAOperatingSystem* answers = &kKernel;
+
+bool OnlyReads(int directory, int flags) {
+  return directory == AT_FDCWD && (flags & (O_ACCMODE | O_CREAT)) == O_RDONLY;
+}
+
+}  // namespace
+
+void vela::host::AnswerForOperatingSystem(const VELAOperatingSystem* given) {
+  answers = given != nullptr ? given : &kKernel;
+}
+
+const VELAOperatingSystem* vela::host::OperatingSystemAnswers() { return answers; }
+
+extern "C" {
+
+#pragma GCC visibility push(default)
+
+int gethostname(char* name, std::size_t size) noexcept { return answers->gethostname(name, size); }
+
+int sysinfo(struct sysinfo* record) noexcept { return answers->sysinfo(record); }
 
 int openat(int directory, const char* path, int flags, ...) {
   mode_t mode = 0;
@@ -54,8 +62,8 @@ int openat(int directory, const char* path, int flags, ...) {
     mode = va_arg(arguments, mode_t);
     va_end(arguments);
   }
-  if (simulated != nullptr && OnlyReads(directory, flags)) {
-    if (const int file = simulated->open(path); file != kNotSimulated) return file;
+  if (OnlyReads(directory, flags)) {
+    if (const int file = answers->open(path); file != kNotSimulated) return file;
   }
   return static_cast<int>(syscall(SYS_openat, directory, path, flags, mode));
 }

@@ -6,8 +6,9 @@ struct VELAOperatingSystem;
 
 namespace vela::host {
 
-// From now on `answers` is asked first; null: the real machine. Call it before any
-// thread starts.
+// From now on `answers` are asked; null: the real machine. Call it before any thread starts.
 void AnswerForOperatingSystem(const VELAOperatingSystem* answers);
+// Who is asked now; never null.
+const VELAOperatingSystem* OperatingSystemAnswers();
 
 }  // namespace vela::host

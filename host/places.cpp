@@ -19,7 +19,7 @@ Places::Places(fs::path folder) {
   const bool buildTree = fs::exists(folder / "texts");
   if (buildTree) {
     libraries_ = {folder, folder / "../module", folder / "../platform/linux",
-                  folder / "../platform/simulator"};
+                  folder / "../platform/recorder", folder / "../platform/simulator"};
   }
   libraries_.push_back(folder / VELA_LIBRARIES_FROM_BIN);
   data_ = buildTree ? std::move(folder) : folder / VELA_DATA_FROM_BIN;

@@ -9,8 +9,8 @@
 
 namespace vela::host {
 
-Platform::Platform(const std::string& path)
-    : library_(path, RTLD_NOW | RTLD_GLOBAL, "the platform",
+Platform::Platform(const std::string& path, Scope scope)
+    : library_(path, RTLD_NOW | (scope == Scope::All ? RTLD_GLOBAL : RTLD_LOCAL), "the platform",
                "Build it, or name another with --platform."),
       reset_(library_.Find<decltype(reset_)>("VELAPlatformSourcesReset")),
       sources_(library_.Find<decltype(sources_)>("VELAPlatformSources")),

@@ -17,8 +17,11 @@ using SimulatedMachine = std::shared_ptr<VELASimulatedMachine>;
 
 class Platform {
  public:
-  // Opens it for all later libraries. Throws Failure.
-  explicit Platform(const std::string& path);
+  // Whether libraries that are opened later find its functions, or only who asks for them.
+  enum class Scope { All, Private };
+
+  // Throws Failure.
+  explicit Platform(const std::string& path, Scope scope = Scope::All);
 
   // Throws Failure: kUsage when this platform plays no scenarios, kNoInput with file,
   // line and member when the scenario cannot be used.

@@ -9,6 +9,7 @@ namespace vela::host {
 namespace {
 
 constexpr const char* kExplainFile = "VELA.Core.System.SystemHealth.Explain.so";
+constexpr const char* kRecorderFile = "libvela-platform-recorder.so";
 constexpr const char* kModuleFile = "VELA.Core.System.SystemHealth.so";
 
 bool IsPath(const std::string& name) { return name.find('/') != std::string::npos; }
@@ -35,7 +36,8 @@ const Host& Session::GetHost() {
     // Ours, for the findings that lost; a health answer does not need it.
     const std::filesystem::path explain = places_.Library(kExplainFile);
     if (std::filesystem::exists(explain)) modules.push_back(explain);
-    host_.emplace(HostFiles{PlatformFile(), modules});
+    const std::string recorder = recorded_ ? places_.Library(kRecorderFile).string() : "";
+    host_.emplace(HostFiles{PlatformFile(), modules, recorder});
   }
   return *host_;
 }

@@ -27,6 +27,9 @@ class Session {
   const Places& GetPlaces() const { return places_; }
   const std::string& LanguageCode() const { return language_; }
 
+  // From now on GetHost records: call it before anything else is opened.
+  void Record() { recorded_ = true; }
+
   // Each opened when it is first needed; all throw Failure.
   const Host& GetHost();
   const Texts& GetTexts();
@@ -42,6 +45,7 @@ class Session {
   Places places_;
   std::string language_;
   bool simulated_;
+  bool recorded_ = false;
   std::optional<Host> host_;
   std::optional<Texts> texts_;
 };

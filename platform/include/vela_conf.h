@@ -20,7 +20,7 @@ class VelaConf {
   bool DefCheckValue(const char* key, const char* value, bool flag) const;
 
  private:
-  void* sources_;
+  [[maybe_unused]] void* sources_;
 };
 static_assert(sizeof(VelaConf) == 8);
 

@@ -12,6 +12,7 @@ class Call {
  public:
   Call(platform::Source source, const char* name) : source_(source), machine_(Simulated()) {
     if (machine_.ledger.calls != nullptr) machine_.ledger.calls->emplace_back(name);
+    if (!machine_.sources.empty()) SayWhatIsStated();
   }
   ~Call() {
     if (!said_) platform::SayRead(source_);
@@ -23,15 +24,24 @@ class Call {
   Machine& operator*() const { return machine_; }
 
   void Fail(const char* what) {
+    if (!said_) platform::SayFailed(source_, "%s, as the scenario says", what);
     said_ = true;
-    platform::SayFailed(source_, "%s, as the scenario says", what);
   }
   void Absent(const char* what) {
+    if (!said_) platform::SayAbsent(source_, "%s", what);
     said_ = true;
-    platform::SayAbsent(source_, "%s", what);
   }
 
  private:
+  void SayWhatIsStated() {
+    const auto stated = machine_.sources.find(std::string_view(platform::NameOf(source_)));
+    if (stated == machine_.sources.end()) return;
+    const auto& [state, reason] = stated->second;
+    if (state == "absent") Absent(reason.c_str());
+    if (state == "failed") platform::SayFailed(source_, "%s", reason.c_str());
+    said_ = state != "read";
+  }
+
   platform::Source source_;
   Machine& machine_;
   bool said_ = false;

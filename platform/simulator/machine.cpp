@@ -53,6 +53,8 @@ Machine::Machine()
                       "volume_" + std::to_string((number + 1) / 2)));
 }
 
+bool IsNamedLikeACard(std::string_view volume) { return volume.starts_with("sdshare"); }
+
 Json::Value Disk(const std::string& name, const std::string& status, const std::string& usedBy) {
   Json::Value disk(Json::objectValue);
   disk["name"] = name;

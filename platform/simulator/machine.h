@@ -8,11 +8,13 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <json/value.h>
 
 #include "platform/simulator/memory_file.h"
+#include "platform/voice/voice.h"
 
 namespace vela::simulator {
 
@@ -21,6 +23,7 @@ struct NetworkInterface {
   std::string address;
   std::string type = "lan";
   bool fails = false;  // its details cannot be read
+  bool operator==(const NetworkInterface&) const = default;
 };
 
 struct Volume {
@@ -32,17 +35,20 @@ struct Volume {
   std::uint64_t inodes = 0, freeInodes = 0;
   float warningShare = 0.05F;
   bool fails = false;  // its file system cannot be read
+  bool operator==(const Volume&) const = default;
 };
 
 struct ExternalVolume {
   std::string name;                     // of at most 36 bytes; 36 leave no room for a NUL
   std::uint64_t total = 0, free = 0;    // bytes
   std::optional<bool> cardReader = {};  // by default what the name says: "sdshare..."
+  bool operator==(const ExternalVolume&) const = default;
 };
 
 struct PowerReport {
   int result = 1;  // 0 and 255: unknown
   unsigned word = 3;
+  bool operator==(const PowerReport&) const = default;
 };
 
 struct ExpansionUnit {
@@ -51,7 +57,16 @@ struct ExpansionUnit {
   std::int32_t slot = 0;
   std::uint32_t number = 1;
   std::optional<PowerReport> power = PowerReport();  // none: the record lacks the function
+  bool operator==(const ExpansionUnit&) const = default;
 };
+
+// What a source says of itself in the platform's second voice, whatever its calls answer.
+struct SourceStatement {
+  std::string state = "failed";  // "read", "absent" or "failed"
+  std::string reason;
+  bool operator==(const SourceStatement&) const = default;
+};
+using Sources = std::map<std::string, SourceStatement, std::less<>>;
 
 // The disks as the storage manager dumps them. Beside each one stands a copy that points to
 // its texts, so that an answer copies none of them.
@@ -67,6 +82,7 @@ class DiskList {
 
   // An array; valid while this list neither changes nor goes.
   const Json::Value& Borrowed() const { return borrowed_; }
+  bool operator==(const DiskList& other) const { return borrowed_ == other.borrowed_; }
 
  private:
   std::deque<Json::Value> owned_;
@@ -84,6 +100,12 @@ struct Ledger {
   std::atomic<int> objects = 0;               // constructed and not destroyed
   std::vector<std::string>* calls = nullptr;  // when set, each call's name is appended
 };
+
+// The bytes of the security scan's result, which come through open(2).
+constexpr const char* kSecurityScanFile = "/var/lib/securityscan/systemResult.json";
+
+// "sdshare1" is a card's share.
+bool IsNamedLikeACard(std::string_view volume);
 
 struct Machine {
   Machine();
@@ -152,6 +174,9 @@ struct Machine {
   // --- SAN.
   std::optional<std::string> sanOutput;  // the tool's bytes; none: no tool
   bool sanFails = false;                 // the tool is there and cannot be started
+
+  // --- The second voice; by default what the calls that were answered amount to.
+  Sources sources;
 
   Ledger ledger;
 };

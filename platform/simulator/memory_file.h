@@ -17,6 +17,7 @@ class MemoryFile {
   MemoryFile& operator=(const std::optional<std::string>& text);
   void reset() { *this = std::nullopt; }
   const std::optional<std::string>& Text() const { return text_; }
+  bool operator==(const MemoryFile& other) const { return text_ == other.text_; }
 
   // As open(2) for reading. Readers share one offset: read with pread.
   int Open() const;

@@ -14,13 +14,13 @@
 
 using vela::platform::Source;
 using vela::simulator::Call;
+using vela::simulator::kSecurityScanFile;
 using vela::simulator::Machine;
 using vela::simulator::Simulated;
 
 namespace {
 
 constexpr const char* kSanTool = "/usr/local/bin/velaiscsiep";
-constexpr const char* kSecurityScanFile = "/var/lib/securityscan/systemResult.json";
 
 struct ToolOutput {
   Machine& machine;

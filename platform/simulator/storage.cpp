@@ -172,7 +172,7 @@ int VELAUsbIsCardreader(const char* name) {
   Call call(Source::ExternalVolumes, __func__);
   for (const auto& volume : call->usb)
     if (volume.cardReader && volume.name == name) return *volume.cardReader ? 1 : 0;
-  return std::strncmp(name, "sdshare", 7) == 0 ? 1 : 0;
+  return vela::simulator::IsNamedLikeACard(name) ? 1 : 0;
 }
 
 int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {

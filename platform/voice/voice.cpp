@@ -38,6 +38,8 @@ void Say(Source source, std::int32_t state, const char* format, std::va_list arg
 
 }  // namespace
 
+const char* NameOf(Source source) { return kNames[static_cast<std::size_t>(source)]; }
+
 void SayRead(Source source) {
   Statement& statement = Of(source);
   if (statement.asked && statement.state >= kRead) return;

@@ -41,6 +41,7 @@ enum class Source {
   San,
 };
 constexpr int kSourceCount = 11;
+const char* NameOf(Source source);  // as in the reports
 
 // Within one request "failed" outlasts "read", and "read" outlasts "absent". Nothing here
 // allocates or throws.

@@ -1,0 +1,120 @@
+#include "platform/recorder/recorder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysinfo.h>
+#include <unistd.h>
+
+#include "platform/recorder/below.h"
+#include "platform/simulator/scenario_writer.h"
+#include "platform/simulator/simulator.h"
+#include "platform/voice/voice.h"
+
+namespace vela::recorder {
+namespace {
+
+constexpr int kUnavailable = 69;          // as sysexits(3) has it
+constexpr off_t kLargestFile = 16 << 20;  // beyond, the module does not read it
+constexpr int kNotTheirs = -2;            // not a file of the platform's
+
+void* platform = nullptr;
+const VELAOperatingSystem* below = nullptr;
+
+// The file's bytes; none of what the module would not read either.
+std::string BytesOf(int file) {
+  struct stat status = {};
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return {};
+  std::string bytes(static_cast<std::size_t>(std::min(status.st_size, kLargestFile + 1)), '\0');
+  const ssize_t length = pread(file, bytes.data(), bytes.size(), 0);
+  if (length < 0 || length > kLargestFile) return {};
+  bytes.resize(static_cast<std::size_t>(length));
+  return bytes;
+}
+
+int HostName(char* name, std::size_t size) {
+  const int result = below->gethostname(name, size);
+  auto& seen = Seen().hostName;
+  seen = result == 0 ? std::optional(std::string(name, strnlen(name, size))) : std::nullopt;
+  return result;
+}
+
+int SystemRecord(struct sysinfo* record) {
+  const int result = below->sysinfo(record);
+  Seen().uptime = result == 0 ? std::optional<long>(record->uptime) : std::nullopt;
+  return result;
+}
+
+int OpenFile(const char* path) {
+  int file = below->open(path);
+  if (std::strcmp(path, simulator::kSecurityScanFile) != 0) return file;
+  constexpr int kToRead = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  // Not openat: the executable's would come back here.
+  if (file == kNotTheirs) file = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, kToRead, 0));
+  Seen().securityScan = file >= 0 ? std::optional(BytesOf(file)) : std::nullopt;
+  return file;
+}
+
+bool IsUsual(const VELASourceReport& report) {
+  const bool oftenAbsent =
+      std::strcmp(report.name, "SAN") == 0 || std::strcmp(report.name, "high availability") == 0;
+  return report.state == (oftenAbsent ? 0 : 1);
+}
+
+// A platform without a voice has said nothing.
+void KeepSources(simulator::Machine& machine) {
+  const auto ask =
+      reinterpret_cast<decltype(&VELAPlatformSources)>(dlsym(platform, "VELAPlatformSources"));
+  if (ask == nullptr) return;
+  constexpr const char* kStates[] = {"absent", "read", "failed"};
+  std::array<VELASourceReport, platform::kSourceCount> reports = {};
+  ask(reports.data(), static_cast<int>(reports.size()));
+  for (const VELASourceReport& report : reports) {
+    if (!IsUsual(report)) machine.sources[report.name] = {kStates[report.state], report.reason};
+  }
+}
+
+}  // namespace
+
+simulator::Machine& Seen() {
+  static simulator::Machine machine;
+  return machine;
+}
+
+void* Symbol(const char* name) {
+  void* symbol = dlsym(platform, name);
+  if (symbol != nullptr) return symbol;
+  std::fprintf(stderr, "vela-health: the platform has no function %s\n", name);
+  std::_Exit(kUnavailable);
+}
+
+}  // namespace vela::recorder
+
+using namespace vela::recorder;
+
+void VELARecorderStart(const char* path, const VELAOperatingSystem* answers) {
+  platform = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+  if (answers != VELARecorderOperatingSystem()) below = answers;  // started once more
+  Seen() = vela::simulator::Machine();
+}
+
+const VELAOperatingSystem* VELARecorderOperatingSystem() {
+  static constexpr VELAOperatingSystem kSystem = {HostName, SystemRecord, OpenFile};
+  return &kSystem;
+}
+
+const char* VELARecorderState(const char* why) {
+  static std::string state;
+  vela::simulator::Machine machine = Seen();
+  KeepSources(machine);
+  state = vela::simulator::WriteScenario(machine, why);
+  return state.c_str();
+}

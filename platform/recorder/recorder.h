@@ -1,0 +1,23 @@
+// A platform that stands in front of another: it hands every question on, and keeps what was
+// answered as a simulated machine. Found with dlsym.
+#pragma once
+
+#include <cstddef>
+
+struct VELAOperatingSystem;
+
+extern "C" {
+
+#pragma GCC visibility push(default)
+
+// Records one request over the platform library at `path`, which is open already, so that no
+// other library found its functions. `below` answers for the C library.
+void VELARecorderStart(const char* path, const VELAOperatingSystem* below);
+// Hands on to `below`, and keeps its answers, too.
+const VELAOperatingSystem* VELARecorderOperatingSystem(void);
+// The machine as the module saw it since the start: the text of a state.json, valid until the
+// next call. Ask in the thread of the request: what its sources said is that thread's.
+const char* VELARecorderState(const char* why);
+
+#pragma GCC visibility pop
+}
