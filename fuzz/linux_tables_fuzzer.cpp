@@ -23,9 +23,10 @@ void Tables(const std::string& text) {
   const Settings settings(text);
   const std::vector<std::string> fstab = ParseFstabTargets(text);
   std::vector<std::string> paths;
-  for (const Mount* mount : ChooseVolumes(mounts, false, [](const Mount&) { return true; })) {
+  for (const Mount* mount :
+       ChooseVolumes(mounts, false, [](const Mount&) { return true; }).reachable) {
     Require(mount->target.size() < sizeof VELA::ZRT::STORAGE_MANAGER::SpaceRecord::path);
-    Require(!IsBehindOther(mounts, *mount));
+    Require(HangingAbove(mounts, *mount) == nullptr);
     const float level = WarningLevel(settings, mount->target);
     Require(level >= 0 && level <= 1);
     SignsInMount(*mount);

@@ -6,7 +6,9 @@
 #include <mutex>
 
 #include "platform/linux/error.h"
+#include "platform/linux/hardware.h"
 #include "platform/linux/patience.h"
+#include "platform/linux/popen.h"
 #include "platform/linux/root.h"
 #include "platform/linux/settings.h"
 #include "platform/linux/storage_view.h"
@@ -63,6 +65,7 @@ VelaConf::VelaConf() : sources_(nullptr) {
   SourceScope scope(Source::Configuration);
   NewRequest();
   ForgetStorage();
+  ForgetHardware();
   auto current = Load(kCurrentSettings, scope);
   auto factory = Load(kFactorySettings, scope);
   auto reader = std::make_unique<Reader>();
@@ -109,6 +112,13 @@ int VLIBCFileGetKeyValue(const char* path, const char* key, char* buffer, int si
 
 int VLIBCFileExist(const char* path) {
   SourceScope scope(Source::Configuration);
+  if (path == nullptr) return 0;
+  // The module would log on every request that the tool was not started; without one it is
+  // silent.
+  if (std::string reason; std::strcmp(path, kSanTool) == 0 && !MayRunSanTool(reason)) {
+    SourceScope(Source::San).Failed("%s", reason.c_str());
+    return 0;
+  }
   struct stat status = {};
-  return path != nullptr && stat(BelowRoot(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return stat(BelowRoot(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }

@@ -151,9 +151,11 @@ std::string Missing(const std::vector<ExpansionUnit>& units, const std::string& 
 }
 
 void Say(const std::vector<ExpansionUnit>& units, const std::string& missing, SourceScope& scope) {
-  if (!missing.empty()) return failures.Failed(scope, missing);
-  failures.Fine();
-  if (units.empty()) scope.Absent("no enclosure is an expansion unit");
+  if (missing.empty())
+    failures.Fine();
+  else
+    failures.Failed(scope, missing);
+  if (missing.empty() && units.empty()) scope.Absent("no enclosure is an expansion unit");
 }
 
 }  // namespace

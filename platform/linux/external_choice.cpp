@@ -31,7 +31,7 @@ bool MayBeExternal(const std::vector<Mount>& mounts, const Mount& mount) {
   if (major(mount.device) == 0 && mount.type != "btrfs" && mount.type != "fuseblk") return false;
   return std::ranges::find(kAlwaysFull, mount.type) == kAlwaysFull.end() &&
          !HasWord(mount.options, "ro") && !HasWord(mount.superOptions, "ro") &&
-         MountAt(mounts, mount.target) == &mount && !IsBehindOther(mounts, mount);
+         MountAt(mounts, mount.target) == &mount && HangingAbove(mounts, mount) == nullptr;
 }
 
 std::vector<Candidate> Candidates(const std::vector<Mount>& mounts, Devices& devices) {

@@ -15,8 +15,8 @@ class FailureLog {
   explicit constexpr FailureLog(const char* what) : what_(what) {}
 
   // The second voice hears every failure; the system log, at warning priority, only the
-  // first since the last Fine().
-  void Failed(platform::SourceScope& scope, const std::string& reason);
+  // first since the last Fine(). True: this is that first one.
+  bool Failed(platform::SourceScope& scope, const std::string& reason);
   // The source was read, or is not there: its next failure is news again.
   void Fine() { failing_.store(false, std::memory_order_relaxed); }
 

@@ -30,13 +30,6 @@ bool HasTrouble(const std::string& member) {
          CountsAnything(Attribute(member + "/error_stats"));
 }
 
-// Mounted at its own root, or at the subvolume that it was asked for: not a bind mount,
-// which may be read-write over a file system that somebody made read-only.
-bool IsOwnMount(const Mount& mount) {
-  return mount.root == "/" ||
-         (mount.type == "btrfs" && HasWord(mount.superOptions, "subvol=" + mount.root));
-}
-
 }  // namespace
 
 Ext4Errors ReadExt4Errors(const std::string& name) {

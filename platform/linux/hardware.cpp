@@ -32,9 +32,10 @@ constinit FailureLog failures("hardware");
 struct Look {
   std::chrono::steady_clock::time_point taken;
   bool absent;
+  std::string trouble;  // what could not be read, in words
   Chassis chassis;
 };
-thread_local constinit Look look = {};
+thread_local Look look;
 
 // Keeps the first trouble's words.
 void Note(std::string& trouble, std::string reason) {
@@ -117,7 +118,7 @@ std::vector<SupplyReading> Supplies(const Json::Value& ipmi, const SensorReading
   return supplies.empty() ? MainsAdapters() : supplies;
 }
 
-void LookAfresh(SourceScope& scope) {
+void LookAfresh() {
   std::string settingsText, trouble, reason;
   ReadSettings(kCurrentSettings, settingsText, reason);
   const Settings settings(std::move(settingsText));
@@ -139,18 +140,21 @@ void LookAfresh(SourceScope& scope) {
   JudgeSupplies(supplies, look.chassis);
   look.chassis.failedUnitFans = FailedUnitFans();
   look.absent = state == SensorsState::Absent && noController && supplies.empty();
-  if (trouble.empty()) return failures.Fine();
-  failures.Failed(scope, trouble);
+  look.trouble = std::move(trouble);
 }
 
 const Chassis& ReadChassis() {
   SourceScope scope(Source::Hardware);
   if (std::chrono::steady_clock::now() - look.taken > kFresh) {
     look.taken = {};
-    LookAfresh(scope);
+    LookAfresh();
     look.taken = std::chrono::steady_clock::now();
   }
   if (look.absent) scope.Absent("no sensor chips, management controller or second mains adapter");
+  if (look.trouble.empty())
+    failures.Fine();
+  else
+    failures.Failed(scope, look.trouble);
   return look.chassis;
 }
 

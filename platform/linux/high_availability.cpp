@@ -127,7 +127,10 @@ int VELAHAGetOverviewStatusDL(char* buffer, int size) {
   }
   std::string reason;
   const std::optional<HaState> state = Overview(reason);
-  reason.empty() ? failures.Fine() : failures.Failed(scope, reason);
+  if (reason.empty())
+    failures.Fine();
+  else
+    failures.Failed(scope, reason);
   if (!state) return SetError(Error::SourceFailed), -1;
   const char* text = HaText(*state);
   if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong), -1;

@@ -46,6 +46,10 @@ bool IsShown(const Link& link, bool hasAddress) {
   return kind->shown == Shown::Always || hasAddress;
 }
 
+bool IsContainersOwn(const Link& link, bool hasAddress) {
+  return link.kind == "veth" && link.master == 0 && hasAddress;
+}
+
 int AddressRank(const Address& address) {
   constexpr unsigned kUnfit = IFA_F_DEPRECATED | IFA_F_TENTATIVE | IFA_F_DADFAILED;
   if ((address.flags & kUnfit) != 0) return -1;

@@ -30,6 +30,10 @@ struct Address {
 // link, or one of the kinds that containers and tests create.
 bool IsShown(const Link& link, bool hasAddress);
 
+// Whether the link may be a container's way out, where nothing else is shown: one end of a
+// pair with an address. On the machine itself such ends are the other halves of containers.
+bool IsContainersOwn(const Link& link, bool hasAddress);
+
 // Lower is preferred; negative: not fit to be shown. Global IPv4 (no secondary one),
 // global IPv6 (no temporary one), link-local IPv4, link-local IPv6. Addresses that are
 // deprecated, or not confirmed to be this machine's own, are never shown.

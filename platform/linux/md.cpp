@@ -1,5 +1,6 @@
 #include "platform/linux/md.h"
 
+#include "common/json.h"
 #include "platform/linux/sysfs.h"
 
 namespace vela::linuxplatform {
@@ -59,6 +60,26 @@ MdArray ReadMdArray(const std::string& name) {
                              Attribute(member + "slot"), PathExists(member + "block")});
   }
   return array;
+}
+
+bool LooksLikeFirstBuild(const MdArray& array) {
+  if ((array.level != "raid4" && array.level != "raid5") || array.degraded != 1) return false;
+  const std::string last = std::to_string(array.disks - 1);
+  std::int64_t whole = 0, filling = 0;
+  for (const MdMember& member : array.members) {
+    if (member.state == "in_sync") ++whole;
+    if (member.state == "spare" && member.slot == last) ++filling;
+    if (member.Has("faulty") || !member.present) return false;
+  }
+  return whole == array.disks - 1 && filling == 1;
+}
+
+Build BuildOf(const Json::Value& snapshot, const std::string& array) {
+  using VELA::SystemHealth::Member, VELA::SystemHealth::TextMember;
+  const Json::Value* arrays = Member(snapshot, "arrays");
+  if (arrays == nullptr) return Build::Unknown;
+  if (Member(*arrays, array.c_str()) == nullptr) return Build::Unseen;
+  return TextMember(*arrays, array.c_str()) == "first build" ? Build::First : Build::Done;
 }
 
 Health JudgeMd(const MdArray& array, bool expected) {

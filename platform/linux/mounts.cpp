@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "platform/linux/root.h"
+#include "platform/linux/sysfs.h"
 
 namespace vela::linuxplatform {
 namespace {
@@ -73,16 +74,21 @@ bool MayHang(std::string_view type) {
   return type.starts_with("fuse") || std::ranges::find(kRemote, type) != std::end(kRemote);
 }
 
-bool IsBehindOther(const std::vector<Mount>& mounts, const Mount& mount) {
+const Mount* HangingAbove(const std::vector<Mount>& mounts, const Mount& mount) {
   const Mount* each = &mount;
   // The table may be torn: no more steps than it has rows.
   for (std::size_t step = 0; step < mounts.size(); ++step) {
     const auto above = std::ranges::find(mounts, each->parent, &Mount::id);
-    if (above == mounts.end() || &*above == each) return false;
-    if (MayHang(above->type)) return true;
+    if (above == mounts.end() || &*above == each) return nullptr;
+    if (MayHang(above->type)) return &*above;
     each = &*above;
   }
-  return false;
+  return nullptr;
+}
+
+bool IsOwnMount(const Mount& mount) {
+  return mount.root == "/" ||
+         (mount.type == "btrfs" && HasWord(mount.superOptions, "subvol=" + mount.root));
 }
 
 std::vector<std::string> ParseFstabTargets(const std::string& text) {

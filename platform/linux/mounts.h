@@ -30,10 +30,14 @@ bool ReadMounts(std::vector<Mount>& mounts);
 // The mount that a path equal to `target` leads to: the last one made there.
 const Mount* MountAt(const std::vector<Mount>& mounts, std::string_view target);
 
-// Whether reaching the mount means passing one that may hang: a network, FUSE or
-// autofs mount above it. Even statfs of a healthy ext4 below a dead NFS waits.
-bool IsBehindOther(const std::vector<Mount>& mounts, const Mount& mount);
+// The mount above it that may hang and has to be passed to reach it: a network, FUSE or
+// autofs mount; null when there is none. Even statfs of a healthy ext4 below a dead NFS waits.
+const Mount* HangingAbove(const std::vector<Mount>& mounts, const Mount& mount);
 bool MayHang(std::string_view fileSystemType);
+
+// Mounted at its own root, or at the subvolume that it was asked for: not a bind mount,
+// which may be read-write over a file system that somebody made read-only.
+bool IsOwnMount(const Mount& mount);
 
 // The paths of fstab's second column, decoded, in its order; swap areas' "none" is kept.
 std::vector<std::string> ParseFstabTargets(const std::string& text);

@@ -67,6 +67,15 @@ bool Read(std::vector<Interface>& interfaces, SourceScope& scope) {
   return false;
 }
 
+// Lists those that are `fit`, `most` at most.
+void List(const std::vector<Interface>& interfaces, bool (*fit)(const Link&, bool), int most) {
+  for (const Interface& interface : interfaces) {
+    if (listing.count == most) return;
+    if (!fit(interface.link, interface.hasAddress)) continue;
+    listing.shown[static_cast<std::size_t>(listing.count++)] = DetailsOf(interface);
+  }
+}
+
 const Details* InListing(const char* name) {
   if (std::chrono::steady_clock::now() - listing.taken > kListingFresh) return nullptr;
   const auto end = listing.shown.begin() + listing.count;
@@ -102,11 +111,9 @@ int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
   if (!Read(interfaces, scope)) return -1;
 
   const int most = std::min(count, kMostShown);
-  for (const Interface& interface : interfaces) {
-    if (listing.count == most) break;
-    if (!IsShown(interface.link, interface.hasAddress)) continue;
-    const auto place = static_cast<std::size_t>(listing.count++);
-    listing.shown[place] = DetailsOf(interface);
+  List(interfaces, IsShown, most);
+  if (listing.count == 0) List(interfaces, IsContainersOwn, most);
+  for (std::size_t place = 0; place < static_cast<std::size_t>(listing.count); ++place) {
     entries[place] = {};
     std::memcpy(entries[place].name, listing.shown[place].name, sizeof(Details::name));
   }

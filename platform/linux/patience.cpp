@@ -9,7 +9,7 @@ namespace {
 using std::chrono::milliseconds, std::chrono::seconds, std::chrono::steady_clock;
 
 constexpr auto kPatience = milliseconds(1500);
-constexpr auto kFairTurn = milliseconds(1000);
+constexpr auto kFairTurn = milliseconds(900);
 constexpr auto kRequest = seconds(2);
 
 thread_local constinit steady_clock::time_point firstWait = {};

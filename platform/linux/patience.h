@@ -14,7 +14,7 @@ namespace vela::linuxplatform {
 // more than 2 s after that first one belongs to another request.
 std::chrono::steady_clock::time_point WaitUntil(std::chrono::milliseconds bound);
 
-// Whether a wait that begins now gets its `bound`, or a second at least. A source that is
+// Whether a wait that begins now gets its `bound`, or nine tenths of a second. A source that is
 // silent for less was not given its turn: that proves nothing against it.
 bool IsWholeTurn(std::chrono::milliseconds bound);
 

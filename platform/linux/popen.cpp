@@ -1,5 +1,7 @@
 // The stream of a bounded child's output. The only program that the module runs is the
 // SAN tool, so its troubles are that source's.
+#include "platform/linux/popen.h"
+
 #include <sys/types.h>
 
 #include <cerrno>
@@ -10,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/error.h"
+#include "platform/linux/failure_log.h"
 #include "platform/linux/patience.h"
 #include "platform/linux/process.h"
 #include "platform/linux/root.h"
@@ -24,12 +27,14 @@ namespace {
 using std::chrono::milliseconds, std::chrono::steady_clock;
 
 constexpr auto kLongest = milliseconds(5000);  // less when the request has waited already
-constexpr auto kFairTry = milliseconds(1000);
+constexpr auto kShortest = milliseconds(50);   // a tool that is well takes five
+constexpr auto kFairTry = milliseconds(900);
 // A full SAN status of 100,000 LUNs is about 8 MiB.
 constexpr std::size_t kMost = std::size_t{16} << 20;
 constexpr std::size_t kBuffer = std::size_t{64} << 10;  // a pipe's capacity
 
 constinit CircuitBreaker breaker;
+constinit FailureLog failures("SAN");
 
 struct Stream {
   Stream(const std::vector<std::string>& arguments, milliseconds patience, std::string& reason)
@@ -44,16 +49,13 @@ struct Stream {
 // fclose has no way to say how a cookie ended.
 thread_local constinit int lastStatus = -1;
 
-// What stopped the tool, for people. It stays readable until the next cut.
-void Complain(const Stream& stream, SourceScope& scope) {
-  char reason[sizeof(VELASourceReport::reason)] = {};
+// What stopped the tool, for people.
+std::string WhyCut(const Stream& stream) {
   if (stream.child.WasCut() == Child::Cut::Long)
-    std::snprintf(reason, sizeof reason, "%s was stopped: it printed more than %zu MiB",
-                  stream.program.c_str(), kMost >> 20);
-  else
-    std::snprintf(reason, sizeof reason, "%s was stopped: it did not finish within %lld ms",
-                  stream.program.c_str(), static_cast<long long>(stream.time.count()));
-  scope.Failed("%s", reason);
+    return stream.program + " was stopped: it printed more than " + std::to_string(kMost >> 20) +
+           " MiB";
+  return stream.program + " was stopped: it did not finish within " +
+         std::to_string(stream.time.count()) + " ms";
 }
 
 ssize_t OnRead(void* cookie, char* buffer, std::size_t size) {
@@ -63,7 +65,7 @@ ssize_t OnRead(void* cookie, char* buffer, std::size_t size) {
   if (got < 0)
     scope.Failed("the output of %s could not be read: %s", stream.program.c_str(),
                  std::strerror(errno));
-  if (stream.child.WasCut() != Child::Cut::None) Complain(stream, scope);
+  if (stream.child.WasCut() != Child::Cut::None) failures.Failed(scope, WhyCut(stream));
   return got;
 }
 
@@ -71,14 +73,22 @@ int OnClose(void* cookie) {
   SourceScope scope(Source::San);
   const std::unique_ptr<Stream> stream(static_cast<Stream*>(cookie));
   // With little left of the request's patience, being late proves nothing.
-  if (stream->child.WasCut() == Child::Cut::Late && stream->time >= kFairTry)
-    breaker.Trip(stream->program + " did not finish within " +
-                 std::to_string(stream->time.count()) + " ms");
+  const Child::Cut cut = stream->child.WasCut();
+  if (cut == Child::Cut::Long || (cut == Child::Cut::Late && stream->time >= kFairTry))
+    breaker.Trip(WhyCut(*stream));
+  if (cut == Child::Cut::None) failures.Fine();
   lastStatus = stream->child.Finish();
   return 0;
 }
 
 }  // namespace
+
+bool vela::linuxplatform::MayRunSanTool(std::string& reason) {
+  if (breaker.IsOpen(reason)) return false;
+  if (WaitUntil(kLongest) - steady_clock::now() >= kShortest) return true;
+  reason = std::string(kSanTool) + " was not run: other sources have used up the request's time";
+  return false;
+}
 
 FILE* VLIBCPopen(const char* path, const char* mode, ...) {
   SourceScope scope(Source::San);

@@ -49,8 +49,8 @@ std::string FailureOf(const InternalVolume& volume) {
 // The first thing that could not be read; empty when all could.
 std::string FailureOf(const StorageView& view) {
   const auto failed = std::ranges::find_if(view.volumes, &InternalVolume::error);
-  if (!view.failure.empty() || failed == view.volumes.end()) return view.failure;
-  return FailureOf(*failed);
+  if (!view.failure.empty()) return view.failure;
+  return failed == view.volumes.end() ? view.hidden : FailureOf(*failed);
 }
 
 const StorageView& AskDisks(SourceScope& scope) {

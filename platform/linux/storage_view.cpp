@@ -84,11 +84,22 @@ class StorageReader {
       if (!name.starts_with("md") || !PathExists(Sys("/block/") + name + "/md")) continue;
       if (expected.empty()) expected = fstab_ + "\n" + TextOf("/etc/mdadm/mdadm.conf");
       MdArray array = ReadMdArray(name);
-      health_[name] = JudgeMd(array, IsNamed(expected, name));
+      Health& health = health_[name] = JudgeMd(array, IsNamed(expected, name));
+      if (health == Health::Abnormal && IsFirstBuild(array)) health = Health::Normal;
       view_.overview = Worse(view_.overview, health_[name]);
       arrays_.push_back(std::move(array));
     }
     if (anyMapping) ReadMappings();
+  }
+
+  // The collector has asked the array when it was made.
+  static bool IsFirstBuild(const MdArray& array) {
+    if (!LooksLikeFirstBuild(array)) return false;
+    Json::Value snapshot;
+    std::string reason;
+    if (ReadSnapshot("md", snapshot, reason) != SnapshotState::Read) return false;
+    const Build build = BuildOf(snapshot, array.name);
+    return build == Build::First || build == Build::Unseen;
   }
 
   // LVM's mirrors and pools answer only root, and may block: the collector asks them.
@@ -159,7 +170,8 @@ class StorageReader {
   void ReadSystem() {
     for (const char* target : {"/", "/var"}) {
       const Mount* mount = MountAt(view_.mounts, target);
-      if (mount == nullptr || MayHang(mount->type) || IsBehindOther(view_.mounts, *mount)) continue;
+      if (mount == nullptr || MayHang(mount->type)) continue;
+      if (HangingAbove(view_.mounts, *mount) != nullptr) continue;
       if (LookAt(*mount, HealthBeneath(*mount)).crashed) view_.systemCrashed = true;
     }
   }
@@ -172,13 +184,21 @@ class StorageReader {
       return devices_->Class(stack) == DiskClass::Internal;
     };
     const bool skipRoot = IsYes(settings_->Value("volume.skip_root"));
+    const VolumeChoice choice = ChooseVolumes(view_.mounts, skipRoot, isInternal);
+    if (!choice.hidden.empty()) view_.hidden = WhyHidden(*choice.hidden.front());
     std::vector<std::string> paths;
-    for (const Mount* mount : ChooseVolumes(view_.mounts, skipRoot, isInternal)) {
+    for (const Mount* mount : choice.reachable) {
       view_.volumes.push_back(Describe(*mount));
       paths.push_back(mount->target);
     }
     const std::vector<int> numbers = NumberVolumes(paths, fstab, *settings_);
     for (std::size_t i = 0; i < numbers.size(); ++i) view_.volumes[i].number = numbers[i];
+  }
+
+  std::string WhyHidden(const Mount& mount) const {
+    const Mount* above = HangingAbove(view_.mounts, mount);
+    return mount.target + " was not looked at: it lies behind " + above->target + " (" +
+           above->type + "), which may hang";
   }
 
   InternalVolume Describe(const Mount& mount) {

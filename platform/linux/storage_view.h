@@ -41,6 +41,7 @@ struct StorageView {
   bool systemCrashed = false;
   Health overview = Health::Normal;
   std::string failure;      // why the mount table could not be read, in words
+  std::string hidden;       // the same of the first volume that nobody may look at
   std::string diskFailure;  // the same of what the collector says about mappings
 };
 

@@ -66,21 +66,24 @@ bool MayBeVolume(const Mount& mount, bool skipRoot) {
          std::ranges::none_of(kProgramsOwn, [target](auto own) { return IsBelow(target, own); });
 }
 
-std::vector<const Mount*> ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
-                                        const std::function<bool(const Mount&)>& isInternal) {
-  std::map<std::string, const Mount*> chosen;
+VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
+                           const std::function<bool(const Mount&)>& isInternal) {
+  std::map<std::string, const Mount*> chosen, behind;
   for (const Mount& mount : mounts) {
     if (!MayBeVolume(mount, skipRoot) || MountAt(mounts, mount.target) != &mount) continue;
-    if (IsBehindOther(mounts, mount)) continue;
-    const auto place = chosen.emplace(FileSystemKey(mount), &mount).first;
+    const bool reachable = HangingAbove(mounts, mount) == nullptr;
+    if (!reachable && !IsOwnMount(mount)) continue;  // a part of one: a container's own files
+    const auto place = (reachable ? chosen : behind).emplace(FileSystemKey(mount), &mount).first;
     if (IsPreferred(mount, *place->second)) place->second = &mount;
   }
-  std::vector<const Mount*> volumes;
+  VolumeChoice choice;
   for (const auto& [key, mount] : chosen)
-    if (isInternal(*mount)) volumes.push_back(mount);
-  std::ranges::sort(volumes, {},
+    if (isInternal(*mount)) choice.reachable.push_back(mount);
+  for (const auto& [key, mount] : behind)
+    if (!chosen.contains(key) && isInternal(*mount)) choice.hidden.push_back(mount);
+  std::ranges::sort(choice.reachable, {},
                     [](const Mount* mount) -> const std::string& { return mount->target; });
-  return volumes;
+  return choice;
 }
 
 std::vector<int> NumberVolumes(const std::vector<std::string>& paths,

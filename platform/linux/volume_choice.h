@@ -18,11 +18,17 @@ class Settings;
 // their own mounts. `skipRoot` leaves "/" out.
 bool MayBeVolume(const Mount& mount, bool skipRoot);
 
-// One mount per file system: preferably of its root, else the shortest path. Behind a
-// mount that may hang there are no volumes. `isInternal` says whether a mount's device
-// counts; it is asked only for mounts that are otherwise fit.
-std::vector<const Mount*> ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
-                                        const std::function<bool(const Mount&)>& isInternal);
+struct VolumeChoice {
+  std::vector<const Mount*> reachable;  // by path
+  // Whole file systems that can only be reached past a mount that may hang: they are not
+  // looked at.
+  std::vector<const Mount*> hidden;
+};
+
+// One mount per file system: preferably of its root, else the shortest path. `isInternal`
+// says whether a mount's device counts; it is asked only for mounts that are otherwise fit.
+VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
+                           const std::function<bool(const Mount&)>& isInternal);
 
 // The number of each path's volume: N for "/volumeN"; the setting "volume.id.<path>";
 // else the lowest free ones, first in fstab's order, then by the paths' bytes.

@@ -114,8 +114,9 @@ int VELAServiceIsHttpDefaultConf(void) {
       return failures.Fine(), 0;
     case UnitsAnswer::Failed:
     case UnitsAnswer::Late:
-      failures.Failed(scope, reason);
-      return SetError(Error::SourceFailed), -1;
+      SetError(Error::SourceFailed);
+      // The caller logs every -1; one failure, however long it lasts, is one.
+      return failures.Failed(scope, reason) ? -1 : 0;
     case UnitsAnswer::Read:
       break;
   }

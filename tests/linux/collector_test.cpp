@@ -148,6 +148,19 @@ TEST_F(CollectorTest, AnEnclosureThatCannotBeAskedKeepsItsPlace) {
             "an earlier look at it is still stuck in the kernel");
 }
 
+TEST_F(CollectorTest, AnArrayThatDoesNotTellWhenItWasMadeCountsAsBuilt) {
+  root.Write("/proc/stat", "btime 1000\n");
+  const std::pair<const char*, const char*> attributes[] = {
+      {"level", "raid5"},         {"raid_disks", "2"}, {"degraded", "1"},
+      {"dev-a/state", "in_sync"}, {"dev-a/slot", "0"}, {"dev-a/block/size", "1"},
+      {"dev-b/state", "spare"},   {"dev-b/slot", "1"}, {"dev-b/block/size", "1"}};
+  for (const auto& [attribute, value] : attributes)
+    root.Write(std::string("/sys/block/md0/md/") + attribute, std::string(value) + "\n");
+  root.Write("/dev/md0", "no device");
+  EXPECT_EQ(Run("--once --part md"), "");
+  EXPECT_EQ(Snapshot("md")["arrays"]["md0"], "built");
+}
+
 TEST_F(CollectorTest, TheRoomOnAProgramsFileSystemIsTold) {
   const std::string folder = root.Path() / "stick";
   std::filesystem::create_directory(folder);

@@ -54,6 +54,21 @@ TEST(Md, RedundancyDecides) {
   }
 }
 
+TEST(Md, OnlyTheFillingOfTheLastMemberAloneLooksLikeAFirstBuild) {
+  const auto array = [](const char* level, int degraded, std::initializer_list<const char*> states,
+                        const char* slot) {
+    MdArray made = Array(level, "clean", 3, degraded, states);
+    made.members.back().slot = slot;
+    return made;
+  };
+  EXPECT_TRUE(LooksLikeFirstBuild(array("raid5", 1, {"in_sync", "in_sync", "spare"}, "2")));
+  EXPECT_FALSE(LooksLikeFirstBuild(array("raid5", 1, {"in_sync", "in_sync", "spare"}, "1")));
+  EXPECT_FALSE(LooksLikeFirstBuild(array("raid5", 1, {"in_sync", "in_sync", "spare"}, "none")));
+  EXPECT_FALSE(LooksLikeFirstBuild(array("raid6", 1, {"in_sync", "in_sync", "spare"}, "2")));
+  EXPECT_FALSE(
+      LooksLikeFirstBuild(array("raid5", 1, {"faulty", "in_sync", "in_sync", "spare"}, "2")));
+}
+
 TEST(Md, AnInactiveArrayIsWorseWhenItWasExpected) {
   MdArray array = Array("raid5", "inactive", 3, 0, {"spare"});
   EXPECT_EQ(JudgeMd(array, true), Health::Danger);

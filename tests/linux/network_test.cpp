@@ -54,8 +54,10 @@ TEST(Network, ShowsTheLinksThatCarryAddresses) {
   const bool possible = InNewNamespace([] {
     EXPECT_EQ(List(), std::vector<Shown>()) << "loopback only";
     ASSERT_EQ(Shell("ip link add veth0 type veth peer name veth1;"
-                    "ip addr add 192.0.2.9/24 dev veth0; ip link set veth0 up;"
-                    "ip link add br0 type bridge; ip link add br1 type bridge;"
+                    "ip addr add 192.0.2.9/24 dev veth0; ip link set veth0 up"),
+              0);
+    EXPECT_EQ(List(), (std::vector<Shown>{{"veth0", "192.0.2.9", "veth"}})) << "a container";
+    ASSERT_EQ(Shell("ip link add br0 type bridge; ip link add br1 type bridge;"
                     "ip link set veth1 master br0;"
                     "ip addr add 2001:db8::7/64 dev br0 nodad;"
                     "ip addr add 192.0.2.1/24 dev br0; ip addr add 192.0.2.2/24 dev br0;"

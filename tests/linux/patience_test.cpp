@@ -18,12 +18,12 @@ TEST(Patience, AllWaitsOfARequestShareOneBudget) {
   EXPECT_LE(WaitUntil(60s) - start, 1600ms);
   EXPECT_TRUE(IsWholeTurn(1000ms));
   EXPECT_TRUE(IsWholeTurn(60s));
-  std::this_thread::sleep_for(550ms);
+  std::this_thread::sleep_for(650ms);
   EXPECT_FALSE(IsWholeTurn(1000ms));
   EXPECT_FALSE(IsWholeTurn(60s));
   EXPECT_TRUE(IsWholeTurn(500ms));
   NewRequest();
-  EXPECT_GE(WaitUntil(60s) - start, 2040ms);
+  EXPECT_GE(WaitUntil(60s) - start, 2140ms);
 }
 
 TEST(Patience, ABreakerClosesAfterItsPause) {

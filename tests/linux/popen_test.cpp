@@ -125,46 +125,23 @@ TEST(Popen, ADocumentOfSixteenMebibytesArrivesWholeAndAFloodIsCut) {
   const auto start = steady_clock::now();
   EXPECT_LE(Output("cat /dev/zero").size(), 16777216U);
   EXPECT_LT(steady_clock::now() - start, 4s);
-}
-
-TEST(Child, AProgramThatHangsEndsAtTheDeadline) {
-  Child::Cut cut;
-  const auto start = steady_clock::now();
-  EXPECT_EQ(Bounded("echo begun; sleep 60", {300ms, 1 << 20}, cut), "begun\n");
-  EXPECT_EQ(cut, Child::Cut::Late);
-  EXPECT_GE(steady_clock::now() - start, 300ms);
-  EXPECT_LT(steady_clock::now() - start, 2s);
-}
-
-TEST(Child, AProgramThatDripsEndsAtTheDeadlineToo) {
-  Child::Cut cut;
-  const auto start = steady_clock::now();
-  Bounded("while :; do echo x; sleep 0.05; done", {300ms, 1 << 20}, cut);
-  EXPECT_EQ(cut, Child::Cut::Late);
-  EXPECT_LT(steady_clock::now() - start, 2s);
-}
-
-TEST(Child, AGrandchildThatHoldsThePipeEndsWithTheGroup) {
-  Child::Cut cut;
-  const std::string pid = Bounded("sleep 60 & echo $!", {300ms, 1 << 20}, cut);
-  EXPECT_EQ(cut, Child::Cut::Late);
-  std::this_thread::sleep_for(50ms);
-  EXPECT_FALSE(Runs(std::stoi(pid)));
-}
-
-TEST(Popen, AToolThatHangsCostsOneTimeOutInARow) {
-  const auto start = steady_clock::now();
-  EXPECT_EQ(Output("echo begun; sleep 60"), "begun\n");
-  EXPECT_LT(steady_clock::now() - start, 1900ms)
-      << "the request's patience, not the tool's five seconds";
-  VELAPlatformSourcesReset();
-  EXPECT_EQ(Output("echo again"), "not started");
-  VELASourceReport reports[11];
-  VELAPlatformSources(reports, 11);
-  EXPECT_NE(std::string(reports[10].reason).find("/bin/sh was not started:"), std::string::npos)
-      << reports[10].reason;
+  EXPECT_EQ(Output("echo again"), "not started") << "it is left alone";
   vela::linuxplatform::CircuitBreaker::CloseAll();
-  EXPECT_EQ(Output("echo again"), "again\n");
+}
+
+TEST(Child, WhateverItDoesItEndsAtTheDeadlineWithAllThatItStarted) {
+  for (const char* script :
+       {"echo $$; sleep 60", "while :; do echo $$; sleep 0.05; done", "sleep 60 & echo $!"}) {
+    SCOPED_TRACE(script);
+    Child::Cut cut;
+    const auto start = steady_clock::now();
+    const std::string pid = Bounded(script, {300ms, 1 << 20}, cut);
+    EXPECT_EQ(cut, Child::Cut::Late);
+    EXPECT_GE(steady_clock::now() - start, 300ms);
+    EXPECT_LT(steady_clock::now() - start, 2s);
+    std::this_thread::sleep_for(50ms);
+    EXPECT_FALSE(Runs(std::stoi(pid)));
+  }
 }
 
 TEST(Popen, ManyRunsLeaveNoChildAndNoDescriptor) {

@@ -22,8 +22,9 @@ constexpr const char* kSata = "pci0000:00/0000:00:1f.2/";
 std::string Chosen(const std::string& mountInfo, bool skipRoot = false) {
   const std::vector<Mount> mounts = ParseMountInfo(mountInfo);
   std::string paths;
-  for (const Mount* mount : ChooseVolumes(mounts, skipRoot, [](const Mount&) { return true; }))
-    paths += mount->target + "|";
+  const auto choice = ChooseVolumes(mounts, skipRoot, [](const Mount&) { return true; });
+  for (const Mount* mount : choice.reachable) paths += mount->target + "|";
+  for (const Mount* mount : choice.hidden) paths += "(" + mount->target + ")";
   return paths;
 }
 
@@ -63,8 +64,9 @@ TEST(VolumeChoice, OneMountPerDiskFileSystemThatNothingElseOwns) {
       {"behind NFS, FUSE and automounts",
        root + "2 1 0:50 / /n rw - nfs4 s:/x rw\n3 2 8:2 / /n/a rw - ext4 /dev/b rw\n"
               "4 1 0:51 / /f rw - fuse.sshfs s:/x rw\n5 4 8:3 / /f/a rw - ext4 /dev/c rw\n"
-              "6 1 0:52 / /auto rw - autofs systemd-1 rw\n7 6 8:4 / /auto/a rw - ext4 /dev/d rw\n",
-       "/|"},
+              "6 1 0:52 / /auto rw - autofs systemd-1 rw\n7 6 8:4 / /auto/a rw - ext4 /dev/d rw\n"
+              "8 4 8:5 /etc/hosts /f/hosts rw - ext4 /dev/e rw\n",
+       "/|(/n/a)(/f/a)(/auto/a)"},
       {"the reachable one of two",
        root + "2 1 0:50 / /n rw - nfs s:/x rw\n3 2 8:2 / /n/a rw - ext4 /dev/b rw\n"
               "4 1 8:2 / /longer/way rw - ext4 /dev/b rw\n",

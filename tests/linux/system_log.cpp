@@ -16,7 +16,10 @@ void Keep(int priority, const char* format, std::va_list arguments) {
   char text[1024];
   std::vsnprintf(text, sizeof text, format, arguments);
   const std::lock_guard lock(mutex);
-  lines.push_back((priority == LOG_WARNING ? "warning " : "other ") + std::string(text));
+  const char* name = priority == LOG_WARNING ? "warning "
+                     : priority == LOG_DEBUG ? "debug "
+                                             : "other ";
+  lines.push_back(name + std::string(text));
 }
 
 }  // namespace
@@ -27,7 +30,8 @@ std::vector<std::string> TakeSystemLog() {
 }
 
 // Found before the C library's by whatever is linked into this executable.
-extern "C" void syslog(int priority, const char* format, ...) {
+extern "C" __attribute__((visibility("default"))) void syslog(int priority, const char* format,
+                                                              ...) {
   std::va_list arguments;
   va_start(arguments, format);
   Keep(priority, format, arguments);

@@ -8,10 +8,11 @@ namespace vela::linuxplatform {
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 5> kParts = {{
+constexpr std::array<Part, 6> kParts = {{
     {"ses", "fans and power supplies of enclosures", seconds(22), CollectSes},
     {"ipmi", "sensors of the management controller", seconds(25), CollectIpmi},
     {"fans", "which fans of the sensor chips have turned", seconds(10), CollectFans},
+    {"md", "arrays that are being built for the first time", seconds(10), CollectMd},
     {"device_mapper", "LVM mirrors, RAID volumes and thin pools", seconds(10), CollectDeviceMapper},
     {"fuseblk", "room on file systems that are programs (NTFS)", seconds(10), CollectFuseblk},
 }};

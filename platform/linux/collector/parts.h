@@ -33,6 +33,8 @@ Json::Value CollectIpmi();
 // Which fans of the sensor chips have turned since boot: what the last snapshot knew, and
 // what is read now.
 Json::Value CollectFans();
+// Which arrays are being built for the first time.
+Json::Value CollectMd();
 // Mirrors, RAID volumes and thin pools, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
 // The room on file systems that are programs; each mount in a process of its own.

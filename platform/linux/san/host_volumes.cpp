@@ -62,7 +62,7 @@ const HostVolume* HostVolumes::Of(std::string_view path) {
 HostVolume HostVolumes::Ask(const Mount& mount) const {
   HostVolume volume;
   volume.path = mount.target;
-  volume.mayHang = MayHang(mount.type) || IsBehindOther(mounts_, mount);
+  volume.mayHang = MayHang(mount.type) || HangingAbove(mounts_, mount) != nullptr;
   if (volume.mayHang) return volume;
   volume.isCrashed = HasCrashed(mount);
   ReadCapacity(BelowRoot(mount.target), mount.device, volume.capacity);

@@ -1,0 +1,195 @@
+// Whatever hangs, floods or is stuck, alone or all at once: an answer comes within two
+// seconds, names the source, has the rest intact, and leaves nothing behind.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <fstream>
+#include <thread>
+
+#include "tests/linux/full_machine.h"
+#include "tests/linux/hung_mount.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// What a trouble holds open while it lasts.
+struct Holds {
+  std::unique_ptr<HungMount> mount;
+  std::unique_ptr<UnansweredAutomount> automount;
+};
+
+struct Trouble {
+  const char* name;
+  const char* failed;  // the sources that must be named, and no others
+  const char* reason;  // a part of what is said about them
+  void (*befall)(FullMachine& machine, Holds& holds);
+  int answers = 20;
+};
+
+std::string Below(const FullMachine& machine, const char* folder) {
+  const std::filesystem::path path = machine.Path() / folder;
+  std::filesystem::create_directories(path);
+  return path.string();
+}
+
+// A mount of `type` that hangs, and the disk file system on top of one of its folders.
+void HangAbove(FullMachine& machine, Holds& holds, const std::string& type) {
+  const std::string folder = Below(machine, "hangs");
+  holds.mount = std::make_unique<HungMount>(folder);
+  machine.AlsoMounted("2 1 0:50 / " + folder + " rw - " + type + " server:/x rw\n3 2 8:17 / " +
+                      folder + "/data rw - ext4 /dev/none/sdb1 rw\n");
+}
+
+void Expire(FullMachine& machine, Holds& holds) {
+  const std::string folder = Below(machine, "expires");
+  holds.automount = std::make_unique<UnansweredAutomount>(folder);
+  // As after an expiry between the reading of the table and the look at the volume.
+  machine.AlsoMounted("2 1 8:17 / " + folder + " rw - ext4 /dev/none/sdb1 rw\n");
+}
+
+void BreakNginx(FullMachine& machine, Holds&) {
+  machine.bus->Say("nginx.service", "ActiveState", "failed");
+  machine.Program("/usr/sbin/nginx", machine.Hang());
+}
+
+const Trouble kTroubles[] = {
+    {"UpsdMute", "UPS", "did not answer in time",
+     [](auto& machine, auto&) {
+       machine.Upsd([](int client) { FakeServer::Line(client), FakeServer::Line(client); });
+     }},
+    {"UpsdDrips", "UPS", "did not answer in time",
+     [](auto& machine, auto&) {
+       machine.Upsd([](int client) {
+         while (FakeServer::Send(client, "V")) std::this_thread::sleep_for(50ms);
+       });
+     }},
+    {"UpsdCloses", "UPS", "upsd at 127.0.0.1",
+     [](auto& machine, auto&) { machine.Upsd([](int) {}); }},
+    {"BusStopped", "web server", "the system bus or systemd did not answer in time",
+     [](auto& machine, auto&) { machine.bus->StopDaemon(); }},
+    {"SystemdMute", "web server", "the system bus or systemd did not answer in time",
+     [](auto& machine, auto&) { machine.bus->Mute(true); }},
+    {"NginxHangs", "web server", "nginx", BreakNginx},
+    {"MonitorHangs", "high availability", "/usr/sbin/crm_mon",
+     [](auto& machine, auto&) { machine.Program("/usr/sbin/crm_mon", machine.Hang()); }},
+    {"SanToolHangs", "SAN", "velaiscsiep",
+     [](auto& machine, auto&) { machine.Program("/usr/local/bin/velaiscsiep", machine.Hang()); }},
+    {"SanToolFloods", "SAN", "velaiscsiep",
+     [](auto& machine, auto&) { machine.Program("/usr/local/bin/velaiscsiep", "cat /dev/zero"); }},
+    {"SanToolForks", "SAN", "velaiscsiep",
+     [](auto& machine, auto&) {
+       machine.Program("/usr/local/bin/velaiscsiep", "for i in 1 2 3; do sleep 1000 & echo $! >> " +
+                                                         (machine.Path() / "started").string() +
+                                                         "; done; exit 0");
+     }},
+    {"CollectorStuck", "hardware, expansion units", "vela-platform-collect is stuck",
+     [](auto& machine, auto&) { machine.Collected(200); }},
+    {"FuseHangs", "volumes", "lies behind",
+     [](auto& machine, auto& holds) { HangAbove(machine, holds, "fuse.sshfs"); }},
+    {"NfsDead", "volumes", "lies behind",
+     [](auto& machine, auto& holds) { HangAbove(machine, holds, "nfs4"); }},
+    {"AutomountExpires", "volumes", "could not be read", Expire},
+    {"Everything", "hardware, web server, UPS, volumes, expansion units, high availability, SAN",
+     "lies behind",
+     [](auto& machine, auto& holds) {
+       HangAbove(machine, holds, "nfs4");
+       machine.Upsd([](int client) { FakeServer::Line(client), FakeServer::Line(client); });
+       machine.bus->StopDaemon();
+       machine.Program("/usr/sbin/crm_mon", machine.Hang());
+       machine.Program("/usr/local/bin/velaiscsiep", machine.Hang());
+       machine.Collected(200);
+     },
+     1000},
+};
+
+class TroubledMachine : public testing::TestWithParam<Trouble> {};
+void PrintTo(const Trouble& trouble, std::ostream* out) { *out << trouble.name; }
+
+// Of the lines, what follows `word` in those that begin with it.
+std::vector<std::string> With(const std::vector<std::string>& lines, const std::string& word) {
+  std::vector<std::string> found;
+  for (const std::string& line : lines)
+    if (line.starts_with(word + " ")) found.push_back(line.substr(word.size() + 1));
+  return found;
+}
+
+// The document but its uptime, which comes last.
+std::string DocumentIn(const std::vector<std::string>& lines) {
+  const std::string document = With(lines, "document").at(0);
+  return document.substr(0, document.find(",\"uptime\""));
+}
+
+// "UPS, SAN": the sources that failed.
+std::string FailedIn(const std::vector<std::string>& lines) {
+  std::string names;
+  for (const std::string& source : With(lines, "source"))
+    if (const std::size_t end = source.find(": failed"); end != std::string::npos)
+      names += (names.empty() ? "" : ", ") + source.substr(0, end);
+  return names;
+}
+
+// Of the programs that the machine started, those that still run. Who ended and was not ours
+// is for the first process to reap.
+std::string Survivors(const FullMachine& machine) {
+  std::ifstream started(machine.Path() / "started");
+  std::string left, line;
+  while (std::getline(started, line)) {
+    std::ifstream status("/proc/" + line + "/stat");
+    std::string text;
+    if (std::getline(status, text) && text.find(") Z ") == std::string::npos) left += text + "; ";
+  }
+  return left;
+}
+
+TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
+  const Trouble& trouble = GetParam();
+  FullMachine machine(false);  // whatever else befalls it, the lost member must still be told
+  if (!machine.bus->Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
+  if (!machine.Enter()) GTEST_SKIP() << "needs root";
+  const auto well = machine.Answers(1);
+  ASSERT_EQ(machine.status, 0) << testing::PrintToString(well);
+  EXPECT_EQ(FailedIn(well), "");
+  EXPECT_NE(DocumentIn(well).find("storage_is_attention"), std::string::npos) << DocumentIn(well);
+
+  Holds holds;
+  trouble.befall(machine, holds);
+  const auto lines = machine.Answers(trouble.answers);
+  SCOPED_TRACE(testing::PrintToString(lines));
+  ASSERT_EQ(machine.status, 0);
+  EXPECT_EQ(DocumentIn(lines), DocumentIn(well));
+  EXPECT_EQ(FailedIn(lines), trouble.failed);
+  EXPECT_NE(testing::PrintToString(With(lines, "source")).find(trouble.reason), std::string::npos);
+
+  double longest = 0, settled = 0;
+  const std::string times = With(lines, "longest").at(0);
+  ASSERT_EQ(sscanf(times.c_str(), "%lf ms, then %lf", &longest, &settled), 2);
+  EXPECT_LT(longest, 2000);
+  EXPECT_LT(settled, 200) << "what hangs is left alone";
+  std::printf("longest %s\n", times.c_str());
+
+  EXPECT_EQ(With(lines, "changed"), std::vector<std::string>());
+  EXPECT_EQ(Survivors(machine), "");
+  auto log = With(lines, "log");
+  std::erase_if(log, [](const std::string& line) { return line.starts_with("debug "); });
+  std::ranges::sort(log);
+  EXPECT_EQ(std::ranges::adjacent_find(log), log.end()) << "a failure is logged once";
+}
+
+// With the suspicion that makes nginx test itself, too.
+TEST(FullMachine, IsAskedWithoutAnyHarm) {
+  FullMachine machine;
+  if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
+  machine.bus->Say("nginx.service", "ActiveState", "failed");
+  const auto lines = machine.Answers(3, VELA_HARMLESS);
+  if (machine.status == 77 << 8) GTEST_SKIP() << "needs strace: apt-get install strace";
+  EXPECT_EQ(machine.status, 0) << testing::PrintToString(lines);
+  EXPECT_EQ(FailedIn(lines), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, TroubledMachine, testing::ValuesIn(kTroubles),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
