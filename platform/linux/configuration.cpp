@@ -21,25 +21,24 @@ using vela::platform::Source, vela::platform::SourceScope;
 
 namespace {
 
-struct Reader {
+struct BothFiles {
   std::unique_ptr<const Settings> current, factory;
   mutable std::string maxDisks;
   mutable std::once_flag counted;
 };
 
 const char* Current(const void* sources, const char* key) {
-  return key != nullptr ? static_cast<const Reader*>(sources)->current->Value(key) : nullptr;
+  return key != nullptr ? static_cast<const BothFiles*>(sources)->current->Value(key) : nullptr;
 }
 
 // A model's factory defaults say how many disks it takes. Where none say so, the
 // number of internal disks that are there stands in.
 const char* Factory(const void* sources, const char* key) {
-  const auto& reader = *static_cast<const Reader*>(sources);
-  const char* value = key != nullptr ? reader.factory->Value(key) : nullptr;
+  const auto& files = *static_cast<const BothFiles*>(sources);
+  const char* value = key != nullptr ? files.factory->Value(key) : nullptr;
   if (value != nullptr || key == nullptr || std::strcmp(key, "maxdisks") != 0) return value;
-  std::call_once(reader.counted,
-                 [&reader] { reader.maxDisks = std::to_string(VLIBCMaxDiskGet()); });
-  return reader.maxDisks.c_str();
+  std::call_once(files.counted, [&files] { files.maxDisks = std::to_string(VLIBCMaxDiskGet()); });
+  return files.maxDisks.c_str();
 }
 
 std::unique_ptr<const Settings> Load(const char* path, SourceScope& scope) {
@@ -68,13 +67,13 @@ VelaConf::VelaConf() : sources_(nullptr) {
   ForgetHardware();
   auto current = Load(kCurrentSettings, scope);
   auto factory = Load(kFactorySettings, scope);
-  auto reader = std::make_unique<Reader>();
-  reader->current = std::move(current);
-  reader->factory = std::move(factory);
-  sources_ = reader.release();
+  auto files = std::make_unique<BothFiles>();
+  files->current = std::move(current);
+  files->factory = std::move(factory);
+  sources_ = files.release();
 }
 
-VelaConf::~VelaConf() { delete static_cast<Reader*>(sources_); }
+VelaConf::~VelaConf() { delete static_cast<BothFiles*>(sources_); }
 
 const char* VelaConf::Info(const char* key, const char* defaultValue) const {
   return OrDefault(Current(sources_, key), defaultValue);
