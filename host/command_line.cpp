@@ -102,6 +102,9 @@ class CommandLine {
         ->check(CLI::Range(0, 65535));
     serve->add_flag("--allow-remote", serve_.allowRemote,
                     "Listen on addresses that other machines reach");
+    serve->add_flag("--demo", serve_.demo,
+                    "Simulated machines only: /gallery shows every finding, /?scenario=NAME any of "
+                    "the shipped scenarios");
   }
 
   CLI::App app_;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/gzip.h"
 #include "host/page_answer.h"
 #include "host/problem.h"
 
@@ -11,6 +12,8 @@ namespace vela::host {
 namespace {
 
 constexpr std::string_view kApi = "/api/";
+constexpr std::string_view kPage = "/";
+constexpr std::string_view kGallery = "/gallery.json";
 constexpr std::string_view kAnswer = "/answer";  // what the page asks for
 constexpr std::string_view kMetrics = "/metrics";
 constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
@@ -53,22 +56,45 @@ std::vector<std::string> Available(const Host& host) {
 }  // namespace
 
 HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
-                       const std::filesystem::path& data)
-    : host_(host), machine_(std::move(machine)), files_(data) {}
+                       const std::filesystem::path& data, bool demo)
+    : host_(host), machine_(std::move(machine)), files_(data, demo) {
+  if (demo) demo_.emplace(host.GetPlatform(), data / "scenarios");
+}
 
 bool HealthSite::MayWait(std::string_view path) const {
-  if (host_.GetPlatform().Simulated()) return false;
+  if (!demo_ && !host_.GetPlatform().MayWait(machine_)) return false;
   return path.starts_with(kApi) || path == kAnswer || path == kMetrics;
 }
 
 HttpAnswer HealthSite::Answer(const HttpRequest& request) const {
   if (request.path.starts_with(kApi)) return AnswerApi(request.path.substr(kApi.size()));
-  if (const StaticFile* file = files_.Find(request.path)) return AnswerFile(*file);
-  if (request.path == kAnswer) return NotStored(PageAnswer(host_, machine_));
+  if (request.path == kPage || request.path == kAnswer) {
+    const char* scenario = request.Argument("scenario");
+    return scenario == nullptr ? AnswerPage(request, machine_) : Preview(request, scenario);
+  }
+  if (const StaticFile* file = files_.Find(request.path)) return AnswerFile(request, *file);
   if (request.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
   if (request.path == kHealthz) return {200, "text/plain; charset=utf-8", "ok\n"};
+  if (demo_ && request.path == kGallery) return {200, "application/json", demo_->Gallery()};
   return Problem(404, "Not found", "There is nothing at " + std::string(request.path) + ".",
                  Available(host_));
+}
+
+HttpAnswer HealthSite::AnswerPage(const HttpRequest& request,
+                                  const SimulatedMachine& machine) const {
+  if (request.path == kPage) return AnswerFile(request, *files_.Find(kPage));
+  return NotStored(PageAnswer(host_, machine));
+}
+
+HttpAnswer HealthSite::Preview(const HttpRequest& request, std::string_view scenario) const {
+  if (!demo_) {
+    return Problem(404, "No preview", "Scenarios are shown only by vela-health serve --demo.");
+  }
+  const SimulatedMachine machine = demo_->Open(scenario);
+  if (machine != nullptr) return AnswerPage(request, machine);
+  return Problem(404, "No such scenario",
+                 "No scenario has the name \"" + std::string(scenario) +
+                     "\". The page /gallery lists all of them.");
 }
 
 HttpAnswer HealthSite::AnswerApi(std::string_view path) const {
@@ -82,10 +108,12 @@ HttpAnswer HealthSite::AnswerApi(std::string_view path) const {
   return NotStored(std::move(document));
 }
 
-HttpAnswer HealthSite::AnswerFile(const StaticFile& file) const {
+HttpAnswer HealthSite::AnswerFile(const HttpRequest& request, const StaticFile& file) const {
   HttpAnswer answer{200, file.contentType, {}};
-  answer.fixed = file.bytes;
-  answer.headers.emplace_back("Cache-Control", "no-cache");
+  answer.headers = {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}};
+  const bool gzip = AcceptsGzip(request.Header("Accept-Encoding"));
+  if (gzip) answer.headers.emplace_back("Content-Encoding", "gzip");
+  answer.fixed = gzip ? file.gzipped : file.bytes;
   return answer;
 }
 

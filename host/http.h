@@ -12,10 +12,14 @@ struct HttpRequest {
   std::string_view path;  // decoded, without the query
   // Of the query; null when it is not there.
   const char* (*argument)(const void* connection, const char* name) = nullptr;
+  const char* (*header)(const void* connection, const char* name) = nullptr;
   const void* connection = nullptr;
 
   const char* Argument(const char* name) const {
     return argument == nullptr ? nullptr : argument(connection, name);
+  }
+  const char* Header(const char* name) const {
+    return header == nullptr ? nullptr : header(connection, name);
   }
 };
 

@@ -32,9 +32,10 @@ struct Exchange {
   HttpAnswer answer = {};
 };
 
-const char* ArgumentOf(const void* connection, const char* name) {
+template <MHD_ValueKind Kind>
+const char* ValueOf(const void* connection, const char* name) {
   auto* mutableConnection = static_cast<MHD_Connection*>(const_cast<void*>(connection));
-  return MHD_lookup_connection_value(mutableConnection, MHD_GET_ARGUMENT_KIND, name);
+  return MHD_lookup_connection_value(mutableConnection, Kind, name);
 }
 
 HttpAnswer AnswerOrProblem(const Site& site, const HttpRequest& request) noexcept {
@@ -136,7 +137,8 @@ MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path, c
   auto& exchange = *static_cast<Exchange*>(*state);
   if (exchange.waited) return Send(connection, exchange.answer);
   if (*uploaded != 0) return MHD_NO;  // a body where none belongs
-  const HttpRequest request{path, &ArgumentOf, connection};
+  const HttpRequest request{path, &ValueOf<MHD_GET_ARGUMENT_KIND>, &ValueOf<MHD_HEADER_KIND>,
+                            connection};
   if (server->GetSite().MayWait(path)) return AnswerLater(connection, exchange, request);
   exchange.answer = AnswerOrProblem(server->GetSite(), request);
   return Send(connection, exchange.answer);

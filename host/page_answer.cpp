@@ -13,8 +13,7 @@ Json::Value SourcesOf(const Reply& reply) {
     Json::Value source;
     source["name"] = report.name;
     source["state"] = StateName(report);
-    source["reason"] = report.reason;
-    source["microseconds"] = report.microseconds;
+    if (report.reason[0] != '\0') source["reason"] = report.reason;
     sources.append(std::move(source));
   }
   return sources;

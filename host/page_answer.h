@@ -8,7 +8,7 @@
 namespace vela::host {
 
 // {"answer": the document as it is, "sources": [{"name", "state": "read", "failed" or
-// "absent", "reason", "microseconds"}], "findings": the rules after the winner, most urgent
+// "absent", "reason" if there is one}], "findings": the rules after the winner, most urgent
 // first}. Throws what Host::Ask throws.
 std::string PageAnswer(const Host& host, const SimulatedMachine& machine);
 

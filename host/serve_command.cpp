@@ -38,10 +38,11 @@ void HoldStopSignals() {
 ExitStatus RunServe(Session& session, const ServeOptions& options) {
   mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
   const ListenSocket socket(AddressOf(options), options.allowRemote);
-  const SimulatedMachine machine = session.Machine();
+  const bool preview = options.demo && session.Options().scenario.empty();
+  const SimulatedMachine machine = preview ? session.OpenScenario("healthy") : session.Machine();
   const Host& host = session.GetHost();
   HealthMethod(host);  // no module, no service
-  const HealthSite site(host, machine, session.GetPlaces().Data());
+  const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
   HttpServer server(socket, site);
   std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
 

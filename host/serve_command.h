@@ -12,6 +12,7 @@ struct ServeOptions {
   std::string listen;  // as for ParseListenAddress
   int port = -1;       // in place of the one in `listen`; negative: not given
   bool allowRemote = false;
+  bool demo = false;  // previews of scenarios and the gallery of findings
 };
 
 // Says its address on standard output. Throws Failure.

@@ -3,10 +3,14 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "host/failure.h"
+#include "host/gzip.h"
 #include "host/language.h"
 
 namespace vela::host {
@@ -23,6 +27,12 @@ constexpr PageFile kPage[] = {
     {"/widget.js", "widget.js", "text/javascript; charset=utf-8"},
 };
 
+constexpr PageFile kDemo[] = {
+    {"/gallery", "gallery.html", "text/html; charset=utf-8"},
+    {"/gallery.css", "gallery.css", "text/css; charset=utf-8"},
+    {"/gallery.js", "gallery.js", "text/javascript; charset=utf-8"},
+};
+
 std::string Read(const std::filesystem::path& path) {
   const std::ifstream in(path, std::ios::binary);
   std::ostringstream bytes;
@@ -34,11 +44,15 @@ std::string Read(const std::filesystem::path& path) {
   return std::move(bytes).str();
 }
 
-// Without the blanks that make the source readable, and without escapes.
-std::string Compact(const std::string& json) {
+// What the page shows: without the titles, which are the catalogue's, the blanks that make the
+// source readable, and escapes.
+std::string TextsOfPage(const std::string& json) {
   std::istringstream in(json);
   Json::Value value;
   in >> value;
+  for (Json::Value& section : value) {
+    if (section.isObject()) section.removeMember("title");
+  }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["emitUTF8"] = true;
@@ -47,14 +61,21 @@ std::string Compact(const std::string& json) {
 
 }  // namespace
 
-StaticFiles::StaticFiles(const std::filesystem::path& data) {
-  for (const PageFile& page : kPage) {
-    files_[page.path] = {page.contentType, Read(data / "www" / page.file)};
-  }
+StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
+  const auto add = [&](const PageFile& page) {
+    Add(page.path, page.contentType, Read(data / "www" / page.file));
+  };
+  for (const PageFile& page : kPage) add(page);
+  if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
   for (const Language& language : Languages()) {
     const std::string name = std::string("texts/") + language.code + ".json";
-    files_["/" + name] = {"application/json", Compact(Read(data / name))};
+    Add("/" + name, "application/json", TextsOfPage(Read(data / name)));
   }
+}
+
+void StaticFiles::Add(const std::string& path, const char* contentType, std::string bytes) {
+  std::string gzipped = Gzip(bytes);
+  files_[path] = {contentType, std::move(bytes), std::move(gzipped)};
 }
 
 const StaticFile* StaticFiles::Find(std::string_view path) const {

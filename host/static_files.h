@@ -11,17 +11,21 @@ namespace vela::host {
 struct StaticFile {
   const char* contentType;
   std::string bytes;
+  std::string gzipped;
 };
 
 class StaticFiles {
  public:
   // The page in `data`/www and the texts in `data`/texts. Throws Failure when one is missing.
-  explicit StaticFiles(const std::filesystem::path& data);
+  // With `demo` the gallery, too.
+  StaticFiles(const std::filesystem::path& data, bool demo);
 
   // By path: "/", "/widget.js", "/texts/de.json"; null when there is none.
   const StaticFile* Find(std::string_view path) const;
 
  private:
+  void Add(const std::string& path, const char* contentType, std::string bytes);
+
   std::map<std::string, StaticFile, std::less<>> files_;
 };
 

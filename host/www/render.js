@@ -1,5 +1,5 @@
-// A finding's description in the words of one language; the same as the tool's render.cpp,
-// held to it by one table of cases.
+// How the pages tell a finding: in the words of one language, with an icon and advice. The words
+// are the same as those of the tool's render.cpp, held to it by one table of cases.
 
 const kPlaceholder = /\{(\d{1,19})\}/g;
 
@@ -74,4 +74,64 @@ export function verdictOf(rule) {
   if (rule.type === 0) return "danger";
   if (rule.type === 1) return "warning";
   return rule.id === "system_health" ? "well" : "notice";
+}
+
+// Each look has a shape of its own: its outline, then the mark on it.
+const kIcons = {
+  danger: ["M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"],
+  warning: ["M24 4L45 43H3z", "M24 19v11M24 36.5v.1"],
+  notice: ["M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1"],
+  well: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 25l7 7 13-15"],
+  loading: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 24h.1M24 24h.1M34 24h.1"],
+};
+
+// Names are anybody's: without what would turn the text around them.
+const harmless = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
+
+export function showHeadline(widget, verdict, sentence, texts) {
+  widget.dataset.verdict = verdict;
+  const [shape, mark] = kIcons[verdict];
+  widget.querySelector(".shape").setAttribute("d", shape);
+  widget.querySelector(".mark").setAttribute("d", mark);
+  widget.querySelector(".severity").textContent = verdict === "loading" ? "" : texts.ui[verdict];
+  widget.querySelector(".sentence").textContent = harmless(sentence);
+}
+
+// The program's own words, and what the texts say about the finding.
+export function showAdvice(widget, rule, texts) {
+  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? {do: texts.ui.unknown_finding};
+  for (const part of widget.querySelectorAll("[data-advice]")) part.textContent = advice[part.dataset.advice] ?? "";
+  const details = widget.querySelector(".advice details");
+  if (details) details.hidden = !advice.meaning;
+}
+
+export function showLabels(root, texts) {
+  for (const label of root.querySelectorAll("[data-ui]")) label.textContent = texts.ui[label.dataset.ui];
+}
+
+export function sentenceOf(rule, texts) {
+  return harmless(render(rule.description, texts));
+}
+
+export const kLanguages = {en: "English", de: "Deutsch", fr: "Français", es: "Español", ja: "日本語", "zh-CN": "简体中文"};
+
+// The first of the wanted languages that there are texts in, else English.
+export function languageFor(wanted) {
+  const primary = (tag) => (tag ?? "").toLowerCase().split(/[-_]/)[0];
+  const known = (tag) => Object.keys(kLanguages).find((code) => primary(code) === primary(tag));
+  return known(wanted.find(known)) ?? "en";
+}
+
+export function offerLanguages(select) {
+  for (const [code, name] of Object.entries(kLanguages)) {
+    const option = new Option(name, code);
+    option.lang = code;
+    select.append(option);
+  }
+}
+
+export async function fetchJson(path) {
+  const answer = await fetch(path, {signal: AbortSignal.timeout(30000)});
+  if (!answer.ok) throw new Error(`${path}: ${answer.status}`);
+  return answer.json();
 }

@@ -1,19 +1,12 @@
 // The page: asks the machine, tells its answer, and asks again while somebody looks.
-import {fill, render, textKey, verdictOf} from "./render.js";
+import {fetchJson, fill, languageFor, offerLanguages, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
 
-const kLanguages = {en: "English", de: "Deutsch", fr: "Français", es: "Español", ja: "日本語", "zh-CN": "简体中文"};
 const kPollSeconds = 60;
-const kIcons = {
-  danger: ["M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"],
-  warning: ["M24 3L47 44H1z", "M24 18v12M24 37v.1"],
-  notice: ["M24 1l23 23-23 23L1 24z", "M24 22v12M24 14v.1"],
-  well: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 25l7 7 13-15"],
-  loading: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 24h.1M24 24h.1M34 24h.1"],
-};
 
 const query = new URLSearchParams(location.search);
 const state = {texts: null, language: "en", reply: null, askedAt: 0, answeredAt: 0, unreachable: false};
 const part = (id) => document.getElementById(id);
+const widget = part("widget");
 
 function remembered() {
   try {
@@ -21,22 +14,6 @@ function remembered() {
   } catch {
     return null;  // storage is switched off
   }
-}
-
-function chooseLanguage() {
-  const wanted = [query.get("lang"), remembered(), ...navigator.languages];
-  for (const tag of wanted) {
-    const primary = (tag ?? "").toLowerCase().split(/[-_]/)[0];
-    const known = Object.keys(kLanguages).find((code) => code.toLowerCase().split("-")[0] === primary);
-    if (known) return known;
-  }
-  return "en";
-}
-
-async function fetchJson(path) {
-  const answer = await fetch(path, {signal: AbortSignal.timeout(30000)});
-  if (!answer.ok) throw new Error(`${path}: ${answer.status}`);
-  return answer.json();
 }
 
 async function useLanguage(language) {
@@ -48,9 +25,7 @@ async function useLanguage(language) {
 const ui = (key, ...values) => fill(state.texts.ui[key], values);
 
 function show(id, text) {
-  const element = part(id);
-  element.textContent = text ?? "";
-  return element;
+  part(id).textContent = text;
 }
 
 function duration(seconds) {
@@ -64,10 +39,9 @@ function uptime(text) {
   return text === "" ? "" : ui("up", duration((hours * 60 + minutes) * 60 + seconds));
 }
 
-function fillList(id, summary, items) {
+function fillList(id, items) {
   const box = part(id);
   box.hidden = items.length === 0;
-  if (summary) box.querySelector("summary").textContent = summary;
   const list = box.tagName === "UL" ? box : box.querySelector("ul");
   list.replaceChildren(...items.map((nodes) => {
     const item = document.createElement("li");
@@ -83,39 +57,19 @@ function element(tag, text, className = "") {
   return made;
 }
 
-function showHeadline(verdict, severity, sentence) {
-  const widget = part("widget");
-  widget.dataset.verdict = verdict;
-  widget.setAttribute("aria-busy", "false");
-  const [shape, mark] = kIcons[verdict];
-  widget.querySelector(".shape").setAttribute("d", shape);
-  widget.querySelector(".mark").setAttribute("d", mark);
-  show("severity", severity);
-  show("sentence", sentence);
-  document.title = severity ? `${severity} – ${ui("page_title")}` : ui("page_title");
-}
-
-function showAdvice(rule, verdict) {
-  const advice = state.texts[`${rule.id}/${textKey(rule.description)}`];
-  part("advice").hidden = verdict === "well";
-  for (const key of ["meaning", "ignored", "do", "where"]) {
-    show(`${key}-label`, ui(key));
-    show(key, advice?.[key] ?? (key === "do" ? ui("unknown_finding") : ""));
-  }
-}
-
 function showMore(findings) {
-  const summary = findings.length === 1 ? ui("more_one") : ui("more", findings.length);
-  fillList("more", summary, findings.map((rule) => {
+  part("more").querySelector("summary").textContent =
+    findings.length === 1 ? ui("more_one") : ui("more", findings.length);
+  fillList("more", findings.map((rule) => {
     const verdict = verdictOf(rule);
-    return [element("b", ui(verdict), verdict), element("bdi", render(rule.description, state.texts))];
+    return [element("b", ui(verdict), verdict), element("bdi", sentenceOf(rule, state.texts))];
   }));
 }
 
 function showSources(sources) {
   const count = (wanted) => sources.filter((source) => source.state === wanted).length;
   const failed = sources.filter((source) => source.state === "failed");
-  fillList("failed", null, failed.map((source) => [ui("source_failed", source.name, source.reason)]));
+  fillList("failed", failed.map((source) => [ui("source_failed", source.name, source.reason)]));
   if (sources.length === 0) return show("sources", ui("no_voice"));
   const absent = count("absent") > 0 ? `, ${ui("sources_absent", count("absent"))}` : "";
   return show("sources", ui("sources", count("read"), count("read") + failed.length) + absent);
@@ -127,8 +81,11 @@ function showFooter({answer, sources}) {
   const time = new Date(state.answeredAt).toLocaleTimeString(state.language, {hour: "2-digit", minute: "2-digit"});
   show("checked", ui("checked", time));
   showSources(sources);
-  fillList("network", ui("network"), answer.interfaces.map((entry) =>
-    [element("bdi", entry.id), ` (${entry.type}) `, element("bdi", entry.ip)]));
+  fillList("network", answer.interfaces.map(({id, ip, type}) => {
+    const name = element("bdi", id);
+    name.title = type;
+    return [name, " ", element("bdi", ip)];
+  }));
 }
 
 function showStale() {
@@ -140,27 +97,34 @@ function showStale() {
   }
 }
 
-function paint() {
-  show("language-label", ui("language"));
-  part("language").value = state.language;
-  showStale();
-  if (!state.reply) {
-    const key = state.unreachable ? "never_reached" : "loading";
-    showHeadline("loading", "", ui(key));
-    return;
-  }
-  const {answer, sources, findings} = state.reply;
+function paintReply({answer, sources, findings}) {
   const verdict = verdictOf(answer.rule);
   const partly = verdict === "well" && sources.some((source) => source.state === "failed");
-  showHeadline(partly ? "notice" : verdict, ui(partly ? "notice" : verdict),
-    partly ? ui("incomplete") : render(answer.rule.description, state.texts));
-  showAdvice(answer.rule, verdict);
+  const look = partly ? "notice" : verdict;
+  showHeadline(widget, look, partly ? ui("incomplete") : sentenceOf(answer.rule, state.texts), state.texts);
+  document.title = `${ui(look)} – ${ui("page_title")}`;
+  showAdvice(widget, answer.rule, state.texts);
+  widget.querySelector(".advice").hidden = verdict === "well";
   showMore(findings ?? []);
   showFooter(state.reply);
 }
 
+function paint() {
+  showLabels(widget, state.texts);
+  part("language").value = state.language;
+  showStale();
+  if (state.reply) {
+    paintReply(state.reply);
+  } else {
+    showHeadline(widget, "loading", ui(state.unreachable ? "never_reached" : "loading"), state.texts);
+    document.title = ui("page_title");
+  }
+  widget.setAttribute("aria-busy", String(!state.reply && !state.unreachable));
+}
+
 async function ask() {
   const scenario = query.get("scenario");
+  state.askedAt = Date.now();
   try {
     state.reply = await fetchJson("answer" + (scenario ? `?scenario=${encodeURIComponent(scenario)}` : ""));
     state.answeredAt = Date.now();
@@ -168,7 +132,6 @@ async function ask() {
   } catch {
     state.unreachable = true;
   }
-  state.askedAt = Date.now();
   paint();
 }
 
@@ -185,8 +148,7 @@ function schedule() {
 
 async function start() {
   const select = part("language");
-  select.append(...Object.entries(kLanguages).map(([code, name]) => new Option(name, code)));
-  for (const option of select.options) option.lang = option.value;
+  offerLanguages(select);
   select.addEventListener("change", async () => {
     try {
       localStorage.setItem("language", select.value);
@@ -195,10 +157,12 @@ async function start() {
     paint();
   });
   document.addEventListener("visibilitychange", schedule);
-  await useLanguage(chooseLanguage());
+  await useLanguage(languageFor([query.get("lang"), remembered(), ...navigator.languages]));
   paint();
   await ask();
   schedule();
 }
 
-start();
+start().catch(() => {  // without texts there are no words but these
+  widget.querySelector(".sentence").textContent = "The machine does not answer. Load this page again in a minute.";
+});

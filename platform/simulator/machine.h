@@ -130,6 +130,7 @@ struct Machine {
   bool keyValueFails = false;  // the defaults file cannot be read directly
 
   // --- Hardware.
+  int delay = 0;               // milliseconds until it tells its status
   bool hardwareFails = false;  // no status record: no component is known
   bool fanFailed = false;
   bool cpuFanFailed = false;

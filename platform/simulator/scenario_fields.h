@@ -61,6 +61,7 @@ void Describe(Fields& fields, std::type_identity<SourceStatement>) {
 
 template <typename Fields>
 void DescribeHardware(Fields& hardware) {
+  hardware("delay", &Machine::delay);
   hardware("fails", &Machine::hardwareFails);
   hardware("fanFailed", &Machine::fanFailed);
   hardware("cpuFanFailed", &Machine::cpuFanFailed);

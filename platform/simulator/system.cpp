@@ -1,6 +1,8 @@
 // Error state, network, configuration, files, hardware, UPS and high availability.
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include <vela_conf.h>
 #include <vela_network.h>
@@ -137,6 +139,7 @@ int VLIBCFileGetKeyValue(const char*, const char* key, char* buffer, int size, i
 
 int VELASysStatusGet(VELA_SYS_STATUS* record) {
   Call call(Source::Hardware, __func__);
+  if (call->delay > 0) std::this_thread::sleep_for(std::chrono::milliseconds(call->delay));
   if (call->hardwareFails) {
     call.Fail("reading the hardware status failed");
     return -1;

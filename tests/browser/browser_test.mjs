@@ -1,131 +1,199 @@
-// The page in a real Chromium, served by the real program over simulated machines.
+// The page and the gallery in a real Chromium, served by the real program over simulated machines.
+//   browser_test.mjs VELA_HEALTH NODE_MODULES_FOLDER CHROMIUM [SCREENSHOT_FOLDER]
 import assert from "node:assert/strict";
-import {spawn} from "node:child_process";
-import {createRequire} from "node:module";
-import {readFileSync} from "node:fs";
+import {answered, browser, findings, kLanguages, misfits, open, problemsSoFar, serve, tab, text, violations} from "./support.mjs";
 
-const [, , program, modules, chromium, shots] = process.argv;
-const require = createRequire(`${modules}/`);
-const playwright = require("playwright-core");
-const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
+const shots = process.argv[5];
+const kWidths = [280, 1280];
+const kSchemes = ["light", "dark"];
 
-const kLooks = {healthy: "well", "volume-low": "notice", "two-units-supplies-failed": "warning", "everything-at-once": "danger"};
-const kLanguages = ["en", "de", "fr", "es", "ja", "zh-CN"];
-const kSizes = [[280, 653], [1280, 800]];
+// Each look, with long and foreign names, and with a source that failed.
+const kPages = {
+  "healthy-host-name-in-another-script": "well",
+  "failing-ups": "notice",
+  "usb-volume-name-fills-its-field": "notice",
+  "two-units-supplies-failed": "warning",
+  "everything-at-once": "danger",
+};
 
-const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"]});
-let problems = [];
+const demo = await serve("--demo");
+const page = (scenario, query = "") => `${demo.url}?scenario=${scenario}${query}`;
 
-async function serve(scenario, port = 0) {
-  const child = spawn(program, ["serve", "--scenario", scenario, "--port", String(port)]);
-  const url = await new Promise((resolve) => child.stdout.once("data", (text) => resolve(/http\S+/.exec(text)[0])));
-  const stop = () => new Promise((resolve) => child.once("exit", resolve) && child.kill());
-  return {url, stop};
-}
-
-async function open(url, options = {}) {
-  const context = await browser.newContext({locale: "en", bypassCSP: true, ...options});
-  const page = await context.newPage();
-  const requests = [];
-  page.on("console", (message) => message.type() === "error" && problems.push(message.text()));
-  page.on("pageerror", (error) => problems.push(String(error)));
-  page.on("request", (request) => requests.push(request.url()));
-  await page.goto(url);
-  await page.locator('#widget[aria-busy="false"]:not([data-verdict="loading"])').waitFor();
-  return {page, context, requests};
-}
-
-const text = (page, id) => page.locator(`#${id}`).textContent();
-const widerThanWindow = (page) => page.evaluate(() => document.documentElement.scrollWidth > innerWidth);
-
-async function accessibility(page) {
-  await page.evaluate(axe);
-  const {violations} = await page.evaluate(() => globalThis.axe.run());
-  return violations.map((violation) => `${violation.id}: ${violation.nodes.map((node) => node.html)}`);
+// In both widths and both schemes: calls `look` with a name for the case.
+async function inEveryFrame(visit, look) {
+  for (const width of kWidths) {
+    await visit.page.setViewportSize({width, height: 800});
+    for (const colorScheme of kSchemes) {
+      await visit.page.emulateMedia({colorScheme});
+      await look(`${width}-${colorScheme}`);
+    }
+  }
 }
 
 const tests = {
-  async "every look in every language, narrow or wide, light or dark, is accessible and fits"() {
-    let looks = 0;
-    for (const [scenario, verdict] of Object.entries(kLooks)) {
-      const {url, stop} = await serve(scenario);
+  async "every look in every language, narrow and wide, light and dark, fits and is accessible"() {
+    for (const [scenario, verdict] of Object.entries(kPages)) {
       const sentences = new Set();
-      looks += 1;
       for (const [index, locale] of kLanguages.entries()) {
-        const [width, height] = kSizes[(index + looks) % 2];
-        const colorScheme = index % 3 === 0 ? "dark" : "light";
-        const {page, context} = await open(url, {locale, colorScheme, viewport: {width, height}});
-        const where = `${scenario} ${locale} ${width}`;
-        assert.equal(await page.locator("#widget").getAttribute("data-verdict"), verdict, where);
-        assert.equal(await page.locator("html").getAttribute("lang"), locale, where);
-        assert.equal(await page.locator("#advice").isVisible(), verdict !== "well", where);
-        assert.equal(await widerThanWindow(page), false, `${where} scrolls sideways`);
-        if (shots) await page.screenshot({path: `${shots}/${scenario}-${locale}-${width}.png`, fullPage: true});
-        for (const details of await page.locator("details:visible").all()) await details.locator("> summary").click();
-        assert.deepEqual(await accessibility(page), [], where);
-        sentences.add(await text(page, "sentence"));
-        await context.close();
+        let audited = index;  // every other frame, the others in the next language
+        const visit = await open(page(scenario), {locale});
+        assert.equal(await visit.page.locator("#widget").getAttribute("data-verdict"), verdict, scenario);
+        assert.equal(await visit.page.locator("html").getAttribute("lang"), locale);
+        const advised = verdict !== "well" && scenario !== "failing-ups";
+        assert.equal(await visit.page.locator(".do").isVisible(), advised, scenario);
+        for (const details of await visit.page.locator("details:visible").all()) await details.locator("> summary").click();
+        await inEveryFrame(visit, async (frame) => {
+          const where = `${scenario}-${locale}-${frame}`;
+          if (shots) await visit.page.screenshot({path: `${shots}/${where}.png`, fullPage: true});
+          assert.deepEqual(await misfits(visit.page), [], where);
+          if (audited++ % 2 === 0) assert.deepEqual(await violations(visit.page), [], where);
+        });
+        assert.equal(await visit.page.locator(":is(p, h1, h2, h3, li, summary, label):visible:empty").count(), 0);
+        sentences.add(await text(visit.page, ".sentence"));
+        await visit.close();
       }
       assert.equal(sentences.size, kLanguages.length, `${scenario}: one sentence a language`);
-      await stop();
     }
   },
 
-  async "six requests, all to this server, under 40 KB"() {
-    const {url, stop} = await serve("everything-at-once");
-    const {page, context, requests} = await open(url);
-    assert.ok(requests.every((request) => request.startsWith(url) || request.startsWith("data:")), String(requests));
-    const fetched = requests.filter((request) => request.startsWith(url));
-    assert.ok(fetched.length <= 6, String(fetched));
-    let bytes = 0;
-    for (const request of fetched) bytes += (await (await page.request.get(request)).body()).length;
-    assert.ok(bytes < 40000, `${bytes} bytes`);
-    console.log(`  ${fetched.length} requests, ${bytes} bytes`);
-    await context.close();
-    await stop();
+  async "the gallery shows every finding in every language, and all of it fits"() {
+    for (const [index, language] of kLanguages.entries()) {
+      const visit = await open(`${demo.url}gallery?lang=${language}`);
+      const sentences = await visit.page.locator("article .sentence").allTextContents();
+      assert.equal(sentences.length, findings().length);
+      assert.ok(sentences.every((sentence) => sentence !== "" && !/^\w+:\w+|undefined/.test(sentence)), String(sentences));
+      for (const width of ["280", ""]) {
+        await visit.page.locator("#width").selectOption(width);
+        await inEveryFrame(visit, async (frame) => {
+          if (shots) await visit.page.screenshot({path: `${shots}/gallery-${language}-${frame}.png`});
+          assert.deepEqual(await misfits(visit.page), [], `${language} ${frame}`);
+        });
+      }
+      await visit.page.locator("#scheme").selectOption(kSchemes[index % 2]);
+      assert.deepEqual(await violations(visit.page), [], language);
+      await visit.close();
+    }
+    const visit = await open(`${demo.url}gallery`);
+    await visit.page.locator("#danger article a").first().click();
+    await visit.page.locator('#widget[data-verdict="danger"]').waitFor();
+    await visit.close();
+  },
+
+  async "at most six requests and 40 KB in any language"() {
+    for (const locale of kLanguages) {
+      const visit = await open(page("everything-at-once"), {locale});
+      const fetched = visit.requests.filter((request) => request.startsWith("http"));
+      assert.ok(fetched.length <= 6, String(fetched));
+      let bytes = 0;
+      for (const request of fetched) bytes += (await (await visit.page.request.get(request)).body()).length;
+      assert.ok(bytes < 40960, `${locale}: ${bytes} bytes`);
+      console.log(`  ${locale}: ${fetched.length} requests, ${bytes} bytes`);
+      await visit.close();
+    }
   },
 
   async "names are shown as they are, never as markup"() {
-    const {url, stop} = await serve("volume-named-like-a-placeholder");
-    const {page, context} = await open(url);
-    assert.equal(await text(page, "sentence"), "Volume {1}: almost full");
-    await context.close();
-    await stop();
+    const visit = await open(page("volume-named-like-a-placeholder"));
+    assert.equal(await text(visit.page, ".sentence"), "Volume {1}: almost full");
+    await visit.page.route("**/answer*", async (route) => {
+      const reply = await (await route.fetch()).json();
+      reply.answer.hostname = "<img src=x onerror=alert(1)>";
+      reply.answer.rule.description.description_params[0] = "<b>\u202eגיבוי</b>";
+      await route.fulfill({json: reply});
+    });
+    await visit.page.reload();
+    await answered(visit.page);
+    assert.equal(await text(visit.page, "#host"), "<img src=x onerror=alert(1)>");
+    assert.equal(await visit.page.locator(".sentence *, #host *").count(), 0);
+    assert.match(await text(visit.page, ".sentence"), /<b>\ufffdגיבוי<\/b>/);
+    await visit.close();
   },
 
-  async "by keyboard alone: unfold what it means, choose a language"() {
-    const {url, stop} = await serve("everything-at-once");
-    const {page, context} = await open(url);
-    await page.keyboard.press("Tab");
-    await page.keyboard.press("Enter");
-    assert.ok(await page.locator("#meaning").isVisible());
-    for (let i = 0; i < 10 && !(await page.locator("#language:focus").count()); i += 1) await page.keyboard.press("Tab");
-    await page.keyboard.press("ArrowDown");
-    await page.locator('html[lang="de"]').waitFor();
-    assert.equal(await text(page, "do-label"), "Was zu tun ist");
-    await page.reload();
-    await page.locator('html[lang="de"]').waitFor();  // the choice is remembered
-    await context.close();
-    await stop();
+  async "by keyboard alone: unfold, read, choose a language that is remembered"() {
+    const visit = await open(page("everything-at-once"));
+    const reached = [];
+    for (let i = 0; i < 10; i += 1) {
+      await visit.page.keyboard.press("Tab");
+      const focus = await visit.page.evaluate(() => {
+        const {tagName, parentElement, id} = document.activeElement;
+        return {name: id || parentElement?.id || tagName, ring: getComputedStyle(document.activeElement).outlineStyle};
+      });
+      if (focus.name === "HTML" || focus.name === "BODY") break;
+      assert.equal(focus.ring, "solid", `${focus.name} shows its focus`);
+      reached.push(focus.name);
+      if (focus.name === "language") break;
+      await visit.page.keyboard.press("Enter");
+    }
+    assert.ok(await visit.page.locator('[data-advice="meaning"]').isVisible());
+    assert.equal(await visit.page.locator("#more li:visible").count(), 8);
+    assert.equal(reached.at(-1), "language");
+    await visit.page.keyboard.press("ArrowDown");
+    await visit.page.locator('html[lang="de"]').waitFor();
+    assert.equal(await text(visit.page, ".advice h2"), "Was zu tun ist");
+    await visit.page.reload();
+    await visit.page.locator('html[lang="de"]').waitFor();
+    await visit.close();
+  },
+
+  async "the language is the first preferred one that there are texts in"() {
+    const cases = [[["pt-BR", "fr-CA", "de"], "fr"], [["zh-TW"], "zh-CN"], [["tlh"], "en"], [[], "en"]];
+    for (const [preferred, expected] of cases) {
+      const visit = await tab();
+      await visit.page.addInitScript((languages) =>
+        Object.defineProperty(navigator, "languages", {get: () => languages}), preferred);
+      await visit.page.goto(page("healthy"));
+      await answered(visit.page);
+      assert.equal(await visit.page.locator("html").getAttribute("lang"), expected, String(preferred));
+      await visit.page.goto(page("healthy", "&lang=es"));
+      await visit.page.locator('html[lang="es"]').waitFor();
+      await visit.close();
+    }
+  },
+
+  async "it asks only while visible, and never twice within a minute"() {
+    const visit = await tab();
+    await visit.page.clock.install();
+    await visit.page.goto(page("healthy"));
+    await answered(visit.page);
+    const asked = async (seconds) => {
+      const before = visit.requests.length;
+      await visit.page.clock.runFor(seconds * 1000);
+      await visit.page.waitForTimeout(50);
+      return visit.requests.length - before;
+    };
+    const become = (hidden) => visit.page.evaluate((value) => {
+      Object.defineProperty(document, "hidden", {configurable: true, get: () => value});
+      document.dispatchEvent(new Event("visibilitychange"));
+    }, hidden);
+    assert.equal(await asked(59), 0);
+    assert.equal(await asked(2), 1);
+    for (const hidden of [true, false, true, false]) await become(hidden);
+    assert.equal(await asked(57), 0, "looking away and back does not hurry it");
+    await become(true);
+    assert.equal(await asked(3600), 0);
+    await become(false);
+    assert.equal(await asked(1), 1, "old news are refreshed at once");
+    await visit.close();
   },
 
   async "a server that is gone leaves the last answer with its age, and is found again"() {
-    const first = await serve("system-fan-failed");
-    const port = new URL(first.url).port;
-    const visit = await browser.newContext({locale: "en"});
-    const tab = await visit.newPage();
-    await tab.clock.install();
-    await tab.goto(first.url);
-    await tab.locator('#widget[data-verdict="warning"]').waitFor();
+    const first = await serve("--scenario", "system-fan-failed");
+    const visit = await tab();
+    await visit.page.clock.install();
+    await visit.page.goto(first.url);
+    await answered(visit.page);
     await first.stop();
-    await tab.clock.runFor(130000);
-    await tab.locator("#stale:visible").waitFor();
-    assert.match(await text(tab, "stale"), /does not answer.*\d min old/);
-    assert.equal(await text(tab, "sentence"), "A system fan has failed.");
-    const second = await serve("healthy", port);
-    await tab.clock.runFor(61000);
-    await tab.locator('#widget[data-verdict="well"]').waitFor();
-    assert.equal(await tab.locator("#stale").isVisible(), false);
+    await visit.page.clock.runFor(130000);
+    await visit.page.locator("#stale:visible").waitFor();
+    assert.match(await text(visit.page, "#stale"), /does not answer.*\d min old/);
+    assert.equal(await text(visit.page, ".sentence"), "A system fan has failed.");
+    assert.deepEqual(await violations(visit.page), []);
+    if (shots) await visit.page.screenshot({path: `${shots}/gone.png`, fullPage: true});
+    assert.ok(problemsSoFar().every((problem) => problem.includes("ERR_CONNECTION_REFUSED")));
+    const second = await serve("--scenario", "healthy", "--port", new URL(first.url).port);
+    await visit.page.clock.runFor(61000);
+    await visit.page.locator('#widget[data-verdict="well"]').waitFor();
+    assert.equal(await visit.page.locator("#stale").isVisible(), false);
     await visit.close();
     await second.stop();
   },
@@ -133,15 +201,17 @@ const tests = {
 
 let failed = 0;
 for (const [name, run] of Object.entries(tests)) {
-  problems = [];
+  const started = Date.now();
   try {
     await run();
-    assert.deepEqual(problems, [], "the console stays clean");
-    console.log(`ok: ${name}`);
+    assert.deepEqual(problemsSoFar(), [], "the console stays clean, and nobody else is asked");
+    console.log(`ok: ${name} (${((Date.now() - started) / 1000).toFixed(1)} s)`);
   } catch (error) {
     failed += 1;
+    problemsSoFar();
     console.log(`FAILED: ${name}\n${error.stack}`);
   }
 }
 await browser.close();
+await demo.stop();
 process.exit(failed === 0 ? 0 : 1);

@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <utility>
 
@@ -121,6 +123,18 @@ std::string Exchange(int port, const std::string& request, int seconds) {
 
 std::string Get(int port, const std::string& path) {
   return Exchange(port, "GET " + path + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n\r\n");
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::string Scenario(const std::string& name, const std::string& state) {
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("vela-health-test-" + name);
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "state.json") << state;
+  return folder;
 }
 
 }  // namespace vela::host::test

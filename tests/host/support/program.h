@@ -42,4 +42,9 @@ std::string Exchange(int port, const std::string& request, int seconds = 5);
 // One GET; the whole answer, head and body.
 std::string Get(int port, const std::string& path);
 
+bool Contains(const std::string& text, const std::string& part);
+
+// A folder of its own with this state.json; its path.
+std::string Scenario(const std::string& name, const std::string& state);
+
 }  // namespace vela::host::test

@@ -1,0 +1,185 @@
+// `vela-health serve` on real sockets.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "support/program.h"
+
+namespace vela::host::test {
+namespace {
+
+constexpr const char* kGet = "/api/VELA.Core.System.SystemHealth/1/get";
+
+TEST(Serve, TheDocumentIsTheModulesAndOtherPathsNameWhatExists) {
+  Serving serving({"--scenario", "healthy"});
+  const std::string answer = Get(serving.Port(), kGet);
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 200 OK\r\n")) << answer;
+  EXPECT_TRUE(Contains(answer, "Content-Type: application/json\r\n"));
+  const std::string document = RunProgram({"--json", "--scenario", "healthy"}).out;
+  EXPECT_EQ(answer.substr(answer.find("\r\n\r\n") + 4) + "\n", document);
+
+  for (const char* path : {"/api/VELA.Core.System.SystemHealth/2/get", "/api/x", "/api/",
+                           "/api/VELA.Core.System.SystemHealth/1/set",
+                           "/api/VELA.Core.System.SystemHealth/99999999999999999999/get"}) {
+    const std::string problem = Get(serving.Port(), path);
+    SCOPED_TRACE(problem);
+    EXPECT_TRUE(problem.starts_with("HTTP/1.1 404 "));
+    EXPECT_TRUE(Contains(problem, "Content-Type: application/problem+json\r\n"));
+    EXPECT_TRUE(Contains(problem, std::string("\"available\":[\"") + kGet + "\""));
+  }
+}
+
+TEST(Serve, OneConnectionCarriesManyRequests) {
+  Serving serving({"--scenario", "healthy"});
+  const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: test\r\n\r\n";
+  const std::string last =
+      std::string("HEAD ") + kGet + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n\r\n";
+  const std::string answers = Exchange(serving.Port(), request + request + last);
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = answers.find("HTTP/1.1 200 OK", at)) != std::string::npos; ++at) {
+    ++count;
+  }
+  EXPECT_EQ(count, 3U) << answers;
+  EXPECT_TRUE(answers.ends_with("\r\n\r\n")) << "HEAD has no body";
+}
+
+TEST(Serve, ThePageAndNothingElseOfTheDiskIsServedGuarded) {
+  Serving serving({"--scenario", "healthy"});
+  for (const char* path : {"/", "/style.css", "/widget.js", "/render.js", "/texts/zh-CN.json",
+                           "/answer", "/healthz", "/metrics", "/nothing"}) {
+    const std::string answer = Get(serving.Port(), path);
+    SCOPED_TRACE(path);
+    EXPECT_EQ(answer.starts_with("HTTP/1.1 200 "), std::string(path) != "/nothing");
+    EXPECT_TRUE(Contains(answer, "Content-Security-Policy: default-src 'none'; script-src 'self'"));
+    EXPECT_TRUE(Contains(answer, "X-Content-Type-Options: nosniff"));
+    EXPECT_FALSE(answer.ends_with("\r\n\r\n")) << "a body is there";
+  }
+  for (const char* path : {"/texts/", "/texts/../www/index.html", "/%2e%2e/texts/en.json", "//",
+                           "/../../../../etc/passwd", "/texts/en.json/", "/index.html"}) {
+    EXPECT_TRUE(Get(serving.Port(), path).starts_with("HTTP/1.1 404 ")) << path;
+  }
+}
+
+TEST(Serve, ThePageAlsoLearnsOfSourcesAndOfFindingsThatLost) {
+  Serving serving({"--scenario", "fan-failed-and-cluster-trouble"});
+  const std::string answer = Get(serving.Port(), "/answer");
+  const std::string document =
+      RunProgram({"--json", "--scenario", "fan-failed-and-cluster-trouble"}).out;
+  EXPECT_TRUE(Contains(answer, "{\"answer\":" + document.substr(0, document.size() - 1) + ","))
+      << answer;
+  EXPECT_TRUE(Contains(answer, R"("id":"ha_status_warning","priority":0.5,"type":1}],)")) << answer;
+  EXPECT_TRUE(Contains(answer, R"("name":"UPS","state":"read"})")) << answer;
+}
+
+TEST(Serve, PreviewsAndTheGalleryExistOnlyInADemo) {
+  Serving demo({"--demo"}), plain({"--scenario", "healthy"});
+  const struct {
+    const char *path, *status, *words;
+  } cases[] = {
+      {"/answer?scenario=overheating", "200", "temperature_warning"},
+      {"/?scenario=overheating", "200", "<!doctype html>"},
+      {"/gallery", "200", "<!doctype html>"},
+      {"/gallery.json", "200", R"("scenario":"overheating"},)"},
+      {"/?scenario=no-such", "404", "/gallery lists"},
+      {"/answer?scenario=", "404", "/gallery lists"},
+      {"/answer?scenario=../scenarios/overheating", "404", "application/problem+json"},
+      {"/answer?scenario=%2e%2e%2fscenarios%2foverheating", "404", "application/problem+json"},
+      {"/answer?scenario=README.md", "404", "application/problem+json"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    const std::string answer = Get(demo.Port(), c.path);
+    EXPECT_TRUE(answer.starts_with(std::string("HTTP/1.1 ") + c.status)) << answer;
+    EXPECT_TRUE(Contains(answer, c.words)) << answer;
+    EXPECT_TRUE(Get(plain.Port(), c.path).starts_with("HTTP/1.1 404")) << c.path;
+  }
+  const Outcome outcome = RunProgram({"serve", "--demo", "--platform", "linux"});
+  EXPECT_EQ(outcome.status, 64);
+  EXPECT_TRUE(Contains(outcome.err, "Leave --platform out")) << outcome.err;
+}
+
+TEST(Serve, FilesArePackedForThoseWhoCanUnpackThem) {
+  Serving serving({"--scenario", "healthy"});
+  const struct {
+    const char* accepted;
+    bool packed;
+  } cases[] = {{"gzip, deflate, br", true},
+               {"br;q=1, gzip;q=0.2", true},
+               {"gzip;q=0", false},
+               {"identity", false}};
+  for (const auto& c : cases) {
+    const std::string answer = Exchange(
+        serving.Port(), std::string("GET /texts/ja.json HTTP/1.1\r\nHost: localhost\r\n") +
+                            "Connection: close\r\nAccept-Encoding: " + c.accepted + "\r\n\r\n");
+    EXPECT_EQ(Contains(answer, "Content-Encoding: gzip\r\n"), c.packed) << c.accepted;
+    EXPECT_EQ(answer.size() < 7000, c.packed) << c.accepted;
+    EXPECT_TRUE(Contains(answer, "Vary: Accept-Encoding\r\n"));
+  }
+}
+
+TEST(Serve, OnlyReadingIsAllowed) {
+  Serving serving({"--scenario", "healthy"});
+  const std::string answer = Exchange(
+      serving.Port(), "POST / HTTP/1.1\r\nHost: test\r\nContent-Length: 9\r\n\r\n{\"a\": 1}\n");
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 405 ")) << answer;
+  EXPECT_TRUE(Contains(answer, "Allow: GET, HEAD\r\n"));
+}
+
+TEST(Serve, WhatIsNoRequestIsRefusedAndTheNextOneServed) {
+  Serving serving({"--scenario", "healthy"});
+  const std::string host = "Host: test\r\n", end = "\r\n", filler(20000, 'a');
+  const struct {
+    std::string request, status;
+  } cases[] = {{"GET / FTP/1.0\r\n" + host + end, "HTTP/1.1 400"},
+               {"GET / HTTP/1.1\r\n\r\n", "HTTP/1.1 400"},  // no host
+               {"GET /" + filler + " HTTP/1.1\r\n" + host + end, "HTTP/1.1 4"},
+               {"GET / HTTP/1.1\r\n" + host + "X: " + filler + end + end, "HTTP/1.1 4"},
+               {"DELETE / HTTP/1.1\r\n" + host + end, "HTTP/1.1 405"},
+               {"GET / HTTP/1.1\r\n" + host + "Content-Length: -1\r\n" + end, "HTTP/1.1 400"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.request.substr(0, 60));
+    EXPECT_EQ(Exchange(serving.Port(), c.request, 2).substr(0, c.status.size()), c.status);
+    EXPECT_TRUE(Get(serving.Port(), kGet).starts_with("HTTP/1.1 200"));
+  }
+}
+
+TEST(Serve, HalfRequestsNeitherHoldUpOthersNorStayForEver) {
+  Serving serving({"--scenario", "healthy"});
+  std::vector<int> slow;
+  for (int i = 0; i < 200; ++i) slow.push_back(Connect(serving.Port()));
+  std::size_t ended = 0;
+  for (int second = 0; second < 20 && ended < slow.size(); ++second) {
+    ended = 0;
+    for (const int socket : slow) {
+      // One byte a second of a head that never ends.
+      if (send(socket, "G", 1, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) ++ended;
+    }
+    ASSERT_TRUE(Get(serving.Port(), kGet).starts_with("HTTP/1.1 200"));
+    sleep(1);
+  }
+  EXPECT_EQ(ended, slow.size());
+  for (const int socket : slow) close(socket);
+}
+
+TEST(Serve, BothSignalsEndItCleanlyAndFreeThePort) {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    Serving serving({"--scenario", "healthy"});
+    const int idle = Connect(serving.Port());  // an open connection does not hold it up
+    EXPECT_EQ(serving.Stop(signal), 0);
+    EXPECT_EQ(Connect(serving.Port()), -1);
+    close(idle);
+  }
+}
+
+TEST(Serve, ATakenPortIsSaid) {
+  Serving serving({"--scenario", "healthy"});
+  const Outcome outcome =
+      RunProgram({"serve", "--scenario", "healthy", "--port", std::to_string(serving.Port())});
+  EXPECT_EQ(outcome.status, 69);
+  EXPECT_TRUE(Contains(outcome.err, "another program listens there")) << outcome.err;
+}
+
+}  // namespace
+}  // namespace vela::host::test
