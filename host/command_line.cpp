@@ -102,6 +102,8 @@ class CommandLine {
         ->check(CLI::Range(0, 65535));
     serve->add_flag("--allow-remote", serve_.allowRemote,
                     "Listen on addresses that other machines reach");
+    serve->add_option("--host-name", serve_.hostNames,
+                      "A name under which browsers or a proxy reach it, beside this machine's own");
     serve->add_flag("--demo", serve_.demo,
                     "Simulated machines only: /gallery shows every finding, /?scenario=NAME any of "
                     "the shipped scenarios");

@@ -9,7 +9,7 @@
 
 #include "host/catalogue.h"
 #include "host/failure.h"
-#include "host/response.h"
+#include "host/one_line.h"
 
 namespace vela::host {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "host/advice.h"
 #include "host/explanation.h"
-#include "host/response.h"
+#include "host/one_line.h"
 #include "host/terminal.h"
 #include "host/verdict.h"
 

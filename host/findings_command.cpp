@@ -4,7 +4,7 @@
 
 #include "host/advice.h"
 #include "host/catalogue.h"
-#include "host/response.h"
+#include "host/one_line.h"
 #include "host/terminal.h"
 #include "host/verdict.h"
 

@@ -1,12 +1,14 @@
 #include "host/http_server.h"
 
 #include <microhttpd.h>
+#include <strings.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -17,6 +19,7 @@ namespace vela::host {
 namespace {
 
 constexpr unsigned kWorkers = 4;
+constexpr std::size_t kQueue = 64;  // half a minute's work when each answer takes two seconds
 constexpr unsigned kConnections = 512;
 constexpr unsigned kIdleSeconds = 30;
 constexpr std::chrono::seconds kNextRequest(30);
@@ -89,10 +92,14 @@ MHD_Result Send(MHD_Connection* connection, HttpAnswer& answer) {
 MHD_Result AnswerLater(MHD_Connection* connection, Exchange& exchange, const HttpRequest& request) {
   MHD_suspend_connection(connection);
   exchange.waited = true;
-  exchange.server->Workers().Run([connection, &exchange, request] {
+  const bool queued = exchange.server->Workers().Run([connection, &exchange, request] {
     exchange.answer = AnswerOrProblem(exchange.server->GetSite(), request);
     MHD_resume_connection(connection);
   });
+  if (queued) return MHD_YES;
+  exchange.answer = Problem(503, "Too busy", "Too many requests wait for the machine. Ask later.");
+  exchange.answer.headers.emplace_back("Retry-After", "10");
+  MHD_resume_connection(connection);
   return MHD_YES;
 }
 
@@ -101,10 +108,48 @@ bool IsReading(const char* method) {
          std::strcmp(method, MHD_HTTP_METHOD_HEAD) == 0;
 }
 
-MHD_Result Refuse(MHD_Connection* connection) {
-  HttpAnswer answer = Problem(405, "Method not allowed", "Only GET and HEAD are served here.");
-  answer.headers.emplace_back("Allow", "GET, HEAD");
-  return Send(connection, answer);
+// What decides whether a request is served at all.
+struct Head {
+  std::string_view host;
+  unsigned hosts = 0;
+  bool body = false;
+};
+
+MHD_Result AddToHead(void* head, MHD_ValueKind, const char* name, const char* value) {
+  auto& known = *static_cast<Head*>(head);
+  if (strcasecmp(name, "Host") == 0) {
+    known.host = value;
+    ++known.hosts;
+  } else if (strcasecmp(name, "Transfer-Encoding") == 0) {
+    known.body = true;
+  } else if (strcasecmp(name, "Content-Length") == 0) {
+    known.body = std::strcmp(value, "0") != 0;
+  }
+  return MHD_YES;
+}
+
+// None for a request that is served. Only HTTP/1.0, which no browser speaks, has no Host.
+std::optional<HttpAnswer> Refusal(MHD_Connection* connection, const char* method,
+                                  const HostNames& names) {
+  if (!IsReading(method)) {
+    HttpAnswer answer = Problem(405, "Method not allowed", "Only GET and HEAD are served here.");
+    answer.headers.emplace_back("Allow", "GET, HEAD");
+    return answer;
+  }
+  Head head;
+  MHD_get_connection_values(connection, MHD_HEADER_KIND, &AddToHead, &head);
+  if (head.body) return Problem(413, "No body", "A request here has no body. Leave it out.");
+  if (head.hosts > 1) return Problem(400, "Two hosts", "A request names one Host.");
+  if (head.hosts == 0 || names.Know(head.host)) return std::nullopt;
+  return Problem(421, "Not a name of this server",
+                 "This server does not answer for the host \"" + std::string(head.host) +
+                     "\", since another site's page could be asking. Ask for its address, or "
+                     "start vela-health serve with --host-name and this name if it is yours.");
+}
+
+// Without NULs, at which a path would seem to end: such an escape stays as it is.
+std::size_t Unescape(void*, MHD_Connection*, char* text) {
+  return std::strstr(text, "%00") == nullptr ? MHD_http_unescape(text) : std::strlen(text);
 }
 
 ConnectionWatch::Connection* WatchedOf(MHD_Connection* connection) {
@@ -126,17 +171,17 @@ void OnConnection(void* self, MHD_Connection* connection, void** context,
 // Called for the head of a request, again when the whole request is there, and once more
 // when a worker has its answer. An answer to the head alone ends the connection.
 MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path, const char* method,
-                     const char*, const char*, std::size_t* uploaded, void** state) {
+                     const char*, const char*, std::size_t*, void** state) {
   auto* server = static_cast<HttpServer*>(self);
   if (*state == nullptr) {
     server->RequestStarted();
     WatchedOf(connection)->MustEndWithin(kOneRequest);
     *state = new Exchange{server};
-    return IsReading(method) ? MHD_YES : Refuse(connection);
+    std::optional<HttpAnswer> refusal = Refusal(connection, method, server->Names());
+    return refusal ? Send(connection, *refusal) : MHD_YES;
   }
   auto& exchange = *static_cast<Exchange*>(*state);
   if (exchange.waited) return Send(connection, exchange.answer);
-  if (*uploaded != 0) return MHD_NO;  // a body where none belongs
   const HttpRequest request{path, &ValueOf<MHD_GET_ARGUMENT_KIND>, &ValueOf<MHD_HEADER_KIND>,
                             connection};
   if (server->GetSite().MayWait(path)) return AnswerLater(connection, exchange, request);
@@ -154,8 +199,8 @@ void OnCompleted(void* self, MHD_Connection* connection, void** state, MHD_Reque
 
 }  // namespace
 
-HttpServer::HttpServer(const ListenSocket& socket, const Site& site)
-    : site_(site), workers_(kWorkers) {
+HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames names)
+    : site_(site), names_(std::move(names)), workers_(kWorkers, kQueue) {
   const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
   daemon_ = MHD_start_daemon(
       MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
@@ -163,7 +208,8 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site)
       threads, MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_CONNECTION_TIMEOUT,
       kIdleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
       MHD_OPTION_NOTIFY_CONNECTION, &OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &OnCompleted,
-      this, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END);
+      this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+      MHD_OPTION_END);
   if (daemon_ == nullptr) {
     throw Failure(kUnavailable,
                   "Cannot start the web server: the system gives no more threads or "

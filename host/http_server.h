@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/connection_watch.h"
+#include "host/host_names.h"
 #include "host/http.h"
 #include "host/listen_address.h"
 #include "host/worker_pool.h"
@@ -16,7 +17,7 @@ namespace vela::host {
 class HttpServer {
  public:
   // Serves until Stop. Throws Failure(kUnavailable) when no thread can be started.
-  HttpServer(const ListenSocket& socket, const Site& site);
+  HttpServer(const ListenSocket& socket, const Site& site, HostNames names);
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
@@ -27,6 +28,7 @@ class HttpServer {
 
   // The callbacks' side.
   const Site& GetSite() const { return site_; }
+  const HostNames& Names() const { return names_; }
   WorkerPool& Workers() { return workers_; }
   ConnectionWatch& Watch() { return watch_; }
   void RequestStarted() { ++running_; }
@@ -34,6 +36,7 @@ class HttpServer {
 
  private:
   const Site& site_;
+  const HostNames names_;
   WorkerPool workers_;
   ConnectionWatch watch_;
   std::atomic<int> running_{0};

@@ -1,7 +1,7 @@
 #include "host/page_answer.h"
 
 #include "host/explanation.h"
-#include "host/response.h"
+#include "host/one_line.h"
 #include "host/verdict.h"
 
 namespace vela::host {

@@ -1,6 +1,6 @@
 #include "host/problem.h"
 
-#include "host/response.h"
+#include "host/one_line.h"
 
 namespace vela::host {
 

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "host/health_site.h"
+#include "host/host_names.h"
 #include "host/http_server.h"
 #include "host/listen_address.h"
 
@@ -27,6 +28,13 @@ ListenAddress AddressOf(const ServeOptions& options) {
   return address;
 }
 
+// A name to listen on is one to be asked under.
+HostNames NamesOf(const ServeOptions& options) {
+  std::vector<std::string> names = options.hostNames;
+  names.push_back(ParseListenAddress(options.listen).host);
+  return {options.allowRemote, names};
+}
+
 }  // namespace
 
 void HoldStopSignals() {
@@ -43,7 +51,7 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   const Host& host = session.GetHost();
   HealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
-  HttpServer server(socket, site);
+  HttpServer server(socket, site, NamesOf(options));
   std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
 
   const sigset_t signals = StopSignals();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/failure.h"
 #include "host/session.h"
@@ -12,7 +13,8 @@ struct ServeOptions {
   std::string listen;  // as for ParseListenAddress
   int port = -1;       // in place of the one in `listen`; negative: not given
   bool allowRemote = false;
-  bool demo = false;  // previews of scenarios and the gallery of findings
+  std::vector<std::string> hostNames = {};  // under which it may be asked, beside its own
+  bool demo = false;                        // previews of scenarios and the gallery of findings
 };
 
 // Says its address on standard output. Throws Failure.

@@ -4,7 +4,7 @@
 
 namespace vela::host {
 
-WorkerPool::WorkerPool(unsigned threads) {
+WorkerPool::WorkerPool(unsigned threads, std::size_t queue) : bound_(queue) {
   for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this] { Serve(); });
 }
 
@@ -17,12 +17,14 @@ WorkerPool::~WorkerPool() {
   for (std::thread& thread : threads_) thread.join();
 }
 
-void WorkerPool::Run(std::function<void()> work) {
+bool WorkerPool::Run(std::function<void()> work) {
   {
     const std::lock_guard lock(mutex_);
+    if (queue_.size() >= bound_) return false;
     queue_.push_back(std::move(work));
   }
   wake_.notify_one();
+  return true;
 }
 
 void WorkerPool::Serve() {

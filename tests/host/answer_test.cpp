@@ -5,7 +5,6 @@
 #include "host/failure.h"
 #include "host/language.h"
 #include "host/listen_address.h"
-#include "host/response.h"
 #include "host/verdict.h"
 
 namespace vela::host {
@@ -57,14 +56,6 @@ TEST(Answer, WhatIsNoAnswerIsRefusedWithTheMemberThatIsWrong) {
       EXPECT_NE(std::string(failure.what()).find(c.words), std::string::npos) << failure.what();
     }
   }
-}
-
-TEST(Answer, DocumentsKeepShortDecimalsOnOneLine) {
-  Json::Value document;
-  document["a"] = 2.2;
-  document["b"] = 40.0;
-  document["c"] = -2.1;
-  EXPECT_EQ(OneLine(document), R"({"a":2.2,"b":40.0,"c":-2.1})");
 }
 
 TEST(Verdict, IsDecidedByIdAndTypeTogether) {

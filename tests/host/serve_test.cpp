@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <vector>
@@ -34,9 +35,9 @@ TEST(Serve, TheDocumentIsTheModulesAndOtherPathsNameWhatExists) {
 
 TEST(Serve, OneConnectionCarriesManyRequests) {
   Serving serving({"--scenario", "healthy"});
-  const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: test\r\n\r\n";
+  const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
   const std::string last =
-      std::string("HEAD ") + kGet + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n\r\n";
+      std::string("HEAD ") + kGet + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
   const std::string answers = Exchange(serving.Port(), request + request + last);
   std::size_t count = 0;
   for (std::size_t at = 0; (at = answers.find("HTTP/1.1 200 OK", at)) != std::string::npos; ++at) {
@@ -119,30 +120,107 @@ TEST(Serve, FilesArePackedForThoseWhoCanUnpackThem) {
   }
 }
 
-TEST(Serve, OnlyReadingIsAllowed) {
+TEST(Serve, WhatIsNoRequestOfOursIsRefusedAndTheNextOneServed) {
   Serving serving({"--scenario", "healthy"});
-  const std::string answer = Exchange(
-      serving.Port(), "POST / HTTP/1.1\r\nHost: test\r\nContent-Length: 9\r\n\r\n{\"a\": 1}\n");
-  EXPECT_TRUE(answer.starts_with("HTTP/1.1 405 ")) << answer;
-  EXPECT_TRUE(Contains(answer, "Allow: GET, HEAD\r\n"));
-}
-
-TEST(Serve, WhatIsNoRequestIsRefusedAndTheNextOneServed) {
-  Serving serving({"--scenario", "healthy"});
-  const std::string host = "Host: test\r\n", end = "\r\n", filler(20000, 'a');
+  const std::string host = "Host: localhost\r\n", end = "\r\n", filler(20000, 'a');
+  const std::string line = "GET /healthz HTTP/1.1\r\n";
+  constexpr bool kByLibrary = true;  // it answers by itself: no headers of ours
   const struct {
     std::string request, status;
-  } cases[] = {{"GET / FTP/1.0\r\n" + host + end, "HTTP/1.1 400"},
-               {"GET / HTTP/1.1\r\n\r\n", "HTTP/1.1 400"},  // no host
-               {"GET /" + filler + " HTTP/1.1\r\n" + host + end, "HTTP/1.1 4"},
-               {"GET / HTTP/1.1\r\n" + host + "X: " + filler + end + end, "HTTP/1.1 4"},
-               {"DELETE / HTTP/1.1\r\n" + host + end, "HTTP/1.1 405"},
-               {"GET / HTTP/1.1\r\n" + host + "Content-Length: -1\r\n" + end, "HTTP/1.1 400"}};
+    bool library = false;
+  } cases[] = {{"GET / FTP/1.0\r\n" + host + end, "400", kByLibrary},
+               {line + end, "400", kByLibrary},  // no host
+               {"GET /" + filler + " HTTP/1.1\r\n" + host + end, "414", kByLibrary},
+               {line + host + "X: " + filler + end + end, "431", kByLibrary},
+               {line + host + "no colon" + end + end, "400", kByLibrary},
+               {line + host + "Content-Length: -1\r\n" + end, "400", kByLibrary},
+               {"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n", "505", kByLibrary},
+               {line + host + host + end, "400"},
+               {line + host + "Content-Length: 3\r\n" + end + "abc", "413"},
+               {line + host + "Transfer-Encoding: chunked\r\n" + end + "0\r\n" + end, "413"},
+               {"POST / HTTP/1.1\r\n" + host + "Content-Length: 9\r\n" + end + "{\"a\": 1}", "405"},
+               {"DELETE / HTTP/1.1\r\n" + host + end, "405"},
+               {"OPTIONS * HTTP/1.1\r\n" + host + end, "405"},
+               {"GET /healthz%00.html HTTP/1.1\r\n" + host + "Connection: close\r\n" + end, "404"},
+               {"GET http://x/healthz HTTP/1.1\r\n" + host + "Connection: close\r\n" + end, "404"}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.request.substr(0, 60));
-    EXPECT_EQ(Exchange(serving.Port(), c.request, 2).substr(0, c.status.size()), c.status);
+    const std::string answer = Exchange(serving.Port(), c.request, 2);
+    SCOPED_TRACE(c.request.substr(0, 60) + "\n" + answer);
+    EXPECT_EQ(answer.substr(0, 12), "HTTP/1.1 " + c.status);
+    EXPECT_EQ(Contains(answer, "X-Content-Type-Options: nosniff\r\n"), !c.library);
+    EXPECT_EQ(Contains(answer, "Content-Type: application/problem+json\r\n"), !c.library);
+    EXPECT_EQ(Contains(answer, "Allow: GET, HEAD\r\n"), c.status == "405");
     EXPECT_TRUE(Get(serving.Port(), kGet).starts_with("HTTP/1.1 200"));
   }
+}
+
+TEST(Serve, OnlyItsOwnNamesAreAnsweredFor) {
+  Serving local({"--scenario", "healthy", "--host-name", "NAS.example"});
+  Serving remote({"--scenario", "healthy", "--allow-remote"});
+  utsname machine = {};
+  uname(&machine);
+  const struct {
+    std::string host;
+    bool local, remote;
+  } cases[] = {{"localhost", true, true},
+               {"LocalHost.:8480", true, true},
+               {"127.0.0.1:1", true, true},
+               {"127.8.8.8", true, true},
+               {"[::1]:8480", true, true},
+               {"nas.example:443", true, false},
+               {"192.0.2.7", false, true},
+               {"[2001:db8::7]", false, true},
+               {machine.nodename, false, true},
+               {std::string(machine.nodename) + ".local", false, true},
+               {"evil.example", false, false},
+               {"localhost.evil.example", false, false},
+               {"127.0.0.1.evil.example", false, false},
+               {"", false, false}};
+  for (const auto& c : cases) {
+    const auto answer = [&c](const Serving& serving) {
+      return Exchange(serving.Port(),
+                      "GET /healthz HTTP/1.1\r\nHost: " + c.host + "\r\nConnection: close\r\n\r\n");
+    };
+    SCOPED_TRACE(c.host);
+    EXPECT_EQ(answer(local).substr(0, 12), c.local ? "HTTP/1.1 200" : "HTTP/1.1 421");
+    EXPECT_EQ(answer(remote).substr(0, 12), c.remote ? "HTTP/1.1 200" : "HTTP/1.1 421");
+  }
+  const std::string refused =
+      Exchange(local.Port(), "GET / HTTP/1.1\r\nHost: evil.example\r\nConnection: close\r\n\r\n");
+  EXPECT_TRUE(Contains(refused, "Content-Type: application/problem+json\r\n")) << refused;
+  EXPECT_TRUE(Contains(refused, "--host-name")) << refused;
+  EXPECT_TRUE(Exchange(local.Port(), "GET / HTTP/1.0\r\n\r\n").starts_with("HTTP/1.1 200"));
+}
+
+TEST(Serve, ASlowMachineHoldsUpNobodyElse) {
+  Serving serving({"--scenario", Scenario("slow", R"({"why": ".", "hardware": {"delay": 1000}})")});
+  const std::string request =
+      std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
+  std::vector<int> waiting;
+  for (int i = 0; i < 80; ++i) {
+    waiting.push_back(Connect(serving.Port()));
+    send(waiting.back(), request.data(), request.size(), MSG_NOSIGNAL);
+  }
+  for (int i = 0; i < 50; ++i) {
+    ASSERT_TRUE(Get(serving.Port(), "/healthz").starts_with("HTTP/1.1 200"));
+    ASSERT_TRUE(Get(serving.Port(), "/").starts_with("HTTP/1.1 200"));
+  }
+  const std::string first = ReadAll(waiting[0]), last = ReadAll(waiting[79]);
+  EXPECT_TRUE(first.starts_with("HTTP/1.1 200"));
+  EXPECT_TRUE(last.starts_with("HTTP/1.1 503")) << "more than a bounded number does not wait";
+  EXPECT_TRUE(Contains(last, "Retry-After: 10\r\n"));
+  for (const int socket : waiting) close(socket);
+}
+
+TEST(Serve, WhatRunsIsFinishedBeforeItStops) {
+  Serving serving({"--scenario", Scenario("pause", R"({"why": ".", "hardware": {"delay": 500}})")});
+  const int waiting = Connect(serving.Port());
+  const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
+  send(waiting, request.data(), request.size(), MSG_NOSIGNAL);
+  usleep(200000);
+  EXPECT_EQ(serving.Stop(SIGTERM), 0);
+  EXPECT_TRUE(ReadAll(waiting).starts_with("HTTP/1.1 200"));
+  close(waiting);
 }
 
 TEST(Serve, HalfRequestsNeitherHoldUpOthersNorStayForEver) {

@@ -106,23 +106,29 @@ int Connect(int port) {
   return descriptor;
 }
 
+std::string ReadAll(int socket) {
+  std::string answer;
+  std::array<char, 4096> part;
+  for (ssize_t got; (got = recv(socket, part.data(), part.size(), 0)) > 0;) {
+    answer.append(part.data(), static_cast<std::size_t>(got));
+  }
+  return answer;
+}
+
 std::string Exchange(int port, const std::string& request, int seconds) {
   const int descriptor = Connect(port);
   if (descriptor < 0) return {};
   const timeval bound = {seconds, 0};
   setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof bound);
   send(descriptor, request.data(), request.size(), MSG_NOSIGNAL);
-  std::string answer;
-  std::array<char, 4096> part;
-  for (ssize_t got; (got = recv(descriptor, part.data(), part.size(), 0)) > 0;) {
-    answer.append(part.data(), static_cast<std::size_t>(got));
-  }
+  std::string answer = ReadAll(descriptor);
   close(descriptor);
   return answer;
 }
 
 std::string Get(int port, const std::string& path) {
-  return Exchange(port, "GET " + path + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n\r\n");
+  return Exchange(port,
+                  "GET " + path + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
 }
 
 bool Contains(const std::string& text, const std::string& part) {

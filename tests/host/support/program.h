@@ -37,6 +37,8 @@ class Serving {
 
 // A connected socket to 127.0.0.1.
 int Connect(int port);
+// Reads until the server closes, or a bound set on the socket passes.
+std::string ReadAll(int socket);
 // Sends `request` as it is and reads until the server closes, or for `seconds`.
 std::string Exchange(int port, const std::string& request, int seconds = 5);
 // One GET; the whole answer, head and body.
