@@ -9,7 +9,7 @@
 #include "common/outline.h"
 #include "host/advice.h"
 #include "host/new_folder.h"
-#include "host/response.h"
+#include "host/one_line.h"
 #include "host/terminal.h"
 #include "host/verdict.h"
 

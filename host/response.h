@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "host/one_line.h"
 #include "vela_api.h"
 
 namespace vela::host {
