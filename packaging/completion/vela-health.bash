@@ -8,9 +8,9 @@ _vela_health() {
     --lang) mapfile -t COMPREPLY < <(compgen -W "en de fr es ja zh-CN" -- "$word") ;;
     --module) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     --scenario) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null)" -d -- "$word") ;;
-    --listen | --port) COMPREPLY=() ;;
+    --listen | --port | --host-name) COMPREPLY=() ;;
     *)
-      [[ " ${COMP_WORDS[*]} " != *" serve "* ]] || options+=" --listen --port --allow-remote"
+      [[ " ${COMP_WORDS[*]} " != *" serve "* ]] || options+=" --listen --port --allow-remote --host-name --demo"
       mapfile -t COMPREPLY < <(compgen -W "status explain diff findings serve $options" -- "$word")
       ;;
   esac
