@@ -34,8 +34,8 @@ Json::Value RuleOf(const std::filesystem::path& scenario) {
                                   " has no readable expected.json. Install the program again.");
 }
 
-// Of several machines the one with the shortest name: it has the least beside its finding.
-// Those that show a failing source are not about their finding.
+// Of several machines the one with the shortest name, which as a rule has the least beside its
+// finding; those that show a failing source are not about theirs.
 std::map<Kind, Sample> SamplesOf(const std::set<std::string, std::less<>>& names,
                                  const std::filesystem::path& folder) {
   std::map<Kind, Sample> samples;

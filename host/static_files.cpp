@@ -44,14 +44,17 @@ std::string Read(const std::filesystem::path& path) {
   return std::move(bytes).str();
 }
 
-// What the page shows: without the titles, which are the catalogue's, the blanks that make the
-// source readable, and escapes.
-std::string TextsOfPage(const std::string& json) {
+// What the page shows: without the catalogue's titles, words that `page` never names, the blanks
+// that make the source readable, and escapes.
+std::string TextsOfPage(const std::string& json, const std::string& page) {
   std::istringstream in(json);
   Json::Value value;
   in >> value;
   for (Json::Value& section : value) {
     if (section.isObject()) section.removeMember("title");
+  }
+  for (const std::string& word : value["ui"].getMemberNames()) {
+    if (page.find(word) == std::string::npos) value["ui"].removeMember(word);
   }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
@@ -65,11 +68,15 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   const auto add = [&](const PageFile& page) {
     Add(page.path, page.contentType, Read(data / "www" / page.file));
   };
-  for (const PageFile& page : kPage) add(page);
+  std::string sources;
+  for (const PageFile& page : kPage) {
+    add(page);
+    sources += files_[page.path].bytes;
+  }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
   for (const Language& language : Languages()) {
     const std::string name = std::string("texts/") + language.code + ".json";
-    Add("/" + name, "application/json", TextsOfPage(Read(data / name)));
+    Add("/" + name, "application/json", TextsOfPage(Read(data / name), sources));
   }
 }
 

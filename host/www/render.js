@@ -94,7 +94,7 @@ export function showHeadline(widget, verdict, sentence, texts) {
   widget.querySelector(".shape").setAttribute("d", shape);
   widget.querySelector(".mark").setAttribute("d", mark);
   widget.querySelector(".severity").textContent = verdict === "loading" ? "" : texts.ui[verdict];
-  widget.querySelector(".sentence").textContent = harmless(sentence);
+  widget.querySelector(".sentence").textContent = sentence;
 }
 
 // The program's own words, and what the texts say about the finding.

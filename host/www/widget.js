@@ -62,7 +62,7 @@ function showMore(findings) {
     findings.length === 1 ? ui("more_one") : ui("more", findings.length);
   fillList("more", findings.map((rule) => {
     const verdict = verdictOf(rule);
-    return [element("b", ui(verdict), verdict), element("bdi", sentenceOf(rule, state.texts))];
+    return [element("b", ui(verdict), verdict), element("span", sentenceOf(rule, state.texts))];
   }));
 }
 
