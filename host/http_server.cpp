@@ -21,6 +21,7 @@ namespace {
 constexpr unsigned kWorkers = 4;
 constexpr std::size_t kQueue = 64;  // half a minute's work when each answer takes two seconds
 constexpr unsigned kConnections = 512;
+constexpr unsigned kConnectionsOfOne = 256;  // of one address: no client takes all places
 constexpr unsigned kIdleSeconds = 30;
 constexpr std::chrono::seconds kNextRequest(30);
 constexpr std::chrono::seconds kOneRequest(60);
@@ -205,10 +206,11 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames n
   daemon_ = MHD_start_daemon(
       MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
       &OnRequest, this, MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(), MHD_OPTION_THREAD_POOL_SIZE,
-      threads, MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_CONNECTION_TIMEOUT,
-      kIdleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
-      MHD_OPTION_NOTIFY_CONNECTION, &OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &OnCompleted,
-      this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+      threads, MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+      kConnectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds,
+      MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory, MHD_OPTION_NOTIFY_CONNECTION,
+      &OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &OnCompleted, this,
+      MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1,
       MHD_OPTION_END);
   if (daemon_ == nullptr) {
     throw Failure(kUnavailable,

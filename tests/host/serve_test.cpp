@@ -241,6 +241,28 @@ TEST(Serve, HalfRequestsNeitherHoldUpOthersNorStayForEver) {
   for (const int socket : slow) close(socket);
 }
 
+TEST(Serve, OneClientTakesNeitherAllPlacesNorAThread) {
+  Serving serving({"--scenario", "healthy"});
+  std::vector<int> held;
+  for (int i = 0; i < 600; ++i) held.push_back(Connect(serving.Port()));
+  const std::string request = "GET /texts/ja.json HTTP/1.1\r\nHost: localhost\r\n\r\n";
+  const int reader = Connect(serving.Port(), "127.0.0.2");  // asks for megabytes and reads nothing
+  for (int i = 0; i < 500; ++i) {
+    send(reader, request.data(), request.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  }
+  for (int i = 0; i < 20; ++i) {
+    const int other = Connect(serving.Port(), "127.0.0.3");
+    const std::string last = "GET /healthz HTTP/1.0\r\n\r\n";
+    const timeval bound = {5, 0};
+    setsockopt(other, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof bound);
+    send(other, last.data(), last.size(), MSG_NOSIGNAL);
+    EXPECT_TRUE(ReadAll(other).starts_with("HTTP/1.1 200"));
+    close(other);
+  }
+  for (const int socket : held) close(socket);
+  close(reader);
+}
+
 TEST(Serve, BothSignalsEndItCleanlyAndFreeThePort) {
   for (const int signal : {SIGTERM, SIGINT}) {
     Serving serving({"--scenario", "healthy"});

@@ -93,10 +93,12 @@ int Serving::Stop(int signal) {
   return WaitFor(std::exchange(process_, -1));
 }
 
-int Connect(int port) {
+int Connect(int port, const char* from) {
   const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address = {};
   address.sin_family = AF_INET;
+  inet_pton(AF_INET, from, &address.sin_addr);
+  bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {

@@ -35,8 +35,8 @@ class Serving {
   int port_ = 0;
 };
 
-// A connected socket to 127.0.0.1.
-int Connect(int port);
+// A socket connected to 127.0.0.1, from this address of the loopback; -1 when it is refused.
+int Connect(int port, const char* from = "127.0.0.1");
 // Reads until the server closes, or a bound set on the socket passes.
 std::string ReadAll(int socket);
 // Sends `request` as it is and reads until the server closes, or for `seconds`.
