@@ -192,12 +192,12 @@ TEST(Serve, OnlyItsOwnNamesAreAnsweredFor) {
   EXPECT_TRUE(Exchange(local.Port(), "GET / HTTP/1.0\r\n\r\n").starts_with("HTTP/1.1 200"));
 }
 
-TEST(Serve, ASlowMachineHoldsUpNobodyElse) {
-  Serving serving({"--scenario", Scenario("slow", R"({"why": ".", "hardware": {"delay": 1000}})")});
+TEST(Serve, ASlowMachineHoldsUpNobodyElseAndIsNotBuriedUnderRequests) {
+  Serving serving({"--scenario", Scenario("slow", R"({"why": ".", "hardware": {"delay": 200}})")});
   const std::string request =
       std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
   std::vector<int> waiting;
-  for (int i = 0; i < 80; ++i) {
+  for (int i = 0; i < 120; ++i) {
     waiting.push_back(Connect(serving.Port()));
     send(waiting.back(), request.data(), request.size(), MSG_NOSIGNAL);
   }
@@ -205,11 +205,16 @@ TEST(Serve, ASlowMachineHoldsUpNobodyElse) {
     ASSERT_TRUE(Get(serving.Port(), "/healthz").starts_with("HTTP/1.1 200"));
     ASSERT_TRUE(Get(serving.Port(), "/").starts_with("HTTP/1.1 200"));
   }
-  const std::string first = ReadAll(waiting[0]), last = ReadAll(waiting[79]);
-  EXPECT_TRUE(first.starts_with("HTTP/1.1 200"));
-  EXPECT_TRUE(last.starts_with("HTTP/1.1 503")) << "more than a bounded number does not wait";
-  EXPECT_TRUE(Contains(last, "Retry-After: 10\r\n"));
-  for (const int socket : waiting) close(socket);
+  int answered = 0, refused = 0;
+  for (const int socket : waiting) {
+    const std::string answer = ReadAll(socket);
+    answered += answer.starts_with("HTTP/1.1 200") ? 1 : 0;
+    refused += answer.starts_with("HTTP/1.1 503") && Contains(answer, "Retry-After") ? 1 : 0;
+    close(socket);
+  }
+  EXPECT_GE(answered, 64);
+  EXPECT_GE(refused, 1);
+  EXPECT_EQ(answered + refused, 120);
 }
 
 TEST(Serve, WhatRunsIsFinishedBeforeItStops) {
