@@ -60,9 +60,10 @@ machine_arguments() {
     QEMU_ARGUMENTS+=(-drive "$(fresh_drive "sata$number" 512M)"
       -device "ide-hd,id=hd$number,bus=ide.$number,drive=sata$number,serial=LABSATA$number")
   done
+  # The last one in a bay of the kind whose disks the kernel calls removable.
   for number in 0 1 2 3; do
     QEMU_ARGUMENTS+=(-drive "$(fresh_drive "scsi$number" 128M)"
-      -device "scsi-hd,id=sd$number,bus=scsi.0,drive=scsi$number,serial=LABSCSI$number")
+      -device "scsi-hd,id=sd$number,bus=scsi.0,drive=scsi$number,serial=LABSCSI$number,removable=$([ "$number" = 3 ] && echo on || echo off)")
   done
   # Sixteen gigabytes that take no room until somebody writes there.
   QEMU_ARGUMENTS+=(-drive "$(fresh_drive big0 16G)" -device "scsi-hd,id=sd4,bus=scsi.0,drive=big0,serial=LABBIG0")

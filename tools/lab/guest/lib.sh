@@ -21,12 +21,16 @@ while read -r name type id text; do FINDINGS[$name]="$type $id $text"; done <"$L
 RULE='"rule":\{"description":\{"description_format":"([^"]*)","description_params":\[([^]]*)\],'
 RULE+='"description_use_formatted":(true|false)\},"id":"([^"]*)","priority":[-0-9.e]+,"type":([0-9]+)\}'
 
-# An area that sets COLLECT has the collector look at that part before each question. The finding
-# as "TYPE ID TEXT" in GOT, its composed format in GOT_FORMAT, the program's exit status in STATUS.
+# asks COMMAND...: how the question is put from now on; `serve` puts it to the service.
+asks() { QUESTION=("$@"); }
+asks vela-health --json
+
+# The finding as "TYPE ID TEXT" in GOT, its composed format in GOT_FORMAT, the program's exit status
+# in STATUS.
 ask() {
   local answer text
-  [ -z "${COLLECT-}" ] || vela-platform-collect --once --part "$COLLECT"
-  answer=$(vela-health --json 2>>"$TRACE") && STATUS=0 || STATUS=$?
+  [ -z "${COLLECTS-}" ] || systemctl start vela-platform-collect
+  answer=$("${QUESTION[@]}" 2>>"$TRACE") && STATUS=0 || STATUS=$?
   GOT="no answer, exit status $STATUS" GOT_FORMAT=
   if [[ $answer =~ $RULE ]]; then
     GOT_FORMAT=${BASH_REMATCH[1]} text=${BASH_REMATCH[2]##*,}
@@ -106,6 +110,41 @@ quiet() {
   [ -z "$said" ] || report FAIL "$1 (log)" "-> said: $said"
 }
 
+# collects PART|all|nothing: what the collector looks at before each question, with the rights and
+# bounds of its unit, as its timer would have it do.
+collects() {
+  local setting=/run/systemd/system/vela-platform-collect.service.d/part.conf
+  COLLECTS=$1
+  rm -f "$setting"
+  case $1 in
+    nothing) COLLECTS= ;;
+    all) ;;
+    *)
+      mkdir -p "${setting%/*}"
+      printf '[Service]\nExecStart=\nExecStart=vela-platform-collect --once --part %s\n' "$1" >"$setting" ;;
+  esac
+  systemctl daemon-reload
+}
+
+# serve: from now on the health service answers, under its unit and its own user.
+serve() {
+  id vela-health || useradd --system --user-group --no-create-home --home-dir /nonexistent vela-health
+  systemctl daemon-reload
+  systemctl start vela-health
+  asks over_http
+  until_is 10 '{"hostname"*' over_http
+}
+over_http() {
+  exec 4<>/dev/tcp/127.0.0.1/8480 || return
+  printf 'GET /api/VELA.Core.System.SystemHealth/1/get HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n' >&4
+  sed '1,/^\r$/d' <&4
+  exec 4>&-
+}
+serve_no_more() {
+  systemctl stop vela-health
+  asks vela-health --json
+}
+
 # What the program logged since the last look.
 journal_lines() { journalctl -q -t vela-health -o cat --cursor-file="$CURSOR" --no-pager; }
 
@@ -133,7 +172,9 @@ until_is() {
 leave() {
   local available blocks size
   read -r available blocks size < <(stat -f -c '%a %b %S' "$1")
-  fallocate -l $(((available - blocks * $2 / 100) * size)) "$1/filler" || true
+  size=$(((available - blocks * $2 / 100) * size))
+  # Not every file system can give room without having it written.
+  fallocate -l "$size" "$1/filler" || head -c "$size" /dev/zero >"$1/filler"
   sync -f "$1"
 }
 
@@ -144,6 +185,10 @@ reload_device() {
   dmsetup suspend --noflush --nolockfs "$1" && dmsetup load "$1" --table "$2" && dmsetup resume "$1"
 }
 break_device() { reload_device "$1" "0 $(blockdev --getsz "/dev/mapper/$1") error"; }
+
+# The factory settings of a model that takes no disks of its own, and of one that does.
+bayless() { mkdir -p /etc.defaults && echo 'maxdisks="0"' >/etc.defaults/velainfo.conf; }
+with_bays() { rm /etc.defaults/velainfo.conf; }
 
 # A SCSI or SATA disk is torn out, and all are put back.
 tear_out() { echo 1 >"/sys/block/$(name_of "$1")/device/delete"; }

@@ -3,7 +3,23 @@
 # the battery at 6 %, a thermal zone past its hot trip point, a cluster's module without a cluster.
 quiet "freshly booted"
 
-# A snap, a live CD: always full, never written to.
+# A live CD: the root is a read-only, full image with memory above it.
+mkdir -p /mnt/{cd,above,live}
+mksquashfs /etc/hostname /tmp/cd.squashfs -quiet -no-progress
+mount -o loop,ro /tmp/cd.squashfs /mnt/cd
+mount -t tmpfs above /mnt/above
+mkdir /mnt/above/{upper,work}
+mount -t overlay -o lowerdir=/mnt/cd:/,upperdir=/mnt/above/upper,workdir=/mnt/above/work live /mnt/live
+for folder in dev proc run sys; do mount --rbind /$folder /mnt/live/$folder; done
+mkdir -p /mnt/live/run/live/medium
+mount --bind /mnt/cd /mnt/live/run/live/medium
+asks chroot /mnt/live vela-health --json
+quiet "live CD"
+asks vela-health --json
+umount -R /mnt/live
+umount /mnt/above /mnt/cd
+
+# A snap, an image: always full, never written to.
 mkdir -p /tmp/tree /snap/core/1 /mnt/iso
 head -c 3000000 /dev/urandom >/tmp/tree/file
 mksquashfs /tmp/tree /tmp/core.snap -quiet -no-progress

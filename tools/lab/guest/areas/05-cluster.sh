@@ -64,6 +64,18 @@ crm_standby --node partner -v on
 state "cluster with a node in standby" cluster
 crm_standby --node partner -v off
 gone
+# Pacemaker lets only the members of its group ask.
+serve
+harmless "cluster, and a service that may not ask about it"
+serve_no_more
+usermod -aG haclient vela-health
+serve
+harmless "cluster, and a service that may"
+crm_standby --node partner -v on
+state "cluster with a node in standby, seen by the service" cluster
+crm_standby --node partner -v off
+gone
+serve_no_more
 kill -KILL "$partner"
 state "cluster whose partner died" cluster
 systemctl stop pacemaker corosync

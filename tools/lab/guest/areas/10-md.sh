@@ -5,11 +5,16 @@ A=$(by LABSATA0) B=$(by LABSATA1) C=$(by LABSATA2)
 D=$(by LABSCSI0) E=$(by LABSCSI1) F=$(by LABSCSI2) G=$(by LABSCSI3)
 of() { cat "/sys/block/$1/md/$2"; }
 slow() { echo 500 | tee "/sys/block/$1/md/sync_speed_max" >"/sys/block/$1/md/sync_speed_min"; }
-swift() { echo 900000 >"/sys/block/$1/md/sync_speed_max"; }
 make() { # make NAME LEVEL DISKS...
   local array=$1 level=$2
   shift 2
-  mdadm --create "/dev/$array" --run --assume-clean --metadata=1.2 --level="$level" --raid-devices=$# "$@"
+  build_array "$array" "$level" --assume-clean --raid-devices=$# "$@"
+}
+build_array() { # build_array NAME LEVEL ARGUMENTS...
+  local array=$1 level=$2 size=(--size=65536)
+  shift 2
+  [ "$level" != 0 ] || size=()
+  mdadm --create "/dev/$array" --run --metadata=1.2 --level="$level" "${size[@]}" "$@"
   udevadm settle
 }
 scrap() { # scrap NAME DISKS...
@@ -26,6 +31,10 @@ put_in() {
   mdadm "/dev/$1" --add "$2"
   until_is 10 recover of "$1" sync_action
 }
+whole() { # whole NAME: lets it rebuild to the end
+  echo 900000 >"/sys/block/$1/md/sync_speed_max"
+  until_is 60 idle of "$1" sync_action
+}
 
 make md1 1 "$D" "$E"
 quiet "md raid1, well"
@@ -33,8 +42,7 @@ mdadm /dev/md1 --fail "$E"
 state "md raid1, degraded" storage_warning
 put_in md1 "$E"
 state "md raid1, rebuilding" storage_warning
-swift md1
-until_is 30 0 of md1 degraded
+whole md1
 gone
 slow md1
 echo check >/sys/block/md1/md/sync_action
@@ -49,7 +57,9 @@ state "md raid1, last member failed" storage_danger
 scrap md1 "$D" "$E" "$F"
 gone
 
-mdadm --create /dev/md1 --run --metadata=1.2 --level=1 --raid-devices=2 "$D" "$E" && slow md1
+echo 500 >/proc/sys/dev/raid/speed_limit_max
+build_array md1 1 --raid-devices=2 "$D" "$E"
+until_is 5 resync of md1 sync_action
 quiet "md raid1, initialising"
 scrap md1 "$D" "$E"
 
@@ -59,22 +69,34 @@ swapon /dev/md2
 mdadm /dev/md2 --fail "$E"
 state "member of the swap array, failed" disk_crashed
 put_in md2 "$E"
-swift md2
-until_is 30 0 of md2 degraded
+whole md2
 gone
 swapoff /dev/md2
 scrap md2 "$D" "$E"
 
-make md5 5 "$A" "$B" "$C"
+# Its first build is a rebuild: until it is done, no disk may fail.
+build_array md5 5 --raid-devices=3 "$A" "$B" "$C"
+until_is 5 recover of md5 sync_action
+state "md raid5, first build" storage_warning
+whole md5
+gone
 mdadm /dev/md5 --fail "$A"
 state "md raid5, degraded" storage_warning
 put_in md5 "$A"
 state "md raid5, rebuilding" storage_warning
+whole md5
+gone
+mdadm /dev/md5 --fail "$A"
 mdadm /dev/md5 --fail "$B"
 state "md raid5, failed" storage_danger
 scrap md5 "$A" "$B" "$C"
 gone
 
+build_array md6 6 --raid-devices=4 "$D" "$E" "$F" "$G"
+until_is 5 resync of md6 sync_action
+quiet "md raid6, initialising"
+scrap md6 "$D" "$E" "$F" "$G"
+echo 200000 >/proc/sys/dev/raid/speed_limit_max
 make md6 6 "$D" "$E" "$F" "$G"
 mdadm /dev/md6 --fail "$D"
 state "md raid6, one member failed" storage_warning
@@ -82,6 +104,12 @@ mdadm /dev/md6 --fail "$E"
 state "md raid6, two members failed" storage_warning
 put_in md6 "$D"
 state "md raid6, rebuilding" storage_warning
+whole md6
+put_in md6 "$E"
+whole md6
+gone
+mdadm /dev/md6 --fail "$D"
+mdadm /dev/md6 --fail "$E"
 mdadm /dev/md6 --fail "$F"
 state "md raid6, failed" storage_danger
 scrap md6 "$D" "$E" "$F" "$G"

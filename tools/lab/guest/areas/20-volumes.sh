@@ -8,6 +8,9 @@ mkfs.ext4 -q -m 0 "$A" && mount "$A" /volume1
 quiet "volume, empty"
 leave /volume1 3
 state "volume nearly full" volume_space '{0} 1{1} {2}'
+bayless
+state "volume nearly full, on a model without bays" bayless_space '{0} 1{1} {2}'
+with_bays
 rm /volume1/filler
 gone
 umount /volume1
@@ -16,6 +19,9 @@ mkfs.ext4 -q -m 0 -N 128 "$A" && mount "$A" /volume1
 number=0
 while touch "/volume1/$((number += 1))"; do :; done
 state "inodes gone" volume_inodes '{0} 1{1} {2}'
+bayless
+state "inodes gone, on a model without bays" bayless_inodes '{0} 1{1} {2}'
+with_bays
 rm -f /volume1/[0-9]*
 gone
 umount /volume1

@@ -9,6 +9,9 @@ mkfs.vfat "${stick}1" && mount "${stick}1" /volumeUSB1/usbshare
 quiet "USB stick, empty"
 leave /volumeUSB1/usbshare 3
 state "USB volume nearly full" external_space 'USB {0} 1{1} {2}'
+bayless
+state "USB volume nearly full, on a model without bays" bayless_external 'USB {0} 1{1} {2}'
+with_bays
 rm /volumeUSB1/usbshare/filler
 gone
 
@@ -18,6 +21,18 @@ state "SD card nearly full" external_space '{0} 1{1} {2}'
 rm /volumeSD1/sdshare/filler
 gone
 umount /volumeSD1/sdshare
+
+# NTFS is a program, which may hang: only the collector asks it.
+collects fuseblk
+modprobe fuse
+mkfs.ntfs -Q -F "$card" && ntfs-3g "$card" /volumeSD1/sdshare
+quiet "SD card with NTFS, empty"
+leave /volumeSD1/sdshare 2
+state "SD card with NTFS, nearly full" external_space '{0} 1{1} {2}'
+rm /volumeSD1/sdshare/filler
+gone
+umount /volumeSD1/sdshare
+collects nothing
 
 # The bay is external because the administrator says so.
 port=$(readlink -f "/sys/block/$(name_of "$A")" | grep -o '/ata[0-9]*' | tr -dc 0-9)

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # LVM: a mirror without a disk, a thin pool without room. The collector reads device mapper.
-export COLLECT=device_mapper
+collects device_mapper
 export LVM_SUPPRESS_FD_WARNINGS=1
 modprobe -a dm_mod dm_raid dm_thin_pool
 A=$(by LABSATA0) B=$(by LABSATA1)

@@ -2,18 +2,27 @@
 # LUNs of the kernel's iSCSI target, and a disk from it that goes away.
 modprobe -a target_core_mod target_core_file iscsi_target_mod iscsi_tcp
 big=$(by LABBIG0) target=/sys/kernel/config/target name=iqn.2000-01.lab.example:luns
-group=$target/iscsi/$name/tpgt_1 store=$target/core/fileio_0/lun1
+group=$target/iscsi/$name/tpgt_1
 ln -sf /usr/libexec/vela-systemhealth/velaiscsiep /usr/local/bin/velaiscsiep
 mkfs.ext4 -q -m 0 "$big"
 mkdir -p /volume1 /mnt/lun
 mount "$big" /volume1
-truncate -s 64M /volume1/lun1.img
-mkdir -p $store
-echo "fd_dev_name=/volume1/lun1.img,fd_dev_size=67108864" >$store/control
-echo /volume1/lun1.img >$store/udev_path
-echo 1 >$store/enable
-mkdir -p $group/lun/lun_0 $group/np/127.0.0.1:3260
-ln -s $store $group/lun/lun_0/port
+lun() { # lun NUMBER: exports a thin file of the volume
+  local file=/volume1/lun$1.img store=$target/core/fileio_0/lun$1
+  truncate -s 64M "$file"
+  mkdir -p "$store"
+  echo "fd_dev_name=$file,fd_dev_size=67108864" >"$store/control"
+  echo "$file" >"$store/udev_path"
+  echo 1 >"$store/enable"
+  mkdir -p "$group/lun/lun_$1"
+  ln -s "$store" "$group/lun/lun_$1/port"
+}
+no_lun() {
+  rm "$group/lun/lun_$1/port"
+  rmdir "$group/lun/lun_$1" "$target/core/fileio_0/lun$1"
+}
+lun 1
+mkdir -p $group/np/127.0.0.1:3260
 for setting in authentication=0 generate_node_acls=1 demo_mode_write_protect=0 cache_dynamic_acls=1; do
   echo ${setting#*=} >"$group/attrib/${setting%=*}"
 done
@@ -29,18 +38,43 @@ free() {
   fallocate -l $((available * size - $1 * 1048576)) /volume1/filler
   sync -f /volume1
 }
-free 1400
-state "LUN's volume below a tenth" lun_space
-free 500
-state "LUN's volume below the soft limit" lun_soft_limit
-free 100
-state "LUN's volume below the hard limit" lun_hard_limit
-rm /volume1/filler
+low_write() { echo "san.low_capacity_write=\"$1\"" >/etc/velainfo.conf; }
+limits() { # limits WHO WHOSE: each limit below that many LUNs
+  free 1400
+  state "$2 volume below a tenth" "$1_space"
+  free 500
+  state "$2 volume below the soft limit" "$1_soft_limit"
+  low_write yes
+  state "$2 volume below the soft limit, written to all the same" "$1_low_write"
+  low_write no
+  free 100
+  state "$2 volume below the hard limit" "$1_hard_limit"
+  rm /volume1/filler
+  gone
+}
+limits lun "LUN's"
+lun 2
+limits luns "two LUNs'"
+low_write yes
+state "LUNs that may be written to on a full volume" low_write
+rm /etc/velainfo.conf
 gone
 mv /volume1/lun1.img /volume1/elsewhere
 state "LUN without its file" lun_crashed
+umount -l /volume1
+state "LUNs whose volume is not mounted" luns_crashed
+mount "$big" /volume1
 mv /volume1/elsewhere /volume1/lun1.img
 gone
+no_lun 2
+
+serve
+quiet "LUN, asked about by the service"
+mv /volume1/lun1.img /volume1/elsewhere
+state "LUN without its file, seen by the service" lun_crashed
+mv /volume1/elsewhere /volume1/lun1.img
+gone
+serve_no_more
 
 echo "InitiatorName=iqn.2000-01.lab.example:appliance" >/etc/iscsi/initiatorname.iscsi
 pgrep -x iscsid || iscsid
@@ -75,8 +109,8 @@ mdadm --zero-superblock "$(by LABSCSI0)" "$(by LABSCSI1)" "$disk"
 
 iscsiadm -m node -T $name --logout
 echo 0 >$group/enable
-rm $group/lun/lun_0/port
-rmdir $group/lun/lun_0 $group/np/* $group $target/iscsi/$name $store
+no_lun 1
+rmdir $group/np/* $group $target/iscsi/$name
 rm /usr/local/bin/velaiscsiep
 umount /volume1
 wipefs -aq "$big"

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # Fans and temperatures of sensor chips: the kernel's own drivers over emulated chips.
-export COLLECT=fans
+collects fans
 modprobe i2c-dev
 modprobe i2c-stub chip_addr=0x2c,0x4c
 bus=$(i2cdetect -l | awk '/SMBus stub/ { sub("i2c-", "", $1); print $1 }')

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # A management controller's supplies, fans and temperature. It reads the file at each question.
-export COLLECT=ipmi
+collects ipmi
 put() { printf '%s\n' "$@" >"/own/bmc.state"; }
 supply1=0x10 supply2=0x11 fan1=0x20 inlet=0x30 failed=0x03 no_mains=0x09 empty=0x00
 

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # An expansion unit that speaks SES: the kernel's drivers over an iSCSI target of our own.
-export COLLECT=ses
+collects ses
 target=iqn.2000-01.lab.example:ses
 python3 "$LAB/ses_target.py" 3261 /tmp/ses.state &
 server=$!

@@ -17,6 +17,15 @@ state "web server that cannot start" web_server
 rm $bad
 systemctl restart nginx
 gone
+# Only root can test the configuration: nginx reads keys and writes a log in that test.
+serve
+quiet "web server, asked about by the service"
+echo 'server { listen 80; nonsense on; }' >$bad
+systemctl reload nginx
+harmless "web server with a refused configuration, which the service cannot test"
+rm $bad
+systemctl reload nginx
+serve_no_more
 systemctl kill -s KILL nginx
 until_is 10 failed systemctl is-active nginx
 harmless "web server killed, configuration good"
