@@ -27,6 +27,13 @@ bool HasFlashProperty(udev_device* device) {
   return false;
 }
 
+// Whatever is below a root hub ("/usb2/") hangs on USB. libudev would look at every folder
+// above the disk to say so.
+bool HasUsbHub(std::string_view path) {
+  const std::size_t hub = path.find("/usb");
+  return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
+}
+
 // "3" of ".../ata3/host2/..."; empty without an ATA port.
 std::string_view AtaPort(std::string_view path) {
   const std::size_t ata = path.find("/ata");
@@ -63,7 +70,7 @@ DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
   const std::string_view port = AtaPort(path);
   facts.place = NumbersIn(path);
   facts.ata = !port.empty();
-  facts.usb = path.find("/usb") != std::string::npos;
+  facts.usb = HasUsbHub(path);
   if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(path + "/device/type") == "SD";
   // What udev's rules say counts for these two only.
   if (!facts.usb && !facts.ata) return facts;
@@ -73,8 +80,6 @@ DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
   const Device disk(context ? udev_device_new_from_syspath(context.get(), path.c_str()) : nullptr,
                     udev_device_unref);
   if (!disk) return facts;
-  facts.usb =
-      udev_device_get_parent_with_subsystem_devtype(disk.get(), "usb", "usb_device") != nullptr;
   facts.cardReader = HasProperty(disk.get(), "VELA_SDCARD", "1") || HasFlashProperty(disk.get());
   facts.markedEsata = facts.markedEsata || HasProperty(disk.get(), "VELA_BAY", "esata") ||
                       HasProperty(disk.get(), "UDISKS_SYSTEM", "0");

@@ -243,9 +243,12 @@ thread_local Remembered remembered;
 StorageView ReadStorage() { return StorageReader().Read(); }
 
 const StorageView& CurrentStorage() {
-  const auto now = std::chrono::steady_clock::now();
-  if (!remembered.view || now - remembered.taken > kRequestLife)
-    remembered = {now, std::make_unique<const StorageView>(ReadStorage())};
+  using std::chrono::steady_clock;
+  if (!remembered.view || steady_clock::now() - remembered.taken > kRequestLife) {
+    remembered.view = std::make_unique<const StorageView>(ReadStorage());
+    // A machine that reads slowly must not for that reason read again for every question.
+    remembered.taken = steady_clock::now();
+  }
   return *remembered.view;
 }
 

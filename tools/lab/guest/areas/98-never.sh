@@ -19,7 +19,7 @@ serve_files() { rpc.nfsd -N 3 -G 1 1; }
 serve_files
 mount -t nfs4 -o noac,lookupcache=none 127.0.0.1:/ /mnt/nfs
 mkfs.ext4 -q "$A" && mount "$A" /mnt/nfs/inner
-quiet "ext4 below a network mount"
+harmless "ext4 below a network mount"
 usual=$(milliseconds vela-health --json)
 rpc.nfsd 0
 timeout 3 stat /mnt/nfs/inner && report FAIL "dead server" "-> still answers"
