@@ -5,6 +5,7 @@
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysinfo.h>
 #include <sys/sysmacros.h>
 #include <sys/vfs.h>
 #include <sys/wait.h>
@@ -16,7 +17,13 @@
 #include <vector>
 
 #include "benchmarks/linux/sides.h"
+#include "platform/linux/block.h"
+#include "platform/linux/md.h"
+#include "platform/linux/root.h"
 #include "platform/linux/storage_view.h"
+#include "platform/linux/sysfs.h"
+
+using namespace vela::linuxplatform;
 
 namespace {
 
@@ -52,6 +59,14 @@ void ReadFile(const char* path) {
   close(file);
 }
 
+// One page at most, in one read.
+void ReadAttribute(const char* path) {
+  const int file = open(path, O_RDONLY | O_CLOEXEC);
+  if (file < 0) return;
+  static_cast<void>(read(file, buffer.data(), buffer.size()) > 0);
+  close(file);
+}
+
 void ListFolder(const char* path) {
   DIR* folder = opendir(path);
   if (folder == nullptr) return;
@@ -59,32 +74,61 @@ void ListFolder(const char* path) {
   closedir(folder);
 }
 
-// What the disks and volumes of this machine are known by, found out beforehand.
+// What the disks, arrays and volumes of a machine are known by, found out beforehand.
 struct Known {
-  std::vector<std::string> volumes, links, attributes;
+  std::vector<std::string> volumes, links, there, folders, attributes;
 };
-const Known& Machine() {
-  static const Known known = [] {
-    Known found;
-    const auto view = vela::linuxplatform::ReadStorage();
-    for (const auto& volume : view.volumes) {
-      found.volumes.push_back(volume.path);
-      if (volume.disks.empty()) continue;
-      found.links.push_back("/sys/dev/block/" + std::to_string(major(volume.device)) + ":" +
-                            std::to_string(minor(volume.device)));
-      found.attributes.push_back("/sys/block/" + volume.disks.front() + "/size");
-      if (volume.type == "ext4")
-        found.attributes.push_back("/sys/fs/ext4/" + volume.disks.front() + "/errors_count");
-    }
-    for (const auto& disk : view.disks) {
-      found.links.push_back("/sys/block/" + disk.device);
-      if (disk.device.starts_with("sd"))
-        found.attributes.push_back("/sys/block/" + disk.device + "/device/state");
-    }
-    return found;
-  }();
+
+void AddArray(const std::string& name, Known& known) {
+  const std::string folder = Sys("/block/" + name + "/md/");
+  known.there.push_back(folder);
+  known.folders.push_back(folder);
+  for (const char* attribute :
+       {"level", "array_state", "metadata_version", "raid_disks", "degraded"})
+    known.attributes.push_back(folder + attribute);
+  for (const auto& member : ReadMdArray(name).members) {
+    const std::string own = folder + "dev-" + member.device;
+    known.attributes.push_back(own + "/state");
+    known.attributes.push_back(own + "/slot");
+    known.there.push_back(own + "/block");
+    known.links.push_back(Sys("/class/block/" + member.device));
+    known.there.push_back(Sys("/class/block/" + member.device) + "/partition");
+  }
+  known.attributes.push_back(BelowRoot("/etc/mdadm/mdadm.conf"));
+}
+
+Known FindOut() {
+  Known known;
+  const auto view = ReadStorage();
+  for (const auto& volume : view.volumes) {
+    known.volumes.push_back(volume.path);
+    if (volume.disks.empty()) continue;
+    known.links.push_back(Sys("/dev/block/" + std::to_string(major(volume.device)) + ":" +
+                              std::to_string(minor(volume.device))));
+    known.attributes.push_back(Sys("/block/" + volume.disks.front() + "/size"));
+    known.attributes.push_back(Sys("/fs/ext4/" + volume.disks.front() + "/errors_count"));
+  }
+  for (const std::string& name : BlockNames())
+    if (name.starts_with("md")) AddArray(name, known);
+  for (const auto& disk : view.disks) {
+    known.links.push_back(Sys("/class/block/" + disk.device));
+    if (disk.device.starts_with("sd"))
+      known.attributes.push_back(Sys("/block/" + disk.device + "/device/state"));
+  }
   return known;
 }
+
+// Of the machine that is entered now.
+const Known& Machine() {
+  static std::string root;
+  static Known known = FindOut();
+  if (root != BelowRoot("/")) root = BelowRoot("/"), known = FindOut();
+  return known;
+}
+
+void LookFor(const std::string& path) { static_cast<void>(access(path.c_str(), F_OK) == 0); }
+
+void ReadBelow(const char* path) { ReadFile(BelowRoot(path).c_str()); }
 
 }  // namespace
 
@@ -99,11 +143,13 @@ void BareNetwork() {
 }
 
 void BareStorage() {
-  for (const char* path :
-       {"/etc/velainfo.conf", "/etc/fstab", "/proc/self/mountinfo", "/proc/swaps"})
-    ReadFile(path);
-  ListFolder("/sys/block");
-  for (const std::string& volume : Machine().volumes) {
+  ReadBelow("/etc/velainfo.conf");
+  ReadBelow("/etc/fstab");
+  ReadBelow("/proc/self/mountinfo");
+  ReadBelow("/proc/swaps");
+  ListFolder(Sys("/block").c_str());
+  const Known& machine = Machine();
+  for (const std::string& volume : machine.volumes) {
     const int root = open(volume.c_str(), O_PATH | O_CLOEXEC);
     struct stat status;
     struct statfs figures;
@@ -111,11 +157,35 @@ void BareStorage() {
     fstatfs(root, &figures);
     close(root);
   }
-  for (const std::string& link : Machine().links)
+  for (const std::string& link : machine.links)
     if (readlink(link.c_str(), buffer.data(), buffer.size()) < 0) continue;
-  ListFolder("/var/lib/vela-platform/smart");
-  ListFolder("/sys/class/enclosure");
-  for (const std::string& attribute : Machine().attributes) ReadFile(attribute.c_str());
+  for (const std::string& path : machine.there) LookFor(path);
+  for (const std::string& folder : machine.folders) ListFolder(folder.c_str());
+  ListFolder(BelowRoot("/var/lib/vela-platform/smart").c_str());
+  LookFor(Sys("/class/enclosure"));
+  for (const std::string& attribute : machine.attributes) ReadAttribute(attribute.c_str());
+}
+
+// What is left: hardware, daemons and the rest, none of which this machine needs to have.
+void BareAnswer() {
+  BareStorage();
+  ReadBelow("/etc.defaults/velainfo.conf");
+  ReadBelow("/etc/nut/nut.conf");
+  ListFolder(Sys("/class/hwmon").c_str());
+  ListFolder(Sys("/class/power_supply").c_str());
+  ReadBelow("/run/vela-platform/ipmi.json");
+  ReadBelow("/run/vela-platform/ses.json");
+  ReadFile("/var/lib/securityscan/systemResult.json");
+  for (const char* path : {"/usr/sbin/nginx", "/usr/sbin/apache2ctl", "/usr/sbin/lighttpd",
+                           "/run/systemd/system", "/usr/sbin/crm_mon", "/proc/drbd"})
+    LookFor(BelowRoot(path));
+  struct stat status;
+  stat(BelowRoot("/usr/local/bin/velaiscsiep").c_str(), &status);
+  gethostname(buffer.data(), buffer.size());
+  struct sysinfo uptime;
+  sysinfo(&uptime);
+  BareNetwork();
+  LookFor("/sys/class/net/eth0/phy80211");
 }
 
 void BareFork() {

@@ -1,8 +1,12 @@
-// platform_costs: the platform's reads beside the same reads done bare, in alternation,
-// and the start of a program from a small and from a large process.
-// platform_costs SIDE COUNT: one side only, for strace to count.
+// platform_costs: whole answers and the platform's reads beside the same reads done bare, in
+// alternation, and the start of a program from a small and from a large process.
+// platform_costs SIDE COUNT [eight]: one side only, for strace to count; over eight disks in
+// a RAID 6, made of small files, when told so.
+// platform_costs held: memory and descriptors over 100,000 whole answers.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,10 +16,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "benchmarks/linux/sides.h"
+#include "tests/linux/machine_tree.h"
 
 namespace {
 
@@ -23,8 +29,36 @@ using Clock = std::chrono::steady_clock;
 using Side = void (*)();
 
 const std::map<std::string, Side> kSides = {
-    {"network", RequestNetwork},   {"bare-network", BareNetwork}, {"storage", RequestStorage},
-    {"bare-storage", BareStorage}, {"spawn", RequestSpawn},       {"fork", BareFork}};
+    {"answer", RequestAnswer},     {"bare-answer", BareAnswer}, {"network", RequestNetwork},
+    {"bare-network", BareNetwork}, {"storage", RequestStorage}, {"bare-storage", BareStorage},
+    {"spawn", RequestSpawn},       {"fork", BareFork}};
+
+// Its root is this machine's, or there would be no volume to measure.
+class EightBays : public MachineTree {
+ public:
+  EightBays() {
+    std::vector<Member> members;
+    static const char* const kParts[] = {"sda1", "sdb1", "sdc1", "sdd1",
+                                         "sde1", "sdf1", "sdg1", "sdh1"};
+    for (int i = 0; i < 8; ++i) {
+      const std::string port = std::to_string(i);
+      Disk(std::string("sd") + static_cast<char>('a' + i),
+           "pci0/ata" + port + "/host" + port + "/target" + port + ":0:0/" + port + ":0:0:0", 8,
+           16 * i, 1);
+      Write("/sys/block/sd" + std::string(1, static_cast<char>('a' + i)) + "/device/state",
+            "running\n");
+      members.push_back({kParts[i], "in_sync", "0"});
+    }
+    Array("md0", 0, "raid6", "clean", 8, 0, members);
+    struct stat root = {};
+    stat("/", &root);
+    const auto first = static_cast<int>(major(root.st_dev)),
+               second = static_cast<int>(minor(root.st_dev));
+    Disk("vda", "pci0/virtio0", first, second);
+    Mounts("1 0 " + std::to_string(first) + ":" + std::to_string(second) +
+           " / / rw - ext4 /dev/vda rw\n");
+  }
+};
 
 double Microseconds(Side side) {
   const auto start = Clock::now();
@@ -101,18 +135,40 @@ void CompareSizes(const char* what, Side side, int rounds) {
   std::printf("%-46s %9.1f us / %9.1f us = %6.3f\n", what, a, b, a / b);
 }
 
+// What a process holds after so many whole answers: they should not show.
+void Hold() {
+  int asked = 0;
+  for (const int count : {100, 1000, 10'000, 50'000, 100'000}) {
+    for (; asked < count; ++asked) RequestAnswer();
+    const auto descriptors =
+        std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    std::ifstream pages("/proc/self/statm");
+    long size = 0, resident = 0;
+    pages >> size >> resident;
+    std::printf("after %6d answers: %6ld KiB resident, %2ld descriptors\n", count,
+                resident * sysconf(_SC_PAGESIZE) / 1024, static_cast<long>(descriptors) - 1);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 3 && kSides.contains(argv[1])) {
+  if (argc == 2 && std::strcmp(argv[1], "held") == 0) return Hold(), 0;
+  if (argc >= 3 && kSides.contains(argv[1])) {
+    const auto machine = argc > 3 ? std::make_unique<EightBays>() : nullptr;
     for (int i = std::atoi(argv[2]); i > 0; --i) kSides.at(argv[1])();
     return 0;
   }
   if (argc != 1) {
-    std::fprintf(stderr, "usage: platform_costs [SIDE COUNT]; the sides:");
+    std::fprintf(stderr, "usage: platform_costs [held | SIDE COUNT [eight]]; the sides:");
     for (const auto& [name, side] : kSides) std::fprintf(stderr, " %s", name.c_str());
     std::fprintf(stderr, "\n");
     return 64;
+  }
+  Compare("whole answer, this machine: request / bare", RequestAnswer, BareAnswer, 2001);
+  {
+    const EightBays machine;
+    Compare("whole answer, eight bays: request / bare", RequestAnswer, BareAnswer, 2001);
   }
   Compare("network: request / bare dumps", RequestNetwork, BareNetwork, 2001);
   Compare("storage: request / bare reads", RequestStorage, BareStorage, 2001);

@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include "benchmarks/get.h"
 #include "benchmarks/linux/sides.h"
 #include "platform/linux/storage_view.h"
 #include "vela_conf.h"
@@ -10,6 +11,8 @@
 #include "velac.h"
 
 using namespace VELA::ZRT;
+
+void RequestAnswer() { Get(); }
 
 void RequestNetwork() {
   VLIB_NET_INTERFACE entries[32] = {};

@@ -2,11 +2,13 @@
 #pragma once
 
 // Through the platform interface, as one request asks.
+void RequestAnswer();  // all of it, from the module
 void RequestNetwork();
 void RequestStorage();
 void RequestSpawn();
 
 // The same from the kernel with nothing in between: no parsing, no allocation.
+void BareAnswer();
 void BareNetwork();
 void BareStorage();
 void BareFork();  // fork and exec, the other way to start a program

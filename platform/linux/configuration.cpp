@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "platform/linux/error.h"
+#include "platform/linux/expansion_units.h"
 #include "platform/linux/hardware.h"
 #include "platform/linux/patience.h"
 #include "platform/linux/popen.h"
@@ -22,6 +23,7 @@ using vela::platform::Source, vela::platform::SourceScope;
 namespace {
 
 struct BothFiles {
+  SharedSettings shared;
   std::unique_ptr<const Settings> current, factory;
   mutable std::string maxDisks;
   mutable std::once_flag counted;
@@ -65,11 +67,10 @@ VelaConf::VelaConf() : sources_(nullptr) {
   NewRequest();
   ForgetStorage();
   ForgetHardware();
-  auto current = Load(kCurrentSettings, scope);
-  auto factory = Load(kFactorySettings, scope);
+  ForgetUnits();
   auto files = std::make_unique<BothFiles>();
-  files->current = std::move(current);
-  files->factory = std::move(factory);
+  files->current = Load(kCurrentSettings, scope);
+  files->factory = Load(kFactorySettings, scope);
   sources_ = files.release();
 }
 

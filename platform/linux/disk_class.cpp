@@ -1,31 +1,12 @@
 #include "platform/linux/disk_class.h"
 
-#include <libudev.h>
-
-#include <cstring>
-#include <memory>
+#include <algorithm>
 
 #include "platform/linux/sysfs.h"
+#include "platform/linux/udev_marks.h"
 
 namespace vela::linuxplatform {
 namespace {
-
-using Udev = std::unique_ptr<udev, udev* (*)(udev*)>;
-using Device = std::unique_ptr<udev_device, udev_device* (*)(udev_device*)>;
-
-bool HasProperty(udev_device* device, const char* key, const char* value) {
-  const char* set = udev_device_get_property_value(device, key);
-  return set != nullptr && std::strcmp(set, value) == 0;
-}
-
-bool HasFlashProperty(udev_device* device) {
-  udev_list_entry* entry = nullptr;
-  udev_list_entry_foreach(entry, udev_device_get_properties_list_entry(device)) {
-    if (std::string_view(udev_list_entry_get_name(entry)).starts_with("ID_DRIVE_FLASH"))
-      return true;
-  }
-  return false;
-}
 
 // Whatever is below a root hub ("/usb2/") hangs on USB. libudev would look at every folder
 // above the disk to say so.
@@ -53,13 +34,15 @@ DiskClass ClassOf(const DiskFacts& facts) {
 }
 
 std::string NumbersIn(std::string_view path) {
-  constexpr std::string_view kDigits = "0123456789";
+  constexpr std::size_t kWidth = 10;
   std::string numbers;
-  for (std::size_t begin = path.find_first_of(kDigits); begin != std::string_view::npos;) {
-    const std::size_t end = std::min(path.find_first_not_of(kDigits, begin), path.size());
-    const std::size_t width = end - begin;
-    numbers.append(width < 10 ? 10 - width : 0, '0').append(path.substr(begin, width)).append(".");
-    begin = path.find_first_of(kDigits, end);
+  numbers.reserve(path.size() * 2);
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  for (auto at = path.begin(); (at = std::find_if(at, path.end(), isDigit)) != path.end();) {
+    const auto end = std::find_if_not(at, path.end(), isDigit);
+    const auto width = static_cast<std::size_t>(end - at);
+    numbers.append(width < kWidth ? kWidth - width : 0, '0').append(at, end).push_back('.');
+    at = end;
   }
   return numbers;
 }
@@ -76,13 +59,10 @@ DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
   if (!facts.usb && !facts.ata) return facts;
 
   facts.markedEsata = facts.ata && HasWord(esataPorts, port, ", ");
-  const Udev context(udev_new(), udev_unref);
-  const Device disk(context ? udev_device_new_from_syspath(context.get(), path.c_str()) : nullptr,
-                    udev_device_unref);
-  if (!disk) return facts;
-  facts.cardReader = HasProperty(disk.get(), "VELA_SDCARD", "1") || HasFlashProperty(disk.get());
-  facts.markedEsata = facts.markedEsata || HasProperty(disk.get(), "VELA_BAY", "esata") ||
-                      HasProperty(disk.get(), "UDISKS_SYSTEM", "0");
+  const auto marks = ReadUdevMarks(path);
+  if (!marks) return facts;
+  facts.cardReader = marks->cardReader;
+  facts.markedEsata = facts.markedEsata || marks->esata;
   return facts;
 }
 

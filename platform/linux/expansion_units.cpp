@@ -1,6 +1,7 @@
 #include "platform/linux/expansion_units.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -20,6 +21,7 @@ namespace {
 
 using VELA::SystemHealth::Member, VELA::SystemHealth::TextMember;
 
+constexpr auto kFresh = std::chrono::milliseconds(500);
 constexpr std::string_view kSeparators = ", \t;";
 
 bool Names(std::string_view list, std::string_view id) {
@@ -59,17 +61,31 @@ ExpansionUnit UnitOf(const Json::Value& enclosure) {
 }
 
 // The units as they are now. Not Read: there are none, or they cannot be known.
-SnapshotState ReadUnits(std::vector<ExpansionUnit>& units, std::string& trouble) {
+struct Look {
+  std::chrono::steady_clock::time_point taken;
+  SnapshotState state = SnapshotState::Absent;
+  std::vector<ExpansionUnit> units;
+  std::string trouble;
+};
+
+// A request asks for the fans, then for the units: its thread looks once.
+thread_local Look look;
+
+const Look& ReadUnits() {
+  if (std::chrono::steady_clock::now() - look.taken <= kFresh) return look;
+  look = {};
   Json::Value snapshot;
-  const SnapshotState state = ReadSnapshot("ses", snapshot, trouble);
-  if (state != SnapshotState::Read) return state;
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  const Settings settings(std::move(text));
-  const char* internal = settings.Value("ebox.internal");
-  units = UnitsOf(snapshot, internal != nullptr ? internal : "");
-  trouble = TextMember(snapshot, "trouble");
-  return state;
+  look.state = ReadSnapshot("ses", snapshot, look.trouble);
+  if (look.state == SnapshotState::Read) {
+    std::string text, reason;
+    ReadSettings(kCurrentSettings, text, reason);
+    const Settings settings(std::move(text));
+    const char* internal = settings.Value("ebox.internal");
+    look.units = UnitsOf(snapshot, internal != nullptr ? internal : "");
+    look.trouble = TextMember(snapshot, "trouble");
+  }
+  look.taken = std::chrono::steady_clock::now();
+  return look;
 }
 
 }  // namespace
@@ -85,14 +101,14 @@ std::vector<ExpansionUnit> UnitsOf(const Json::Value& snapshot, std::string_view
 }
 
 unsigned FailedUnitFans() {
-  std::vector<ExpansionUnit> units;
-  std::string trouble;
-  ReadUnits(units, trouble);
+  const auto& units = ReadUnits().units;
   unsigned mask = 0;
   for (std::size_t slot = 0; slot < std::min(units.size(), kWatchedUnits); ++slot)
     if (units[slot].fanFailed) mask |= 1U << slot;
   return mask;
 }
+
+void ForgetUnits() { look = {}; }
 
 }  // namespace vela::linuxplatform
 
@@ -164,9 +180,7 @@ int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {
   SourceScope scope(Source::ExpansionUnits);
   if (list == nullptr) return SetError(Error::BadArgument), -1;
   *list = nullptr;
-  std::vector<ExpansionUnit> units;
-  std::string trouble;
-  const SnapshotState state = ReadUnits(units, trouble);
+  const auto& [taken, state, units, trouble] = ReadUnits();
   if (state == SnapshotState::Absent)
     return failures.Fine(), scope.Absent("no enclosure with SES"), 0;
   // Not -1: the caller would log that on every request for as long as it lasts.

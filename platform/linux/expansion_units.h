@@ -31,4 +31,7 @@ std::vector<ExpansionUnit> UnitsOf(const Json::Value& snapshot, std::string_view
 // component 5. One small file is read, two where there are units.
 unsigned FailedUnitFans();
 
+// The calling thread looks afresh.
+void ForgetUnits();
+
 }  // namespace vela::linuxplatform

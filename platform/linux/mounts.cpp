@@ -4,8 +4,10 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
+#include "platform/linux/memo.h"
 #include "platform/linux/root.h"
 #include "platform/linux/sysfs.h"
 
@@ -19,16 +21,16 @@ constexpr std::size_t kTableCap = std::size_t{16} << 20;
 
 std::string Text(const char* text) { return text != nullptr ? text : ""; }
 
-// Parses a table without looking at anything but its text. `name` only serves messages.
+// Parses a table without looking at anything but its text.
 template <typename Visit>
-void ForEachEntry(const std::string& text, const char* name, const Visit& visit) {
+void ForEachEntry(const std::string& text, const Visit& visit) {
   if (text.empty()) return;  // fmemopen refuses it
   const Table table(mnt_new_table(), mnt_unref_table);
   const Iterator iterator(mnt_new_iter(MNT_ITER_FORWARD), mnt_free_iter);
   const std::unique_ptr<FILE, int (*)(FILE*)> stream(
       fmemopen(const_cast<char*>(text.data()), text.size(), "r"), fclose);
   if (!table || !iterator || !stream) throw std::bad_alloc();
-  mnt_table_parse_stream(table.get(), stream.get(), name);
+  mnt_table_parse_stream(table.get(), stream.get(), "/");  // it would look up a real name
   libmnt_fs* entry = nullptr;
   while (mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0) visit(entry);
 }
@@ -37,7 +39,7 @@ void ForEachEntry(const std::string& text, const char* name, const Visit& visit)
 
 std::vector<Mount> ParseMountInfo(const std::string& text) {
   std::vector<Mount> mounts;
-  ForEachEntry(text, "mountinfo", [&mounts](libmnt_fs* entry) {
+  ForEachEntry(text, [&mounts](libmnt_fs* entry) {
     if (mnt_fs_get_target(entry) == nullptr || mnt_fs_get_id(entry) == 0) return;
     Mount& mount = mounts.emplace_back();
     mount.id = mnt_fs_get_id(entry);
@@ -53,10 +55,13 @@ std::vector<Mount> ParseMountInfo(const std::string& text) {
   return mounts;
 }
 
-bool ReadMounts(std::vector<Mount>& mounts) {
+bool ReadMounts(MountTable& mounts) {
+  static Memo<std::vector<Mount>> memo;
   std::string text;
   const auto result = ReadSmallFile(BelowRoot("/proc/self/mountinfo").c_str(), kTableCap, text);
-  mounts = ParseMountInfo(text);
+  const int error = errno;
+  mounts = memo.Of(text, ParseMountInfo);
+  errno = error;
   return result == ReadResult::Read;
 }
 
@@ -93,7 +98,7 @@ bool IsOwnMount(const Mount& mount) {
 
 std::vector<std::string> ParseFstabTargets(const std::string& text) {
   std::vector<std::string> targets;
-  ForEachEntry(text, "fstab", [&targets](libmnt_fs* entry) {
+  ForEachEntry(text, [&targets](libmnt_fs* entry) {
     if (mnt_fs_get_target(entry) != nullptr) targets.emplace_back(mnt_fs_get_target(entry));
   });
   return targets;

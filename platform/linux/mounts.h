@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +25,10 @@ struct Mount {
 // are left out.
 std::vector<Mount> ParseMountInfo(const std::string& text);
 
-// Of /proc/self/mountinfo below the root. False: errno says why.
-bool ReadMounts(std::vector<Mount>& mounts);
+// Of /proc/self/mountinfo below the root: read every time, parsed when it has changed.
+// False: errno says why, and `mounts` has what could be read.
+using MountTable = std::shared_ptr<const std::vector<Mount>>;
+bool ReadMounts(MountTable& mounts);
 
 // The mount that a path equal to `target` leads to: the last one made there.
 const Mount* MountAt(const std::vector<Mount>& mounts, std::string_view target);

@@ -10,9 +10,9 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 
 #include "platform/linux/descriptor.h"
 
@@ -128,16 +128,15 @@ Part TakePart(char* buffer, int size, std::uint32_t sequence, bool& interrupted,
 // Asks for every record of `type` and hands each to `take`. False: errno tells.
 bool RunDump(int socket, std::uint16_t type, bool& interrupted, Interfaces& interfaces, Take take) {
   // As large as the kernel's largest part of a dump.
-  constexpr std::size_t kSize = std::size_t{32} << 10;
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kSize);
+  alignas(nlmsghdr) std::array<char, std::size_t{32} << 10> buffer;
   const std::uint32_t sequence = type;
   if (!SendRequest(socket, type, sequence)) return false;
   for (;;) {
-    const ssize_t got = recv(socket, buffer.get(), kSize, 0);
+    const ssize_t got = recv(socket, buffer.data(), buffer.size(), 0);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return false;
     const Part part =
-        TakePart(buffer.get(), static_cast<int>(got), sequence, interrupted, interfaces, take);
+        TakePart(buffer.data(), static_cast<int>(got), sequence, interrupted, interfaces, take);
     if (part != Part::More) return part == Part::Done;
   }
 }

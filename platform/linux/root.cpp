@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 
@@ -34,19 +35,16 @@ ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
   const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) return errno == ENOENT || errno == ENOTDIR ? ReadResult::Missing : ReadResult::Failed;
 
-  // One byte more than the cap tells a file that fits exactly from one that does not.
-  std::size_t filled = 0;
-  text.resize(cap < 4096 ? cap + 1 : 4096);
+  std::array<char, std::size_t{16} << 10>
+      part;  // left as it is: filling it costs more than most reads
   for (;;) {
-    const ssize_t got = read(file.Get(), text.data() + filled, text.size() - filled);
+    const ssize_t got = read(file.Get(), part.data(), part.size());
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return text.clear(), ReadResult::Failed;
     if (got == 0) break;
-    filled += static_cast<std::size_t>(got);
-    if (filled > cap) return text.resize(cap), ReadResult::TooLarge;
-    if (filled == text.size()) text.resize(filled * 2 > cap ? cap + 1 : filled * 2);
+    text.append(part.data(), static_cast<std::size_t>(got));
+    if (text.size() > cap) return text.resize(cap), ReadResult::TooLarge;
   }
-  text.resize(filled);
   return ReadResult::Read;
 }
 

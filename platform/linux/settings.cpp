@@ -52,7 +52,11 @@ const char* Settings::Value(std::string_view key) const {
   return latest == entries_.rend() ? nullptr : latest->value;
 }
 
-SettingsState ReadSettings(const char* path, std::string& text, std::string& reason) {
+namespace {
+
+thread_local constinit const SharedSettings* shared = nullptr;
+
+SettingsState ReadAfresh(const char* path, std::string& text, std::string& reason) {
   switch (ReadSmallFile(BelowRoot(path).c_str(), kSettingsCap, text)) {
     case ReadResult::Read:
       return SettingsState::Read;
@@ -68,6 +72,29 @@ SettingsState ReadSettings(const char* path, std::string& text, std::string& rea
   text.resize(text.rfind('\n') + 1);
   reason = std::string(path) + " is larger than 64 KiB; only its beginning was read";
   return SettingsState::Failed;
+}
+
+}  // namespace
+
+SharedSettings::SharedSettings() {
+  for (File& file : files_) file.state = ReadAfresh(file.path, file.text, file.reason);
+  shared = this;
+}
+
+SharedSettings::~SharedSettings() {
+  if (shared == this) shared = nullptr;
+}
+
+SettingsState ReadSettings(const char* path, std::string& text, std::string& reason) {
+  if (shared != nullptr) {
+    for (const SharedSettings::File& file : shared->files_) {
+      if (std::strcmp(file.path, path) != 0) continue;
+      text = file.text;
+      if (file.state == SettingsState::Failed) reason = file.reason;
+      return file.state;
+    }
+  }
+  return ReadAfresh(path, text, reason);
 }
 
 }  // namespace vela::linuxplatform

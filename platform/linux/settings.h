@@ -44,4 +44,23 @@ enum class SettingsState { Read, Missing, Failed };
 // take its place, so that a machine without our package is no failure.
 SettingsState ReadSettings(const char* path, std::string& text, std::string& reason);
 
+// While it lives, ReadSettings in its thread gives what both files held at its beginning:
+// one request reads each once, however many of its sources have settings.
+class SharedSettings {
+ public:
+  SharedSettings();
+  ~SharedSettings();
+  SharedSettings(const SharedSettings&) = delete;
+  SharedSettings& operator=(const SharedSettings&) = delete;
+
+ private:
+  friend SettingsState ReadSettings(const char* path, std::string& text, std::string& reason);
+  struct File {
+    const char* path;
+    std::string text = {}, reason = {};
+    SettingsState state = SettingsState::Missing;
+  };
+  File files_[2] = {{kCurrentSettings}, {kFactorySettings}};
+};
+
 }  // namespace vela::linuxplatform

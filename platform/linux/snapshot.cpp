@@ -61,6 +61,20 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
   return SnapshotState::Read;
 }
 
+namespace {
+
+// It stays for as long as this process lives; only a test changes the root.
+const std::string& ThisBoot() {
+  thread_local std::string root, id;
+  if (std::string path = BelowRoot("/"); id.empty() || path != root) {
+    root = std::move(path);
+    id = BootId();
+  }
+  return id;
+}
+
+}  // namespace
+
 SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason) {
   const std::string path = BelowRoot(kSnapshotFolder) + "/" + source + ".json";
   std::string text;
@@ -74,7 +88,7 @@ SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::strin
     case ReadResult::Read:
       break;
   }
-  return ParseSnapshot(source, text, std::time(nullptr), BootId(), document, reason);
+  return ParseSnapshot(source, text, std::time(nullptr), ThisBoot(), document, reason);
 }
 
 std::string BootId() {

@@ -25,7 +25,7 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
 
 // The same of the file <source>.json in the snapshots' folder, below the root. Absent
 // too when there is no such file; Failed too when it cannot be read or is over 1 MiB.
-// Three system calls when it is absent, else six.
+// One system call when it is absent, else four.
 SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason);
 
 // The running boot's identifier, below the root; "" when the kernel does not tell.

@@ -11,6 +11,7 @@
 #include "platform/linux/devices.h"
 #include "platform/linux/disks.h"
 #include "platform/linux/filesystem_errors.h"
+#include "platform/linux/memo.h"
 #include "platform/linux/root.h"
 #include "platform/linux/settings.h"
 #include "platform/linux/snapshot.h"
@@ -59,10 +60,10 @@ class StorageReader {
   StorageReader() : settings_(CurrentSettings()), fstab_(TextOf("/etc/fstab")) {}
 
   StorageView Read() {
-    if (!ReadMounts(view_.mounts))
+    if (!ReadMounts(mounts_))
       view_.failure = std::string("the mount table could not be read: ") + std::strerror(errno);
     const char* ports = settings_->Value("esata.ports");
-    Devices devices(view_.mounts, ports != nullptr ? ports : "");
+    Devices devices(*mounts_, ports != nullptr ? ports : "");
     devices_ = &devices;
     const std::vector<std::string> blockNames = BlockNames();
     view_.listsDisks = !blockNames.empty();
@@ -70,7 +71,7 @@ class StorageReader {
     ReadSystem();
     ReadVolumes();
     ReadDisks(devices, blockNames, arrays_, view_);
-    view_.external = ChooseExternal(view_.mounts, devices);
+    view_.external = ChooseExternal(*mounts_, devices);
     devices_ = nullptr;
     return std::move(view_);
   }
@@ -169,22 +170,24 @@ class StorageReader {
 
   void ReadSystem() {
     for (const char* target : {"/", "/var"}) {
-      const Mount* mount = MountAt(view_.mounts, target);
+      const Mount* mount = MountAt(*mounts_, target);
       if (mount == nullptr || MayHang(mount->type)) continue;
-      if (HangingAbove(view_.mounts, *mount) != nullptr) continue;
+      if (HangingAbove(*mounts_, *mount) != nullptr) continue;
       if (LookAt(*mount, HealthBeneath(*mount)).crashed) view_.systemCrashed = true;
     }
   }
 
   void ReadVolumes() {
-    const std::vector<std::string> fstab = ParseFstabTargets(fstab_);
+    static Memo<std::vector<std::string>> memo;
+    const auto targets = memo.Of(fstab_, ParseFstabTargets);
+    const std::vector<std::string>& fstab = *targets;
     const auto isInternal = [&](const Mount& mount) {
       const Stack& stack = devices_->Under(mount);
       if (stack.gone && stack.disks.empty()) return IsExpected(mount.target, fstab);
       return devices_->Class(stack) == DiskClass::Internal;
     };
     const bool skipRoot = IsYes(settings_->Value("volume.skip_root"));
-    const VolumeChoice choice = ChooseVolumes(view_.mounts, skipRoot, isInternal);
+    const VolumeChoice choice = ChooseVolumes(*mounts_, skipRoot, isInternal);
     if (!choice.hidden.empty()) view_.hidden = WhyHidden(*choice.hidden.front());
     std::vector<std::string> paths;
     for (const Mount* mount : choice.reachable) {
@@ -196,7 +199,7 @@ class StorageReader {
   }
 
   std::string WhyHidden(const Mount& mount) const {
-    const Mount* above = HangingAbove(view_.mounts, mount);
+    const Mount* above = HangingAbove(*mounts_, mount);
     return mount.target + " was not looked at: it lies behind " + above->target + " (" +
            above->type + "), which may hang";
   }
@@ -225,6 +228,7 @@ class StorageReader {
 
   std::unique_ptr<const Settings> settings_;
   std::string fstab_;
+  MountTable mounts_;
   StorageView view_;
   Devices* devices_ = nullptr;
   std::vector<MdArray> arrays_;

@@ -33,7 +33,6 @@ struct WholeDisk {
 };
 
 struct StorageView {
-  std::vector<Mount> mounts;
   std::vector<InternalVolume> volumes;
   std::vector<WholeDisk> disks;  // the internal ones
   std::vector<ExternalVolume> external;

@@ -8,7 +8,7 @@
 
 namespace {
 
-using vela::linuxplatform::FailedUnitFans;
+using vela::linuxplatform::FailedUnitFans, vela::linuxplatform::ForgetUnits;
 
 struct Seen {
   std::string name;
@@ -135,6 +135,7 @@ TEST(ExpansionUnits, WithoutAUsableSnapshotThereIsNoneAndTheVoiceSaysWhy) {
     if (what == "error") machine.Write("ses", R"("error": "no right to open /dev/sg3")");
     if (what == "none") machine.Write("ses", R"("enclosures": {"5": 1})");
     VELAPlatformSourcesReset();
+    ForgetUnits();
     EXPECT_TRUE(Enumerate().empty());
     EXPECT_EQ(FailedUnitFans(), 0U);
     EXPECT_EQ(Voice().state, c.state);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <fstream>
+
 #include "platform/linux/disk_class.h"
 #include "platform/linux/external_choice.h"
 #include "tests/linux/machine_tree.h"
@@ -164,6 +166,15 @@ TEST(Udev, PropertiesMarkCardReadersAndExternalPorts) {
   EXPECT_EQ(ClassOf(ReadDiskFacts("sdd", "")), DiskClass::Esata);
   EXPECT_EQ(ClassOf(ReadDiskFacts("sde", "")), DiskClass::Internal) << "removable, but in a bay";
   EXPECT_EQ(ClassOf(ReadDiskFacts("sdf", "")), DiskClass::SdCard);
+
+  // What it said is kept until udev writes its record of the disk anew.
+  const TemporaryRoot root;
+  std::string number;
+  std::ifstream("/sys/class/block/sdb/dev") >> number;
+  std::ofstream("/sys/class/block/sdb/uevent", std::ios::app) << "VELA_SDCARD=1\n";
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", "")), DiskClass::Usb);
+  root.Write("/run/udev/data/b" + number, "");
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", "")), DiskClass::SdCard);
 }
 
 }  // namespace

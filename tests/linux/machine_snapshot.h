@@ -4,6 +4,7 @@
 #include <ctime>
 #include <string>
 
+#include "platform/linux/expansion_units.h"
 #include "tests/linux/temporary_root.h"
 
 class MachineSnapshot : public TemporaryRoot {
@@ -14,5 +15,6 @@ class MachineSnapshot : public TemporaryRoot {
     TemporaryRoot::Write("/run/vela-platform/" + source + ".json",
                          R"({"boot_id": "this-boot", "period": 60, "written": )" +
                              std::to_string(std::time(nullptr) - age) + ", " + members + "}");
+    vela::linuxplatform::ForgetUnits();
   }
 };

@@ -75,10 +75,10 @@ Json::Value MeasureMount(const std::string& path, const std::string& device) {
 }
 
 Json::Value CollectFuseblk() {
-  std::vector<Mount> all;
+  MountTable all;
   if (!ReadMounts(all))
     return Unread(std::string("the mount table could not be read: ") + std::strerror(errno));
-  const std::vector<Mount> mounts = ProgramMounts(all);
+  const std::vector<Mount> mounts = ProgramMounts(*all);
   if (mounts.empty()) return {};
   const std::vector<Outcome> outcomes = Ask(mounts);
   Json::Value members(Json::objectValue);

@@ -87,10 +87,10 @@ std::vector<Lun> SavedLuns(std::string& trouble) {
 }  // namespace
 
 Json::Value ReadServiceStatus(std::string& trouble) {
-  std::vector<Mount> mounts;
+  MountTable mounts;
   if (!ReadMounts(mounts))
     trouble = std::string("the mount table could not be read: ") + std::strerror(errno);
-  HostVolumes volumes(std::move(mounts));
+  HostVolumes volumes(*mounts);
   Json::Value document(Json::objectValue);
   document["low_capacity_write_on"] = IsLowCapacityWriteOn();
   Json::Value& luns = document["luns"] = Json::Value(Json::arrayValue);
