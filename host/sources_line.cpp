@@ -19,7 +19,8 @@ std::vector<std::string> FailedSources(const std::vector<VELASourceReport>& sour
   std::vector<std::string> lines;
   for (const VELASourceReport& source : sources) {
     if (source.state != 2) continue;
-    lines.push_back(texts.Ui("source_failed", std::string(source.name), Harmless(source.reason)));
+    lines.push_back(
+        texts.Ui("source_failed", texts.Word("source", source.name), Harmless(source.reason)));
   }
   return lines;
 }

@@ -27,8 +27,12 @@ Json::Value ReadTexts(const std::filesystem::path& file) {
 }  // namespace
 
 Texts::Texts(const std::filesystem::path& folder, const std::string& language) {
-  const std::filesystem::path file = folder / (language + ".json");
-  const Json::Value root = ReadTexts(file);
+  const std::string file = language + ".json";
+  Add(ReadTexts(folder / file));
+  if (std::filesystem::exists(folder / "explain")) Add(ReadTexts(folder / "explain" / file));
+}
+
+void Texts::Add(const Json::Value& root) {
   for (const std::string& section : root.getMemberNames()) {
     if (!root[section].isObject()) continue;
     for (const std::string& key : root[section].getMemberNames()) {
@@ -42,6 +46,11 @@ const std::string* Texts::Find(std::string_view section, std::string_view key) c
   if (found == sections_.end()) return nullptr;
   const auto text = found->second.find(key);
   return text == found->second.end() ? nullptr : &text->second;
+}
+
+std::string Texts::Word(std::string_view section, std::string_view key) const {
+  const std::string* text = Find(section, key);
+  return text != nullptr ? *text : std::string(key);
 }
 
 std::string Texts::Of(std::string_view reference) const {

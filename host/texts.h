@@ -7,17 +7,22 @@
 #include <string_view>
 #include <vector>
 
+#include <json/value.h>
+
 namespace vela::host {
 
 class Texts {
  public:
-  // Reads `folder`/<language>.json. Throws Failure(kUnavailable).
+  // Reads `folder`/<language>.json, which the page has too, and what only the tool says, from
+  // `folder`/explain. Throws Failure(kUnavailable).
   Texts(const std::filesystem::path& folder, const std::string& language);
 
   // Null when there is no such text.
   const std::string* Find(std::string_view section, std::string_view key) const;
   // The text that "section:key" names, else the reference itself: better than nothing.
   std::string Of(std::string_view reference) const;
+  // The text of `key` in `section`, else the key.
+  std::string Word(std::string_view section, std::string_view key) const;
   // One of the program's own words (section "ui"), its {0}, {1}, ... filled.
   template <typename... Values>
   std::string Ui(std::string_view key, const Values&... values) const;
@@ -26,6 +31,8 @@ class Texts {
   const std::map<std::string, Section, std::less<>>& Sections() const { return sections_; }
 
  private:
+  void Add(const Json::Value& root);
+
   std::map<std::string, Section, std::less<>> sections_;
 };
 

@@ -7,6 +7,7 @@
 #include "SystemChecker/checker_table.h"
 #include "SystemInfo/system_info_handler.h"
 #include "common/log.h"
+#include "module/explain/decisive.h"
 #include "module/explain/inputs.h"
 #include "vela_api.h"
 
@@ -48,6 +49,7 @@ void Get(VELA::APIRequest*, VELA::APIResponse* response) {
     checker["saw"] = row.inputs(info);
     const std::optional<CheckerRule> rule = row.check(info);
     checker["rule"] = rule ? rule->ToJson() : Json::Value();
+    MarkDecisive(checker["rule"], checker["saw"]);
     document["checkers"].append(std::move(checker));
   }
   response->SetSuccess(document);

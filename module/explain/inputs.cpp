@@ -1,8 +1,10 @@
 #include "module/explain/inputs.h"
 
+#include <cmath>
 #include <string>
 
 #include "SystemInfo/system_info_handler.h"
+#include "common/number.h"
 #include "velac.h"
 
 namespace VELA::SystemHealth::Explain {
@@ -22,16 +24,32 @@ Json::Value Supplies(const std::array<bool, 2>& ok) {
   return array;
 }
 
-Json::Value Uint(std::uint64_t value) { return Json::Value(Json::UInt64(value)); }
+// {"unit", "free", "total", "mark": as many of the unit, "share": the mark as one of the total,
+// "low": whether what is free is below the mark}.
+Json::Value Comparison(const char* unit, std::uint64_t free, std::uint64_t total, double share,
+                       bool low) {
+  Json::Value comparison;
+  comparison["unit"] = unit;
+  comparison["free"] = Json::UInt64(free);
+  comparison["total"] = Json::UInt64(total);
+  comparison["mark"] = Json::UInt64(ToSize(share * static_cast<double>(total)).value_or(0));
+  comparison["share"] = share;
+  comparison["low"] = low;
+  return comparison;
+}
 
-Json::Value InputOf(const VolumeUsageInfo& volume) {
+Json::Value InputOf(const VolumeUsageInfo& volume, double inodeShare) {
+  const _tag_volume_usage& usage = volume.usage;
   Json::Value input;
-  input["volume"] = volume.spaceId;
+  input["volume"] = volume.volumeId;
   input["status"] = volume.status;
-  input["used/total"] = std::to_string(volume.usage.u0) + "/" + std::to_string(volume.usage.u1);
-  input["free inodes/inodes"] =
-      std::to_string(volume.usage.u3) + "/" + std::to_string(volume.usage.u2);
-  input["warns below"] = volume.warningRatio;
+  if (volume.status != "normal") return input;  // whose space is not judged
+  const std::uint64_t free = usage.u1 > usage.u0 ? usage.u1 - usage.u0 : 0;
+  // The shortest decimals of the platform's float: 0.05 is not 0.0500000007.
+  const double share = std::round(double{volume.warningRatio} * 1e6) / 1e6;
+  input["compared"].append(Comparison("bytes", free, usage.u1, share, volume.WarningOutOfSpace()));
+  input["compared"].append(
+      Comparison("inodes", usage.u3, usage.u2, inodeShare, volume.WarningOutOfInode(inodeShare)));
   return input;
 }
 
@@ -47,16 +65,40 @@ Json::Value InputOf(const DiskStatus& disk) {
 }  // namespace
 
 Json::Value VolumeUsageInputs(const SystemInfoHandler& info) {
+  const VelaConfInfo& conf = info.GetVelaConfInfo();
+  const double inodeShare = conf.InfoDouble("disk_inode_warning_percent", 0.05);
   Json::Value inputs;
-  inputs["model without bays"] = info.GetVelaConfInfo().DefCheckValue("maxdisks", "0", false);
-  inputs["volumes"] = ListOf(info.GetStorageInfo().GetVolumes(),
-                             [](const VolumeUsageInfo& volume) { return InputOf(volume); });
+  inputs["model without bays"] = conf.DefCheckValue("maxdisks", "0", false);
+  inputs["volumes"] =
+      ListOf(info.GetStorageInfo().GetVolumes(),
+             [inodeShare](const VolumeUsageInfo& volume) { return InputOf(volume, inodeShare); });
   return inputs;
 }
 
 Json::Value ExternalVolumeInputs(const SystemInfoHandler& info) {
+  constexpr struct {
+    ExternalVolumeType type;
+    const char* shareKey;
+  } kKinds[] = {{ExternalVolumeType::Usb, "usb_partition_warning_percent"},
+                {ExternalVolumeType::SdCard, "sdcard_partition_warning_percent"},
+                {ExternalVolumeType::Esata, "esata_partition_warning_percent"}};
   Json::Value inputs;
-  inputs["volumes"] = info.GetExternalVolumeInfo().ToJson();
+  inputs["volumes"] = Json::arrayValue;
+  bool found = false;
+  for (const auto& kind : kKinds) {
+    if (found) break;  // the checker looks no further
+    const double share = info.GetVelaConfInfo().InfoDouble(kind.shareKey, 0.05);
+    for (const ExternalVolume& volume :
+         info.GetExternalVolumeInfo().GetExternalVolumes(kind.type)) {
+      const bool low =
+          share > static_cast<double>(volume.freeSize) / static_cast<double>(volume.totalSize);
+      found = found || low;
+      Json::Value input;
+      input["volume"] = volume.volume;
+      input["compared"].append(Comparison("bytes", volume.freeSize, volume.totalSize, share, low));
+      inputs["volumes"].append(std::move(input));
+    }
+  }
   return inputs;
 }
 
@@ -136,8 +178,9 @@ Json::Value SanInputs(const SystemInfoHandler& info) {
   inputs["volumes"] = ListOf(san.GetVolumesStatus(), [](const VolumeInfo& volume) {
     Json::Value input;
     input["volume"] = volume.path;
-    input["free"] = Uint(volume.freeSize);
-    input["total"] = Uint(volume.totalSize);
+    // Only a tenth tells apart here; which limit a low volume has reached is in the finding.
+    input["compared"].append(Comparison("bytes", volume.freeSize, volume.totalSize, 0.1,
+                                        volume.freeSize <= volume.totalSize / 10));
     return input;
   });
   return inputs;
