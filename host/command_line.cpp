@@ -9,6 +9,7 @@
 #include "host/explain_command.h"
 #include "host/failure.h"
 #include "host/findings_command.h"
+#include "host/report_command.h"
 #include "host/serve_command.h"
 #include "host/status_command.h"
 
@@ -48,6 +49,7 @@ class CommandLine {
     AddDiff();
     AddFindings();
     AddCapture();
+    AddReport();
     AddServe();
   }
 
@@ -92,6 +94,13 @@ class CommandLine {
                             [this](Session& session) { return RunCapture(session, to_, why_); });
     capture->add_option("folder", to_, "The folder to make")->required();
     capture->add_option("--why", why_, "A line for people: what is special about the machine");
+  }
+
+  void AddReport() {
+    Add("report", "The answer as one page to keep, print or send",
+        [this](Session& session) { return RunReport(session, to_); })
+        ->add_option("file", to_, "The page to write, for example health.html; - for the output")
+        ->required();
   }
 
   void AddServe() {

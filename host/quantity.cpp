@@ -33,6 +33,10 @@ std::string Count(std::uint64_t count) {
   return digits;
 }
 
+std::string Milliseconds(std::uint32_t microseconds, const Texts& texts) {
+  return Decimal(microseconds / 1000.0, microseconds < 1000 ? 2 : 1, texts) + "\u00A0ms";
+}
+
 std::string Percent(double share, const Texts& texts) {
   return Decimal(share * 100, 2, texts) + "\u00A0%";
 }

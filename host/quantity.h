@@ -12,6 +12,8 @@ namespace vela::host {
 std::string Bytes(std::uint64_t bytes, const Texts& texts);
 // 240000000 as "240 000 000", with narrow blanks.
 std::string Count(std::uint64_t count);
+// 1234 as "1.2 ms".
+std::string Milliseconds(std::uint32_t microseconds, const Texts& texts);
 // 0.05 as "5 %".
 std::string Percent(double share, const Texts& texts);
 

@@ -42,8 +42,10 @@ Json::Value InputOf(const VolumeUsageInfo& volume, double inodeShare) {
   const _tag_volume_usage& usage = volume.usage;
   Json::Value input;
   input["volume"] = volume.volumeId;
-  input["status"] = volume.status;
-  if (volume.status != "normal") return input;  // whose space is not judged
+  if (volume.status != "normal") {  // then its space is not judged
+    input["status"] = volume.status;
+    return input;
+  }
   const std::uint64_t free = usage.u1 > usage.u0 ? usage.u1 - usage.u0 : 0;
   // The shortest decimals of the platform's float: 0.05 is not 0.0500000007.
   const double share = std::round(double{volume.warningRatio} * 1e6) / 1e6;

@@ -1,11 +1,8 @@
 // The real program over the real module and simulator.
 #include <gtest/gtest.h>
-#include <json/reader.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
 
 #include "support/program.h"
@@ -32,29 +29,6 @@ TEST(Program, TheExitStateTellsTheVerdict) {
     EXPECT_TRUE(Contains(outcome.out, c.words)) << outcome.out;
     EXPECT_EQ(Contains(outcome.out, "What to do:"), c.status == 1 || c.status == 2) << outcome.out;
     EXPECT_EQ(Contains(outcome.out, "Could not read UPS: "), c.status == 3) << outcome.out;
-  }
-}
-
-std::vector<std::string> ScenariosNamed(const std::string& start) {
-  std::vector<std::string> names;
-  for (const auto& folder : std::filesystem::directory_iterator(VELA_SCENARIOS)) {
-    const std::string name = folder.path().filename();
-    if (folder.is_directory() && name.starts_with(start)) names.push_back(name);
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-TEST(Program, WhatCouldNotBeReadIsNamedAndNeverCalledHealthy) {
-  const std::vector<std::string> failing = ScenariosNamed("failing-");
-  ASSERT_GT(failing.size(), 30U);
-  for (const std::string& name : failing) {
-    const Outcome outcome = RunProgram({"--scenario", name, "--lang", "en"});
-    SCOPED_TRACE(name + "\n" + outcome.out);
-    const bool finding = Contains(outcome.out, "What to do:");
-    EXPECT_EQ(outcome.status == 3, !finding);
-    EXPECT_EQ(outcome.out.starts_with("Healthy as far as could be read.\n"), !finding);
-    EXPECT_TRUE(Contains(outcome.out, "  Could not read "));
   }
 }
 
@@ -102,67 +76,6 @@ TEST(Program, LibrariesMayBeNamedInTheEnvironment) {
   EXPECT_EQ(RunProgram({}, {"VELA_HEALTH_PLATFORM=simulator"}).status, 0);
   EXPECT_EQ(
       RunProgram({}, {"VELA_HEALTH_PLATFORM=simulator", "VELA_HEALTH_MODULE=/nowhere"}).status, 69);
-}
-
-TEST(Program, ExplainShowsEveryCheckerAndWhatDecided) {
-  const struct {
-    const char *scenario, *language;
-    std::vector<std::string> words;
-  } cases[] = {
-      {"fan-failed-and-cluster-trouble",
-       "en",
-       {"Volume usage: nothing to report\n    model without disk bays: no\n",
-        "System status: A system fan has failed. (Warning, priority 0)\n  ▸ fan failed: yes\n",
-        "  ▸ status: danger\n", "  2. The high-availability cluster", "  0 beats 0.5: "}},
-      {"volume-low",
-       "en",
-       {"  ▸ volume 1 – 93.1\u00A0GiB free of 3.3\u00A0TiB: below the mark of 168\u00A0GiB "
-        "(5\u00A0%)\n",
-        "    volume 1 – 230\u202F000\u202F000 of 240\u202F000\u202F000 inodes free: enough,",
-        "\n    Disk 1, Disk 2, Disk 3, Disk 4, ", "It is the only finding."}},
-      {"supply-failed-here-and-in-a-unit",
-       "de",
-       {"Beide haben Priorität 3.9: ", "Zustand des Systems kommt vor Erweiterungseinheiten"}},
-      {"san-lun-crashed", "fr", {"  ▸ LUN-1 – état\u00A0: Unhealthy\n", "    LUN-2 – "}},
-      {"healthy", "es", {"Ninguna comprobación encontró nada."}},
-      {"failing-ups", "ja", {"UPS を読み取れませんでした"}}};
-  for (const auto& c : cases) {
-    const Outcome outcome = RunProgram({"explain", "--lang", c.language, "--scenario", c.scenario});
-    SCOPED_TRACE(outcome.out);
-    for (const std::string& words : c.words) EXPECT_TRUE(Contains(outcome.out, words)) << words;
-  }
-}
-
-// The names of all inputs in what a checker saw.
-void CollectNames(const Json::Value& saw, std::set<std::string>& names) {
-  for (auto member = saw.begin(); member != saw.end(); ++member) {
-    const std::string name = saw.isObject() ? member.name() : "";
-    if (name == "compared" || name == "decides") continue;
-    if (!name.empty()) names.insert(name);
-    if (member->isObject() || member->isArray()) CollectNames(*member, names);
-  }
-}
-
-TEST(Program, EverythingThatExplainNamesHasATranslation) {
-  const auto explained = [](const char* scenario) {
-    Json::Value document;
-    std::istringstream in(RunProgram({"explain", "--json", "--scenario", scenario}).out);
-    in >> document;
-    return document["checkers"];
-  };
-  std::set<std::string> checkers, inputs;
-  for (const char* scenario : {"everything-at-once", "healthy"}) {
-    for (const Json::Value& checker : explained(scenario)) {
-      checkers.insert(checker["name"].asString());
-      CollectNames(checker["saw"], inputs);
-    }
-  }
-  Json::Value texts;
-  std::ifstream(VELA_TEXTS "/explain/en.json") >> texts;
-  for (const std::string& name : checkers) EXPECT_TRUE(texts["checker"].isMember(name)) << name;
-  for (const std::string& name : inputs) EXPECT_TRUE(texts["input"].isMember(name)) << name;
-  EXPECT_EQ(checkers.size(), 10U);
-  EXPECT_GT(inputs.size(), 20U);
 }
 
 TEST(Program, DiffTellsWhetherTheVerdictChanges) {
