@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "host/advice.h"
+#include "host/one_line.h"
 #include "host/report_page.h"
-#include "host/response.h"
 #include "host/verdict.h"
 
 namespace vela::host {

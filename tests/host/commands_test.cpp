@@ -13,17 +13,6 @@
 namespace vela::host::test {
 namespace {
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-std::string Scenario(const std::string& name, const std::string& state) {
-  const std::filesystem::path folder = testing::TempDir() + "scenario-" + name;
-  std::filesystem::create_directories(folder);
-  std::ofstream(folder / "state.json") << state;
-  return folder;
-}
-
 std::vector<std::string> ScenariosNamed(const std::string& start) {
   std::vector<std::string> names;
   for (const auto& folder : std::filesystem::directory_iterator(VELA_SCENARIOS)) {
