@@ -1,18 +1,28 @@
 # Completion of vela-health for bash.
 _vela_health() {
-  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} each command=
   local options="--platform --module --scenario --lang --json --help --version"
   local scenarios=/usr/share/vela-systemhealth/scenarios
+  for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+    case $each in
+      status | explain | diff | findings | capture | report | serve) command=$each ;;
+    esac
+  done
   case $before in
-    --platform) mapfile -t COMPREPLY < <(compgen -W "linux simulator" -f -- "$word") ;;
-    --lang) mapfile -t COMPREPLY < <(compgen -W "en de fr es ja zh-CN" -- "$word") ;;
-    --module) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
-    --scenario) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null)" -d -- "$word") ;;
-    --listen | --port | --host-name) COMPREPLY=() ;;
-    *)
-      [[ " ${COMP_WORDS[*]} " != *" serve "* ]] || options+=" --listen --port --allow-remote --host-name --demo"
-      mapfile -t COMPREPLY < <(compgen -W "status explain diff findings serve $options" -- "$word")
-      ;;
+    --platform) mapfile -t COMPREPLY < <(compgen -W "linux simulator" -f -- "$word") && return ;;
+    --lang) mapfile -t COMPREPLY < <(compgen -W "en de fr es ja zh-CN" -- "$word") && return ;;
+    --module) mapfile -t COMPREPLY < <(compgen -f -- "$word") && return ;;
+    --scenario) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null)" -d -- "$word") && return ;;
+    --listen | --port | --host-name | --why) COMPREPLY=() && return ;;
+  esac
+  case $command in
+    diff) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null) $options" -f -- "$word") ;;
+    findings) mapfile -t COMPREPLY < <(compgen -W "--markdown $options" -- "$word") ;;
+    capture) mapfile -t COMPREPLY < <(compgen -W "--why $options" -d -- "$word") ;;
+    report) mapfile -t COMPREPLY < <(compgen -W "$options" -f -- "$word") ;;
+    serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo $options" -- "$word") ;;
+    '') mapfile -t COMPREPLY < <(compgen -W "status explain diff findings capture report serve $options" -- "$word") ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word") ;;
   esac
 }
 complete -F _vela_health vela-health

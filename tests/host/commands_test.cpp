@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -152,6 +153,35 @@ TEST(Report, ReplacesAReportAndNothingElse) {
   std::stringstream kept;
   kept << std::ifstream(precious).rdbuf();
   EXPECT_EQ(kept.str(), "photos");
+}
+
+// All of a file, less the manual's backslashes.
+std::string Packaged(const std::string& file) {
+  std::stringstream text;
+  text << std::ifstream(VELA_PACKAGING + ("/" + file)).rdbuf();
+  std::string plain = text.str();
+  std::erase(plain, '\\');
+  return plain;
+}
+
+TEST(Help, EveryCommandAndOptionIsInTheManualAndTheCompletions) {
+  std::set<std::string> words;
+  const std::regex command("\n  ([a-z]+)  "), option("(--[a-z-]+)");
+  const auto collect = [&words](const std::string& help, const std::regex& form) {
+    for (std::sregex_iterator found(help.begin(), help.end(), form), end; found != end; ++found)
+      words.insert(found->str(1));
+  };
+  const std::string help = RunProgram({"--help"}).out;
+  collect(help, command);
+  EXPECT_EQ(words.size(), 7U);
+  for (const std::string& name : std::set(words)) collect(RunProgram({name, "--help"}).out, option);
+  collect(help, option);
+  EXPECT_TRUE(words.contains("--why") && words.contains("--scenario"));
+  for (const char* file :
+       {"man/vela-health.1", "completion/vela-health.bash", "completion/_vela-health"}) {
+    const std::string text = Packaged(file);
+    for (const std::string& word : words) EXPECT_TRUE(Contains(text, word)) << file << " " << word;
+  }
 }
 
 }  // namespace
