@@ -110,8 +110,14 @@ HttpAnswer HealthSite::AnswerApi(std::string_view path) const {
 
 HttpAnswer HealthSite::AnswerFile(const HttpRequest& request, const StaticFile& file) const {
   HttpAnswer answer{200, file.contentType, {}};
-  answer.headers = {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}};
   const bool gzip = AcceptsGzip(request.Header("Accept-Encoding"));
+  const std::string tag = "\"" + file.tag + (gzip ? "-gzip\"" : "\"");
+  answer.headers = {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}, {"ETag", tag}};
+  const char* known = request.Header("If-None-Match");
+  if (known != nullptr && known == tag) {
+    answer.status = 304;
+    return answer;
+  }
   if (gzip) answer.headers.emplace_back("Content-Encoding", "gzip");
   answer.fixed = gzip ? file.gzipped : file.bytes;
   return answer;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -83,7 +84,10 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
 
 void StaticFiles::Add(const std::string& path, const char* contentType, std::string bytes) {
   std::string gzipped = Gzip(bytes);
-  files_[path] = {contentType, std::move(bytes), std::move(gzipped)};
+  // Its last bytes are a sum over `bytes` and their number.
+  const std::size_t sum =
+      std::hash<std::string_view>()(std::string_view(gzipped).substr(gzipped.size() - 8));
+  files_[path] = {contentType, std::move(bytes), std::move(gzipped), std::to_string(sum)};
 }
 
 const StaticFile* StaticFiles::Find(std::string_view path) const {

@@ -12,6 +12,7 @@ struct StaticFile {
   const char* contentType;
   std::string bytes;
   std::string gzipped;
+  std::string tag;  // changes with the bytes
 };
 
 class StaticFiles {

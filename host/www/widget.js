@@ -4,6 +4,7 @@ import {fetchJson, fill, languageFor, offerLanguages, sentenceOf, showAdvice, sh
 const kPollSeconds = 60;
 
 const query = new URLSearchParams(location.search);
+const scenario = query.get("scenario");  // of a demo
 const state = {texts: null, language: "en", reply: null, askedAt: 0, answeredAt: 0, unreachable: false};
 const part = (id) => document.getElementById(id);
 const widget = part("widget");
@@ -76,7 +77,7 @@ function showSources(sources) {
 }
 
 function showFooter({answer, sources}) {
-  show("host", answer.hostname);
+  show("host", scenario ? `${answer.hostname} (${scenario})` : answer.hostname);
   show("uptime", uptime(answer.uptime));
   const time = new Date(state.answeredAt).toLocaleTimeString(state.language, {hour: "2-digit", minute: "2-digit"});
   show("checked", ui("checked", time));
@@ -123,7 +124,6 @@ function paint() {
 }
 
 async function ask() {
-  const scenario = query.get("scenario");
   state.askedAt = Date.now();
   try {
     state.reply = await fetchJson("answer" + (scenario ? `?scenario=${encodeURIComponent(scenario)}` : ""));

@@ -101,7 +101,7 @@ TEST(Serve, PreviewsAndTheGalleryExistOnlyInADemo) {
   EXPECT_TRUE(Contains(outcome.err, "Leave --platform out")) << outcome.err;
 }
 
-TEST(Serve, FilesArePackedForThoseWhoCanUnpackThem) {
+TEST(Serve, FilesArePackedForThoseWhoCanUnpackThemAndSentOnce) {
   Serving serving({"--scenario", "healthy"});
   const struct {
     const char* accepted;
@@ -117,6 +117,12 @@ TEST(Serve, FilesArePackedForThoseWhoCanUnpackThem) {
     EXPECT_EQ(Contains(answer, "Content-Encoding: gzip\r\n"), c.packed) << c.accepted;
     EXPECT_EQ(answer.size() < 7000, c.packed) << c.accepted;
     EXPECT_TRUE(Contains(answer, "Vary: Accept-Encoding\r\n"));
+    const std::size_t tag = answer.find("ETag: ") + 6;
+    const std::string again = Exchange(
+        serving.Port(), "GET /texts/ja.json HTTP/1.1\r\nHost: localhost\r\nIf-None-Match: " +
+                            answer.substr(tag, answer.find('\r', tag) - tag) +
+                            "\r\nConnection: close\r\nAccept-Encoding: " + c.accepted + "\r\n\r\n");
+    EXPECT_TRUE(again.starts_with("HTTP/1.1 304 ") && again.ends_with("\r\n\r\n")) << again;
   }
 }
 
