@@ -170,6 +170,30 @@ TEST(FullMachine, IsAskedWithoutAnyHarm) {
   EXPECT_EQ(FailedIn(lines), "");
 }
 
+// As the installed service runs: it may test no configuration, ask no cluster and read no
+// configuration of NUT. That is no fault of the machine, and it is said.
+TEST(FullMachine, AUserWithoutRightsRaisesNoFalseAlarm) {
+  FullMachine machine;
+  if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
+  machine.bus->Say("nginx.service", "ActiveState", "failed");
+  machine.Program("/usr/sbin/nginx", "exit 1");
+  machine.Write("/usr/sbin/crm_mon",
+                "#!/bin/sh\ncat " FIXTURES "/ha/not-connected.xml; exit 102\n");
+  machine.Write("/etc/velainfo.conf", "");
+  for (const char* file : {"/etc/nut/nut.conf", "/etc/nut/upsmon.conf"})
+    std::filesystem::permissions(machine.Write(file, "MODE=standalone\n"),
+                                 std::filesystem::perms(0640));
+  std::filesystem::permissions(machine.Path(), std::filesystem::perms(0755));
+  const std::string nobody = "setpriv --reuid 65534 --regid 65534 --clear-groups";
+  const auto lines = machine.Settled(3, "web server, high availability", nobody);
+  SCOPED_TRACE(testing::PrintToString(lines));
+  EXPECT_NE(DocumentIn(lines).find("widget:system_ok"), std::string::npos);
+  EXPECT_EQ(FailedIn(lines), "web server, high availability");
+  const std::string sources = testing::PrintToString(With(lines, "source"));
+  EXPECT_NE(sources.find("only root can test its configuration"), std::string::npos);
+  EXPECT_NE(sources.find("UPS: absent no UPS is set up"), std::string::npos);
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, TroubledMachine, testing::ValuesIn(kTroubles),
                          [](const auto& each) { return std::string(each.param.name); });
 
