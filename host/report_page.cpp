@@ -25,9 +25,9 @@ Icon IconOf(Verdict verdict) {
     case Verdict::Danger:
       return {"M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"};
     case Verdict::Warning:
-      return {"M24 3L47 44H1z", "M24 18v12M24 37v.1"};
+      return {"M24 4L45 43H3z", "M24 19v11M24 36.5v.1"};
     case Verdict::Notice:
-      return {"M24 1l23 23-23 23L1 24z", "M24 22v12M24 14v.1"};
+      return {"M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1"};
     case Verdict::Well:
       break;
   }
@@ -40,7 +40,7 @@ std::string Headline(Verdict look, const std::string& sentence, const Texts& tex
          "<path class=\"shape\" d=\"" +
          std::string(icon.shape) + "\"/><path class=\"mark\" d=\"" + icon.mark +
          "\"/></svg>\n<div>" + Element("p", texts.Ui(NameOf(look)), "class=\"severity\"") +
-         Element("h1", sentence, "dir=\"auto\"") + "</div></div>\n";
+         Element("h1", sentence, "class=\"sentence\"") + "</div></div>\n";
 }
 
 std::string AdviceOn(const Finding& finding, const Texts& texts) {
@@ -175,8 +175,8 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   const Verdict look = incomplete ? Verdict::Notice : verdict;
 
   std::string body =
-      About(answer, parts.time, texts) +
-      Headline(look, incomplete ? texts.Ui("incomplete") : Sentence(answer.rule, texts), texts);
+      Headline(look, incomplete ? texts.Ui("incomplete") : Sentence(answer.rule, texts), texts) +
+      About(answer, parts.time, texts);
   if (verdict != Verdict::Well) body += AdviceOn(answer.rule, texts);
   body += Unread(parts.reply.sources, texts);
   body += FurtherFindings(ranked, texts) + Checks(parts.results, ranked, texts) +
@@ -184,7 +184,8 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
           Document(parts.reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;
   return Head(parts, texts.Ui("report_title", host)) + "<body>\n" +
-         Around("main", body, std::string("data-verdict=\"") + NameOf(look) + "\"") +
+         Around("main", body,
+                std::string("class=\"widget\" data-verdict=\"") + NameOf(look) + "\"") +
          "</body>\n</html>\n";
 }
 

@@ -45,6 +45,17 @@ std::string Read(const std::filesystem::path& path) {
   return std::move(bytes).str();
 }
 
+// Without what only a reader of the source needs: indentation and lines that are a comment.
+std::string Lean(const std::string& source) {
+  std::istringstream lines(source);
+  std::string lean;
+  for (std::string line; std::getline(lines, line);) {
+    line.erase(0, line.find_first_not_of(' '));
+    if (!line.empty() && !line.starts_with("//")) lean += line + '\n';
+  }
+  return lean;
+}
+
 // What the page shows: without the catalogue's titles, advice on what needs none, words that
 // `page` never names, the blanks that make the source readable, and escapes.
 std::string TextsOfPage(const std::string& json, const std::string& page) {
@@ -56,7 +67,7 @@ std::string TextsOfPage(const std::string& json, const std::string& page) {
   }
   value.removeMember("system_health/system_ok");
   for (const std::string& word : value["ui"].getMemberNames()) {
-    if (page.find(word) == std::string::npos) value["ui"].removeMember(word);
+    if (page.find('"' + word + '"') == std::string::npos) value["ui"].removeMember(word);
   }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
@@ -68,7 +79,7 @@ std::string TextsOfPage(const std::string& json, const std::string& page) {
 
 StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   const auto add = [&](const PageFile& page) {
-    Add(page.path, page.contentType, Read(data / "www" / page.file));
+    Add(page.path, page.contentType, Lean(Read(data / "www" / page.file)));
   };
   std::string sources;
   for (const PageFile& page : kPage) {

@@ -99,7 +99,7 @@ export function showHeadline(widget, verdict, sentence, texts) {
 
 // The program's own words, and what the texts say about the finding.
 export function showAdvice(widget, rule, texts) {
-  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? {do: texts.ui.unknown_finding};
+  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? {do: texts.ui["unknown_finding"]};
   for (const part of widget.querySelectorAll("[data-advice]")) part.textContent = advice[part.dataset.advice] ?? "";
   const details = widget.querySelector(".advice details");
   if (details) details.hidden = !advice.meaning;

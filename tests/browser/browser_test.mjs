@@ -1,7 +1,7 @@
 // The page and the gallery in a real Chromium, served by the real program over simulated machines.
 //   browser_test.mjs VELA_HEALTH NODE_MODULES_FOLDER CHROMIUM [SCREENSHOT_FOLDER]
 import assert from "node:assert/strict";
-import {answered, browser, findings, kLanguages, misfits, open, problemsSoFar, serve, tab, text, violations} from "./support.mjs";
+import {answered, browser, findings, kLanguages, misfits, open, problemsSoFar, report, serve, tab, text, violations} from "./support.mjs";
 
 const shots = process.argv[5];
 const kWidths = [280, 1280];
@@ -77,6 +77,21 @@ const tests = {
     await visit.page.locator("#danger article a").first().click();
     await visit.page.locator('#widget[data-verdict="danger"]').waitFor();
     await visit.close();
+  },
+
+  async "the report is a page that stands by itself, fits and is accessible"() {
+    for (const [scenario, language] of [["everything-at-once", "de"], ["failing-ups", "ja"], ["healthy", "es"]]) {
+      const visit = await tab();
+      await visit.page.setContent(report(scenario, language));
+      assert.ok(await visit.page.locator(".sentence").isVisible());
+      for (const details of await visit.page.locator("details").all()) await details.locator("> summary").click();
+      await inEveryFrame(visit, async (frame) => {
+        assert.deepEqual(await misfits(visit.page), [], `${scenario} ${frame}`);
+        assert.deepEqual(await violations(visit.page), [], `${scenario} ${frame}`);
+      });
+      assert.deepEqual(visit.requests.filter((request) => !request.startsWith("data:")), []);
+      await visit.close();
+    }
   },
 
   async "at most six requests and 40 KB in any language, half of it on the wire"() {

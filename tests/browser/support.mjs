@@ -1,5 +1,5 @@
 // A real Chromium on pages of the real program.
-import {execFileSync, spawn} from "node:child_process";
+import {spawn, spawnSync} from "node:child_process";
 import {createRequire} from "node:module";
 import {readFileSync} from "node:fs";
 
@@ -20,7 +20,9 @@ export function problemsSoFar() {
 
 export const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"]});
 
-export const findings = () => JSON.parse(execFileSync(program, ["findings", "--json"]));
+const asked = (...words) => spawnSync(program, words, {encoding: "utf8"}).stdout;
+export const findings = () => JSON.parse(asked("findings", "--json"));
+export const report = (scenario, language) => asked("report", "-", "--scenario", scenario, "--lang", language);
 
 export async function serve(...options) {
   const port = options.includes("--port") ? [] : ["--port", "0"];

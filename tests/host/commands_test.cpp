@@ -110,7 +110,7 @@ TEST(Report, IsOnePageInItselfWhateverNamesHold) {
     EXPECT_EQ(report.status, 1);
     EXPECT_TRUE(Contains(report.out, std::string("<html lang=\"") + language + "\">"));
     EXPECT_TRUE(Contains(report.out, "&lt;/title&gt;&lt;script&gt;&quot;&#39;&amp;"));
-    EXPECT_TRUE(Contains(report.out, "<h1 dir=\"auto\">&lt;b&gt;{1}&#39;صور"));
+    EXPECT_TRUE(Contains(report.out, "<h1 class=\"sentence\">&lt;b&gt;{1}&#39;صور"));
     EXPECT_TRUE(Contains(report.out, "1\u00A0B"));
     for (const char* never : {"<script", "<img", "<b>{1}", "\u202e", "\"onload",
                               "http:", "https:", "src=\"", "url(", "@import", "widget:", "ui:"}) {
