@@ -1,6 +1,7 @@
-// answers PLATFORM MODULE COUNT: asks the shipped module over the shipped platform COUNT times,
-// as a host does, and tells what came of it: the last document, how long the answers took,
-// what each source said, what was logged, and what the host process has to show for it.
+// answers PLATFORM MODULE COUNT [THREADS]: asks the shipped module over the shipped platform
+// COUNT times, as a host does, in each of THREADS threads at once, and tells what came of it: the
+// last document, how long the answers took, what each source said, what was logged, and what the
+// host process has to show for it.
 #include <dlfcn.h>
 #include <locale.h>
 #include <signal.h>
@@ -14,7 +15,10 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <json/writer.h>
 
@@ -92,45 +96,83 @@ std::map<std::string, std::string> Process() {
           {"locale", setlocale(LC_ALL, nullptr)}};
 }
 
+struct Asked {
+  Json::Value document;
+  Milliseconds longest{}, later{};
+  VELASourceReport reports[16];
+  int told = 0;
+};
+
+class Host {
+ public:
+  Host(const char* platform, const char* module)
+      : platform_(Load(platform, RTLD_NOW | RTLD_GLOBAL)),
+        handler_(Find<Table>(Load(module, RTLD_NOW), "GetAPITable")()->handler) {}
+
+  Asked Ask(int requests) const {
+    Asked asked;
+    VELA::RecordedResponse response;
+    for (int i = 0; i < requests; ++i) {
+      reset_();
+      const auto start = std::chrono::steady_clock::now();
+      handler_(nullptr, response.AsResponse());
+      const Milliseconds time = std::chrono::steady_clock::now() - start;
+      asked.longest = std::max(asked.longest, time);
+      if (i >= kSettling) asked.later += time / std::max(1, requests - kSettling);
+    }
+    asked.document.swap(response.document);
+    asked.told = sources_(asked.reports, 16);
+    return asked;
+  }
+
+  // As many threads at once; the last one's. None when not all were told the same.
+  std::optional<Asked> Ask(int requests, int threads) const {
+    std::vector<Asked> all(static_cast<std::size_t>(threads));
+    std::vector<std::thread> running;
+    for (Asked& each : all) running.emplace_back([this, requests, &each] { each = Ask(requests); });
+    for (std::thread& thread : running) thread.join();
+    for (Asked& each : all) each.document.removeMember("uptime");
+    for (Asked& each : all) {
+      if (each.document == all.back().document) continue;
+      std::printf("one thread was told %s another %s", all.back().document.toStyledString().c_str(),
+                  each.document.toStyledString().c_str());
+      return std::nullopt;
+    }
+    return std::move(all.back());
+  }
+
+ private:
+  void* platform_;
+  void (*handler_)(VELA::APIRequest*, VELA::APIResponse*);
+  decltype(&VELAPlatformSourcesReset) reset_ =
+      Find<decltype(reset_)>(platform_, "VELAPlatformSourcesReset");
+  decltype(&VELAPlatformSources) sources_ =
+      Find<decltype(sources_)>(platform_, "VELAPlatformSources");
+};
+
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count != 4) return std::fprintf(stderr, "usage: answers PLATFORM MODULE COUNT\n"), 64;
+  if (count < 4)
+    return std::fprintf(stderr, "usage: answers PLATFORM MODULE COUNT [THREADS]\n"), 64;
   setlocale(LC_ALL, "C.UTF-8");
-  void* platform = Load(arguments[1], RTLD_NOW | RTLD_GLOBAL);
-  const auto handler = Find<Table>(Load(arguments[2], RTLD_NOW), "GetAPITable")()->handler;
-  const auto reset =
-      Find<decltype(&VELAPlatformSourcesReset)>(platform, "VELAPlatformSourcesReset");
-  const auto sources = Find<decltype(&VELAPlatformSources)>(platform, "VELAPlatformSources");
-
+  const Host host(arguments[1], arguments[2]);
   const auto before = Process();
-  VELA::RecordedResponse response;
-  Milliseconds longest{}, later{};
   const int requests = std::atoi(arguments[3]);
-  for (int i = 0; i < requests; ++i) {
-    reset();
-    const auto start = std::chrono::steady_clock::now();
-    handler(nullptr, response.AsResponse());
-    const Milliseconds time = std::chrono::steady_clock::now() - start;
-    longest = std::max(longest, time);
-    if (i >= kSettling) later += time;
-  }
+  const auto asked = count > 4 ? host.Ask(requests, std::atoi(arguments[4])) : host.Ask(requests);
+  if (!asked) return 1;
 
-  VELASourceReport reports[16];
-  const int told = sources(reports, 16);
   for (const auto& [what, now] : Process())
     if (now != before.at(what))
       std::printf("changed %s: %s -> %s\n", what.c_str(), before.at(what).c_str(), now.c_str());
   Json::StreamWriterBuilder line;
   line["indentation"] = "";
-  std::printf("document %s\n", Json::writeString(line, response.document).c_str());
-  std::printf("longest %.1f ms, then %.1f ms each; %d answers\n", longest.count(),
-              later.count() / std::max(1, requests - kSettling), response.answers);
-  for (int i = 0; i < told; ++i)
-    std::printf("source %s: %s %s\n", reports[i].name,
-                reports[i].state == 2   ? "failed"
-                : reports[i].state == 1 ? "read"
-                                        : "absent",
-                reports[i].reason);
+  std::printf("document %s\n", Json::writeString(line, asked->document).c_str());
+  std::printf("longest %.1f ms, then %.1f ms each\n", asked->longest.count(), asked->later.count());
+  for (int i = 0; i < asked->told; ++i) {
+    constexpr const char* kStates[] = {"absent", "read", "failed"};
+    const VELASourceReport& report = asked->reports[i];
+    std::printf("source %s: %s %s\n", report.name, kStates[report.state], report.reason);
+  }
   for (const std::string& each : TakeSystemLog()) std::printf("log %s\n", each.c_str());
 }

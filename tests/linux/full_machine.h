@@ -120,11 +120,12 @@ class FullMachine : public MachineTree {
                       mount((Path() / "sys").c_str(), "/sys", nullptr, MS_BIND, nullptr) == 0;
   }
 
-  // What `answers` prints of this machine, line by line; `with` goes before its name.
-  std::vector<std::string> Answers(int count, const std::string& with = "") const {
+  // What `answers` prints of this machine, line by line; `with` goes before its name, `count`
+  // may have a number of threads behind it.
+  std::vector<std::string> Answers(const std::string& count, const std::string& with = "") const {
     const std::string command = "VELA_ROOT=" + Path().string() + " " + with +
-                                " " VELA_ANSWERS " " VELA_PLATFORM " " VELA_MODULE " " +
-                                std::to_string(count) + " 2>&1";
+                                " " VELA_ANSWERS " " VELA_PLATFORM " " VELA_MODULE " " + count +
+                                " 2>&1";
     FILE* stream = popen(command.c_str(), "r");
     std::vector<std::string> lines;
     char* line = nullptr;
@@ -138,7 +139,7 @@ class FullMachine : public MachineTree {
 
   // The same, once more where the answer came late or other sources than those failed: a
   // machine that is busy with something else starves its bus and its servers, too.
-  std::vector<std::string> Settled(int count, const std::string& failed,
+  std::vector<std::string> Settled(const std::string& count, const std::string& failed,
                                    const std::string& with = "") const {
     for (int tries = 0;; ++tries) {
       auto lines = Answers(count, with);

@@ -74,21 +74,14 @@ TEST_F(HighAvailabilityTest, AMachineWithoutItIsSilent) {
   EXPECT_EQ(Ask(), "off") << "installed, not running";
   Listen("@pacemakerd-other");
   EXPECT_EQ(Ask(), "off");
+  Listen("@pacemakerd@@@@@@@@");
+  EXPECT_EQ(Ask(), "danger") << "its socket tells where systemd does not";
+  Listen("");
+  EXPECT_EQ(Ask(), "off");
   EXPECT_TRUE(TakeSystemLog().empty());
   char text[4] = "xyz";
   EXPECT_EQ(VELAHAGetOverviewStatusDL(text, sizeof text), -1);
   EXPECT_STREQ(text, "");
-}
-
-TEST_F(HighAvailabilityTest, WithoutSystemdPacemakersSocketTells) {
-  for (const char* name : {"@pacemakerd", "@pacemakerd@@@@@@@@"}) {
-    Listen(name);
-    Monitor(Print("partner-offline"));
-    EXPECT_EQ(Ask(), "empty_passive");
-    EXPECT_EQ(Said().state, 1);
-  }
-  char text[13] = "x";
-  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, sizeof text), -1) << "no room for the NUL";
 }
 
 TEST_F(HighAvailabilityTest, DrbdAndTheClusterCountTogether) {

@@ -132,14 +132,14 @@ TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   FullMachine machine(false);  // whatever else befalls it, the lost member must still be told
   if (!machine.bus->Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
   if (!machine.Enter()) GTEST_SKIP() << "needs root";
-  const auto well = machine.Settled(1, "");
+  const auto well = machine.Settled("1", "");
   ASSERT_EQ(machine.status, 0) << testing::PrintToString(well);
   EXPECT_EQ(FailedIn(well), "");
   EXPECT_NE(DocumentIn(well).find("storage_is_attention"), std::string::npos) << DocumentIn(well);
 
   Holds holds;
   trouble.befall(machine, holds);
-  const auto lines = machine.Settled(trouble.answers, trouble.failed);
+  const auto lines = machine.Settled(std::to_string(trouble.answers), trouble.failed);
   SCOPED_TRACE(testing::PrintToString(lines));
   ASSERT_EQ(machine.status, 0);
   EXPECT_EQ(DocumentIn(lines), DocumentIn(well));
@@ -164,10 +164,21 @@ TEST(FullMachine, IsAskedWithoutAnyHarm) {
   FullMachine machine;
   if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
   machine.bus->Say("nginx.service", "ActiveState", "failed");
-  const auto lines = machine.Settled(3, "", VELA_HARMLESS);
+  const auto lines = machine.Settled("3", "", VELA_HARMLESS);
   if (machine.status == 77 << 8) GTEST_SKIP() << "needs strace: apt-get install strace";
   EXPECT_EQ(machine.status, 0) << testing::PrintToString(lines);
   EXPECT_EQ(FailedIn(lines), "");
+}
+
+TEST(FullMachine, TellsManyThreadsTheSameAtOnce) {
+  FullMachine machine(false);
+  if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
+  machine.bus->Say("nginx.service", "ActiveState", "failed");
+  const auto lines = machine.Settled("25 4", "");
+  SCOPED_TRACE(testing::PrintToString(lines));
+  EXPECT_EQ(machine.status, 0);
+  EXPECT_NE(DocumentIn(lines).find("storage_is_attention"), std::string::npos);
+  EXPECT_EQ(With(lines, "changed"), std::vector<std::string>());
 }
 
 // As the installed service runs: it may test no configuration, ask no cluster and read no
@@ -185,7 +196,7 @@ TEST(FullMachine, AUserWithoutRightsRaisesNoFalseAlarm) {
                                  std::filesystem::perms(0640));
   std::filesystem::permissions(machine.Path(), std::filesystem::perms(0755));
   const std::string nobody = "setpriv --reuid 65534 --regid 65534 --clear-groups";
-  const auto lines = machine.Settled(3, "web server, high availability", nobody);
+  const auto lines = machine.Settled("3", "web server, high availability", nobody);
   SCOPED_TRACE(testing::PrintToString(lines));
   EXPECT_NE(DocumentIn(lines).find("widget:system_ok"), std::string::npos);
   EXPECT_EQ(FailedIn(lines), "web server, high availability");

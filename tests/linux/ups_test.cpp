@@ -134,27 +134,23 @@ TEST_F(UpsTest, AMachineWithoutAUpsIsSilent) {
   EXPECT_TRUE(TakeSystemLog().empty());
 }
 
-TEST_F(UpsTest, TheWorstOfSeveralCounts) {
+TEST_F(UpsTest, TheWorstOfSeveralCountsHoweverTheyAreNamed) {
   FakeServer server([](int client) { ServeStatus(client, "OL", "VAR desk ups.status \"OB\""); });
-  const std::string desk = "desk@127.0.0.1:" + server.Port();
-  Monitor(At(server) + " " + desk);
-  EXPECT_EQ(Ask().state, 2);
-  Monitor(desk + " " + At(server));
-  EXPECT_EQ(Ask().state, 2);
-  EXPECT_EQ(Ask().enabled, 1);
-  EXPECT_EQ(Ask().connected, 1);
-  EXPECT_EQ(Said().state, 1);
-}
-
-TEST_F(UpsTest, NutsOwnConfigurationIsEnough) {
-  FakeServer server([](int client) { ServeStatus(client, "OL", "VAR desk ups.status \"OB\""); });
+  const std::string port = server.Port(), desk = "desk@127.0.0.1:" + port;
   root_.Write("/etc/nut/nut.conf", "MODE = standalone\n");
-  root_.Write("/etc/nut/upsmon.conf",
-              "MONITOR desk@localhost:" + server.Port() + " 1 a b master\n");
-  EXPECT_EQ(Ask().state, 2);
-  Monitor("@localhost:" + server.Port());
-  EXPECT_EQ(Ask().state, 1) << "the first that the server lists";
+  root_.Write("/etc/nut/upsmon.conf", "MONITOR desk@localhost:" + port + " 1 a b master\n");
+  EXPECT_EQ(Ask().state, 2) << "NUT's own configuration is enough";
   std::filesystem::remove_all(root_.Path() / "etc/nut");
+  for (const auto& [named, state] :
+       {std::pair(At(server) + " " + desk, 2),
+        {desk + " " + At(server), 2},
+        {"@localhost:" + port, 1}}) {  // the last: the first that the server lists
+    Monitor(named);
+    const VELA_UPS_INFO record = Ask();
+    EXPECT_EQ(record.state, state) << named;
+    EXPECT_EQ(record.connected, 1);
+  }
+  EXPECT_EQ(Said().state, 1);
 }
 
 TEST_F(UpsTest, AServerThatRefusesIsSaidAndLoggedOnce) {
@@ -274,17 +270,6 @@ TEST_F(UpsTest, ItsConnectionIsNotHandedDownToChildren) {
   Ask();
   EXPECT_EQ(sockets, 3) << "the listening one and both ends";
   EXPECT_EQ(handedDown, 0);
-}
-
-TEST_F(UpsTest, ManyThreadsAskAtOnce) {
-  FakeServer server([](int client) { ServeStatus(client, "OB LB", ""); });
-  Monitor(At(server));
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([] {
-      for (int round = 0; round < 25; ++round) EXPECT_EQ(Ask().state, 3);
-    });
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

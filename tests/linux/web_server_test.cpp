@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <thread>
-#include <vector>
 
 #include "platform/linux/patience.h"
 #include "platform/voice/voice.h"
@@ -150,17 +148,6 @@ TEST_F(WebServerOnBusTest, AMuteSystemdIsUnknownUntilItAnswers) {
   bus_.Mute(true);
   EXPECT_EQ(Ask(), Verdict::Unknown) << "it had recovered";
   EXPECT_EQ(TakeSystemLog().size(), 2U);
-}
-
-TEST_F(WebServerOnBusTest, ManyThreadsAskAtOnce) {
-  Unit("nginx.service", "failed", "success");
-  Status("1");
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([] {
-      for (int round = 0; round < 10; ++round) EXPECT_EQ(Ask(), Verdict::Failed);
-    });
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
