@@ -90,24 +90,28 @@ gone() {
 # harmless NAME: a source may be gone (exit status 3), but that is no reason for alarm.
 harmless() { no_alarm "$1" '[03]'; }
 
-no_alarm() { # no_alarm NAME EXIT-STATUS-PATTERN
-  echo "--- harmless: $1"
-  ask
-  # shellcheck disable=SC2053
-  if [[ $GOT == "${FINDINGS[ok]}" && $STATUS == $2 ]]; then
-    report ok "$1" "-> system_ok"
-  else
-    report FAIL "$1" "-> false alarm: $GOT $GOT_FORMAT, exit status $STATUS"
-  fi
-}
-
 # quiet NAME: a healthy machine: every source is read or not there, and not a word in the system log.
-quiet() {
-  local said
-  journal_lines >/dev/null
-  no_alarm "$1" 0
-  said=$(journal_lines)
-  [ -z "$said" ] || report FAIL "$1 (log)" "-> said: $said"
+quiet() { no_alarm "$1" 0 log; }
+
+# no_alarm NAME EXIT-STATUS-PATTERN [log]. An emulated processor on a busy machine may be too slow
+# for a daemon's bound: a source that was unread is asked for once more, an alarm is one at once.
+no_alarm() {
+  local said='' try
+  echo "--- harmless: $1"
+  for try in 1 2 3; do
+    [ -z "${3-}" ] || journal_lines >/dev/null
+    ask
+    [ -z "${3-}" ] || said=$(journal_lines)
+    # shellcheck disable=SC2053
+    if [[ $GOT == "${FINDINGS[ok]}" && $STATUS == $2 && -z $said ]]; then
+      report ok "$1" "-> system_ok"
+      return
+    fi
+    [[ $GOT == "${FINDINGS[ok]}" && $STATUS == 3 ]] || break
+    echo "--- unread at try $try: $said"
+    sleep 1
+  done
+  report FAIL "$1" "-> false alarm: $GOT $GOT_FORMAT, exit status $STATUS, said: ${said//$'\n'/; }"
 }
 
 # collects PART|all|nothing: what the collector looks at before each question, with the rights and

@@ -56,6 +56,8 @@ partner=$!
 until_is 45 '*appliance*partner*' shows Online
 until_is 20 '*Started*' shows service
 gone
+# A failure in the middle of the partner's arrival would be forgotten.
+crm_resource --wait --timeout 60
 crm_resource --fail --resource service --node "$(crm_resource --locate --resource service -Q)"
 state "cluster with a failed resource" cluster
 crm_resource --cleanup --resource service
