@@ -57,7 +57,8 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
   const Style style = Style::ForStandardOutput();
   std::cout << texts.Ui("captured", style.Bold(folder)) << '\n'
             << "  " << style.Bold("vela-health --scenario " + AsPath(folder)) << '\n'
-            << texts.Ui("captured_holds", AsPath(folder) + "/" + kState) << std::endl;
+            << style.Hanging(0, "", texts.Ui("captured_holds", AsPath(folder) + "/" + kState))
+            << std::endl;
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& 
     std::cout << style.Severity(Verdict::Well, name) << ' ' << texts.Ui("nothing_found") << '\n';
   }
   for (const InputLine& line : InputLines(result.saw, texts)) {
-    std::cout << (line.decides ? style.Bold("  ▸ " + line.text) : style.Faint("    " + line.text))
+    std::cout << (line.decides ? style.Bold(style.Hanging(2, "▸ ", line.text))
+                               : style.Faint(style.Hanging(4, "", line.text)))
               << '\n';
   }
 }

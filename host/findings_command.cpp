@@ -26,8 +26,8 @@ void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
                            AdviceSection(finding))
             << '\n';
   for (const char* key : kAdvice) {
-    std::cout << "  " << texts.Ui(key) << texts.Of("common:colon") << ' '
-              << Advice(finding, key, texts) << '\n';
+    const std::string label = texts.Ui(key) + texts.Of("common:colon") + " ";
+    std::cout << style.Hanging(2, "", label + Advice(finding, key, texts)) << '\n';
   }
   std::cout << '\n';
 }

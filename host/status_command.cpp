@@ -30,13 +30,13 @@ void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
               << ' ' << style.Bold(Sentence(answer.rule, texts)) << '\n';
   }
   if (verdict != Verdict::Well) {
-    std::cout << "  " << texts.Ui("do") << texts.Of("common:colon") << ' '
-              << Advice(answer.rule, "do", texts) << '\n';
+    const std::string label = texts.Ui("do") + texts.Of("common:colon") + " ";
+    std::cout << style.Hanging(2, "", label + Advice(answer.rule, "do", texts)) << '\n';
   }
   for (const std::string& line : FailedSources(reply.sources, texts)) {
-    std::cout << "  " << line << '\n';
+    std::cout << style.Hanging(2, "", line) << '\n';
   }
-  std::cout << "  " << style.Faint(MachineLine(answer, reply, texts)) << std::endl;
+  std::cout << style.Faint(style.Hanging(2, "", MachineLine(answer, reply, texts))) << std::endl;
 }
 
 }  // namespace

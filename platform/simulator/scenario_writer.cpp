@@ -34,7 +34,9 @@ Outline TextOf(float value) {
 
 // The document whose compact text these bytes are, if there is one: it reads better.
 std::optional<Json::Value> DocumentOf(const std::string& bytes) {
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+  Json::CharReaderBuilder shallow;
+  shallow["stackLimit"] = 900;  // within a scenario it stands deeper
+  const std::unique_ptr<Json::CharReader> reader(shallow.newCharReader());
   Json::Value document;
   try {
     if (!reader->parse(bytes.data(), bytes.data() + bytes.size(), &document, nullptr) ||

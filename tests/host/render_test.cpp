@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "host/advice.h"
+#include "host/terminal.h"
 
 namespace vela::host {
 namespace {
@@ -35,6 +36,19 @@ TEST(Render, TheTerminalGetsNoControlCharactersFromNames) {
                {"Fotos – été 写真", "Fotos – été 写真"},
                {"\xE2\x80", "\xE2\x80"}};
   for (const auto& c : cases) EXPECT_EQ(Harmless(c.name), c.shown);
+}
+
+TEST(Style, LongLinesGoOnBelowTheirText) {
+  const struct {
+    std::size_t columns;
+    const char *text, *lines;
+  } cases[] = {{0, "one two three", "  > one two three"},
+               {17, "one two three", "  > one two three"},
+               {16, "one two three", "  > one two\n    three"},
+               {5, "incomprehensible b", "  > incomprehensible\n    b"},
+               {14, "容量 不足 です", "  > 容量 不足\n    です"},
+               {80, "", "  > "}};
+  for (const auto& c : cases) EXPECT_EQ(Style(false, c.columns).Hanging(2, "> ", c.text), c.lines);
 }
 
 TEST(Render, UptimeIsToldInTheTwoUnitsThatMatter) {

@@ -14,6 +14,7 @@
 #include "host/language.h"
 #include "host/placeholder.h"
 #include "host/render.h"
+#include "platform/voice/voice.h"
 
 namespace vela::host {
 namespace {
@@ -78,6 +79,15 @@ TEST(Texts, EveryLanguageHasTheSameTextsWithTheSamePlaceholders) {
       }
     }
   }
+}
+
+TEST(Texts, EverySourceHasANameForPeople) {
+  const Texts texts(VELA_TEXTS, "en");
+  for (int source = 0; source < platform::kSourceCount; ++source) {
+    const char* name = platform::NameOf(static_cast<platform::Source>(source));
+    EXPECT_NE(texts.Find("source", name), nullptr) << name;
+  }
+  EXPECT_NE(texts.Find("source", "operating system"), nullptr) << "what only the log tells of";
 }
 
 TEST(Catalogue, HoldsExactlyWhatScenariosBringInOrderOfUrgency) {
