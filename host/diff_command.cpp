@@ -64,7 +64,8 @@ void PrintHidden(const Side& a, const Side& b, const Texts& texts, const Style& 
   for (const Finding& other : a.others) known.insert(Sentence(other, texts));
   for (const Finding& other : b.others) {
     if (known.contains(Sentence(other, texts))) continue;
-    std::cout << "+ " << Line(other, texts, style) << style.Faint(" (less urgent)") << '\n';
+    std::cout << "+ " << Line(other, texts, style)
+              << style.Faint(" (" + texts.Ui("less_urgent") + ")") << '\n';
   }
 }
 

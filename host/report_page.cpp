@@ -94,6 +94,7 @@ std::string Check(const CheckerResult& result, const Texts& texts) {
 
 std::string Checks(const std::vector<CheckerResult>& results,
                    const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  if (results.empty()) return "";  // the module that explains is not there
   std::string articles;
   for (const CheckerResult& result : results) articles += Check(result, texts);
   return Section(texts.Ui("checks"), Element("p", WhyFirst(ranked, texts)) + articles);
