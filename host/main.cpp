@@ -1,3 +1,4 @@
+#include <signal.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@ int main(int count, char** arguments) {
   // The module writes its failures to the system log; a person at a terminal sees them, too.
   const int echo = isatty(STDERR_FILENO) != 0 ? LOG_PERROR : 0;
   openlog("vela-health", LOG_PID | echo, LOG_USER);
+  signal(SIGXFSZ, SIG_IGN);  // a limit to files is an error of write(2), which has words
   vela::host::HoldStopSignals();
   return vela::host::RunCommandLine(count, arguments);
 }

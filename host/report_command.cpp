@@ -1,5 +1,6 @@
 #include "host/report_command.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <ctime>
@@ -48,19 +49,29 @@ void ExpectReplaceable(const std::string& file) {
   CannotWrite(file, "it is there already, and is no report", "Name a new file.");
 }
 
+// Creates the file; nothing that is there already, a link neither, is written to.
+std::error_code WriteNew(const std::string& file, std::string_view text) {
+  const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+  if (out < 0) return {errno, std::generic_category()};
+  std::error_code error;
+  while (!text.empty() && !error) {
+    const ssize_t written = write(out, text.data(), text.size());
+    if (written < 0) error = {errno, std::generic_category()};
+    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  if (close(out) != 0 && !error) error = {errno, std::generic_category()};
+  return error;
+}
+
 // Beside it and then renamed: readers see the old report or the new one, whole.
 void Replace(const std::string& file, const std::string& page) {
-  const fs::path beside = file + ".new-" + std::to_string(getpid());
-  errno = 0;
-  std::ofstream out(beside, std::ios::binary);
-  out << page;
-  out.close();
-  std::error_code error;
-  if (!out) error = {errno, std::generic_category()};
+  const std::string beside = file + ".new-" + std::to_string(getpid());
+  std::error_code error = WriteNew(beside, page);
+  const bool ours = error != std::errc::file_exists;
   if (!error) fs::rename(beside, file, error);
   if (!error) return;
   std::error_code gone;
-  fs::remove(beside, gone);
+  if (ours) fs::remove(beside, gone);
   CannotWrite(file, error.message(), "Name a file in a folder that this user may write to.");
 }
 
