@@ -157,7 +157,7 @@ int main(int count, char** arguments) {
     return std::fprintf(stderr, "usage: answers PLATFORM MODULE COUNT [THREADS]\n"), 64;
   setlocale(LC_ALL, "C.UTF-8");
   const Host host(arguments[1], arguments[2]);
-  std::thread([] {}).join();  // a sanitizer starts one of its own beside the first
+  if (count > 4) std::thread([] {}).join();  // a sanitizer starts one of its own beside the first
   const auto before = Process();
   const int requests = std::atoi(arguments[3]);
   const auto asked = count > 4 ? host.Ask(requests, std::atoi(arguments[4])) : host.Ask(requests);
