@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# A real Pacemaker pair: the appliance, and its partner in namespaces of its own (see peer).
+# A real Pacemaker pair: the appliance, and its partner in namespaces of its own (see partner).
 # And DRBD, whose partner is never there.
 ip netns add partner
 ip link add ha0 type veth peer name ha1 netns partner
