@@ -20,7 +20,7 @@ image_obstacle() {
   image_is_made && return 1
   if [ "$(id -u)" != 0 ]; then
     echo "its image takes root to make, once: sudo LAB_WORK=$LAB_WORK tools/lab/lab.sh build"
-  elif ! unshare --mount true 2>/dev/null; then
+  elif ! unshare --mount --propagation unchanged true 2>/dev/null; then
     echo "its image takes a root user who may mount, which this container does not allow"
   else
     return 1
