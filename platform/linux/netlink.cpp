@@ -38,9 +38,10 @@ Link ParseLink(nlmsghdr* header) {
   nlattr* each = nullptr;
   int left = 0;
   nlmsg_for_each_attr(each, header, sizeof *info, left) {
-    if (nla_type(each) == IFLA_IFNAME) link.name = nla_get_string(each);
-    if (nla_type(each) == IFLA_MASTER) link.master = static_cast<int>(nla_get_u32(each));
-    if (nla_type(each) == IFLA_LINKINFO) link.kind = KindIn(each);
+    const int type = nla_type(each);
+    if (type == IFLA_IFNAME) link.name = nla_get_string(each);
+    if (type == IFLA_MASTER) link.master = static_cast<int>(nla_get_u32(each));
+    if (type == IFLA_LINKINFO) link.kind = KindIn(each);
   }
   return link;
 }
@@ -57,9 +58,10 @@ Address ParseAddress(nlmsghdr* header) {
   nlattr* each = nullptr;
   int left = 0;
   nlmsg_for_each_attr(each, header, sizeof *info, left) {
-    if (nla_type(each) == IFA_FLAGS) address.flags = nla_get_u32(each);
-    if (nla_type(each) == IFA_LOCAL) own = each;
-    if (nla_type(each) == IFA_ADDRESS) peer = each;
+    const int type = nla_type(each);
+    if (type == IFA_FLAGS) address.flags = nla_get_u32(each);
+    if (type == IFA_LOCAL) own = each;
+    if (type == IFA_ADDRESS) peer = each;
   }
   const nlattr* bytes = own != nullptr ? own : peer;
   if (bytes == nullptr) return Address();

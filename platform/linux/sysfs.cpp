@@ -76,11 +76,11 @@ std::string Within(std::string_view folder, std::string_view name) {
 std::string_view LastComponent(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 bool HasWord(std::string_view text, std::string_view word, std::string_view separators) {
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find_first_of(separators), text.size());
-    if (text.substr(0, end) == word) return true;
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
+  const auto isBorder = [&](std::size_t at) {
+    return at >= text.size() || separators.find(text[at]) != separators.npos;
+  };
+  for (auto at = text.find(word); at != text.npos; at = text.find(word, at + 1))
+    if ((at == 0 || isBorder(at - 1)) && isBorder(at + word.size())) return true;
   return false;
 }
 
