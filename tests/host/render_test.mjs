@@ -1,10 +1,11 @@
 // The page's renderer against the table of cases that the tool's renderer passes, too.
 import assert from "node:assert/strict";
 import {readFileSync} from "node:fs";
-import {pathToFileURL} from "node:url";
 
 const [, , renderer, casesFile] = process.argv;
-const {render, textKey, verdictOf} = await import(pathToFileURL(renderer));
+// From memory, since Debian's Node.js takes a file that ends in .js for no module.
+const source = encodeURIComponent(readFileSync(renderer, "utf8"));
+const {render, textKey, verdictOf} = await import(`data:text/javascript,${source}`);
 const {texts, cases} = JSON.parse(readFileSync(casesFile, "utf8"));
 
 for (const {why, format, params, formatted = false, text} of cases) {
