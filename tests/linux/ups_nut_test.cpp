@@ -23,16 +23,19 @@ namespace {
 using namespace std::chrono_literals;
 using vela::linuxplatform::NewRequest;
 
+// Below the range that the kernel gives to clients, and another one for each process: nobody
+// takes it between this look and the server's own start.
 int FreePort() {
-  const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  bind(probe, reinterpret_cast<sockaddr*>(&address), size);
-  getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size);
-  close(probe);
-  return ntohs(address.sin_port);
+  for (int port = 20000 + getpid() % 12000;; ++port) {
+    const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    const bool isFree = bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    close(probe);
+    if (isFree) return port;
+  }
 }
 
 class Daemon {
@@ -64,7 +67,10 @@ class Daemon {
   pid_t pid_ = -1;
 };
 
+// A machine that stalls for a second looks like a silent server: the pause that follows is not
+// what is tested here.
 VELA_UPS_INFO Ask() {
+  vela::linuxplatform::CircuitBreaker::CloseAll();
   NewRequest();
   VELAPlatformSourcesReset();
   VELA_UPS_INFO record = {};
@@ -78,10 +84,10 @@ std::string Reason() {
   return reports[4].reason;
 }
 
-// Whether the answer becomes so within ten seconds.
+// Whether the answer becomes so within half a minute.
 template <typename Answer>
 bool Becomes(const Answer& answer) {
-  for (int i = 0; i < 200; ++i) {
+  for (int i = 0; i < 600; ++i) {
     if (answer(Ask())) return true;
     std::this_thread::sleep_for(50ms);
   }
@@ -93,9 +99,13 @@ TEST(UpsWithNut, FollowsTheRealServerThroughAPowerCut) {
     GTEST_SKIP() << "needs NUT's server: apt-get install nut-server";
   TemporaryRoot root;
   const std::string port = std::to_string(FreePort());
-  const auto put = [&root](const std::string& status) {
+  // The driver reads again what has another time of change, in whole seconds.
+  auto changed = std::filesystem::file_time_type::clock::now() - 1h;
+  const auto put = [&root, &changed](const std::string& status) {
+    const std::filesystem::path folder = root.Path() / "etc/nut";
     root.Write("/etc/nut/new.dev", "ups.status: " + status + "\nbattery.charge: 50\n");
-    std::filesystem::rename(root.Path() / "etc/nut/new.dev", root.Path() / "etc/nut/rack.dev");
+    std::filesystem::last_write_time(folder / "new.dev", changed += 10s);
+    std::filesystem::rename(folder / "new.dev", folder / "rack.dev");
   };
   put("OL");
   root.Write(
@@ -138,11 +148,10 @@ TEST(UpsWithNut, FollowsTheRealServerThroughAPowerCut) {
   server.Stop();
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(Ask().connected, 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 1500ms);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
   EXPECT_NE(Reason().find("did not answer in time"), std::string::npos) << Reason();
   server.Continue();
   server.End();
-  vela::linuxplatform::CircuitBreaker::CloseAll();
   EXPECT_EQ(Ask().enabled, 1);
   EXPECT_NE(Reason().find("Connection refused"), std::string::npos) << Reason();
 }
