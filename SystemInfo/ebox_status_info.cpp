@@ -22,12 +22,14 @@ unsigned FailedFans() {
   return VELAIsComponentFail(&status, kUnitFans, &detail) == 1 ? detail >> 8U : 0;
 }
 
+void Name(EboxStatusInfo::EboxStatus& unit, VELA_EBOX_INFO& record) {
+  const char* name = record.name != nullptr ? record.name(record.context) : nullptr;
+  if (name != nullptr) unit.name = std::string(name) + "-" + std::to_string(record.unitNumber);
+}
+
 EboxStatusInfo::EboxStatus FromRecord(VELA_EBOX_INFO& record, unsigned failedFans) {
   EboxStatusInfo::EboxStatus unit;
-  if (record.name != nullptr) {
-    if (const char* name = record.name(record.context))
-      unit.name = std::string(name) + "-" + std::to_string(record.unitNumber);
-  }
+  Name(unit, record);
   unit.fanFail = ((failedFans >> (static_cast<unsigned>(record.slotIndex) % 32U)) & 1U) != 0;
   if (record.power != nullptr) {
     unsigned word = 0;
@@ -35,6 +37,7 @@ EboxStatusInfo::EboxStatus FromRecord(VELA_EBOX_INFO& record, unsigned failedFan
     if (result != kPowerUnknown && result != kPowerUnreadable)
       unit.powerSupplyOk = {(word & 1U) != 0, (word & 2U) != 0};
   }
+  Name(unit, record);  // asked on both sides of the power status; the later answer stands
   return unit;
 }
 

@@ -47,6 +47,9 @@ TEST_F(Collectors, AskThePlatformInTheirFixedOrder) {
                                              "VELASysStatusGet",
                                              "VELAIsComponentFail",
                                              "VELAEBoxInfoEnum",
+                                             "VELA_EBOX_INFO::name",
+                                             "VELA_EBOX_INFO::power",
+                                             "VELA_EBOX_INFO::name",
                                              "VLIBCFileExist",
                                              "VLIBCPopen"}));
 }

@@ -45,11 +45,13 @@ const vela::simulator::ExpansionUnit& UnitOf(void* context) {
 }
 
 const char* UnitName(void* context) {
+  Call call(Source::ExpansionUnits, "VELA_EBOX_INFO::name");
   const auto& name = UnitOf(context).name;
   return name ? name->c_str() : nullptr;
 }
 
 int UnitPower(void* context, unsigned* word) {
+  Call call(Source::ExpansionUnits, "VELA_EBOX_INFO::power");
   const auto& power = UnitOf(context).power;
   *word = power->word;
   return power->result;
