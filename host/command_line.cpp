@@ -28,8 +28,10 @@ void AddCommonOptions(CLI::App& app, CommonOptions& options) {
       ->envname("VELA_HEALTH_PLATFORM");
   app.add_option("--module", options.module, "The health module's path")
       ->envname("VELA_HEALTH_MODULE");
+  // An empty name, as of a script's unset variable, must not turn into this machine.
   app.add_option("--scenario", options.scenario,
-                 "Ask a simulated machine: the name of a shipped scenario, or a folder");
+                 "Ask a simulated machine: the name of a shipped scenario, or a folder")
+      ->check([](const std::string& name) { return std::string(name.empty() ? "no name" : ""); });
   app.add_option("--lang", options.language, "en, de, fr, es, ja or zh-CN");
   app.add_flag("--json", options.json, "Print the answer as JSON and nothing else");
 }

@@ -4,6 +4,7 @@
 
 #include "host/failure.h"
 #include "host/language.h"
+#include "host/scenario_names.h"
 
 namespace vela::host {
 namespace {
@@ -55,7 +56,8 @@ std::string Session::ScenarioPath(const std::string& nameOrPath) const {
   if (std::filesystem::exists(shipped / nameOrPath)) return shipped / nameOrPath;
   if (std::filesystem::exists(nameOrPath)) return nameOrPath;
   throw Failure(kNoInput, "There is no scenario \"" + nameOrPath + "\", neither in " +
-                              shipped.string() + " nor in the current folder.");
+                              shipped.string() + " nor in the current folder. " +
+                              ScenarioAdvice(shipped, nameOrPath));
 }
 
 SimulatedMachine Session::OpenScenario(const std::string& nameOrPath) {
