@@ -4,14 +4,12 @@
 
 #include <fstream>
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
+
+#include "tests/support/own_folder.h"
 
 namespace vela::simulator {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string MessageFor(const std::string& text) {
   try {
@@ -112,36 +110,26 @@ TEST(ScenarioFile, WhatIsRightIsTakenOver) {
   EXPECT_EQ(machine.usb.size(), 2U) << "what a scenario does not mention stays healthy";
 }
 
-// A folder that goes away with the test.
-class ScenarioFolder : public testing::Test {
- protected:
-  ScenarioFolder() { fs::create_directory(path_); }
-  ~ScenarioFolder() override { fs::remove_all(path_); }
-
-  void Write(const std::string& text) { std::ofstream(path_ + "/state.json") << text; }
-
-  static std::string Refusal(const std::string& path) {
-    try {
-      LoadScenario(path);
-    } catch (const ScenarioError& error) {
-      return error.what();
-    }
-    return "accepted";
+std::string Refusal(const std::string& path) {
+  try {
+    LoadScenario(path);
+  } catch (const ScenarioError& error) {
+    return error.what();
   }
+  return "accepted";
+}
 
-  const std::string path_ = fs::temp_directory_path() / ("scenario-" + std::to_string(getpid()));
-};
-
-TEST_F(ScenarioFolder, IsReadAndRefusedByTheFileInIt) {
-  const std::string file = path_ + "/state.json";
-  EXPECT_TRUE(Refusal(path_).starts_with(file + ":0: cannot read the scenario"));
-  EXPECT_TRUE(Refusal(path_ + "/none").starts_with(path_ + "/none:0: cannot read the scenario"));
-  Write("");
+TEST(ScenarioFolder, IsReadAndRefusedByTheFileInIt) {
+  const std::string& path = vela::test::OwnFolder();
+  const std::string file = path + "state.json";
+  EXPECT_TRUE(Refusal(path).starts_with(file + ":0: cannot read the scenario"));
+  EXPECT_TRUE(Refusal(path + "none").starts_with(path + "none:0: cannot read the scenario"));
+  std::ofstream(file) << "";
   EXPECT_TRUE(Refusal(file).starts_with(file + ":0: cannot read the scenario"));
-  Write("{\n\"ups\": {\"state\": \"low\"}}");
-  EXPECT_TRUE(Refusal(path_).starts_with(file + ":2: \"ups.state\" must be a whole number"));
-  Write("{\"ups\": {\"state\": 3}}");
-  EXPECT_EQ(LoadScenario(path_).upsState, 3);
+  std::ofstream(file) << "{\n\"ups\": {\"state\": \"low\"}}";
+  EXPECT_TRUE(Refusal(path).starts_with(file + ":2: \"ups.state\" must be a whole number"));
+  std::ofstream(file) << "{\"ups\": {\"state\": 3}}";
+  EXPECT_EQ(LoadScenario(path).upsState, 3);
   EXPECT_EQ(LoadScenario(file).upsState, 3);
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
+#include <utility>
 
 namespace vela::linuxplatform {
 namespace {
@@ -15,24 +17,38 @@ constexpr auto kRequest = seconds(2);
 thread_local constinit steady_clock::time_point firstWait = {};
 std::atomic<int> generation = 0;
 
+int& Times() {
+  static int times = [] {
+    const char* named = secure_getenv("VELA_PATIENCE");
+    return std::clamp(named != nullptr ? std::atoi(named) : 1, 1, 100);
+  }();
+  return times;
+}
+
 }  // namespace
+
+milliseconds Patient(milliseconds time) { return time * Times(); }
+
+int SetPatience(int times) { return std::exchange(Times(), times); }
 
 steady_clock::time_point WaitUntil(milliseconds bound) {
   const auto now = steady_clock::now();
-  if (now - firstWait > kRequest) firstWait = now;
-  return std::min(now + bound, firstWait + kPatience);
+  if (now - firstWait > Patient(kRequest)) firstWait = now;
+  return std::min(now + Patient(bound), firstWait + Patient(kPatience));
 }
 
 bool IsWholeTurn(milliseconds bound) {
   const auto now = steady_clock::now();
-  return WaitUntil(bound) - now >= std::min(bound, kFairTurn);
+  return WaitUntil(bound) - now >= Patient(std::min(bound, kFairTurn));
 }
 
-void NewRequest() { firstWait = {}; }
+void NewRequest(milliseconds waited) {
+  firstWait = waited.count() == 0 ? steady_clock::time_point() : steady_clock::now() - waited;
+}
 
 bool CircuitBreaker::IsOpen(std::string& reason) const {
   const std::lock_guard lock(mutex_);
-  if (generation_ != generation || steady_clock::now() - tripped_ >= pause_) return false;
+  if (generation_ != generation || steady_clock::now() - tripped_ >= Patient(pause_)) return false;
   reason = *reason_ + "; it is left alone for " +
            std::to_string(std::chrono::duration_cast<seconds>(pause_).count()) + " s";
   return true;

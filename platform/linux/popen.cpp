@@ -74,7 +74,7 @@ int OnClose(void* cookie) {
   const std::unique_ptr<Stream> stream(static_cast<Stream*>(cookie));
   // With little left of the request's patience, being late proves nothing.
   const Child::Cut cut = stream->child.WasCut();
-  if (cut == Child::Cut::Long || (cut == Child::Cut::Late && stream->time >= kFairTry))
+  if (cut == Child::Cut::Long || (cut == Child::Cut::Late && stream->time >= Patient(kFairTry)))
     breaker.Trip(WhyCut(*stream));
   if (cut == Child::Cut::None) failures.Fine();
   lastStatus = stream->child.Finish();

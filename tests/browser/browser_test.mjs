@@ -176,9 +176,11 @@ const tests = {
     await visit.page.clock.install();
     await visit.page.goto(page("healthy"));
     await answered(visit.page);
-    const asked = async (seconds) => {
+    // How many requests these seconds bring; one that is expected gets the time that it needs.
+    const asked = async (seconds, expected = 0) => {
       const before = visit.requests.length;
       await visit.page.clock.runFor(seconds * 1000);
+      for (let i = 0; i < 600 && visit.requests.length < before + expected; i += 1) await visit.page.waitForTimeout(50);
       await visit.page.waitForTimeout(50);
       return visit.requests.length - before;
     };
@@ -187,18 +189,19 @@ const tests = {
       document.dispatchEvent(new Event("visibilitychange"));
     }, hidden);
     assert.equal(await asked(59), 0);
-    assert.equal(await asked(2), 1);
+    assert.equal(await asked(2, 1), 1);
     for (const hidden of [true, false, true, false]) await become(hidden);
     assert.equal(await asked(57), 0, "looking away and back does not hurry it");
     await become(true);
     assert.equal(await asked(3600), 0);
     await become(false);
-    assert.equal(await asked(1), 1, "old news are refreshed at once");
+    assert.equal(await asked(1, 1), 1, "old news are refreshed at once");
     await visit.close();
   },
 
   async "a server that is gone leaves the last answer with its age, and is found again"() {
-    const first = await serve("--scenario", "system-fan-failed");
+    const address = "127.0.0.8";  // of its own: nobody else takes the port in between
+    const first = await serve("--scenario", "system-fan-failed", "--listen", `${address}:0`);
     const visit = await tab();
     await visit.page.clock.install();
     await visit.page.goto(first.url);
@@ -211,7 +214,7 @@ const tests = {
     assert.deepEqual(await violations(visit.page), []);
     if (shots) await visit.page.screenshot({path: `${shots}/gone.png`, fullPage: true});
     assert.ok(problemsSoFar().every((problem) => problem.includes("ERR_CONNECTION_REFUSED")));
-    const second = await serve("--scenario", "healthy", "--port", new URL(first.url).port);
+    const second = await serve("--scenario", "healthy", "--listen", new URL(first.url).host);
     await visit.page.clock.runFor(61000);
     await visit.page.locator('#widget[data-verdict="well"]').waitFor();
     assert.equal(await visit.page.locator("#stale").isVisible(), false);

@@ -8,6 +8,7 @@ const require = createRequire(`${modules}/`);
 const playwright = require("playwright-core");
 const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 
+const kPatience = 120000;  // milliseconds: a busy machine is no broken one
 export const kLanguages = ["en", "de", "fr", "es", "ja", "zh-CN"];
 
 // What a console said, and requests to anybody but a server of ours, since the last look.
@@ -18,14 +19,14 @@ export function problemsSoFar() {
   return found;
 }
 
-export const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"]});
+export const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"], timeout: kPatience});
 
 const asked = (...words) => spawnSync(program, words, {encoding: "utf8"}).stdout;
 export const findings = () => JSON.parse(asked("findings", "--json"));
 export const report = (scenario, language) => asked("report", "-", "--scenario", scenario, "--lang", language);
 
 export async function serve(...options) {
-  const port = options.includes("--port") ? [] : ["--port", "0"];
+  const port = options.includes("--listen") ? [] : ["--port", "0"];
   const child = spawn(program, ["serve", ...options, ...port], {stdio: ["ignore", "pipe", "inherit"]});
   const line = await new Promise((resolve) => child.stdout.once("data", (text) => resolve(String(text))));
   const stop = () => new Promise((resolve) => child.once("exit", resolve) && child.kill());
@@ -35,13 +36,14 @@ export async function serve(...options) {
 // A tab of a new browser profile. `requests` grows with each request: {url, at: the page's time}.
 export async function tab(options = {}) {
   const context = await browser.newContext({locale: "en", bypassCSP: true, ...options});
+  context.setDefaultTimeout(kPatience);
   const page = await context.newPage();
   const requests = [];
   page.on("console", (message) => message.type() === "error" && problems.push(message.text()));
   page.on("pageerror", (error) => problems.push(String(error)));
   page.on("request", (request) => {
     requests.push(request.url());
-    if (!/^(data:|http:\/\/127\.0\.0\.1:)/.test(request.url())) problems.push(`outside: ${request.url()}`);
+    if (!/^(data:|http:\/\/127\.0\.0\.\d+:)/.test(request.url())) problems.push(`outside: ${request.url()}`);
   });
   return {page, context, requests, close: () => context.close()};
 }

@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "support/program.h"
+#include "tests/support/own_folder.h"
 
 namespace vela::host::test {
 namespace {
@@ -137,13 +138,14 @@ TEST(Report, HoldsFindingsChecksSourcesAndTheDocument) {
 }
 
 TEST(Report, ReplacesAReportAndNothingElse) {
-  const std::string file = testing::TempDir() + "health.html", precious = file + ".zip";
+  const std::string file = vela::test::OwnFolder() + "health.html", precious = file + ".zip";
   std::filesystem::remove(file);
   std::ofstream(precious) << "photos";
   const struct {
     std::string file;
     int status;
-  } cases[] = {{file, 0}, {file, 0}, {precious, 73}, {testing::TempDir(), 73}, {"/nowhere/x", 73}};
+  } cases[] = {
+      {file, 0}, {file, 0}, {precious, 73}, {vela::test::OwnFolder(), 73}, {"/nowhere/x", 73}};
   for (const auto& c : cases) {
     const Outcome outcome = RunProgram({"report", c.file, "--scenario", "healthy"});
     SCOPED_TRACE(c.file + outcome.err);

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "support/program.h"
+#include "tests/support/own_folder.h"
 
 namespace vela::host::test {
 namespace {
@@ -42,7 +43,7 @@ TEST(Program, JsonIsTheDocumentAndNothingElse) {
 }
 
 TEST(Program, WhatCannotBeAskedIsSaidWithWhatToDo) {
-  const std::string text = testing::TempDir() + "text.so";
+  const std::string text = vela::test::OwnFolder() + "text.so";
   std::ofstream(text) << "not a library";
   const std::string bad = Scenario("bad", "{\"why\": \".\",\n \"fanFailed\": true}");
   const struct {
@@ -81,7 +82,7 @@ TEST(Program, LibrariesMayBeNamedInTheEnvironment) {
 }
 
 TEST(Program, DiffTellsWhetherTheVerdictChanges) {
-  const std::string saved = testing::TempDir() + "saved.json";
+  const std::string saved = vela::test::OwnFolder() + "saved.json";
   std::ofstream(saved) << RunProgram({"--json", "--scenario", "volume-low"}).out;
   const struct {
     std::string a, b;

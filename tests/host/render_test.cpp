@@ -8,6 +8,7 @@
 
 #include "host/advice.h"
 #include "host/terminal.h"
+#include "tests/support/own_folder.h"
 
 namespace vela::host {
 namespace {
@@ -15,8 +16,8 @@ namespace {
 TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
   Json::Value table;
   std::ifstream(VELA_RENDER_CASES) >> table;
-  std::ofstream(testing::TempDir() + "cases.json") << table["texts"];
-  const Texts texts(testing::TempDir(), "cases");
+  std::ofstream(vela::test::OwnFolder() + "cases.json") << table["texts"];
+  const Texts texts(vela::test::OwnFolder(), "cases");
   ASSERT_GT(table["cases"].size(), 10U);
   for (const Json::Value& c : table["cases"]) {
     SCOPED_TRACE(c["why"].asString());

@@ -150,7 +150,7 @@ TEST(Serve, WhatIsNoRequestOfOursIsRefusedAndTheNextOneServed) {
                {"GET /healthz%00.html HTTP/1.1\r\n" + host + "Connection: close\r\n" + end, "404"},
                {"GET http://x/healthz HTTP/1.1\r\n" + host + "Connection: close\r\n" + end, "404"}};
   for (const auto& c : cases) {
-    const std::string answer = Exchange(serving.Port(), c.request, 2);
+    const std::string answer = Exchange(serving.Port(), c.request);
     SCOPED_TRACE(c.request.substr(0, 60) + "\n" + answer);
     EXPECT_EQ(answer.substr(0, 12), "HTTP/1.1 " + c.status);
     EXPECT_EQ(Contains(answer, "X-Content-Type-Options: nosniff\r\n"), !c.library);
@@ -202,8 +202,8 @@ TEST(Serve, ASlowMachineHoldsUpNobodyElseAndIsNotBuriedUnderRequests) {
   Serving serving({"--scenario", Scenario("slow", R"({"why": ".", "hardware": {"delay": 200}})")});
   const std::string request =
       std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
-  std::vector<int> waiting;
-  for (int i = 0; i < 120; ++i) {
+  std::vector<int> waiting;  // nearly as many as one address may have
+  for (int i = 0; i < 250; ++i) {
     waiting.push_back(Connect(serving.Port()));
     send(waiting.back(), request.data(), request.size(), MSG_NOSIGNAL);
   }
@@ -220,19 +220,23 @@ TEST(Serve, ASlowMachineHoldsUpNobodyElseAndIsNotBuriedUnderRequests) {
   }
   EXPECT_GE(answered, 64);
   EXPECT_GE(refused, 1);
-  EXPECT_EQ(answered + refused, 120);
+  EXPECT_EQ(answered + refused, 250);
 }
 
 TEST(Serve, WhatRunsIsFinishedBeforeItStops) {
-  Serving serving(
-      {"--scenario", Scenario("pause", R"({"why": ".", "hardware": {"delay": 1000}})")});
-  const int waiting = Connect(serving.Port());
   const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
-  send(waiting, request.data(), request.size(), MSG_NOSIGNAL);
-  usleep(700000);  // on a busy machine, too, it runs by now
-  EXPECT_EQ(serving.Stop(SIGTERM), 0);
-  EXPECT_TRUE(ReadAll(waiting).starts_with("HTTP/1.1 200"));
-  close(waiting);
+  bool finished = false;
+  for (int delay = 500; delay <= 8000 && !finished; delay *= 4) {
+    const std::string state = R"({"why": ".", "hardware": {"delay": )" + std::to_string(delay);
+    Serving serving({"--scenario", Scenario("pause", state + "}}")});
+    const int waiting = Connect(serving.Port());
+    send(waiting, request.data(), request.size(), MSG_NOSIGNAL);
+    usleep(static_cast<useconds_t>(delay) * 500);  // it runs by now, if the machine is not too busy
+    EXPECT_EQ(serving.Stop(SIGTERM), 0);
+    finished = ReadAll(waiting).starts_with("HTTP/1.1 200");
+    close(waiting);
+  }
+  EXPECT_TRUE(finished);
 }
 
 TEST(Serve, HalfRequestsNeitherHoldUpOthersNorStayForEver) {
@@ -240,7 +244,7 @@ TEST(Serve, HalfRequestsNeitherHoldUpOthersNorStayForEver) {
   std::vector<int> slow;
   for (int i = 0; i < 200; ++i) slow.push_back(Connect(serving.Port()));
   std::size_t ended = 0;
-  for (int second = 0; second < 20 && ended < slow.size(); ++second) {
+  for (int second = 0; second < 100 && ended < slow.size(); ++second) {
     ended = 0;
     for (const int socket : slow) {
       // One byte a second of a head that never ends.
@@ -265,7 +269,7 @@ TEST(Serve, OneClientTakesNeitherAllPlacesNorAThread) {
   for (int i = 0; i < 20; ++i) {
     const int other = Connect(serving.Port(), "127.0.0.3");
     const std::string last = "GET /healthz HTTP/1.0\r\n\r\n";
-    const timeval bound = {5, 0};
+    const timeval bound = {60, 0};
     setsockopt(other, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof bound);
     send(other, last.data(), last.size(), MSG_NOSIGNAL);
     EXPECT_TRUE(ReadAll(other).starts_with("HTTP/1.1 200"));

@@ -19,8 +19,6 @@
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/private_bus.h"
 
-constexpr double kLongest = 2000;  // milliseconds that an answer may take, whatever happens
-
 // Of the lines, what follows `word` in those that begin with it.
 inline std::vector<std::string> With(const std::vector<std::string>& lines,
                                      const std::string& word) {
@@ -121,7 +119,7 @@ class FullMachine : public MachineTree {
   }
 
   // What `answers` prints of this machine, line by line; `with` goes before its name, `count`
-  // may have a number of threads behind it.
+  // may have a number of threads behind it. It is as patient as tests are, or as `with` says.
   std::vector<std::string> Answers(const std::string& count, const std::string& with = "") const {
     const std::string command = "VELA_ROOT=" + Path().string() + " " + with +
                                 " " VELA_ANSWERS " " VELA_PLATFORM " " VELA_MODULE " " + count +
@@ -135,17 +133,6 @@ class FullMachine : public MachineTree {
     free(line);
     status = pclose(stream);
     return lines;
-  }
-
-  // The same, once more where the answer came late or other sources than those failed: a
-  // machine that is busy with something else starves its bus and its servers, too.
-  std::vector<std::string> Settled(const std::string& count, const std::string& failed,
-                                   const std::string& with = "") const {
-    for (int tries = 0;; ++tries) {
-      auto lines = Answers(count, with);
-      const bool settled = FailedIn(lines) == failed && TimesIn(lines).first < kLongest;
-      if (settled || tries == 2) return lines;
-    }
   }
 
   std::unique_ptr<PrivateBus> bus;

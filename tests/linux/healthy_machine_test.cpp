@@ -112,7 +112,7 @@ TEST_P(HealthyMachine, SaysSoAndLogsNothing) {
   if (!machine.bus->Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
   GetParam().make(machine);
   if (!machine.Enter()) GTEST_SKIP() << "needs root";
-  const auto lines = machine.Settled("2", "");
+  const auto lines = machine.Answers("2");
   SCOPED_TRACE(testing::PrintToString(lines));
   ASSERT_EQ(machine.status, 0);
   EXPECT_NE(lines.at(0).find("widget:system_ok"), std::string::npos);

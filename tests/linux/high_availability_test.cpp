@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -9,12 +8,11 @@
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
 #include "tests/linux/temporary_root.h"
+#include "tests/linux/times_patient.h"
 #include "velac.h"
 
 namespace {
 
-using namespace std::chrono_literals;
-using std::chrono::steady_clock;
 using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest;
 
 constexpr const char* kDrbdAlone =
@@ -129,11 +127,10 @@ TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {
   EXPECT_EQ(Ask(), "off");
   bus.Say("pacemaker.service", "ActiveState", "active");
   EXPECT_EQ(Ask(), "danger");
+  const TimesPatient few(4);
   bus.StopDaemon();
   Listen("@pacemakerd");
-  const auto start = steady_clock::now();
-  EXPECT_EQ(Ask(), "danger") << "its socket tells";
-  EXPECT_LT(steady_clock::now() - start, 1s);
+  EXPECT_EQ(Ask(), "danger") << "its socket tells, and the bus is not waited for for ever";
   bus.ContinueDaemon();
 }
 

@@ -8,9 +8,7 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
-#include <chrono>
-
-using namespace std::chrono_literals;
+#include "tests/linux/eventually.h"
 
 PrivateBus::PrivateBus(const TemporaryRoot& root) {
   const char* program = "/usr/bin/dbus-daemon";
@@ -33,7 +31,7 @@ PrivateBus::PrivateBus(const TemporaryRoot& root) {
   if (posix_spawn(&daemon_, program, &quiet, nullptr, argv, environ) != 0) daemon_ = -1;
   posix_spawn_file_actions_destroy(&quiet);
   systemd_ = std::thread([this, address] { Serve(address); });
-  for (int i = 0; i < 250 && !ready_; ++i) std::this_thread::sleep_for(20ms);
+  Eventually([this] { return ready_.load(); });
 }
 
 PrivateBus::~PrivateBus() {
@@ -76,16 +74,14 @@ int PrivateBus::OnGet(void* question, void* self) {
 
 void PrivateBus::Serve(const std::string& address) {
   sd_bus* bus = nullptr;
-  for (int i = 0; i < 250 && !stop_ && !ready_; ++i) {
+  ready_ = Eventually([&] {
     sd_bus_unref(bus);
     sd_bus_new(&bus);
     sd_bus_set_address(bus, address.c_str());
     sd_bus_set_bus_client(bus, 1);
-    if (sd_bus_start(bus) >= 0 && sd_bus_request_name(bus, "org.freedesktop.systemd1", 0) >= 0)
-      ready_ = true;
-    else
-      std::this_thread::sleep_for(20ms);
-  }
+    return stop_ ||
+           (sd_bus_start(bus) >= 0 && sd_bus_request_name(bus, "org.freedesktop.systemd1", 0) >= 0);
+  });
   const auto onMessage = [](sd_bus_message* message, void* self, sd_bus_error*) {
     if (!sd_bus_message_is_method_call(message, "org.freedesktop.DBus.Properties", "Get")) return 0;
     return OnGet(message, self);

@@ -9,6 +9,7 @@
 
 #include "platform/linux/process.h"
 #include "tests/linux/ses_fixture.h"
+#include "tests/support/own_folder.h"
 
 namespace {
 
@@ -165,13 +166,13 @@ std::string Decoded(const std::string& text, const std::string& type) {
 TEST(SesPages, AnotherDecoderReadsTheSameStates) {
   const char* tool = "/usr/bin/sg_ses";
   if (access(tool, X_OK) != 0) GTEST_SKIP() << "needs sg_ses of the package sg3-utils";
-  const std::string all = testing::TempDir() + "vela-ses-pages.hex";
+  const std::string all = vela::test::OwnFolder() + "vela-ses-pages.hex";
   std::ofstream file(all);
   for (const char* page : {"configuration", "status", "names"})
     file << std::ifstream(FIXTURES "/ses/" + std::string(page) + ".hex").rdbuf();
   file.close();
   std::string reason, text;
-  Child child({tool, "--inhex=" + all, "--status", "--join"}, {std::chrono::seconds(10), 1 << 20},
+  Child child({tool, "--inhex=" + all, "--status", "--join"}, {std::chrono::seconds(60), 1 << 20},
               reason);
   char part[4096];
   for (ssize_t got; (got = child.Read(part, sizeof part)) > 0;)
@@ -179,7 +180,6 @@ TEST(SesPages, AnotherDecoderReadsTheSameStates) {
   const auto enclosure = Parse(SesPage("configuration"), SesPage("status"), SesPage("names"));
   EXPECT_EQ(Decoded(text, "Power supply"), Told(enclosure->supplies)) << text;
   EXPECT_EQ(Decoded(text, "Cooling"), Told(enclosure->fans)) << text;
-  unlink(all.c_str());
 }
 
 }  // namespace

@@ -8,12 +8,17 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/linux/eventually.h"
 #include "tests/linux/full_machine.h"
 #include "tests/linux/hung_mount.h"
 
 namespace {
 
 using namespace std::chrono_literals;
+
+// Milliseconds, with the usual patience: that an answer may take, whatever happens, and that it
+// takes once what hangs is left alone.
+constexpr double kLongest = 2000, kSettled = 200;
 
 // What a trouble holds open while it lasts.
 struct Holds {
@@ -127,36 +132,55 @@ std::string Survivors(const FullMachine& machine) {
   return left;
 }
 
+// What is not as it must be when `well` is all else that the machine has to say, with so many
+// times the usual patience.
+testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
+                            const std::string& well, int patience) {
+  const auto lines =
+      machine.Answers(std::to_string(trouble.answers), "VELA_PATIENCE=" + std::to_string(patience));
+  testing::Message complaints;
+  const auto expect = [&complaints](bool isTrue, const char* what) {
+    if (!isTrue) complaints << what << "; ";
+  };
+  expect(machine.status == 0, "it did not exit well");
+  expect(DocumentIn(lines) == well, "another answer");
+  expect(FailedIn(lines) == trouble.failed, "other sources failed");
+  const std::string sources = testing::PrintToString(With(lines, "source"));
+  expect(sources.find(trouble.reason) != std::string::npos, "another reason");
+  const auto [longest, settled] = TimesIn(lines);
+  expect(longest < kLongest * patience, "an answer came late");
+  expect(settled < kSettled * patience, "what hangs was not left alone");
+  expect(With(lines, "changed").empty(), "something stayed behind in the process");
+  auto log = With(lines, "log");
+  std::erase_if(log, [](const std::string& line) { return line.starts_with("debug "); });
+  std::ranges::sort(log);
+  expect(std::ranges::adjacent_find(log) == log.end(), "a failure was logged twice");
+  if (!complaints.GetString().empty()) complaints << testing::PrintToString(lines);
+  std::printf("%d times patient: longest %.0f ms, then %.1f ms each\n", patience, longest, settled);
+  return complaints;
+}
+
 TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   const Trouble& trouble = GetParam();
   FullMachine machine(false);  // whatever else befalls it, the lost member must still be told
   if (!machine.bus->Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
   if (!machine.Enter()) GTEST_SKIP() << "needs root";
-  const auto well = machine.Settled("1", "");
-  ASSERT_EQ(machine.status, 0) << testing::PrintToString(well);
-  EXPECT_EQ(FailedIn(well), "");
-  EXPECT_NE(DocumentIn(well).find("storage_is_attention"), std::string::npos) << DocumentIn(well);
+  const auto lines = machine.Answers("1");
+  ASSERT_EQ(machine.status, 0) << testing::PrintToString(lines);
+  EXPECT_EQ(FailedIn(lines), "");
+  const std::string well = DocumentIn(lines);
+  EXPECT_NE(well.find("storage_is_attention"), std::string::npos) << well;
 
   Holds holds;
   trouble.befall(machine, holds);
-  const auto lines = machine.Settled(std::to_string(trouble.answers), trouble.failed);
-  SCOPED_TRACE(testing::PrintToString(lines));
-  ASSERT_EQ(machine.status, 0);
-  EXPECT_EQ(DocumentIn(lines), DocumentIn(well));
-  EXPECT_EQ(FailedIn(lines), trouble.failed);
-  EXPECT_NE(testing::PrintToString(With(lines, "source")).find(trouble.reason), std::string::npos);
-
-  const auto [longest, settled] = TimesIn(lines);
-  EXPECT_LT(longest, kLongest);
-  EXPECT_LT(settled, 200) << "what hangs is left alone";
-  std::printf("longest %.0f ms, then %.1f ms each\n", longest, settled);
-
-  EXPECT_EQ(With(lines, "changed"), std::vector<std::string>());
-  EXPECT_EQ(Survivors(machine), "");
-  auto log = With(lines, "log");
-  std::erase_if(log, [](const std::string& line) { return line.starts_with("debug "); });
-  std::ranges::sort(log);
-  EXPECT_EQ(std::ranges::adjacent_find(log), log.end()) << "a failure is logged once";
+  // On a machine that is busy with something else, with more time for everything.
+  std::string complaints;
+  for (const int patience : {1, 4, 16}) {
+    complaints = Complaints(machine, trouble, well, patience).GetString();
+    if (complaints.empty()) break;
+  }
+  EXPECT_EQ(complaints, "");
+  EXPECT_TRUE(Eventually([&machine] { return Survivors(machine).empty(); })) << Survivors(machine);
 }
 
 // With the suspicion that makes nginx test itself, too.
@@ -164,7 +188,7 @@ TEST(FullMachine, IsAskedWithoutAnyHarm) {
   FullMachine machine;
   if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
   machine.bus->Say("nginx.service", "ActiveState", "failed");
-  const auto lines = machine.Settled("3", "", VELA_HARMLESS);
+  const auto lines = machine.Answers("3", VELA_HARMLESS);
   if (machine.status == 77 << 8) GTEST_SKIP() << "needs strace: apt-get install strace";
   EXPECT_EQ(machine.status, 0) << testing::PrintToString(lines);
   EXPECT_EQ(FailedIn(lines), "");
@@ -174,7 +198,7 @@ TEST(FullMachine, TellsManyThreadsTheSameAtOnce) {
   FullMachine machine(false);
   if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
   machine.bus->Say("nginx.service", "ActiveState", "failed");
-  const auto lines = machine.Settled("25 4", "");
+  const auto lines = machine.Answers("25 4");
   SCOPED_TRACE(testing::PrintToString(lines));
   EXPECT_EQ(machine.status, 0);
   EXPECT_NE(DocumentIn(lines).find("storage_is_attention"), std::string::npos);
@@ -196,7 +220,7 @@ TEST(FullMachine, AUserWithoutRightsRaisesNoFalseAlarm) {
                                  std::filesystem::perms(0640));
   std::filesystem::permissions(machine.Path(), std::filesystem::perms(0755));
   const std::string nobody = "setpriv --reuid 65534 --regid 65534 --clear-groups";
-  const auto lines = machine.Settled("3", "web server, high availability", nobody);
+  const auto lines = machine.Answers("3", nobody);
   SCOPED_TRACE(testing::PrintToString(lines));
   EXPECT_NE(DocumentIn(lines).find("widget:system_ok"), std::string::npos);
   EXPECT_EQ(FailedIn(lines), "web server, high availability");

@@ -5,14 +5,15 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "platform/linux/patience.h"
 #include "platform/linux/ups_status.h"
 #include "platform/voice/voice.h"
+#include "tests/linux/eventually.h"
 #include "tests/linux/fake_server.h"
 #include "tests/linux/system_log.h"
 #include "tests/linux/temporary_root.h"
+#include "tests/linux/times_patient.h"
 #include "velac.h"
 
 namespace {
@@ -189,10 +190,10 @@ TEST_F(UpsTest, HalfALineIsNoAnswerAndTheServerIsThenLeftAlone) {
     FakeServer::Line(client), FakeServer::Line(client);
   });
   Monitor(At(server));
-  const auto start = steady_clock::now();
-  EXPECT_EQ(Ask().connected, 0);
-  EXPECT_LT(steady_clock::now() - start, 1500ms);
+  const TimesPatient usual(1);
+  EXPECT_EQ(Ask().connected, 0) << "and an answer comes: the library alone would wait for ever";
   Ask();
+  EXPECT_TRUE(Eventually([&server] { return server.Clients() > 0; }));
   EXPECT_EQ(server.Clients(), 1);
   EXPECT_NE(std::string(Said().reason).find("left alone for 30 s"), std::string::npos);
 }
@@ -200,9 +201,7 @@ TEST_F(UpsTest, HalfALineIsNoAnswerAndTheServerIsThenLeftAlone) {
 TEST_F(UpsTest, ASourceThatGotNoTurnIsNotBlamed) {
   FakeServer server([](int client) { ServeStatus(client, "OB", ""); });
   Monitor(At(server));
-  NewRequest();
-  WaitUntil(1ms);
-  std::this_thread::sleep_for(1510ms);  // what another source takes
+  NewRequest(Patient(1510ms));  // what another source took
   VELA_UPS_INFO ups = {};
   EXPECT_EQ(VELAUPSInfoGet(&ups), 0);
   EXPECT_EQ(ups.connected, 0);
@@ -243,7 +242,7 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
     for (int i = 0; i < 20; ++i) {
       const auto start = steady_clock::now();
       EXPECT_EQ(Ask().connected, 0);
-      EXPECT_LT(steady_clock::now() - start, 900ms);
+      EXPECT_LT(steady_clock::now() - start, Patient(900ms));
       EXPECT_EQ(Said().state, 2);
     }
     EXPECT_EQ(server.Clients(), 20);

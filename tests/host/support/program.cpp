@@ -14,6 +14,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tests/support/own_folder.h"
+
 namespace vela::host::test {
 namespace {
 
@@ -117,10 +119,10 @@ std::string ReadAll(int socket) {
   return answer;
 }
 
-std::string Exchange(int port, const std::string& request, int seconds) {
+std::string Exchange(int port, const std::string& request) {
   const int descriptor = Connect(port);
   if (descriptor < 0) return {};
-  const timeval bound = {seconds, 0};
+  const timeval bound = {60, 0};  // no machine is as slow as that
   setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof bound);
   send(descriptor, request.data(), request.size(), MSG_NOSIGNAL);
   std::string answer = ReadAll(descriptor);
@@ -138,8 +140,7 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 std::string Scenario(const std::string& name, const std::string& state) {
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("vela-health-test-" + name);
+  const std::filesystem::path folder = vela::test::OwnFolder() + name;
   std::filesystem::create_directories(folder);
   std::ofstream(folder / "state.json") << state;
   return folder;

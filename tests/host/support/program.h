@@ -37,10 +37,10 @@ class Serving {
 
 // A socket connected to 127.0.0.1, from this address of the loopback; -1 when it is refused.
 int Connect(int port, const char* from = "127.0.0.1");
-// Reads until the server closes, or a bound set on the socket passes.
+// Reads until the server closes.
 std::string ReadAll(int socket);
-// Sends `request` as it is and reads until the server closes, or for `seconds`.
-std::string Exchange(int port, const std::string& request, int seconds = 5);
+// Sends `request` as it is and reads until the server closes.
+std::string Exchange(int port, const std::string& request);
 // One GET; the whole answer, head and body.
 std::string Get(int port, const std::string& path);
 

@@ -1,0 +1,17 @@
+// How long this test's platform waits. Tests run twenty times as patient as what ships
+// (CMakeLists.txt), for a daemon that a busy machine starves is no broken one; with the usual
+// patience where something is meant to hang.
+#pragma once
+
+#include "platform/linux/patience.h"
+
+class TimesPatient {
+ public:
+  explicit TimesPatient(int times) : before_(vela::linuxplatform::SetPatience(times)) {}
+  ~TimesPatient() { vela::linuxplatform::SetPatience(before_); }
+  TimesPatient(const TimesPatient&) = delete;
+  TimesPatient& operator=(const TimesPatient&) = delete;
+
+ private:
+  const int before_;
+};
