@@ -136,8 +136,9 @@ std::string Survivors(const FullMachine& machine) {
 // times the usual patience.
 testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
                             const std::string& well, int patience) {
+  const int answers = patience == 1 ? trouble.answers : 6;
   const auto lines =
-      machine.Answers(std::to_string(trouble.answers), "VELA_PATIENCE=" + std::to_string(patience));
+      machine.Answers(std::to_string(answers), "VELA_PATIENCE=" + std::to_string(patience));
   testing::Message complaints;
   const auto expect = [&complaints](bool isTrue, const char* what) {
     if (!isTrue) complaints << what << "; ";
@@ -175,7 +176,7 @@ TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   trouble.befall(machine, holds);
   // On a machine that is busy with something else, with more time for everything.
   std::string complaints;
-  for (const int patience : {1, 4, 16}) {
+  for (const int patience : {1, 8}) {
     complaints = Complaints(machine, trouble, well, patience).GetString();
     if (complaints.empty()) break;
   }
