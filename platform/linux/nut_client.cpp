@@ -2,6 +2,7 @@
 // SIGPIPE, and its socket is handed down to children.
 #include "platform/linux/nut_client.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -23,6 +24,38 @@ namespace {
 using std::chrono::milliseconds, std::chrono::seconds, std::chrono::steady_clock;
 
 constexpr int kMostListed = 64;
+
+// The library, opened when the first UPS is asked for: it brings a whole cryptography library
+// along, which machines without a UPS need not load. Stays open.
+struct Library {
+  Library() : handle(dlopen(VELA_NUT_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
+    if (handle == nullptr) return;
+    Find(tryconnect, "upscli_tryconnect");
+    Find(disconnect, "upscli_disconnect");
+    Find(fd, "upscli_fd");
+    Find(strerror, "upscli_strerror");
+    Find(sendline, "upscli_sendline_timeout");
+    Find(readline, "upscli_readline_timeout");
+  }
+  template <typename Function>
+  void Find(Function*& function, const char* name) {
+    function = reinterpret_cast<Function*>(dlsym(handle, name));
+    if (function == nullptr) handle = nullptr;
+  }
+
+  void* handle;
+  decltype(&upscli_tryconnect) tryconnect = nullptr;
+  decltype(&upscli_disconnect) disconnect = nullptr;
+  decltype(&upscli_fd) fd = nullptr;
+  decltype(&upscli_strerror) strerror = nullptr;
+  decltype(&upscli_sendline_timeout) sendline = nullptr;
+  decltype(&upscli_readline_timeout) readline = nullptr;
+};
+
+const Library& Nut() {
+  static const Library library;
+  return library;
+}
 
 // A server that hangs up would end this process at the next write. The signal goes to the
 // writing thread, so it is held back there and taken off before it can be seen.
@@ -60,21 +93,21 @@ class Connection {
     const auto left = Left(deadline).count();
     timeval patience = {left / 1000, (left % 1000) * 1000};
     connected_ = left > 0 &&
-                 upscli_tryconnect(&server_, address.host.c_str(), address.port, 0, &patience) == 0;
-    if (connected_) fcntl(upscli_fd(&server_), F_SETFD, FD_CLOEXEC);
+                 Nut().tryconnect(&server_, address.host.c_str(), address.port, 0, &patience) == 0;
+    if (connected_) fcntl(Nut().fd(&server_), F_SETFD, FD_CLOEXEC);
   }
   ~Connection() {
-    if (connected_) upscli_disconnect(&server_);
+    if (connected_) Nut().disconnect(&server_);
   }
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
   bool Connected() const { return connected_; }
-  const char* Trouble() { return upscli_strerror(&server_); }
+  const char* Trouble() { return Nut().strerror(&server_); }
 
   // Sends one line and reads the first one of the answer.
   NutAnswer Ask(const std::string& question, std::string& answer) {
-    if (upscli_sendline_timeout(&server_, question.data(), question.size(), 1) != 0)
+    if (Nut().sendline(&server_, question.data(), question.size(), 1) != 0)
       return NutAnswer::Refused;
     return ReadLine(answer);
   }
@@ -82,7 +115,7 @@ class Connection {
     const NutAnswer whole = AwaitLine();
     if (whole != NutAnswer::Read) return whole;
     char text[UPSCLI_NETBUF_LEN];
-    if (upscli_readline_timeout(&server_, text, sizeof text, 1) != 0) return NutAnswer::Refused;
+    if (Nut().readline(&server_, text, sizeof text, 1) != 0) return NutAnswer::Refused;
     line = text;
     return NutAnswer::Read;
   }
@@ -95,7 +128,7 @@ class Connection {
     if (kept.find('\n') != std::string_view::npos) return NutAnswer::Read;
     char text[UPSCLI_NETBUF_LEN];
     for (;;) {
-      const ssize_t got = recv(upscli_fd(&server_), text, sizeof text, MSG_PEEK | MSG_DONTWAIT);
+      const ssize_t got = recv(Nut().fd(&server_), text, sizeof text, MSG_PEEK | MSG_DONTWAIT);
       if (got == 0) return NutAnswer::Refused;
       if (got < 0 && errno != EAGAIN && errno != EINTR) return NutAnswer::Refused;
       const std::string_view seen(text, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
@@ -103,8 +136,8 @@ class Connection {
       if (seen.size() == sizeof text) return NutAnswer::Refused;
       // The descriptor shows as readable only when there is more than was seen.
       const int more = static_cast<int>(seen.size()) + 1;
-      setsockopt(upscli_fd(&server_), SOL_SOCKET, SO_RCVLOWAT, &more, sizeof more);
-      pollfd ready = {upscli_fd(&server_), POLLIN, 0};
+      setsockopt(Nut().fd(&server_), SOL_SOCKET, SO_RCVLOWAT, &more, sizeof more);
+      pollfd ready = {Nut().fd(&server_), POLLIN, 0};
       const auto left = Left(deadline_).count();
       if (left == 0) return NutAnswer::Late;
       poll(&ready, 1, static_cast<int>(left));
@@ -149,6 +182,10 @@ NutAnswer FirstUps(Connection& server, const UpsAddress& address, std::string& n
 
 NutAnswer AskUpsStatus(const UpsAddress& address, steady_clock::time_point deadline,
                        std::string& words, std::string& reason) {
+  if (Nut().handle == nullptr) {
+    reason = "NUT's client library " VELA_NUT_LIBRARY " cannot be loaded: install its package";
+    return NutAnswer::Unsupported;
+  }
   const SigpipeHeld held;
   Connection server(address, deadline);
   if (!server.Connected()) {

@@ -13,7 +13,7 @@ enum class NutAnswer {
   NoServer,     // nothing listens there
   Refused,      // no such UPS, no driver, or an answer that is none
   Late,         // nothing whole by the deadline
-  Unsupported,  // built without libupsclient
+  Unsupported,  // without libupsclient, built or installed
 };
 
 // Asks the server at `address` for the status words of its UPS, over a connection of its

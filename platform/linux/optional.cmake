@@ -42,6 +42,23 @@ macro(vela_require_if_on name what)
   endif()
 endmacro()
 
+# vela_choose_loaded(TARGET NAME WITH WITHOUT): the same for a library that WITH opens by itself,
+# under the name VELA_NAME_LIBRARY ("libx.so.6"), when it is first needed.
+function(vela_choose_loaded target name with without)
+  if(NOT VELA_HAS_${name})
+    target_sources(${target} PRIVATE ${without})
+    return()
+  endif()
+  list(GET ${name}_LINK_LIBRARIES 0 file)
+  file(REAL_PATH ${file} file)
+  string(REGEX MATCH "[^/]+\\.so\\.[0-9]+" soname ${file})
+  target_sources(${target} PRIVATE ${with})
+  target_include_directories(${target} PRIVATE ${${name}_INCLUDE_DIRS})
+  target_link_libraries(${target} PUBLIC ${CMAKE_DL_LIBS})
+  set_property(SOURCE ${with} APPEND PROPERTY COMPILE_DEFINITIONS VELA_${name}_LIBRARY="${soname}")
+  set_property(GLOBAL APPEND PROPERTY VELA_LOADED_LIBRARIES ${soname})
+endfunction()
+
 # vela_choose(TARGET NAME WITH WITHOUT): compiles the source WITH, linked to the library,
 # when it was found, else WITHOUT, which says that the source is absent.
 function(vela_choose target name with without)
