@@ -10,6 +10,7 @@
 #include "host/host_names.h"
 #include "host/http_server.h"
 #include "host/listen_address.h"
+#include "host/resident.h"
 
 namespace vela::host {
 namespace {
@@ -52,7 +53,7 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   HealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
   HttpServer server(socket, site, NamesOf(options));
-  malloc_trim(0);  // what reading the texts and the scenario left behind
+  GiveBackWhatStartingTook();
   std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
 
   const sigset_t signals = StopSignals();
