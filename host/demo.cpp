@@ -77,9 +77,8 @@ Demo::Demo(const Platform& platform, std::filesystem::path scenarios)
   gallery_ = OneLine(gallery);
 }
 
-SimulatedMachine Demo::Open(std::string_view name) const {
-  const auto found = names_.find(name);
-  return found == names_.end() ? nullptr : platform_.OpenScenario(folder_ / *found);
+SimulatedMachine Demo::Open(const std::string& name) const {
+  return platform_.OpenScenario(folder_ / name);
 }
 
 }  // namespace vela::host

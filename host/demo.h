@@ -15,9 +15,10 @@ class Demo {
   // Both live as long as the demo. Throws Failure when there are no scenarios.
   Demo(const Platform& platform, std::filesystem::path scenarios);
 
-  // A fresh machine of a shipped scenario; null when no scenario has this name, so that no
-  // path leads out of the folder. Throws Failure when the scenario is damaged.
-  SimulatedMachine Open(std::string_view name) const;
+  // Whether a shipped scenario has this name: no path leads out of the folder.
+  bool Has(std::string_view name) const { return names_.contains(name); }
+  // A fresh machine of a scenario that it has. Throws Failure when the scenario is damaged.
+  SimulatedMachine Open(const std::string& name) const;
   // {"findings": [{"scenario": its name, "rule": as in the document of "get"}], "scenarios":
   // all names}: for each kind of finding, the most urgent first, the scenario that shows it.
   const std::string& Gallery() const { return gallery_; }

@@ -42,6 +42,13 @@ std::optional<MethodName> ParseMethod(std::string_view path) {
   return name;
 }
 
+const HttpAnswer* FileAnswer(const HttpRequest& request, const StaticFile& file) {
+  const StaticFile::Form& form =
+      AcceptsGzip(request.Header("Accept-Encoding")) ? file.gzip : file.plain;
+  const char* known = request.Header("If-None-Match");
+  return known != nullptr && known == form.tag ? &form.unchanged : &form.whole;
+}
+
 std::vector<std::string> Available(const Host& host) {
   std::vector<std::string> paths;
   for (const Module& module : host.Modules()) {
@@ -61,72 +68,58 @@ HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
   if (demo) demo_.emplace(host.GetPlatform(), data / "scenarios");
 }
 
-bool HealthSite::MayWait(std::string_view path) const {
-  if (!demo_ && !host_.GetPlatform().MayWait(machine_)) return false;
-  return path.starts_with(kApi) || path == kAnswer || path == kMetrics;
-}
-
-HttpAnswer HealthSite::Answer(const HttpRequest& request) const {
-  if (request.path.starts_with(kApi)) return AnswerApi(request.path.substr(kApi.size()));
-  if (request.path == kPage || request.path == kAnswer) {
-    const char* scenario = request.Argument("scenario");
-    return scenario == nullptr ? AnswerPage(request, machine_) : Preview(request, scenario);
+Reaction HealthSite::React(const HttpRequest& request) const {
+  if (request.path.starts_with(kApi)) {
+    if (MethodAt(request.path) != nullptr) return Question{std::string(request.path)};
+    return Problem(404, "No such method",
+                   "No loaded module has the API, version and method " +
+                       std::string(request.path.substr(kApi.size())) + ".",
+                   Available(host_));
   }
-  if (const StaticFile* file = files_.Find(request.path)) return AnswerFile(request, *file);
-  if (request.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
-  if (request.path == kHealthz) return {200, "text/plain; charset=utf-8", "ok\n"};
-  if (demo_ && request.path == kGallery) return {200, "application/json", demo_->Gallery()};
+  if (request.path == kPage || request.path == kAnswer) return ReactToPage(request);
+  if (const StaticFile* file = files_.Find(request.path)) return FileAnswer(request, *file);
+  if (request.path == kMetrics) return Question{std::string(kMetrics)};
+  if (request.path == kHealthz) return &alive_;
+  if (demo_ && request.path == kGallery) {
+    return HttpAnswer{200, "application/json", demo_->Gallery()};
+  }
   return Problem(404, "Not found", "There is nothing at " + std::string(request.path) + ".",
                  Available(host_));
 }
 
-HttpAnswer HealthSite::AnswerPage(const HttpRequest& request,
-                                  const SimulatedMachine& machine) const {
-  if (request.path == kPage) return AnswerFile(request, *files_.Find(kPage));
+Reaction HealthSite::ReactToPage(const HttpRequest& request) const {
+  const char* argument = request.Argument("scenario");
+  const std::string scenario = argument == nullptr ? "" : argument;
+  if (argument != nullptr && !demo_) {
+    return Problem(404, "No preview", "Scenarios are shown only by vela-health serve --demo.");
+  }
+  if (argument != nullptr && !demo_->Has(scenario)) {
+    return Problem(
+        404, "No such scenario",
+        "No scenario has the name \"" + scenario + "\". The page /gallery lists all of them.");
+  }
+  if (request.path == kPage) return FileAnswer(request, *files_.Find(kPage));
+  return Question{std::string(kAnswer), scenario};
+}
+
+HttpAnswer HealthSite::Ask(const Question& question, std::size_t requests) const {
+  if (question.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
+  if (question.path != kAnswer) return AskMethod(*MethodAt(question.path), requests);
+  const SimulatedMachine machine =
+      question.scenario.empty() ? machine_ : demo_->Open(question.scenario);
   return NotStored(PageAnswer(host_, machine));
 }
 
-HttpAnswer HealthSite::Preview(const HttpRequest& request, std::string_view scenario) const {
-  if (!demo_) {
-    return Problem(404, "No preview", "Scenarios are shown only by vela-health serve --demo.");
-  }
-  const SimulatedMachine machine = demo_->Open(scenario);
-  if (machine != nullptr) return AnswerPage(request, machine);
-  return Problem(404, "No such scenario",
-                 "No scenario has the name \"" + std::string(scenario) +
-                     "\". The page /gallery lists all of them.");
+const VELA::APIMethodRow* HealthSite::MethodAt(std::string_view path) const {
+  const auto name = ParseMethod(path.substr(kApi.size()));
+  return name ? host_.Find(name->api, name->version, name->method) : nullptr;
 }
 
-HttpAnswer HealthSite::AnswerApi(std::string_view path) const {
-  const auto name = ParseMethod(path);
-  const VELA::APIMethodRow* row =
-      name ? host_.Find(name->api, name->version, name->method) : nullptr;
-  if (row == nullptr) return NoSuchMethod(path);
+HttpAnswer HealthSite::AskMethod(const VELA::APIMethodRow& method, std::size_t requests) const {
   const auto start = std::chrono::steady_clock::now();
-  std::string document = host_.AskDocument(*row, machine_);
-  metrics_.Answered(std::chrono::steady_clock::now() - start);
+  std::string document = host_.AskDocument(method, machine_);
+  metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
   return NotStored(std::move(document));
-}
-
-HttpAnswer HealthSite::AnswerFile(const HttpRequest& request, const StaticFile& file) const {
-  HttpAnswer answer{200, file.contentType, {}};
-  const bool gzip = AcceptsGzip(request.Header("Accept-Encoding"));
-  const std::string tag = "\"" + file.tag + (gzip ? "-gzip\"" : "\"");
-  answer.headers = {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}, {"ETag", tag}};
-  const char* known = request.Header("If-None-Match");
-  if (known != nullptr && known == tag) {
-    answer.status = 304;
-    return answer;
-  }
-  if (gzip) answer.headers.emplace_back("Content-Encoding", "gzip");
-  answer.fixed = gzip ? file.gzipped : file.bytes;
-  return answer;
-}
-
-HttpAnswer HealthSite::NoSuchMethod(std::string_view path) const {
-  return Problem(404, "No such method",
-                 "No loaded module has the API, version and method " + std::string(path) + ".",
-                 Available(host_));
 }
 
 }  // namespace vela::host

@@ -20,21 +20,20 @@ class HealthSite : public Site {
   HealthSite(const Host& host, SimulatedMachine machine, const std::filesystem::path& data,
              bool demo);
 
-  bool MayWait(std::string_view path) const override;
-  HttpAnswer Answer(const HttpRequest& request) const override;
+  Reaction React(const HttpRequest& request) const override;
+  HttpAnswer Ask(const Question& question, std::size_t requests) const override;
 
  private:
-  HttpAnswer AnswerPage(const HttpRequest& request, const SimulatedMachine& machine) const;
-  HttpAnswer Preview(const HttpRequest& request, std::string_view scenario) const;
-  HttpAnswer AnswerFile(const HttpRequest& request, const StaticFile& file) const;
-  HttpAnswer AnswerApi(std::string_view path) const;
-  HttpAnswer NoSuchMethod(std::string_view path) const;
+  const VELA::APIMethodRow* MethodAt(std::string_view path) const;
+  Reaction ReactToPage(const HttpRequest& request) const;
+  HttpAnswer AskMethod(const VELA::APIMethodRow& method, std::size_t requests) const;
 
   const Host& host_;
   const SimulatedMachine machine_;
   const StaticFiles files_;
   std::optional<Demo> demo_;
   const Metrics metrics_;
+  const HttpAnswer alive_{200, "text/plain; charset=utf-8", "ok\n"};
 };
 
 }  // namespace vela::host

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace vela::host {
@@ -28,18 +29,31 @@ struct HttpAnswer {
   const char* contentType = "text/plain; charset=utf-8";
   std::string body;
   std::vector<std::pair<const char*, std::string>> headers = {};  // beside the usual ones
-  std::string_view fixed = {};  // in place of `body`: bytes that outlive the server
+  bool operator==(const HttpAnswer&) const = default;
 };
 
-// What a server serves. Called from several threads at once.
+// What the machine is to be asked: all of a request that its answer depends on. Requests with
+// equal questions that wait together may get one answer.
+struct Question {
+  std::string path;
+  std::string scenario = {};  // of a demo; empty: none
+  bool operator==(const Question&) const = default;
+};
+
+// From memory: an answer made for this request, or one that is always the same and lives as long
+// as the site. Else the question that the answer takes.
+using Reaction = std::variant<HttpAnswer, const HttpAnswer*, Question>;
+
+// What a server serves. Both throw only std::bad_alloc and Failure; the server makes a problem
+// of either.
 class Site {
  public:
   virtual ~Site() = default;
-  // Whether the answer may have to wait for hardware; such requests run apart from the
-  // threads that serve connections.
-  virtual bool MayWait(std::string_view path) const = 0;
-  // Throws only std::bad_alloc and Failure; the server makes a problem of both.
-  virtual HttpAnswer Answer(const HttpRequest& request) const = 0;
+  // Never waits. Called by one thread at a time.
+  virtual Reaction React(const HttpRequest& request) const = 0;
+  // May wait for hardware, and is called from several threads at once. So many requests,
+  // one or more, get the answer.
+  virtual HttpAnswer Ask(const Question& question, std::size_t requests) const = 0;
 };
 
 }  // namespace vela::host

@@ -1,25 +1,24 @@
 #include "host/http_server.h"
 
 #include <microhttpd.h>
-#include <strings.h>
-#include <sys/socket.h>
+#include <poll.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
+#include <iterator>
 #include <new>
-#include <optional>
-#include <thread>
+#include <system_error>
 #include <utility>
 
 #include "host/failure.h"
+#include "host/http_refusal.h"
 #include "host/problem.h"
 
 namespace vela::host {
 namespace {
 
 constexpr unsigned kWorkers = 4;
-constexpr std::size_t kQueue = 64;  // half a minute's work when each answer takes two seconds
+constexpr std::size_t kWaiting = 64;  // half a minute's work when each answer takes two seconds
 constexpr unsigned kConnections = 512;
 constexpr unsigned kConnectionsOfOne = 256;  // of one address: no client takes all places
 constexpr unsigned kIdleSeconds = 30;
@@ -28,13 +27,10 @@ constexpr std::chrono::seconds kOneRequest(60);
 // Request line and headers of one connection, and the head of its answer.
 constexpr std::size_t kConnectionMemory = 8192;
 constexpr std::chrono::seconds kPatience(10);
+// The library takes about ten new connections a turn; a burst gets in before it is worked on.
+constexpr int kTurnsOfOneBurst = 8;
 
-// One request on its way; libmicrohttpd keeps the pointer for us.
-struct Exchange {
-  HttpServer* server;
-  bool waited = false;
-  HttpAnswer answer = {};
-};
+constexpr unsigned long long kLongestPoll = 60000;
 
 template <MHD_ValueKind Kind>
 const char* ValueOf(const void* connection, const char* name) {
@@ -42,110 +38,11 @@ const char* ValueOf(const void* connection, const char* name) {
   return MHD_lookup_connection_value(mutableConnection, Kind, name);
 }
 
-HttpAnswer AnswerOrProblem(const Site& site, const HttpRequest& request) noexcept {
-  try {
-    return site.Answer(request);
-  } catch (const Failure& failure) {
-    return Problem(500, "No answer", failure.what());
-  } catch (const std::bad_alloc&) {
-    return {503, "text/plain; charset=utf-8", "Out of memory\n"};  // short enough for no heap
-  }
-}
-
-constexpr std::pair<const char*, const char*> kHeaders[] = {
-    {"X-Content-Type-Options", "nosniff"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cross-Origin-Resource-Policy", "same-origin"},
-    {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src data:; "
-     "frame-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'self'"},
-};
-
-// The body goes over to the server without a copy.
-MHD_Response* ResponseWithBody(HttpAnswer& answer) {
-  if (!answer.fixed.empty()) {
-    auto* bytes = const_cast<char*>(answer.fixed.data());  // the library only reads them
-    return MHD_create_response_from_buffer(answer.fixed.size(), bytes, MHD_RESPMEM_PERSISTENT);
-  }
-  auto* body = new std::string(std::move(answer.body));
-  return MHD_create_response_from_buffer_with_free_callback_cls(
-      body->size(), body->data(), [](void* owner) { delete static_cast<std::string*>(owner); },
-      body);
-}
-
-MHD_Response* ResponseFor(HttpAnswer& answer) {
-  MHD_Response* response = ResponseWithBody(answer);
-  MHD_add_response_header(response, "Content-Type", answer.contentType);
-  for (const auto& [name, value] : kHeaders) MHD_add_response_header(response, name, value);
-  for (const auto& [name, value] : answer.headers) {
-    MHD_add_response_header(response, name, value.c_str());
-  }
-  return response;
-}
-
-MHD_Result Send(MHD_Connection* connection, HttpAnswer& answer) {
-  MHD_Response* response = ResponseFor(answer);
-  const MHD_Result queued = MHD_queue_response(connection, answer.status, response);
-  MHD_destroy_response(response);
-  return queued;
-}
-
-MHD_Result AnswerLater(MHD_Connection* connection, Exchange& exchange, const HttpRequest& request) {
-  MHD_suspend_connection(connection);
-  exchange.waited = true;
-  const bool queued = exchange.server->Workers().Run([connection, &exchange, request] {
-    exchange.answer = AnswerOrProblem(exchange.server->GetSite(), request);
-    MHD_resume_connection(connection);
-  });
-  if (queued) return MHD_YES;
-  exchange.answer = Problem(503, "Too busy", "Too many requests wait for the machine. Ask later.");
-  exchange.answer.headers.emplace_back("Retry-After", "10");
-  MHD_resume_connection(connection);
-  return MHD_YES;
-}
-
-bool IsReading(const char* method) {
-  return std::strcmp(method, MHD_HTTP_METHOD_GET) == 0 ||
-         std::strcmp(method, MHD_HTTP_METHOD_HEAD) == 0;
-}
-
-// What decides whether a request is served at all.
-struct Head {
-  std::string_view host;
-  unsigned hosts = 0;
-  bool body = false;
-};
-
-MHD_Result AddToHead(void* head, MHD_ValueKind, const char* name, const char* value) {
-  auto& known = *static_cast<Head*>(head);
-  if (strcasecmp(name, "Host") == 0) {
-    known.host = value;
-    ++known.hosts;
-  } else if (strcasecmp(name, "Transfer-Encoding") == 0) {
-    known.body = true;
-  } else if (strcasecmp(name, "Content-Length") == 0) {
-    known.body = std::strcmp(value, "0") != 0;
-  }
-  return MHD_YES;
-}
-
-// None for a request that is served. Only HTTP/1.0, which no browser speaks, has no Host.
-std::optional<HttpAnswer> Refusal(MHD_Connection* connection, const char* method,
-                                  const HostNames& names) {
-  if (!IsReading(method)) {
-    HttpAnswer answer = Problem(405, "Method not allowed", "Only GET and HEAD are served here.");
-    answer.headers.emplace_back("Allow", "GET, HEAD");
-    return answer;
-  }
-  Head head;
-  MHD_get_connection_values(connection, MHD_HEADER_KIND, &AddToHead, &head);
-  if (head.body) return Problem(413, "No body", "A request here has no body. Leave it out.");
-  if (head.hosts > 1) return Problem(400, "Two hosts", "A request names one Host.");
-  if (head.hosts == 0 || names.Know(head.host)) return std::nullopt;
-  return Problem(421, "Not a name of this server",
-                 "This server does not answer for the host \"" + std::string(head.host) +
-                     "\", since another site's page could be asking. Ask for its address, or "
-                     "start vela-health serve with --host-name and this name if it is yours.");
+HttpAnswer TooBusy() {
+  HttpAnswer answer =
+      Problem(503, "Too busy", "Too many requests wait for the machine. Ask later.");
+  answer.headers.emplace_back("Retry-After", "10");
+  return answer;
 }
 
 // Without NULs, at which a path would seem to end: such an escape stays as it is.
@@ -158,60 +55,116 @@ ConnectionWatch::Connection* WatchedOf(MHD_Connection* connection) {
   return static_cast<ConnectionWatch::Connection*>(info->socket_context);
 }
 
-void OnConnection(void* self, MHD_Connection* connection, void** context,
-                  MHD_ConnectionNotificationCode code) {
-  ConnectionWatch& watch = static_cast<HttpServer*>(self)->Watch();
-  if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
-    watch.Closed(static_cast<ConnectionWatch::Connection*>(*context));
-    return;
-  }
-  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-  *context = watch.Opened(info->connect_fd);
-}
-
-// Called for the head of a request, again when the whole request is there, and once more
-// when a worker has its answer. An answer to the head alone ends the connection.
-MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path, const char* method,
-                     const char*, const char*, std::size_t*, void** state) {
-  auto* server = static_cast<HttpServer*>(self);
-  if (*state == nullptr) {
-    server->RequestStarted();
-    WatchedOf(connection)->MustEndWithin(kOneRequest);
-    *state = new Exchange{server};
-    std::optional<HttpAnswer> refusal = Refusal(connection, method, server->Names());
-    return refusal ? Send(connection, *refusal) : MHD_YES;
-  }
-  auto& exchange = *static_cast<Exchange*>(*state);
-  if (exchange.waited) return Send(connection, exchange.answer);
-  const HttpRequest request{path, &ValueOf<MHD_GET_ARGUMENT_KIND>, &ValueOf<MHD_HEADER_KIND>,
-                            connection};
-  if (server->GetSite().MayWait(path)) return AnswerLater(connection, exchange, request);
-  exchange.answer = AnswerOrProblem(server->GetSite(), request);
-  return Send(connection, exchange.answer);
-}
-
-void OnCompleted(void* self, MHD_Connection* connection, void** state, MHD_RequestTerminationCode) {
-  if (*state == nullptr) return;
-  WatchedOf(connection)->MustEndWithin(kNextRequest);
-  delete static_cast<Exchange*>(*state);
-  *state = nullptr;
-  static_cast<HttpServer*>(self)->RequestEnded();
-}
-
 }  // namespace
 
+struct HttpServer::Exchange {
+  std::shared_ptr<Waiter> waiter = nullptr;
+};
+
+// All within the leader's turn.
+struct HttpServer::Callbacks {
+  static void OnConnection(void* self, MHD_Connection* connection, void** context,
+                           MHD_ConnectionNotificationCode code) {
+    auto& server = *static_cast<HttpServer*>(self);
+    if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
+      server.watch_.Closed(static_cast<ConnectionWatch::Connection*>(*context));
+      return;
+    }
+    const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    *context = server.watch_.Opened(info->connect_fd);
+    server.connected_ = true;
+  }
+
+  // Called for the head of a request, again when the whole request is there, and for one that
+  // waits once more in each turn and when its answer is there. An answer to the head alone ends
+  // the connection.
+  static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path,
+                              const char* method, const char*, const char*, std::size_t*,
+                              void** state) {
+    auto& server = *static_cast<HttpServer*>(self);
+    auto* exchange = static_cast<Exchange*>(*state);
+    bool alive = true;
+    try {
+      if (exchange == nullptr) {
+        alive = Start(server, connection, method, state);
+      } else if (exchange->waiter != nullptr) {
+        const auto answer =
+            server.room_.AnswerOf(*exchange->waiter, server.threads_.WorkFollowsTurn());
+        if (answer) alive = answer->SendTo(connection);
+      } else {
+        alive = React(server, connection, path, *exchange);
+      }
+    } catch (const std::bad_alloc&) {
+      alive = server.outOfMemory_.SendTo(connection);
+    }
+    return alive ? MHD_YES : MHD_NO;
+  }
+
+  static bool Start(HttpServer& server, MHD_Connection* connection, const char* method,
+                    void** state) {
+    *state = new Exchange();
+    ++server.running_;
+    WatchedOf(connection)->MustEndWithin(kOneRequest);
+    std::optional<HttpAnswer> refusal = Refusal(connection, method, server.names_);
+    return !refusal || PreparedAnswer(std::move(*refusal)).SendTo(connection);
+  }
+
+  static bool React(HttpServer& server, MHD_Connection* connection, const char* path,
+                    Exchange& exchange) {
+    const HttpRequest request{path, &ValueOf<MHD_GET_ARGUMENT_KIND>, &ValueOf<MHD_HEADER_KIND>,
+                              connection};
+    Reaction reaction = ReactionOf(server.site_, request);
+    if (const auto* fixed = std::get_if<const HttpAnswer*>(&reaction)) {
+      return server.fixed_.Prepared(**fixed).SendTo(connection);
+    }
+    if (auto* answer = std::get_if<HttpAnswer>(&reaction)) {
+      return PreparedAnswer(std::move(*answer)).SendTo(connection);
+    }
+    if (server.IsFull()) return server.tooBusy_.SendTo(connection);
+    exchange.waiter = server.room_.Enter(connection, std::get<Question>(std::move(reaction)));
+    if (!server.threads_.WorkFollowsTurn()) server.room_.AnswerOf(*exchange.waiter, false);
+    return true;
+  }
+
+  static Reaction ReactionOf(const Site& site, const HttpRequest& request) {
+    try {
+      return site.React(request);
+    } catch (const Failure& failure) {
+      return Problem(500, "No answer", failure.what());
+    }
+  }
+
+  static void OnCompleted(void* self, MHD_Connection* connection, void** state,
+                          MHD_RequestTerminationCode) {
+    if (*state == nullptr) return;
+    WatchedOf(connection)->MustEndWithin(kNextRequest);
+    delete static_cast<Exchange*>(*state);
+    *state = nullptr;
+    --static_cast<HttpServer*>(self)->running_;
+  }
+};
+
 HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames names)
-    : site_(site), names_(std::move(names)), workers_(kWorkers, kQueue) {
-  const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
+    : site_(site),
+      names_(std::move(names)),
+      outOfMemory_(HttpAnswer{503, "text/plain; charset=utf-8", "Out of memory\n"}),
+      tooBusy_(TooBusy()),
+      room_(bell_),
+      threads_(*this, kWorkers) {
   daemon_ = MHD_start_daemon(
-      MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
-      &OnRequest, this, MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(), MHD_OPTION_THREAD_POOL_SIZE,
-      threads, MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+      MHD_USE_EPOLL | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
+      &Callbacks::OnRequest, this, MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(),
+      MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
       kConnectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds,
       MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory, MHD_OPTION_NOTIFY_CONNECTION,
-      &OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &OnCompleted, this,
+      &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::OnCompleted, this,
       MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1,
       MHD_OPTION_END);
+  try {
+    if (daemon_ != nullptr) threads_.Start();
+  } catch (const std::system_error&) {
+    MHD_stop_daemon(std::exchange(daemon_, nullptr));
+  }
   if (daemon_ == nullptr) {
     throw Failure(kUnavailable,
                   "Cannot start the web server: the system gives no more threads or "
@@ -221,14 +174,53 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames n
 
 HttpServer::~HttpServer() { Stop(); }
 
+bool HttpServer::IsFull() const {
+  return room_.Waiting() >= kWaiting && !threads_.WorkFollowsTurn();
+}
+
+// The library by itself does not learn of connections that others resumed.
+void HttpServer::AwaitEvents() {
+  unsigned long long due = 0;  // milliseconds
+  const bool bounded = MHD_get_timeout(daemon_, &due) == MHD_YES;
+  if (bounded && due == 0) return;
+  const auto* info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
+  pollfd events[] = {{info->epoll_fd, POLLIN, 0}, {bell_.Descriptor(), POLLIN, 0}};
+  poll(events, std::size(events), bounded ? static_cast<int>(std::min(due, kLongestPoll)) : -1);
+  if (events[1].revents != 0) bell_.Hush();
+}
+
+bool HttpServer::Turn() {
+  AwaitEvents();
+  MHD_run(daemon_);
+  for (int more = 0; std::exchange(connected_, false) && more < kTurnsOfOneBurst; ++more) {
+    MHD_run(daemon_);
+  }
+  if (!stopping_) return true;
+  if (!std::exchange(quiet_, true)) MHD_quiesce_daemon(daemon_);
+  return running_ > 0;
+}
+
+void HttpServer::Work() {
+  const std::optional<Query> query = room_.Begin();
+  if (!query) return;
+  try {
+    HttpAnswer answer;
+    try {
+      answer = site_.Ask(query->question, query->waiters.size());
+    } catch (const Failure& failure) {
+      answer = Problem(500, "No answer", failure.what());
+    }
+    room_.End(*query, repeated_.Prepared(std::move(answer)));
+  } catch (const std::bad_alloc&) {
+    room_.End(*query, outOfMemory_);
+  }
+}
+
 bool HttpServer::Stop() {
   if (daemon_ == nullptr) return true;
-  MHD_quiesce_daemon(daemon_);
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
-  while (running_ > 0 && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  if (running_ > 0) return false;
+  stopping_ = true;
+  bell_.Ring();
+  if (!threads_.JoinWithin(kPatience)) return false;
   MHD_stop_daemon(std::exchange(daemon_, nullptr));
   return true;
 }

@@ -1,24 +1,28 @@
-// A site on a socket, through libmicrohttpd: a few epoll threads, everything bounded.
+// A site on a socket, through libmicrohttpd: one thread leads its loop at a time, everything is
+// bounded.
 #pragma once
 
 #include <atomic>
 #include <memory>
 
+#include "host/bell.h"
 #include "host/connection_watch.h"
 #include "host/host_names.h"
 #include "host/http.h"
+#include "host/http_response.h"
+#include "host/leader_followers.h"
 #include "host/listen_address.h"
-#include "host/worker_pool.h"
+#include "host/waiting_room.h"
 
 struct MHD_Daemon;
 
 namespace vela::host {
 
-class HttpServer {
+class HttpServer : private Loop {
  public:
   // Serves until Stop. Throws Failure(kUnavailable) when no thread can be started.
   HttpServer(const ListenSocket& socket, const Site& site, HostNames names);
-  ~HttpServer();
+  ~HttpServer() override;
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
 
@@ -26,21 +30,33 @@ class HttpServer {
   // seconds. False when one is still running then: the process must end without us.
   bool Stop();
 
-  // The callbacks' side.
-  const Site& GetSite() const { return site_; }
-  const HostNames& Names() const { return names_; }
-  WorkerPool& Workers() { return workers_; }
-  ConnectionWatch& Watch() { return watch_; }
-  void RequestStarted() { ++running_; }
-  void RequestEnded() { --running_; }
-
  private:
+  struct Exchange;  // one request on its way; libmicrohttpd keeps the pointer for us
+  struct Callbacks;
+
+  bool Turn() override;
+  void AwaitEvents();
+  bool HasWork() const override { return room_.Waiting() > 0; }
+  void Work() override;
+  bool IsFull() const;
+
   const Site& site_;
   const HostNames names_;
-  WorkerPool workers_;
+  const PreparedAnswer outOfMemory_, tooBusy_;
   ConnectionWatch watch_;
-  std::atomic<int> running_{0};
+  const Bell bell_;  // for the leader
+  WaitingRoom room_;
+  RepeatedAnswer repeated_;
+  std::atomic<bool> stopping_{false};
   MHD_Daemon* daemon_ = nullptr;
+
+  // The leader's.
+  FixedAnswers fixed_;
+  int running_ = 0;  // requests
+  bool connected_ = false;
+  bool quiet_ = false;  // no longer listens
+
+  LeaderFollowers threads_;
 };
 
 }  // namespace vela::host

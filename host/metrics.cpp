@@ -1,5 +1,6 @@
 #include "host/metrics.h"
 
+#include <prometheus/counter.h>
 #include <prometheus/histogram.h>
 #include <prometheus/metric_family.h>
 #include <prometheus/text_serializer.h>
@@ -74,15 +75,17 @@ MetricFamily BuildInfo() {
 }  // namespace
 
 struct Metrics::State {
-  prometheus::Histogram answers{
+  prometheus::Counter answers;
+  prometheus::Histogram queries{
       prometheus::Histogram::BucketBoundaries{1e-4, 1e-3, 1e-2, 0.1, 0.5, 1, 5, 10}};
 };
 
 Metrics::Metrics() : state_(std::make_unique<State>()) {}
 Metrics::~Metrics() = default;
 
-void Metrics::Answered(std::chrono::steady_clock::duration took) const {
-  state_->answers.Observe(std::chrono::duration<double>(took).count());
+void Metrics::Answered(std::chrono::steady_clock::duration took, std::size_t requests) const {
+  state_->queries.Observe(std::chrono::duration<double>(took).count());
+  state_->answers.Increment(static_cast<double>(requests));
 }
 
 std::string Metrics::Scrape(const Host& host, const SimulatedMachine& machine) const {
@@ -91,8 +94,12 @@ std::string Metrics::Scrape(const Host& host, const SimulatedMachine& machine) c
   AddCheckers(families, AskExplanation(host, machine));
   AddSources(families, reply.sources);
   families.push_back({"vela_health_answer_seconds",
-                      "Time that health answers took",
+                      "Time that it took to make a health answer",
                       MetricType::Histogram,
+                      {state_->queries.Collect()}});
+  families.push_back({"vela_health_answers_total",
+                      "Health answers given; requests that waited together share one",
+                      MetricType::Counter,
                       {state_->answers.Collect()}});
   families.push_back(BuildInfo());
   return prometheus::TextSerializer().Serialize(families);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -18,8 +19,8 @@ class Metrics {
   Metrics(const Metrics&) = delete;
   Metrics& operator=(const Metrics&) = delete;
 
-  // One health answer was given.
-  void Answered(std::chrono::steady_clock::duration took) const;
+  // The machine was asked once for a health answer, which so many requests got.
+  void Answered(std::chrono::steady_clock::duration took, std::size_t requests) const;
 
   // The text exposition format. Throws what Host::Ask throws.
   std::string Scrape(const Host& host, const SimulatedMachine& machine) const;

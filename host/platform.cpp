@@ -16,8 +16,7 @@ Platform::Platform(const std::string& path, Scope scope)
       sources_(library_.Find<decltype(sources_)>("VELAPlatformSources")),
       open_(library_.Find<decltype(open_)>("VELASimulatorOpen")),
       close_(library_.Find<decltype(close_)>("VELASimulatorClose")),
-      enter_(library_.Find<decltype(enter_)>("VELASimulatorEnter")),
-      delay_(library_.Find<decltype(delay_)>("VELASimulatorDelay")) {
+      enter_(library_.Find<decltype(enter_)>("VELASimulatorEnter")) {
   using OperatingSystem = decltype(&VELAPlatformOperatingSystem);
   const auto answers = library_.Find<OperatingSystem>("VELAPlatformOperatingSystem");
   AnswerForOperatingSystem(answers != nullptr ? answers() : nullptr);
@@ -39,10 +38,6 @@ SimulatedMachine Platform::OpenScenario(const std::string& path) const {
 void Platform::Enter(const SimulatedMachine& machine) const {
   if (reset_ != nullptr) reset_();
   if (enter_ != nullptr) enter_(machine.get());
-}
-
-bool Platform::MayWait(const SimulatedMachine& machine) const {
-  return delay_ == nullptr || delay_(machine.get()) > 0;
 }
 
 void Platform::Sources(std::vector<VELASourceReport>& reports) const {

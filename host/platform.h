@@ -32,9 +32,6 @@ class Platform {
   // What the sources of this thread's request said; none on a platform without a voice.
   void Sources(std::vector<VELASourceReport>& reports) const;
 
-  // Whether an answer may have to wait for hardware. A simulated machine is in memory, unless
-  // its scenario has it wait.
-  bool MayWait(const SimulatedMachine& machine) const;
   const std::string& Path() const { return library_.Path(); }
 
  private:
@@ -44,7 +41,6 @@ class Platform {
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;
-  decltype(&VELASimulatorDelay) delay_;
 };
 
 }  // namespace vela::host

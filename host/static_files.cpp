@@ -75,6 +75,19 @@ std::string TextsOfPage(const std::string& json, const std::string& page) {
   return Json::writeString(builder, value);
 }
 
+StaticFile::Form FormOf(const char* contentType, const std::string& name, std::string bytes) {
+  const std::string tag = '"' + name + '"';
+  const HttpAnswer unchanged = {
+      304,
+      contentType,
+      {},
+      {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}, {"ETag", tag}}};
+  StaticFile::Form form = {tag, unchanged, unchanged};
+  form.whole.status = 200;
+  form.whole.body = std::move(bytes);
+  return form;
+}
+
 }  // namespace
 
 StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
@@ -84,7 +97,7 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   std::string sources;
   for (const PageFile& page : kPage) {
     add(page);
-    sources += files_[page.path].bytes;
+    sources += files_[page.path].plain.whole.body;
   }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
   for (const Language& language : Languages()) {
@@ -98,7 +111,10 @@ void StaticFiles::Add(const std::string& path, const char* contentType, std::str
   // Its last bytes are a sum over `bytes` and their number.
   const std::size_t sum =
       std::hash<std::string_view>()(std::string_view(gzipped).substr(gzipped.size() - 8));
-  files_[path] = {contentType, std::move(bytes), std::move(gzipped), std::to_string(sum)};
+  StaticFile& file = files_[path];
+  file.plain = FormOf(contentType, std::to_string(sum), std::move(bytes));
+  file.gzip = FormOf(contentType, std::to_string(sum) + "-gzip", std::move(gzipped));
+  file.gzip.whole.headers.emplace_back("Content-Encoding", "gzip");
 }
 
 const StaticFile* StaticFiles::Find(std::string_view path) const {

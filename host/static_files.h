@@ -6,13 +6,17 @@
 #include <string>
 #include <string_view>
 
+#include "host/http.h"
+
 namespace vela::host {
 
 struct StaticFile {
-  const char* contentType;
-  std::string bytes;
-  std::string gzipped;
-  std::string tag;  // changes with the bytes
+  // As it is, or packed.
+  struct Form {
+    std::string tag;  // changes with the bytes
+    HttpAnswer whole, unchanged;
+  };
+  Form plain, gzip;
 };
 
 class StaticFiles {

@@ -25,10 +25,6 @@ void VELASimulatorEnter(VELASimulatedMachine* machine) {
   vela::simulator::Enter(machine != nullptr ? &machine->machine : nullptr);
 }
 
-int VELASimulatorDelay(const VELASimulatedMachine* machine) {
-  return machine != nullptr ? machine->machine.delay : 0;
-}
-
 int VELASimulatorOwed(const VELASimulatedMachine* machine) {
   const auto& ledger = machine->machine.ledger;
   return ledger.lists + ledger.streams + ledger.objects;

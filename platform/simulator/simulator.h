@@ -17,8 +17,6 @@ VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::si
 void VELASimulatorClose(VELASimulatedMachine* machine);
 // Makes `machine` the one that answers this thread; null: the healthy machine.
 void VELASimulatorEnter(VELASimulatedMachine* machine);
-// Milliseconds that an answer of `machine` waits for its hardware; null: the healthy machine.
-int VELASimulatorDelay(const VELASimulatedMachine* machine);
 // How many lists, streams and objects callers of `machine` have not given back.
 int VELASimulatorOwed(const VELASimulatedMachine* machine);
 

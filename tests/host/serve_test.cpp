@@ -45,6 +45,7 @@ TEST(Serve, OneConnectionCarriesManyRequests) {
   }
   EXPECT_EQ(count, 3U) << answers;
   EXPECT_TRUE(answers.ends_with("\r\n\r\n")) << "HEAD has no body";
+  EXPECT_TRUE(Contains(Get(serving.Port(), "/metrics"), "vela_health_answers_total 3\n"));
 }
 
 TEST(Serve, ThePageAndNothingElseOfTheDiskIsServedGuarded) {
@@ -198,31 +199,6 @@ TEST(Serve, OnlyItsOwnNamesAreAnsweredFor) {
   EXPECT_TRUE(Exchange(local.Port(), "GET / HTTP/1.0\r\n\r\n").starts_with("HTTP/1.1 200"));
 }
 
-TEST(Serve, ASlowMachineHoldsUpNobodyElseAndIsNotBuriedUnderRequests) {
-  Serving serving({"--scenario", Scenario("slow", R"({"why": ".", "hardware": {"delay": 200}})")});
-  const std::string request =
-      std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n";
-  std::vector<int> waiting;  // nearly as many as one address may have
-  for (int i = 0; i < 250; ++i) {
-    waiting.push_back(Connect(serving.Port()));
-    send(waiting.back(), request.data(), request.size(), MSG_NOSIGNAL);
-  }
-  for (int i = 0; i < 50; ++i) {
-    ASSERT_TRUE(Get(serving.Port(), "/healthz").starts_with("HTTP/1.1 200"));
-    ASSERT_TRUE(Get(serving.Port(), "/").starts_with("HTTP/1.1 200"));
-  }
-  int answered = 0, refused = 0;
-  for (const int socket : waiting) {
-    const std::string answer = ReadAll(socket);
-    answered += answer.starts_with("HTTP/1.1 200") ? 1 : 0;
-    refused += answer.starts_with("HTTP/1.1 503") && Contains(answer, "Retry-After") ? 1 : 0;
-    close(socket);
-  }
-  EXPECT_GE(answered, 64);
-  EXPECT_GE(refused, 1);
-  EXPECT_EQ(answered + refused, 250);
-}
-
 TEST(Serve, WhatRunsIsFinishedBeforeItStops) {
   const std::string request = std::string("GET ") + kGet + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
   bool finished = false;
@@ -232,6 +208,7 @@ TEST(Serve, WhatRunsIsFinishedBeforeItStops) {
     const int waiting = Connect(serving.Port());
     send(waiting, request.data(), request.size(), MSG_NOSIGNAL);
     usleep(static_cast<useconds_t>(delay) * 500);  // it runs by now, if the machine is not too busy
+    EXPECT_TRUE(Get(serving.Port(), "/healthz").starts_with("HTTP/1.1 200"));
     EXPECT_EQ(serving.Stop(SIGTERM), 0);
     finished = ReadAll(waiting).starts_with("HTTP/1.1 200");
     close(waiting);
