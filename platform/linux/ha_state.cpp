@@ -6,6 +6,8 @@
 namespace vela::linuxplatform {
 namespace {
 
+constexpr std::array kTexts = {"normal", "warning", "empty_passive", "danger"};
+
 // What follows "<name>:" up to the next blank; empty when the line has no such field.
 std::string_view Field(std::string_view line, std::string_view name) {
   const std::string key = std::string(1, ' ').append(name).append(1, ':');
@@ -28,9 +30,13 @@ HaState DeviceState(std::string_view connection, std::string_view roles, std::st
 
 }  // namespace
 
-const char* HaText(HaState state) {
-  constexpr std::array kTexts = {"normal", "warning", "empty_passive", "danger"};
-  return kTexts[static_cast<std::size_t>(state)];
+const char* HaText(HaState state) { return kTexts[static_cast<std::size_t>(state)]; }
+
+std::optional<HaState> HaStateNamed(std::string_view text) {
+  const auto found =
+      std::ranges::find(kTexts, text, [](const char* each) { return std::string_view(each); });
+  if (found == kTexts.end()) return std::nullopt;
+  return static_cast<HaState>(found - kTexts.begin());
 }
 
 std::optional<HaState> DrbdState(std::string_view text, bool& isVersion8) {

@@ -11,6 +11,7 @@ namespace vela::linuxplatform {
 enum class HaState { Normal, Warning, EmptyPassive, Danger };
 
 const char* HaText(HaState state);  // "normal", "warning", "empty_passive", "danger"
+std::optional<HaState> HaStateNamed(std::string_view text);
 
 // The state that the XML of `crm_mon -1 --output-as=xml` tells; none, with the reason in
 // words, when it is not such a document or says that crm_mon failed.

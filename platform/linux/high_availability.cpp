@@ -2,30 +2,33 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <string>
 
+#include "common/json.h"
 #include "platform/linux/error.h"
 #include "platform/linux/failure_log.h"
 #include "platform/linux/ha_state.h"
+#include "platform/linux/pacemaker.h"
 #include "platform/linux/patience.h"
 #include "platform/linux/program.h"
 #include "platform/linux/root.h"
+#include "platform/linux/snapshot.h"
 #include "platform/linux/systemd_units.h"
 #include "platform/voice/voice.h"
 #include "velac.h"
 
 using namespace vela::linuxplatform;
 using vela::platform::Source, vela::platform::SourceScope;
+using VELA::SystemHealth::TextMember;
 
 namespace {
 
-constexpr const char* kMonitor = "/usr/sbin/crm_mon";
 constexpr const char* kDrbd = "/proc/drbd";
-constexpr const char* kSockets = "/proc/net/unix";
 constexpr Bounds kMonitorBounds = {std::chrono::seconds(2), std::size_t{1} << 20};
-constexpr std::size_t kDrbdCap = std::size_t{256} << 10, kSocketsCap = std::size_t{4} << 20;
+constexpr std::size_t kDrbdCap = std::size_t{256} << 10;
 constexpr auto kFresh = std::chrono::milliseconds(500);
 
 constinit FailureLog failures("high availability");
@@ -38,26 +41,14 @@ struct Running {
 };
 thread_local constinit Running running = {};
 
-// The name that Pacemaker's first process listens on; its NULs show as "@".
-bool ListensItself() {
-  std::string text;
-  ReadSmallFile(BelowRoot(kSockets).c_str(), kSocketsCap, text);
-  constexpr std::string_view kName = " @pacemakerd";
-  for (std::size_t at = text.find(kName); at != std::string::npos; at = text.find(kName, at + 1)) {
-    const std::size_t end = at + kName.size();
-    if (end == text.size() || text[end] == '@' || text[end] == '\n') return true;
-  }
-  return false;
-}
-
 // systemd knows; where it does not run, or cannot be asked, Pacemaker's own socket tells.
 bool PacemakerRuns() {
-  if (access(BelowRoot(kMonitor).c_str(), X_OK) != 0) return false;
+  if (access(BelowRoot(kClusterMonitor).c_str(), X_OK) != 0) return false;
   std::vector<UnitState> states;
   std::string reason;
   if (ReadUnits({"pacemaker.service"}, states, reason) == UnitsAnswer::Read)
     return states[0].active == "active";
-  return ListensItself();
+  return PacemakerListens();
 }
 
 void LookAfresh() {
@@ -66,12 +57,36 @@ void LookAfresh() {
   running.taken = std::chrono::steady_clock::now();
 }
 
-std::optional<HaState> AskCluster(std::string& reason) {
+// Pacemaker answers root and its group, whose members alone may enter this folder.
+bool MayAskCluster() {
+  return access(BelowRoot("/var/lib/pacemaker/cib").c_str(), X_OK) == 0 || errno != EACCES;
+}
+
+std::optional<HaState> AskCollector(SourceScope& scope, std::string& reason) {
+  Json::Value seen;
+  switch (ReadSnapshot("cluster", seen, reason)) {
+    case SnapshotState::Absent:
+      reason = std::string("only root may ask Pacemaker. ") + kStartCollector;
+      return std::nullopt;
+    case SnapshotState::Failed:
+      return std::nullopt;
+    case SnapshotState::Read:
+      break;
+  }
+  const std::optional<HaState> state = HaStateNamed(TextMember(seen, "state"));
+  if (state)
+    scope.Read("%s", SeenByCollector(seen).c_str());
+  else
+    reason = "cluster.json has no state of the cluster";
+  return state;
+}
+
+std::optional<HaState> AskCluster(SourceScope& scope, std::string& reason) {
+  if (!MayAskCluster()) return AskCollector(scope, reason);
   if (monitorBreaker.IsOpen(reason)) return std::nullopt;
   std::string xml;
   int status = 0;
-  const ProgramEnd end =
-      RunProgram({kMonitor, "-1", "--output-as=xml"}, kMonitorBounds, xml, status, reason);
+  const ProgramEnd end = RunProgram(ClusterQuestion(), kMonitorBounds, xml, status, reason);
   if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
   if (end != ProgramEnd::Exited) return std::nullopt;
   return ClusterState(xml, reason);  // which tells a failure better than the exit status
@@ -95,10 +110,10 @@ std::optional<HaState> AskDrbd(std::string& reason) {
 
 // The worse of both. A part that could not be asked leaves the other's trouble standing, but
 // never makes the whole "normal".
-std::optional<HaState> Overview(std::string& reason) {
+std::optional<HaState> Overview(SourceScope& scope, std::string& reason) {
   std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
   std::string drbdReason;
-  if (running.pacemaker) cluster = AskCluster(reason);
+  if (running.pacemaker) cluster = AskCluster(scope, reason);
   if (running.drbd) drbd = AskDrbd(drbdReason);
   if (reason.empty()) reason = drbdReason;
   if (cluster && drbd) return std::max(*cluster, *drbd);
@@ -126,7 +141,7 @@ int VELAHAGetOverviewStatusDL(char* buffer, int size) {
     return -1;
   }
   std::string reason;
-  const std::optional<HaState> state = Overview(reason);
+  const std::optional<HaState> state = Overview(scope, reason);
   if (reason.empty())
     failures.Fine();
   else

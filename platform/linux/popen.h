@@ -7,8 +7,8 @@ namespace vela::linuxplatform {
 
 constexpr const char* kSanTool = "/usr/local/bin/velaiscsiep";
 
-// False while the tool is left alone, because it hung or flooded, and when the request has
-// no time left for it. `reason` says so.
+// False while the tool is left alone, because it hung or flooded, while it does so again when
+// it is tried, and when the request has no time left for it. `reason` says so.
 bool MayRunSanTool(std::string& reason);
 
 }  // namespace vela::linuxplatform

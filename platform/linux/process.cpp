@@ -12,6 +12,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/linux/descendants.h"
 #include "platform/linux/patience.h"
 
 namespace vela::linuxplatform {
@@ -151,7 +152,7 @@ Child::~Child() { Finish(); }
 ssize_t Child::CutOff(Cut cut) {
   cut_ = cut;
   ended_ = true;
-  kill(-pid_, SIGKILL);
+  KillWithDescendants(pid_);
   return 0;
 }
 

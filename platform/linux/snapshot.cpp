@@ -1,5 +1,6 @@
 #include "platform/linux/snapshot.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -38,7 +39,8 @@ SnapshotState JudgeAge(std::string_view source, const Json::Value& document, std
   if (now > written && now - written > lasts)
     return Failed(source,
                   "is " + std::to_string(now - written) +
-                      " s old: vela-platform-collect is stuck or is not started any more",
+                      " s old: vela-platform-collect is stuck or off. See systemctl status "
+                      "vela-platform-collect, and enable --now vela-platform-collect.timer",
                   reason);
   return SnapshotState::Read;
 }
@@ -89,6 +91,12 @@ SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::strin
       break;
   }
   return ParseSnapshot(source, text, std::time(nullptr), ThisBoot(), document, reason);
+}
+
+std::string SeenByCollector(const Json::Value& document) {
+  const std::time_t age = std::time(nullptr) - SecondsMember(document, "written");
+  return "seen by vela-platform-collect " + std::to_string(std::max<std::time_t>(age, 0)) +
+         " s ago";
 }
 
 std::string BootId() {

@@ -28,6 +28,13 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
 // One system call when it is absent, else four.
 SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason);
 
+// What to say where no snapshot is, and only the collector can know: what the user can do.
+constexpr const char* kStartCollector =
+    "vela-platform-collect asks in our place: systemctl enable --now vela-platform-collect.timer";
+
+// How a snapshot that was read came about, for people: "seen by vela-platform-collect 23 s ago".
+std::string SeenByCollector(const Json::Value& document);
+
 // The running boot's identifier, below the root; "" when the kernel does not tell.
 std::string BootId();
 

@@ -2,25 +2,22 @@
 // does the server's own test of its configuration decide.
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <string>
-#include <string_view>
-#include <vector>
 
+#include "common/json.h"
 #include "platform/linux/error.h"
 #include "platform/linux/failure_log.h"
 #include "platform/linux/patience.h"
 #include "platform/linux/program.h"
-#include "platform/linux/root.h"
-#include "platform/linux/settings.h"
-#include "platform/linux/systemd_units.h"
+#include "platform/linux/snapshot.h"
+#include "platform/linux/web_suspicion.h"
 #include "platform/voice/voice.h"
 #include "vela_webserver.h"
 #include "velac.h"
 
 using namespace vela::linuxplatform;
 using vela::platform::Source, vela::platform::SourceScope;
+using VELA::SystemHealth::TextMember;
 
 namespace {
 
@@ -29,119 +26,103 @@ constexpr Bounds kTestBounds = {std::chrono::seconds(5), std::size_t{64} << 10};
 constinit FailureLog failures("web server");
 constinit CircuitBreaker testBreaker;
 
-struct Server {
-  const char* unit;
-  std::array<const char*, 4> test;  // the program and what makes it test its configuration
+// The unit under suspicion, and who can test its configuration; between the two questions of
+// one request.
+struct Suspect {
+  const WebServer* tester = nullptr;
+  UnitState state;
 };
-constexpr std::array<Server, 3> kServers = {{
-    {"nginx.service", {"/usr/sbin/nginx", "-t", "-q"}},
-    {"apache2.service", {"/usr/sbin/apache2ctl", "-t"}},
-    {"lighttpd.service", {"/usr/sbin/lighttpd", "-tt", "-f", "/etc/lighttpd/lighttpd.conf"}},
-}};
+thread_local Suspect suspect;
 
-// The unit under suspicion, between the two questions of one request.
-thread_local constinit const Server* suspect = nullptr;
+enum class Test { Passed, Refused, Unknown };
 
-bool IsInstalled(const Server& server) {
-  return access(BelowRoot(server.test[0]).c_str(), X_OK) == 0;
-}
-
-// The unit that the site names, or those of the servers that are installed.
-std::vector<std::string> Units() {
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  const Settings settings(std::move(text));
-  if (const char* named = settings.Value("web.unit")) return {named};
-  std::vector<std::string> units;
-  for (const Server& server : kServers)
-    if (IsInstalled(server)) units.emplace_back(server.unit);
-  return units;
-}
-
-const Server* KnownServer(const std::string& unit) {
-  const auto found = std::ranges::find(kServers, std::string_view(unit), [](const Server& each) {
-    return std::string_view(each.unit);
-  });
-  return found == kServers.end() ? nullptr : &*found;
-}
-
-// A reload that fails leaves the unit "active", and the old configuration in force.
-bool IsSuspicious(const UnitState& unit) {
-  return unit.active == "failed" || (!unit.reload.empty() && unit.reload != "success");
-}
-
-// Of several installed servers the first that is in use counts.
-std::size_t InUse(const std::vector<UnitState>& states) {
-  const auto used = std::ranges::find_if(states, [](const UnitState& state) {
-    return state.load == "loaded" && state.active != "inactive";
-  });
-  return used == states.end() ? 0 : static_cast<std::size_t>(used - states.begin());
-}
-
-// Whether the configuration is sound, as far as can be told.
-bool PassesTest(const Server& server, SourceScope& scope) {
-  std::string output, reason;
+Test AskServer(const WebServer& server, std::string& reason) {
+  if (testBreaker.IsOpen(reason)) return Test::Unknown;
+  std::string output;
   int status = 0;
-  if (geteuid() != 0)
-    reason = std::string(server.unit) + " has failed; only root can test its configuration";
-  else if (!testBreaker.IsOpen(reason)) {
-    std::vector<std::string> arguments;
-    for (const char* argument : server.test)
-      if (argument != nullptr) arguments.emplace_back(argument);
-    const ProgramEnd end = RunProgram(arguments, kTestBounds, output, status, reason);
-    if (end == ProgramEnd::Exited) return failures.Fine(), status == 0;
-    if (end == ProgramEnd::Late) testBreaker.Trip(reason);
+  const ProgramEnd end = RunProgram(server.Test(), kTestBounds, output, status, reason);
+  if (end == ProgramEnd::Exited) return status == 0 ? Test::Passed : Test::Refused;
+  if (end == ProgramEnd::Late) testBreaker.Trip(reason);
+  return Test::Unknown;
+}
+
+// What the collector's test of this unit said, while the unit is as it was then.
+Test AskCollector(const Suspect& suspected, SourceScope& scope, std::string& reason) {
+  const std::string unit = suspected.tester->unit;
+  Json::Value seen;
+  switch (ReadSnapshot("web_server", seen, reason)) {
+    case SnapshotState::Absent:
+      reason =
+          unit + " is in trouble, and only root can test its configuration. " + kStartCollector;
+      return Test::Unknown;
+    case SnapshotState::Failed:
+      return Test::Unknown;
+    case SnapshotState::Read:
+      break;
   }
-  failures.Failed(scope, reason);
-  return true;
+  const std::string test = TextMember(seen, "test");
+  if (TextMember(seen, "unit") != unit || TextMember(seen, "active") != suspected.state.active ||
+      TextMember(seen, "reload") != suspected.state.reload || test.empty()) {
+    reason = unit + " is in trouble since vela-platform-collect last looked; it tests the " +
+             "configuration within a minute";
+    return Test::Unknown;
+  }
+  scope.Read("%s", SeenByCollector(seen).c_str());
+  return test == "passed" ? Test::Passed : Test::Refused;
 }
 
 }  // namespace
 
 int VELAServiceIsHttpDefaultConf(void) {
   SourceScope scope(Source::WebServer);
-  suspect = nullptr;
-  const std::vector<std::string> units = Units();
-  if (units.empty()) {
+  suspect = {};
+  WebLook look = LookAtWebServer();
+  if (look.unit.empty()) {
     scope.Absent("no web server is installed");
     return failures.Fine(), 0;
   }
-  std::vector<UnitState> states;
-  std::string reason;
-  switch (ReadUnits(units, states, reason)) {
+  switch (look.answer) {
     case UnitsAnswer::NoSystemd:
-      scope.Absent("%s", reason.c_str());
+      scope.Absent("%s", look.reason.c_str());
       return failures.Fine(), 0;
     case UnitsAnswer::Failed:
     case UnitsAnswer::Late:
       SetError(Error::SourceFailed);
       // The caller logs every -1; one failure, however long it lasts, is one.
-      return failures.Failed(scope, reason) ? -1 : 0;
+      return failures.Failed(scope, look.reason) ? -1 : 0;
     case UnitsAnswer::Read:
       break;
   }
-  const std::size_t used = InUse(states);
-  if (states[used].load != "loaded") scope.Absent("no unit %s", units[used].c_str());
-  if (!IsSuspicious(states[used])) return failures.Fine(), 0;
-  suspect = KnownServer(units[used]);
-  if (suspect != nullptr && IsInstalled(*suspect)) return 1;
-  suspect = nullptr;
-  failures.Failed(scope,
-                  units[used] + " is in trouble; how to test its configuration is not known");
+  if (look.state.load != "loaded") scope.Absent("no unit %s", look.unit.c_str());
+  if (!look.IsSuspicious()) return failures.Fine(), 0;
+  if (const WebServer* tester = look.Tester()) {
+    suspect = {tester, std::move(look.state)};
+    return 1;
+  }
+  failures.Failed(scope, look.unit + " is in trouble; how to test its configuration is not known");
   return 0;
 }
 
 namespace velaw3 {
 
 NginxConfManager::NginxConfManager(NGINXCONF_OPERATOR operation)
-    : state_(operation == NGINXCONF_APPLY ? const_cast<Server*>(suspect) : nullptr) {}
+    : state_(operation == NGINXCONF_APPLY && suspect.tester != nullptr ? &suspect : nullptr) {}
 NginxConfManager::~NginxConfManager() {}
 
+// True when the configuration is sound, as far as can be told.
 bool NginxConfManager::run() {
-  const auto* server = static_cast<const Server*>(state_);
-  if (server == nullptr) return true;  // nothing was suspected
+  const auto* suspected = static_cast<const Suspect*>(state_);
+  if (suspected == nullptr) return true;  // nothing was suspected
   SourceScope scope(Source::WebServer);
-  return PassesTest(*server, scope);
+  std::string reason;
+  // Its test reads keys and writes a log: only root's word about it is worth anything.
+  const Test test = geteuid() == 0 ? AskServer(*suspected->tester, reason)
+                                   : AskCollector(*suspected, scope, reason);
+  if (test == Test::Unknown)
+    failures.Failed(scope, reason);
+  else
+    failures.Fine();
+  return test != Test::Refused;
 }
 
 }  // namespace velaw3

@@ -30,7 +30,8 @@ Statement& Of(Source source) { return statements[static_cast<std::size_t>(source
 // The words of the first failure stay: later ones usually follow from it.
 void Say(Source source, std::int32_t state, const char* format, std::va_list arguments) {
   Statement& statement = Of(source);
-  if (statement.asked && statement.state >= state) return;
+  const bool adds = state == kRead && statement.state == kRead && statement.reason[0] == '\0';
+  if (statement.asked && statement.state >= state && !adds) return;
   statement.asked = true;
   statement.state = state;
   std::vsnprintf(statement.reason, sizeof statement.reason, format, arguments);
@@ -68,6 +69,14 @@ SourceScope::SourceScope(Source source)
 SourceScope::~SourceScope() {
   Of(source_).time += std::chrono::steady_clock::now() - start_;
   if (!said_) SayRead(source_);
+}
+
+void SourceScope::Read(const char* format, ...) {
+  said_ = true;
+  std::va_list arguments;
+  va_start(arguments, format);
+  Say(source_, kRead, format, arguments);
+  va_end(arguments);
 }
 
 void SourceScope::Absent(const char* format, ...) {

@@ -12,7 +12,7 @@ struct VELASourceReport {
   const char* name;            // static text: "UPS"
   std::int32_t state;          // 0 absent (or not asked), 1 read, 2 failed
   std::uint32_t microseconds;  // spent in this source since the reset
-  char reason[240];            // why absent or failed; empty when read
+  char reason[240];            // why absent or failed; when read, by whom else, mostly empty
 };
 static_assert(sizeof(VELASourceReport) == 256);
 
@@ -58,6 +58,8 @@ class SourceScope {
   SourceScope(const SourceScope&) = delete;
   SourceScope& operator=(const SourceScope&) = delete;
 
+  // Read, but by somebody else, or a while ago.
+  void Read(const char* format, ...) __attribute__((format(printf, 2, 3)));
   void Absent(const char* format, ...) __attribute__((format(printf, 2, 3)));
   void Failed(const char* format, ...) __attribute__((format(printf, 2, 3)));
 

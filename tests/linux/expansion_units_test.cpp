@@ -124,7 +124,8 @@ TEST(ExpansionUnits, WithoutAUsableSnapshotThereIsNoneAndTheVoiceSaysWhy) {
   } cases[] = {
       {"nothing", 0, "no enclosure with SES"},
       {"old", 2,
-       "ses.json is 181 s old: vela-platform-collect is stuck or is not started any more"},
+       "ses.json is 181 s old: vela-platform-collect is stuck or off. See systemctl status "
+       "vela-platform-collect, and enable --now vela-platform-collect.timer"},
       {"error", 2, "ses: no right to open /dev/sg3"},
       {"none", 0, "no enclosure is an expansion unit"},
   };

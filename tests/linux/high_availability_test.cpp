@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "platform/linux/patience.h"
 #include "platform/voice/voice.h"
+#include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
-#include "tests/linux/temporary_root.h"
 #include "tests/linux/times_patient.h"
 #include "velac.h"
 
@@ -42,27 +44,29 @@ class HighAvailabilityTest : public testing::Test {
   // The platform remembers across requests: a machine without a cluster forgets.
   void Forget() {
     std::filesystem::remove_all(root_.Path() / "usr");
-    std::filesystem::remove_all(root_.Path() / "proc");
+    std::filesystem::remove_all(root_.Path() / "proc/net");
+    std::filesystem::remove(root_.Path() / "proc/drbd");
     CircuitBreaker::CloseAll();
     Ask();
     TakeSystemLog();
   }
   void Monitor(const std::string& script) {
-    std::filesystem::permissions(root_.Write("/usr/sbin/crm_mon", "#!/bin/sh\n" + script + "\n"),
-                                 std::filesystem::perms(0755));
+    std::filesystem::permissions(
+        root_.TemporaryRoot::Write("/usr/sbin/crm_mon", "#!/bin/sh\n" + script + "\n"),
+        std::filesystem::perms(0755));
   }
   // As /proc/net/unix shows a process that listens there.
   void Listen(const std::string& name) {
-    root_.Write("/proc/net/unix",
-                "Num       RefCount Protocol Flags    Type St Inode Path\n"
-                "0000000000000000: 00000002 00000000 00010000 0001 01 12345 " +
-                    name + "\n");
+    root_.TemporaryRoot::Write("/proc/net/unix",
+                               "Num       RefCount Protocol Flags    Type St Inode Path\n"
+                               "0000000000000000: 00000002 00000000 00010000 0001 01 12345 " +
+                                   name + "\n");
   }
   static std::string Print(const std::string& document) {
     return "test \"$*\" = '-1 --output-as=xml' && cat " FIXTURES "/ha/" + document + ".xml";
   }
 
-  TemporaryRoot root_;
+  MachineSnapshot root_;
 };
 
 TEST_F(HighAvailabilityTest, AMachineWithoutItIsSilent) {
@@ -83,12 +87,12 @@ TEST_F(HighAvailabilityTest, AMachineWithoutItIsSilent) {
 }
 
 TEST_F(HighAvailabilityTest, DrbdAndTheClusterCountTogether) {
-  root_.Write("/proc/drbd", kDrbdAlone);
+  root_.TemporaryRoot::Write("/proc/drbd", kDrbdAlone);
   EXPECT_EQ(Ask(), "danger");
   Listen("@pacemakerd");
   Monitor(Print("normal"));
   EXPECT_EQ(Ask(), "danger");
-  root_.Write("/proc/drbd", "version: 9.1.4\n");
+  root_.TemporaryRoot::Write("/proc/drbd", "version: 9.1.4\n");
   EXPECT_EQ(Ask(), "normal") << "the cluster watches DRBD 9";
   Monitor(Print("standby"));
   EXPECT_EQ(Ask(), "warning");
@@ -104,7 +108,7 @@ TEST_F(HighAvailabilityTest, AMonitorThatFailsIsSaidOnceAndHidesNothing) {
   EXPECT_STREQ(Said().reason, "crm_mon could not ask the cluster: Not connected");
   Ask();
   EXPECT_EQ(TakeSystemLog().size(), 1U);
-  root_.Write("/proc/drbd", kDrbdAlone);
+  root_.TemporaryRoot::Write("/proc/drbd", kDrbdAlone);
   EXPECT_EQ(Ask(), "danger");
   EXPECT_EQ(Said().state, 2);
   std::filesystem::remove(root_.Path() / "proc/drbd");
@@ -117,6 +121,48 @@ TEST_F(HighAvailabilityTest, AMonitorThatFailsIsSaidOnceAndHidesNothing) {
   Monitor(Print("normal"));
   EXPECT_EQ(Ask(), "normal");
   EXPECT_EQ(Said().state, 1);
+}
+
+// As the installed service: neither root nor of the group that Pacemaker answers.
+TEST_F(HighAvailabilityTest, WhoMayNotAskTakesTheCollectorsWord) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root, to be somebody else";
+  Listen("@pacemakerd");
+  Monitor(Print("normal"));
+  std::filesystem::create_directories(root_.Path() / "var/lib/pacemaker/cib");
+  std::filesystem::permissions(root_.Path() / "var/lib/pacemaker/cib",
+                               std::filesystem::perms(0700));
+  std::filesystem::permissions(root_.Path(), std::filesystem::perms(0755));
+  const struct {
+    const char* seen;
+    int age;
+    const char *text, *says;
+  } cases[] = {
+      {"", 0, "", "enable --now vela-platform-collect.timer"},
+      {R"("state": "danger")", 0, "danger", "seen by vela-platform-collect "},
+      {R"("state": "normal")", 170, "normal", "seen by vela-platform-collect 17"},
+      {R"("state": "danger")", 200, "", "enable --now vela-platform-collect.timer"},
+      {R"("state": "odd")", 0, "", "no state"},
+      {R"("error": "Not connected")", 0, "", "cluster: Not connected"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.seen);
+    if (*c.seen != '\0') root_.Write("cluster", c.seen, c.age);
+    ASSERT_EQ(setresuid(65534, 65534, 0), 0);
+    const std::string text = Ask();
+    ASSERT_EQ(setresuid(0, 0, 0), 0);
+    EXPECT_EQ(text, c.text);
+    EXPECT_NE(std::string(Said().reason).find(c.says), std::string::npos) << Said().reason;
+    EXPECT_EQ(Said().state, *c.text != '\0' ? 1 : 2);
+  }
+  root_.Write("cluster", R"("state": "danger")");
+  EXPECT_EQ(Ask(), "normal") << "who can ask himself takes nobody's word";
+  const std::string command =
+      VELA_COLLECTOR " --once --part cluster --root " + root_.Path().string();
+  Monitor(Print("standby"));
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  ASSERT_EQ(setresuid(65534, 65534, 0), 0);
+  EXPECT_EQ(Ask(), "warning");
+  ASSERT_EQ(setresuid(0, 0, 0), 0);
 }
 
 TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {

@@ -10,16 +10,19 @@
 #include <string>
 
 #include "platform/linux/patience.h"
+#include "platform/linux/popen.h"
 #include "platform/linux/process.h"
 #include "platform/voice/voice.h"
 #include "tests/linux/eventually.h"
+#include "tests/linux/temporary_root.h"
 #include "velac.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
-using vela::linuxplatform::Bounds, vela::linuxplatform::Child;
+using vela::linuxplatform::Bounds, vela::linuxplatform::Child, vela::linuxplatform::CircuitBreaker,
+    vela::linuxplatform::MayRunSanTool, vela::linuxplatform::NewRequest;
 
 // What `script` prints, and the wait status.
 std::string Output(const char* script, int* status = nullptr) {
@@ -119,12 +122,42 @@ TEST(Popen, ADocumentOfSixteenMebibytesArrivesWholeAndAFloodIsCut) {
   EXPECT_EQ(Output("head -c 16777216 /dev/zero").size(), 16777216U);
   EXPECT_LE(Output("cat /dev/zero").size(), 16777216U);
   EXPECT_EQ(Output("echo again"), "not started") << "it is left alone";
-  vela::linuxplatform::CircuitBreaker::CloseAll();
+  CircuitBreaker::CloseAll();
+  EXPECT_EQ(Output("echo again"), "again\n");
+}
+
+TEST(Popen, AToolThatWasStoppedIsTriedBeforeTheModuleSeesItAgain) {
+  const TemporaryRoot root;
+  const auto tool = [&](const std::string& script) {
+    std::filesystem::permissions(
+        root.Write("/usr/local/bin/velaiscsiep", "#!/bin/sh\n" + script + "\n"),
+        std::filesystem::perms(0755));
+    NewRequest(), CircuitBreaker::CloseAll();  // as if the pause were over
+  };
+  const auto run = [] {
+    FILE* stream = VLIBCPopen(vela::linuxplatform::kSanTool, "r", "--asked", nullptr);
+    std::size_t count = 0;
+    while (fgetc(stream) != EOF) ++count;
+    return VLIBCPclose(stream), count;
+  };
+  std::string reason;
+  tool("cat /dev/zero");
+  EXPECT_TRUE(MayRunSanTool(reason));
+  EXPECT_GT(run(), 5U);
+  tool("cat /dev/zero");
+  EXPECT_FALSE(MayRunSanTool(reason));
+  EXPECT_NE(reason.find("it printed more than 16 MiB"), std::string::npos) << reason;
+  tool("test \"$*\" = --asked && echo fine");
+  EXPECT_TRUE(MayRunSanTool(reason)) << reason;
+  EXPECT_EQ(run(), 5U);
+  tool("cat /dev/zero");
+  EXPECT_TRUE(MayRunSanTool(reason)) << "it was well, so the module may see for itself";
 }
 
 TEST(Child, WhateverItDoesItEndsAtTheDeadlineWithAllThatItStarted) {
   for (const char* script :
-       {"echo $$; sleep 60", "while :; do echo $$; sleep 0.05; done", "sleep 60 & echo $!"}) {
+       {"echo $$; sleep 60", "while :; do echo $$; sleep 0.05; done", "sleep 60 & echo $!",
+        "setsid sleep 60 & echo $!; wait", "sh -c 'setsid sleep 60 & echo $!; wait'"}) {
     SCOPED_TRACE(script);
     Child::Cut cut;
     std::string pid;

@@ -17,7 +17,8 @@ TEST(Snapshot, OnlyAFreshDocumentOfThisBootCounts) {
       {R"({"written": 1000, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
       {R"({"written": 820, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
       {R"({"written": 819, "boot_id": "b", "period": 60})", SnapshotState::Failed,
-       "ses.json is 181 s old: vela-platform-collect is stuck or is not started any more"},
+       "ses.json is 181 s old: vela-platform-collect is stuck or off. See systemctl status "
+       "vela-platform-collect, and enable --now vela-platform-collect.timer"},
       {R"({"written": 819, "boot_id": "b", "period": 61})", SnapshotState::Read, ""},
       {R"({"written": 1180, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
       {R"({"written": 1181, "boot_id": "b", "period": 60})", SnapshotState::Failed,

@@ -6,16 +6,18 @@
 #include <filesystem>
 
 #include "platform/linux/patience.h"
+#include "platform/linux/snapshot.h"
 #include "platform/voice/voice.h"
+#include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
-#include "tests/linux/temporary_root.h"
 #include "tests/linux/times_patient.h"
 #include "velac.h"
 
 namespace {
 
-using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest;
+using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest,
+    vela::linuxplatform::ReadSnapshot;
 
 VELASourceReport Said() {
   VELASourceReport reports[11];
@@ -48,11 +50,11 @@ class WebServerTest : public testing::Test {
     TakeSystemLog();
   }
   void Install(const std::string& program, const std::string& script) {
-    std::filesystem::permissions(root_.Write(program, "#!/bin/sh\n" + script + "\n"),
+    std::filesystem::permissions(root_.TemporaryRoot::Write(program, "#!/bin/sh\n" + script + "\n"),
                                  std::filesystem::perms(0755));
   }
 
-  TemporaryRoot root_;
+  MachineSnapshot root_;
 };
 
 TEST_F(WebServerTest, AMachineWithoutOneOrWithoutSystemdIsSilent) {
@@ -90,7 +92,7 @@ class WebServerOnBusTest : public WebServerTest {
     bus_.Say(unit, "ActiveState", active);
     bus_.Say(unit, "ReloadResult", reload);
   }
-  void Status(const std::string& status) { root_.Write("/status", status); }
+  void Status(const std::string& status) { root_.TemporaryRoot::Write("/status", status); }
 
   PrivateBus bus_{root_};
 };
@@ -126,15 +128,79 @@ TEST_F(WebServerOnBusTest, TheServerInUseCounts) {
   Unit("apache2.service", "failed", "success");
   Install("/usr/sbin/apache2ctl", "exit 1");
   EXPECT_EQ(Ask(), Verdict::Failed) << "nginx is installed but not used";
-  root_.Write("/etc/velainfo.conf", "web.unit=nginx.service\n");
+  root_.TemporaryRoot::Write("/etc/velainfo.conf", "web.unit=nginx.service\n");
   EXPECT_EQ(Ask(), Verdict::Well);
-  root_.Write("/etc/velainfo.conf", "web.unit=caddy.service\n");
+  root_.TemporaryRoot::Write("/etc/velainfo.conf", "web.unit=caddy.service\n");
   EXPECT_EQ(Ask(), Verdict::Well);
   EXPECT_EQ(Said().state, 0) << Said().reason;
   Unit("caddy.service", "failed", "success");
   EXPECT_EQ(Ask(), Verdict::Well);
   EXPECT_STREQ(Said().reason,
                "caddy.service is in trouble; how to test its configuration is not known");
+}
+
+// As the installed service does: a user who may not test the configuration itself.
+TEST_F(WebServerOnBusTest, AServiceWithoutRightsTakesTheCollectorsWord) {
+  const char* timer = "vela-platform-collect.timer";
+  std::filesystem::permissions(root_.Path(), std::filesystem::perms(0755));
+  Unit("nginx.service", "active", "exit-code");
+  const struct {
+    const char* seen;
+    int age;
+    Verdict verdict;
+    int state;
+    const char* says;
+  } cases[] = {
+      {"", 0, Verdict::Well, 2, timer},
+      {R"("unit": "nginx.service", "active": "active", "reload": "exit-code", "test": "refused")",
+       40, Verdict::Failed, 1, "seen by vela-platform-collect 4"},
+      {R"("unit": "nginx.service", "active": "active", "reload": "exit-code", "test": "passed")", 0,
+       Verdict::Well, 1, "seen by vela-platform-collect "},
+      {R"("unit": "nginx.service", "active": "active", "reload": "exit-code", "test": "refused")",
+       200, Verdict::Well, 2, timer},
+      {R"("unit": "nginx.service", "active": "failed", "reload": "success", "test": "refused")", 0,
+       Verdict::Well, 2, "within a minute"},
+      {R"("unit": "apache2.service", "active": "active", "reload": "exit-code", "test": "refused")",
+       0, Verdict::Well, 2, "within a minute"},
+      {R"("unit": "nginx.service", "active": "active", "reload": "exit-code")", 0, Verdict::Well, 2,
+       "within a minute"},
+      {R"("error": "it hangs")", 0, Verdict::Well, 2, "web_server: it hangs"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.seen);
+    if (*c.seen != '\0') root_.MachineSnapshot::Write("web_server", c.seen, c.age);
+    ASSERT_EQ(seteuid(65534), 0);
+    const Verdict verdict = Ask();
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_EQ(verdict, c.verdict);
+    EXPECT_EQ(Said().state, c.state);
+    EXPECT_NE(std::string(Said().reason).find(c.says), std::string::npos) << Said().reason;
+  }
+  EXPECT_FALSE(std::filesystem::exists(root_.Path() / "tested"));
+  Status("1");
+  EXPECT_EQ(Ask(), Verdict::Failed) << "who can ask himself takes nobody's word";
+  EXPECT_STREQ(Said().reason, "");
+}
+
+// What the collector makes of the same machine.
+TEST_F(WebServerOnBusTest, TheCollectorTestsWhatIsUnderSuspicion) {
+  const auto collect = [&] {
+    Json::Value seen;
+    std::string reason;
+    const std::string command =
+        VELA_COLLECTOR " --once --part web_server --root " + root_.Path().string();
+    EXPECT_EQ(std::system((command + " 2>/dev/null").c_str()), 0);
+    ReadSnapshot("web_server", seen, reason);
+    return reason.empty() ? seen["unit"].asString() + ' ' + seen["test"].asString() : reason;
+  };
+  EXPECT_EQ(collect(), "nginx.service ");
+  EXPECT_FALSE(std::filesystem::exists(root_.Path() / "tested")) << "no suspicion, no test";
+  Unit("nginx.service", "failed", "success");
+  EXPECT_EQ(collect(), "nginx.service passed");
+  Status("1");
+  EXPECT_EQ(collect(), "nginx.service refused");
+  Install("/usr/sbin/nginx", "kill -9 $$");
+  EXPECT_NE(collect().find("did not come to its end"), std::string::npos);
 }
 
 TEST_F(WebServerOnBusTest, AMuteSystemdIsUnknownUntilItAnswers) {

@@ -37,6 +37,10 @@ Json::Value CollectFans();
 Json::Value CollectMd();
 // Mirrors, RAID volumes and thin pools, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
+// The web server's test of its configuration, when systemd finds something wrong with it.
+Json::Value CollectWebServer();
+// The cluster's state, through the program crm_mon.
+Json::Value CollectCluster();
 // The room on file systems that are programs; each mount in a process of its own.
 Json::Value CollectFuseblk();
 

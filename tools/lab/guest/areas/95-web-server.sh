@@ -17,15 +17,27 @@ state "web server that cannot start" web_server
 rm $bad
 systemctl restart nginx
 gone
-# Only root can test the configuration: nginx reads keys and writes a log in that test.
+# Only root can test the configuration: nginx reads its keys and writes a log in that test. So the
+# collector does, under its unit, and the service takes its word.
+echo 'server { listen 81; }' >/etc/nginx/secret && chmod 600 /etc/nginx/secret
+echo 'include /etc/nginx/secret;' >/etc/nginx/conf.d/secret.conf
+systemctl reload nginx
 serve
 quiet "web server, asked about by the service"
 echo 'server { listen 80; nonsense on; }' >$bad
 systemctl reload nginx
-harmless "web server with a refused configuration, which the service cannot test"
+harmless "web server with a refused configuration that nobody has tested"
+collects web_server
+state "web server with a refused configuration, tested by the collector and said by the service" web_server
 rm $bad
 systemctl reload nginx
+gone
+systemctl kill -s KILL nginx
+until_is 10 failed systemctl is-active nginx
+quiet "web server killed, with files that only root reads, configuration good"
+collects nothing
 serve_no_more
+systemctl restart nginx
 systemctl kill -s KILL nginx
 until_is 10 failed systemctl is-active nginx
 harmless "web server killed, configuration good"
