@@ -102,6 +102,9 @@ std::string Checks(const std::vector<CheckerResult>& results,
 
 std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& texts) {
   std::string rows;
+  for (const char* column : {"source", "state", "time", "message"})
+    rows += Element("th", texts.Ui(std::string("sources_") + column), "scope=\"col\"");
+  rows = Around("tr", rows);
   for (const VELASourceReport& source : sources) {
     const std::string state = StateName(source);
     const bool asked = source.microseconds > 0;
@@ -109,11 +112,11 @@ std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& t
         Around("tr",
                Element("td", texts.Word("source", source.name)) + Element("td", texts.Ui(state)) +
                    Element("td", asked ? Milliseconds(source.microseconds, texts) : "") +
-                   Element("td", source.reason, "dir=\"auto\""),
+                   Element("td", source.reason, "dir=\"auto\" lang=\"en\""),
                "class=\"is-" + state + "\"");
   }
   return Section(texts.Ui("sources_title"), Element("p", SourcesLine(sources, texts)) +
-                                                (rows.empty() ? "" : Around("table", rows)));
+                                                (sources.empty() ? "" : Around("table", rows)));
 }
 
 std::string Unread(const std::vector<VELASourceReport>& sources, const Texts& texts) {

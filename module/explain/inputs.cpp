@@ -1,6 +1,8 @@
 #include "module/explain/inputs.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 
 #include "SystemInfo/system_info_handler.h"
@@ -38,7 +40,8 @@ Json::Value Comparison(const char* unit, std::uint64_t free, std::uint64_t total
   return comparison;
 }
 
-Json::Value InputOf(const VolumeUsageInfo& volume, double inodeShare) {
+// Without a share for inodes these were not looked at.
+Json::Value InputOf(const VolumeUsageInfo& volume, std::optional<double> inodeShare) {
   const _tag_volume_usage& usage = volume.usage;
   Json::Value input;
   input["volume"] = volume.volumeId;
@@ -50,8 +53,9 @@ Json::Value InputOf(const VolumeUsageInfo& volume, double inodeShare) {
   // The shortest decimals of the platform's float: 0.05 is not 0.0500000007.
   const double share = std::round(double{volume.warningRatio} * 1e6) / 1e6;
   input["compared"].append(Comparison("bytes", free, usage.u1, share, volume.WarningOutOfSpace()));
-  input["compared"].append(
-      Comparison("inodes", usage.u3, usage.u2, inodeShare, volume.WarningOutOfInode(inodeShare)));
+  if (inodeShare)
+    input["compared"].append(Comparison("inodes", usage.u3, usage.u2, *inodeShare,
+                                        volume.WarningOutOfInode(*inodeShare)));
   return input;
 }
 
@@ -68,12 +72,14 @@ Json::Value InputOf(const DiskStatus& disk) {
 
 Json::Value VolumeUsageInputs(const SystemInfoHandler& info) {
   const VelaConfInfo& conf = info.GetVelaConfInfo();
-  const double inodeShare = conf.InfoDouble("disk_inode_warning_percent", 0.05);
+  const auto& volumes = info.GetStorageInfo().GetVolumes();
+  std::optional<double> inodeShare;  // where space is low the checker looks no further
+  if (std::ranges::none_of(volumes, &VolumeUsageInfo::WarningOutOfSpace))
+    inodeShare = conf.InfoDouble("disk_inode_warning_percent", 0.05);
   Json::Value inputs;
   inputs["model without bays"] = conf.DefCheckValue("maxdisks", "0", false);
-  inputs["volumes"] =
-      ListOf(info.GetStorageInfo().GetVolumes(),
-             [inodeShare](const VolumeUsageInfo& volume) { return InputOf(volume, inodeShare); });
+  inputs["volumes"] = ListOf(
+      volumes, [inodeShare](const VolumeUsageInfo& volume) { return InputOf(volume, inodeShare); });
   return inputs;
 }
 

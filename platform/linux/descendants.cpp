@@ -15,7 +15,7 @@ constexpr std::size_t kMost = 256;
 void AppendChildren(pid_t parent, std::vector<pid_t>& family) {
   const std::string tasks = "/proc/" + std::to_string(parent) + "/task";
   for (const std::string& task : NamesIn(tasks)) {
-    const std::string children = Attribute(tasks + '/' + task + "/children");
+    const std::string children = Attribute(Within(Within(tasks, task), "children"));
     for (std::size_t at = 0; at < children.size() && family.size() < kMost;) {
       const std::size_t end = std::min(children.find(' ', at), children.size());
       if (const auto child = ToNumber(children.substr(at, end - at)))

@@ -127,7 +127,8 @@ Machine LoadScenario(const std::filesystem::path& path) {
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
   if (!stream || !(text << stream.rdbuf()))
-    throw ScenarioError(file.string() + ":0: cannot read the scenario: no such file, or empty");
+    throw ScenarioError(file.string() + ": no such file, or empty; a scenario is a folder with a " +
+                        "state.json, as vela-health capture makes one");
   return ParseScenario(file.string(), text.str());
 }
 

@@ -62,7 +62,8 @@ TEST(Program, WhatCannotBeAskedIsSaidWithWhatToDo) {
       {{"--scenario", "cpu-fan"}, 66, {"There is: cpu-fan-failed, "}},
       {{"--scenario", bad}, 66, {"state.json:2", "fanFailed"}},
       {{"--lang", "tlh"}, 64, {"tlh", "--lang"}},
-      {{"--wrong"}, 64, {"--wrong", "--help"}},
+      {{"--wrong"}, 64, {"--wrong", "Usage: vela-health [", "Subcommands: status ", "--help"}},
+      {{"diff", "healthy"}, 64, {"B is required", "Usage: vela-health diff [OPTIONS] A B"}},
       {{"serve", "--listen", "0.0.0.0:0"}, 64, {"0.0.0.0", "--allow-remote"}}};
   for (const auto& c : cases) {
     const Outcome outcome = RunProgram(c.arguments);

@@ -5,8 +5,10 @@
 #include <json/writer.h>
 
 #include <fstream>
+#include <utility>
 
 #include "host/advice.h"
+#include "host/report_page.h"
 #include "host/terminal.h"
 #include "tests/support/own_folder.h"
 
@@ -24,6 +26,32 @@ TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
     Description description{c["format"].asString(), {}, c["formatted"].asBool()};
     for (const Json::Value& param : c["params"]) description.params.push_back(param.asString());
     EXPECT_EQ(Render(description, texts), c["text"].asString());
+  }
+}
+
+// The page draws with script, the report without: the drawings are the same.
+TEST(Render, TheReportHasThePagesIcons) {
+  std::ifstream file(VELA_TEXTS "/../www/render.js");
+  const std::string page{std::istreambuf_iterator(file), {}};
+  const Texts texts(VELA_TEXTS, "en");
+  const std::pair<const char*, const char*> looks[] = {
+      {"danger", R"("type":0,"id":"x")"},
+      {"warning", R"("type":1,"id":"x")"},
+      {"notice", R"("type":2,"id":"x")"},
+      {"well", R"("type":2,"id":"system_health")"}};
+  for (const auto& [look, rule] : looks) {
+    const Reply reply = {R"({"hostname":"","interfaces":[],"uptime":"","rule":{"priority":1,)" +
+                             std::string(rule) + R"(,"description":{"description_format":"",)" +
+                             R"("description_params":[],"description_use_formatted":true}}})",
+                         {}};
+    const std::string report = ReportPage({reply, {}, "en", "", ""}, texts);
+    const auto drawn = [&report](const std::string& part) {
+      const std::size_t begin = report.find("class=\"" + part + "\" d=\"") + part.size() + 12;
+      return report.substr(begin, report.find('"', begin) - begin);
+    };
+    const std::string icon =
+        std::string(look) + ": [\"" + drawn("shape") + "\", \"" + drawn("mark") + "\"]";
+    EXPECT_NE(page.find(icon), std::string::npos) << icon;
   }
 }
 

@@ -60,24 +60,20 @@ gone
 crm_resource --wait --timeout 60
 crm_resource --fail --resource service --node "$(crm_resource --locate --resource service -Q)"
 state "cluster with a failed resource" cluster
+# Pacemaker lets only root and the members of its group ask; the service is neither.
+serve
+harmless "cluster with a failed resource, a service that may not ask about it, and no collector"
+collects cluster
+state "cluster with a failed resource, seen by the collector and said by the service" cluster
 crm_resource --cleanup --resource service
 gone
+quiet "cluster, seen by the collector"
+collects nothing
+serve_no_more
 crm_standby --node partner -v on
 state "cluster with a node in standby" cluster
 crm_standby --node partner -v off
 gone
-# Pacemaker lets only root and the members of its group ask; the service is neither.
-serve
-harmless "cluster, a service that may not ask about it, and no collector"
-collects cluster
-quiet "cluster, seen by the collector"
-crm_resource --wait --timeout 60
-crm_resource --fail --resource service --node "$(crm_resource --locate --resource service -Q)"
-state "cluster with a failed resource, seen by the collector and said by the service" cluster
-crm_resource --cleanup --resource service
-gone
-collects nothing
-serve_no_more
 kill -KILL "$partner"
 state "cluster whose partner died" cluster
 systemctl stop pacemaker corosync
