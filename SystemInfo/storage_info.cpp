@@ -56,13 +56,14 @@ bool IsDisconnected(const Json::Value& remote) {
   return disconnect != nullptr && disconnect->isInt();
 }
 
-bool IsInUse(const std::string& usedBy) { return !usedBy.empty() && usedBy != "hotspare"; }
+bool IsInUse(std::string_view usedBy) { return !usedBy.empty() && usedBy != "hotspare"; }
 
 // One walk over the members: asking for each by its name costs more than all the rest.
 DiskStatus FromJson(const Json::Value& disk) {
   DiskStatus status;
   if (!disk.isObject()) return status;
-  for (auto member = disk.begin(); member != disk.end(); ++member) {
+  const auto end = disk.end();
+  for (auto member = disk.begin(); member != end; ++member) {
     const std::string_view name = MemberName(member);
     if (name == "name") {
       status.name = TextOf(*member);
@@ -108,9 +109,8 @@ void StorageInfo::Init() {
 }
 
 void StorageInfo::LoadVolumeInfo(const Space& space) {
-  const SpaceRecord* first = space.GetAll();
-  volumes_.reserve(LengthOf(first));
-  for (const SpaceRecord* record = first; record != nullptr; record = record->next) {
+  volumes_.reserve(4);  // most machines have no more; counting reads a long list twice
+  for (const SpaceRecord* record = space.GetAll(); record != nullptr; record = record->next) {
     if (record->type != kVolumeType) continue;
     try {
       volumes_.push_back(FromRecord(*record));

@@ -62,15 +62,16 @@ std::string_view MemberName(const Json::ValueConstIterator& member) {
   return {name, static_cast<std::size_t>(end - name)};
 }
 
-std::string TextOf(const Json::Value& value) {
+std::string_view TextOf(const Json::Value& value) {
   const char* begin = nullptr;
   const char* end = nullptr;
-  return value.getString(&begin, &end) ? std::string(begin, end) : std::string();
+  value.getString(&begin, &end);
+  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 std::string TextMember(const Json::Value& value, const char* name) {
   const Json::Value* member = Member(value, name);
-  return member != nullptr ? TextOf(*member) : std::string();
+  return std::string(member != nullptr ? TextOf(*member) : "");
 }
 
 std::uint64_t SizeMember(const Json::Value& value, const char* name) {

@@ -16,8 +16,8 @@ const Json::Value* Member(const Json::Value& value, const char* name);
 // The name of the member that an iterator over an object stands at.
 std::string_view MemberName(const Json::ValueConstIterator& member);
 
-// The text of a string; "" for any other value.
-std::string TextOf(const Json::Value& value);
+// The text of a string, which stays the value's; "" for any other value.
+std::string_view TextOf(const Json::Value& value);
 
 // The member's text; "" unless it is a string.
 std::string TextMember(const Json::Value& value, const char* name);

@@ -1,39 +1,47 @@
 #include "platform/simulator/borrowed_json.h"
 
-#include <cstring>
+#include <string_view>
 
 namespace vela::simulator {
 namespace {
 
-Json::Value BorrowedText(const Json::Value& source) {
+bool HoldsNul(std::string_view text) { return text.find('\0') != text.npos; }
+
+Json::StaticString Kept(std::string_view text, Texts& texts) {
+  const auto place = texts.find(text);
+  return Json::StaticString((place != texts.end() ? place : texts.emplace(text).first)->c_str());
+}
+
+Json::Value BorrowedText(const Json::Value& source, Texts& texts) {
   const char* begin = nullptr;
   const char* end = nullptr;
   source.getString(&begin, &end);
-  if (std::memchr(begin, '\0', static_cast<std::size_t>(end - begin)) != nullptr) return source;
-  return Json::StaticString(begin);
+  if (HoldsNul({begin, end})) return source;
+  return Kept({begin, end}, texts);
 }
 
-Json::Value BorrowedObject(const Json::Value& source) {
+Json::Value BorrowedObject(const Json::Value& source, Texts& texts) {
   Json::Value copy(Json::objectValue);
   for (auto member = source.begin(); member != source.end(); ++member) {
     const char* end = nullptr;
-    const char* name = member.memberName(&end);
-    if (std::strlen(name) == static_cast<std::size_t>(end - name))
-      copy[Json::StaticString(name)] = Borrowed(*member);
+    const char* begin = member.memberName(&end);
+    const std::string_view name(begin, end);
+    if (HoldsNul(name))
+      copy[std::string(name)] = *member;
     else
-      copy[std::string(name, end)] = *member;
+      copy[Kept(name, texts)] = Borrowed(*member, texts);
   }
   return copy;
 }
 
 }  // namespace
 
-Json::Value Borrowed(const Json::Value& source) {
-  if (source.isString()) return BorrowedText(source);
-  if (source.isObject()) return BorrowedObject(source);
+Json::Value Borrowed(const Json::Value& source, Texts& texts) {
+  if (source.isString()) return BorrowedText(source, texts);
+  if (source.isObject()) return BorrowedObject(source, texts);
   if (!source.isArray()) return source;
   Json::Value copy(Json::arrayValue);
-  for (const Json::Value& element : source) copy.append(Borrowed(element));
+  for (const Json::Value& element : source) copy.append(Borrowed(element, texts));
   return copy;
 }
 

@@ -1,7 +1,5 @@
 #include "platform/simulator/machine.h"
 
-#include "platform/simulator/borrowed_json.h"
-
 namespace vela::simulator {
 namespace {
 
@@ -24,19 +22,16 @@ Volume HealthyVolume(int number) {
 DiskList& DiskList::operator=(const DiskList& other) {
   if (this == &other) return *this;
   Clear();
-  for (const Json::Value& disk : other.owned_) Append(disk);
+  for (const Json::Value& disk : other.disks_) Append(disk);
   return *this;
 }
 
 void DiskList::Clear() {
-  borrowed_.clear();
-  owned_.clear();
+  disks_.clear();
+  texts_.clear();
 }
 
-void DiskList::Append(const Json::Value& disk) {
-  owned_.push_back(disk);
-  borrowed_.append(simulator::Borrowed(owned_.back()));
-}
+void DiskList::Append(const Json::Value& disk) { disks_.append(simulator::Borrowed(disk, texts_)); }
 
 Machine::Machine()
     : interfaces{{"eth0", "192.168.1.20"},

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,6 +12,7 @@
 
 #include <json/value.h>
 
+#include "platform/simulator/borrowed_json.h"
 #include "platform/simulator/memory_file.h"
 #include "platform/voice/voice.h"
 
@@ -68,8 +68,8 @@ struct SourceStatement {
 };
 using Sources = std::map<std::string, SourceStatement, std::less<>>;
 
-// The disks as the storage manager dumps them. Beside each one stands a copy that points to
-// its texts, so that an answer copies none of them.
+// The disks as the storage manager dumps them: an array that points to its texts, so that
+// an answer copies none of them.
 class DiskList {
  public:
   DiskList() = default;
@@ -78,15 +78,15 @@ class DiskList {
 
   void Clear();
   void Append(const Json::Value& disk);  // any JSON value: a scenario may be odd
-  std::size_t Size() const { return owned_.size(); }
+  std::size_t Size() const { return disks_.size(); }
 
   // An array; valid while this list neither changes nor goes.
-  const Json::Value& Borrowed() const { return borrowed_; }
-  bool operator==(const DiskList& other) const { return borrowed_ == other.borrowed_; }
+  const Json::Value& Borrowed() const { return disks_; }
+  bool operator==(const DiskList& other) const { return disks_ == other.disks_; }
 
  private:
-  std::deque<Json::Value> owned_;
-  Json::Value borrowed_{Json::arrayValue};
+  Texts texts_;
+  Json::Value disks_{Json::arrayValue};
 };
 
 // What is out with callers, and what they asked. Copies of a machine start from zero.

@@ -29,10 +29,11 @@ const vela::simulator::Volume* Find(const Machine& machine, std::string_view pat
 template <typename Record, typename Element, typename Fill>
 Record* ListOf(const std::vector<Element>& elements, Fill fill) {
   if (elements.empty()) return nullptr;
-  auto records = std::make_unique<Record[]>(elements.size());
+  // What no field names is left as it is: it is the platform's, and nobody may read it.
+  auto records = std::make_unique_for_overwrite<Record[]>(elements.size());
   for (std::size_t i = 0; i < elements.size(); ++i) {
     fill(elements[i], records[i]);
-    if (i > 0) records[i - 1].next = &records[i];
+    records[i].next = i + 1 < elements.size() ? &records[i + 1] : nullptr;
   }
   return records.release();
 }
