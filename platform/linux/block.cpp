@@ -22,9 +22,9 @@ void Descend(const std::string& folder, Stack& stack, int depth) {
   AddOnce(stack.layers, std::string(name));
   if (IsDiskName(name)) return AddOnce(stack.disks, std::string(name));
   // Of a disk or of an array, which has its own members.
-  if (PathExists(folder + "/partition"))
+  if (PathExists(Within(folder, "partition")))
     return Descend(folder.substr(0, folder.rfind('/')), stack, depth + 1);
-  const std::string slaves = folder + "/slaves";
+  const std::string slaves = Within(folder, "slaves");
   const std::vector<std::string> below = NamesIn(slaves);
   for (const std::string& slave : below) {
     const std::string next = LinkTarget(Within(slaves, slave));
@@ -41,7 +41,7 @@ Stack StackAt(const std::string& links, std::string_view name) {
     stack.gone = PathExists(links);
     return stack;
   }
-  stack.gone = NumberAttribute(folder + "/size") == 0;
+  stack.gone = NumberAttribute(Within(folder, "size")) == 0;
   Descend(folder, stack, 0);
   return stack;
 }
@@ -62,13 +62,13 @@ Stack StackOf(dev_t device) { return StackAt(Sys("/dev/block"), NumberText(devic
 Stack StackOf(std::string_view node) {
   struct stat status = {};
   if (node.starts_with("/dev/") && stat(std::string(node).c_str(), &status) == 0 &&
-      S_ISBLK(status.st_mode) && PathExists(Sys("/dev/block/") + NumberText(status.st_rdev)))
+      S_ISBLK(status.st_mode) && PathExists(Sys("/dev/block/", NumberText(status.st_rdev))))
     return StackOf(status.st_rdev);
   return StackAt(Sys("/class/block"), LastComponent(node));
 }
 
 std::string DiskOf(const std::string& folder) {
-  if (!PathExists(folder + "/partition")) return std::string(LastComponent(folder));
+  if (!PathExists(Within(folder, "partition"))) return std::string(LastComponent(folder));
   return std::string(LastComponent(std::string_view(folder).substr(0, folder.rfind('/'))));
 }
 

@@ -27,7 +27,7 @@ Devices::FileSystem& Devices::Of(const Mount& mount) {
   const bool btrfs = mount.type == "btrfs";
   const bool bySource = btrfs || mount.type == "fuseblk";  // their device number is anonymous
   const auto [place, isNew] =
-      fileSystems_.try_emplace(bySource ? mount.source : std::to_string(mount.device));
+      fileSystems_.try_emplace(bySource ? Key(0, mount.source) : Key(mount.device, {}));
   FileSystem& found = place->second;
   if (!isNew || (!bySource && major(mount.device) == 0)) return found;
   found.stack = bySource ? StackOf(std::string_view(mount.source)) : StackOf(mount.device);

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/block.h"
@@ -16,7 +17,8 @@ namespace vela::linuxplatform {
 
 class Devices {
  public:
-  // Keeps a reference to `mounts`. `esataPorts` as for ReadDiskFacts.
+  // Keeps a reference to `mounts`; all that are asked about are of them. `esataPorts` as for
+  // ReadDiskFacts.
   Devices(const std::vector<Mount>& mounts, std::string esataPorts);
 
   // What lies under a mount; for btrfs all of its members.
@@ -37,12 +39,14 @@ class Devices {
     Stack stack;
     Health btrfs = Health::Normal;
   };
+  // A device number or, where that is anonymous, the mount's source.
+  using Key = std::pair<dev_t, std::string_view>;
   FileSystem& Of(const Mount& mount);
   void FindSystemDisks();
 
   const std::vector<Mount>& mounts_;
   std::string esataPorts_;
-  std::map<std::string, FileSystem> fileSystems_;  // by device number, or source
+  std::map<Key, FileSystem> fileSystems_;
   std::map<std::string, DiskFacts> facts_;
   std::set<std::string> systemDisks_;
   std::vector<Stack> rootAndSwap_;

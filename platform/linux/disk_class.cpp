@@ -49,12 +49,12 @@ std::string NumbersIn(std::string_view path) {
 
 DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
   DiskFacts facts;
-  const std::string path = facts.path = LinkTarget(Sys("/class/block/") + name);
+  const std::string path = facts.path = LinkTarget(Sys("/class/block/", name));
   const std::string_view port = AtaPort(path);
   facts.place = NumbersIn(path);
   facts.ata = !port.empty();
   facts.usb = HasUsbHub(path);
-  if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(path + "/device/type") == "SD";
+  if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(Within(path, "device/type")) == "SD";
   // What udev's rules say counts for these two only.
   if (!facts.usb && !facts.ata) return facts;
 

@@ -10,7 +10,7 @@ namespace {
 
 std::string DiskHolding(const std::string& device) {
   if (IsDiskName(device)) return device;
-  const std::string folder = LinkTarget(Sys("/class/block/") + device);
+  const std::string folder = LinkTarget(Sys("/class/block/", device));
   return folder.empty() ? device : DiskOf(folder);
 }
 
@@ -52,11 +52,11 @@ std::string UserOf(const std::string& device, const Membership& membership, cons
     if (std::ranges::find(volume.disks, device) != volume.disks.end())
       return "volume_" + std::to_string(volume.number);
   if (devices.CarriesSystem(device)) return "system";
-  const std::string folder = Sys("/block/") + device;
-  std::vector<std::string> holders = NamesIn(folder + "/holders");
+  const std::string folder = Sys("/block/", device);
+  std::vector<std::string> holders = NamesIn(Within(folder, "holders"));
   for (const std::string& entry : NamesIn(folder))
     if (holders.empty() && entry.starts_with(device))
-      holders = NamesIn(Within(folder, entry) + "/holders");
+      holders = NamesIn(Joined(folder, "/", entry, "/holders"));
   return holders.empty() ? std::string() : holders.front();
 }
 
@@ -65,19 +65,20 @@ bool IsDisconnected(const std::string& device, const std::string& path) {
   const std::size_t session = path.find("/session");
   if (session != std::string::npos) {
     const std::string name = path.substr(session + 1, path.find('/', session + 1) - session - 1);
-    return Attribute(Sys("/class/iscsi_session/") + name + "/state") == "FAILED";
+    return Attribute(Sys("/class/iscsi_session/", name, "/state")) == "FAILED";
   }
   if (!device.starts_with("nvme")) return false;
-  const std::string transport = Attribute(path + "/device/transport");
-  return !transport.empty() && transport != "pcie" && Attribute(path + "/device/state") != "live";
+  const std::string transport = Attribute(Within(path, "device/transport"));
+  return !transport.empty() && transport != "pcie" &&
+         Attribute(Within(path, "device/state")) != "live";
 }
 
 // The bay that an enclosure reports, before all disks without one; then by path.
 std::string Place(const std::string& device, const DiskFacts& facts, bool enclosures) {
   if (enclosures)
-    for (const std::string& entry : NamesIn(facts.path + "/device"))
-      if (entry.starts_with("enclosure_device:")) return "bay " + NumbersIn(entry);
-  return "path " + facts.place + device;
+    for (const std::string& entry : NamesIn(Within(facts.path, "device")))
+      if (entry.starts_with("enclosure_device:")) return Joined("bay ", NumbersIn(entry));
+  return Joined("path ", facts.place, device);
 }
 
 class DiskReader {
@@ -113,7 +114,7 @@ class DiskReader {
     disk.usedBy = UserOf(device, membership, devices_, view_);
     disk.disconnected = IsDisconnected(device, path);
     const bool scsi = device.starts_with("sd");
-    const bool offline = scsi && Attribute(path + "/device/state") == "offline";
+    const bool offline = scsi && Attribute(Within(path, "device/state")) == "offline";
     const bool failing = IsFailing(device, path);
     disk.status = membership.faultyInSystem      ? "system_crashed"
                   : membership.faulty || offline ? "crashed"
@@ -140,11 +141,11 @@ class DiskReader {
 std::string SerialOf(const std::string& device, const std::string& path) {
   if (!device.starts_with("sd")) {
     const std::string serial =
-        Attribute(path + (device.starts_with("vd") ? "/serial" : "/device/serial"));
+        Attribute(Within(path, device.starts_with("vd") ? "serial" : "device/serial"));
     return serial.substr(std::min(serial.find_first_not_of(' '), serial.size()));
   }
   // A SCSI page: four bytes of header, then the text, padded with blanks.
-  const std::string page = Attribute(path + "/device/vpd_pg80");
+  const std::string page = Attribute(Within(path, "device/vpd_pg80"));
   const std::size_t first = page.find_first_not_of(' ', std::min<std::size_t>(4, page.size()));
   return first == std::string::npos ? std::string() : page.substr(first);
 }

@@ -52,12 +52,12 @@ std::vector<Candidate> Candidates(const std::vector<Mount>& mounts, Devices& dev
 
 // "-2" on the second partition of several; empty on a disk's only one.
 std::string PartitionSuffix(const Candidate& candidate) {
-  const std::string folder = LinkTarget(Sys("/class/block/") + candidate.Disk());
+  const std::string folder = LinkTarget(Sys("/class/block/", candidate.Disk()));
   int partitions = 0;
   std::string own;
   for (const std::string& entry : NamesIn(folder)) {
     if (!entry.starts_with(candidate.Disk())) continue;
-    const std::string number = Attribute(Within(folder, entry) + "/partition");
+    const std::string number = Attribute(Joined(folder, "/", entry, "/partition"));
     if (number.empty()) continue;
     ++partitions;
     const auto& layers = candidate.stack->layers;

@@ -33,10 +33,11 @@ bool HasTrouble(const std::string& member) {
 }  // namespace
 
 Ext4Errors ReadExt4Errors(const std::string& name) {
-  const std::string folder = Sys("/fs/ext4/") + name + "/";
+  const std::string folder = Sys("/fs/ext4/", name);
   Ext4Errors errors;
-  errors.count = NumberAttribute(folder + "errors_count").value_or(0);
-  if (errors.count > 0) errors.last = NumberAttribute(folder + "last_error_time").value_or(0);
+  errors.count = NumberAttribute(Within(folder, "errors_count")).value_or(0);
+  if (errors.count > 0)
+    errors.last = NumberAttribute(Within(folder, "last_error_time")).value_or(0);
   return errors;
 }
 
@@ -62,7 +63,7 @@ Health JudgeZpoolState(const std::string& state) {
 }
 
 Health ReadZpool(const std::string& pool) {
-  const std::string state = BelowRoot("/proc/spl/kstat/zfs/") + pool + "/state";
+  const std::string state = BelowRoot("/proc/spl/kstat/zfs/", pool, "/state");
   if (JudgeZpoolState(Attribute(state)) == Health::Normal) return Health::Normal;
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
   return JudgeZpoolState(Attribute(state));

@@ -43,21 +43,22 @@ bool MdMember::Has(const char* word) const { return HasWord(state, word); }
 bool MdMember::IsHotSpare() const { return Has("spare") && slot == "none"; }
 
 MdArray ReadMdArray(const std::string& name) {
-  const std::string folder = Sys("/block/") + name + "/md/";
+  const std::string folder = Sys("/block/", name, "/md");
   MdArray array;
   array.name = name;
-  array.level = Attribute(folder + "level");
-  array.state = Attribute(folder + "array_state");
-  array.metadata = Attribute(folder + "metadata_version");
+  array.level = Attribute(Within(folder, "level"));
+  array.state = Attribute(Within(folder, "array_state"));
+  array.metadata = Attribute(Within(folder, "metadata_version"));
   // While a reshape runs: "5 (4)".
-  const std::string disks = Attribute(folder + "raid_disks");
+  const std::string disks = Attribute(Within(folder, "raid_disks"));
   array.disks = ToNumber(disks.substr(0, disks.find(' '))).value_or(0);
-  array.degraded = NumberAttribute(folder + "degraded").value_or(0);
+  array.degraded = NumberAttribute(Within(folder, "degraded")).value_or(0);
   for (const std::string& entry : NamesIn(folder)) {
     if (!entry.starts_with("dev-")) continue;
-    const std::string member = folder + entry + "/";
-    array.members.push_back({entry.substr(4), Attribute(member + "state"),
-                             Attribute(member + "slot"), PathExists(member + "block")});
+    const std::string member = Within(folder, entry);
+    array.members.push_back({entry.substr(4), Attribute(Within(member, "state")),
+                             Attribute(Within(member, "slot")),
+                             PathExists(Within(member, "block"))});
   }
   return array;
 }

@@ -13,7 +13,7 @@
 namespace vela::linuxplatform {
 namespace {
 
-std::string& Root() {
+std::string& TheRoot() {
   static std::string root = [] {
     const char* named = secure_getenv("VELA_ROOT");
     return std::string(named != nullptr ? named : "");
@@ -23,12 +23,9 @@ std::string& Root() {
 
 }  // namespace
 
-std::string BelowRoot(std::string_view path) {
-  std::string below = Root();
-  return below.append(path);
-}
+const std::string& Root() { return TheRoot(); }
 
-void SetRoot(std::string_view root) { Root() = root; }
+void SetRoot(std::string_view root) { TheRoot() = root; }
 
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
   text.clear();

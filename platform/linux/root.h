@@ -5,12 +5,19 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/joined.h"
+
 namespace vela::linuxplatform {
 
-// `path` below the configured root: as it is, unless the environment variable
-// VELA_ROOT named a folder when the platform was first asked. /sys is never below it:
-// the libraries that read devices know only the real one.
-std::string BelowRoot(std::string_view path);
+// Empty, unless the environment variable VELA_ROOT named a folder when the platform was
+// first asked.
+const std::string& Root();
+// The path that the parts make up, below that root. /sys is never below it: the libraries
+// that read devices know only the real one.
+template <typename... Parts>
+std::string BelowRoot(const Parts&... parts) {
+  return Joined(Root(), parts...);
+}
 
 // For tests: replaces the root; "" is the real one. Not while another thread asks.
 void SetRoot(std::string_view root);

@@ -33,6 +33,7 @@ Settings::Settings(std::string text) : text_(std::move(text)) {
     const std::string_view line = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
 
+    if (line.starts_with('#')) continue;  // most lines of most files
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos) continue;
     const std::string_view key = Trimmed(line.substr(0, equals));

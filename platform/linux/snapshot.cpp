@@ -78,7 +78,7 @@ const std::string& ThisBoot() {
 }  // namespace
 
 SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason) {
-  const std::string path = BelowRoot(kSnapshotFolder) + "/" + source + ".json";
+  const std::string path = BelowRoot(kSnapshotFolder, "/", source, ".json");
   std::string text;
   switch (ReadSmallFile(path.c_str(), kSnapshotCap, text)) {
     case ReadResult::Missing:

@@ -30,16 +30,16 @@ _tag_volume_usage ToUsage(const Capacity& capacity) {
   return {used, used + capacity.available, capacity.files, capacity.freeFiles};
 }
 
-// A key that is not copied: there are five for each disk.
-using Key = Json::StaticString;
+// Text that is not copied: there are five keys for each disk.
+using Static = Json::StaticString;
 
 Json::Value ToJson(const WholeDisk& disk) {
   Json::Value object(Json::objectValue);
-  object[Key("name")] = disk.name;
-  object[Key("status")] = disk.status;
-  object[Key("overview_status")] = disk.health == Health::Normal ? "normal" : "abnormal";
-  object[Key("used_by")] = disk.usedBy;
-  if (disk.disconnected) object[Key("remote_info")][Key("disconnect")] = 1;
+  object[Static("name")] = disk.name;
+  object[Static("status")] = Static(disk.status);
+  object[Static("overview_status")] = Static(disk.health == Health::Normal ? "normal" : "abnormal");
+  object[Static("used_by")] = disk.usedBy;
+  if (disk.disconnected) object[Static("remote_info")][Static("disconnect")] = 1;
   return object;
 }
 

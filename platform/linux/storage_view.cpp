@@ -82,7 +82,7 @@ class StorageReader {
     bool anyMapping = false;
     for (const std::string& name : blockNames) {
       anyMapping = anyMapping || name.starts_with("dm-");
-      if (!name.starts_with("md") || !PathExists(Sys("/block/") + name + "/md")) continue;
+      if (!name.starts_with("md") || !PathExists(Sys("/block/", name, "/md"))) continue;
       if (expected.empty()) expected = fstab_ + "\n" + TextOf("/etc/mdadm/mdadm.conf");
       MdArray array = ReadMdArray(name);
       Health& health = health_[name] = JudgeMd(array, IsNamed(expected, name));
@@ -111,7 +111,7 @@ class StorageReader {
     const Json::Value* objects = Member(document, "objects");
     if (objects == nullptr || !objects->isArray()) return;
     for (const Json::Value& object : *objects) {
-      const std::string folder = LinkTarget(Sys("/dev/block/") + TextMember(object, "device"));
+      const std::string folder = LinkTarget(Sys("/dev/block/", TextMember(object, "device")));
       const std::string text = TextMember(object, "health");
       const Health health = text == "danger"     ? Health::Danger
                             : text == "abnormal" ? Health::Abnormal

@@ -24,10 +24,10 @@ struct InternalVolume {
 };
 
 struct WholeDisk {
-  std::string device;  // kernel name
-  std::string name;    // for people: "Disk 2"
-  std::string status;  // "normal", "warning", "crashed" or "system_crashed"
-  std::string usedBy;  // an array's or volume's name, "hotspare", or ""
+  std::string device;             // kernel name
+  std::string name;               // for people: "Disk 2"
+  const char* status = "normal";  // or "warning", "crashed", "system_crashed"; static
+  std::string usedBy;             // an array's or volume's name, "hotspare", or ""
   Health health = Health::Normal;
   bool disconnected = false;  // a remote one that lost its session
 };

@@ -17,19 +17,16 @@
 namespace vela::linuxplatform {
 namespace {
 
-std::string& SysRoot() {
+std::string& Root() {
   static std::string root = "/sys";
   return root;
 }
 
 }  // namespace
 
-std::string Sys(std::string_view path) {
-  std::string full = SysRoot();
-  return full.append(path);
-}
+const std::string& SysRoot() { return Root(); }
 
-void SetSysRoot(std::string_view root) { SysRoot() = root; }
+void SetSysRoot(std::string_view root) { Root() = root; }
 
 std::string Attribute(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -50,6 +47,7 @@ std::vector<std::string> NamesIn(const std::string& folder) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
   if (!opened) return names;
+  names.reserve(16);
   while (const dirent* entry = readdir(opened.get()))
     if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
   std::ranges::sort(names);
@@ -65,12 +63,6 @@ std::string LinkTarget(const std::string& path) {
   std::string folder = path.substr(0, path.rfind('/'));
   for (; target.starts_with("../"); target.remove_prefix(3)) folder.resize(folder.rfind('/'));
   return Within(folder, target);
-}
-
-std::string Within(std::string_view folder, std::string_view name) {
-  std::string path;
-  path.reserve(folder.size() + name.size() + 1);
-  return path.append(folder).append("/").append(name);
 }
 
 std::string_view LastComponent(std::string_view path) { return path.substr(path.rfind('/') + 1); }

@@ -8,11 +8,18 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/joined.h"
+
 namespace vela::linuxplatform {
 
-// "/sys" and `path`. Tests put a fixture tree in its place.
-std::string Sys(std::string_view path);
+// "/sys". Tests put a fixture tree in its place.
+const std::string& SysRoot();
 void SetSysRoot(std::string_view root);
+// The path below it that the parts make up.
+template <typename... Parts>
+std::string Sys(const Parts&... parts) {
+  return Joined(SysRoot(), parts...);
+}
 
 // The attribute's text without its last newline and blanks; empty for whatever reason.
 std::string Attribute(const std::string& path);
@@ -24,7 +31,9 @@ std::vector<std::string> NamesIn(const std::string& folder);
 // one system call. `path` itself when it is no link; empty when nothing is there.
 std::string LinkTarget(const std::string& path);
 // `folder`, a slash and `name`.
-std::string Within(std::string_view folder, std::string_view name);
+inline std::string Within(std::string_view folder, std::string_view name) {
+  return Joined(folder, "/", name);
+}
 std::string_view LastComponent(std::string_view path);
 
 // Whether `text`, a list of words parted by any of `separators`, holds `word`.

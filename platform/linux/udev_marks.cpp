@@ -29,8 +29,8 @@ struct Edition {
 };
 
 Edition EditionOf(dev_t device) {
-  const std::string record = BelowRoot("/run/udev/data/b") + std::to_string(major(device)) + ":" +
-                             std::to_string(minor(device));
+  const std::string record = BelowRoot("/run/udev/data/b", std::to_string(major(device)), ":",
+                                       std::to_string(minor(device)));
   struct stat status = {};
   if (stat(record.c_str(), &status) != 0) return {};
   return {status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
