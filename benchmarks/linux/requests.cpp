@@ -1,13 +1,18 @@
+#include <sys/sysinfo.h>
+#include <unistd.h>
+
 #include <cstdio>
 
 #include <json/value.h>
 
 #include "benchmarks/get.h"
 #include "benchmarks/linux/sides.h"
+#include "common/json.h"
 #include "platform/linux/storage_view.h"
 #include "vela_conf.h"
 #include "vela_network.h"
 #include "vela_storage.h"
+#include "vela_webserver.h"
 #include "velac.h"
 
 using namespace VELA::ZRT;
@@ -41,6 +46,37 @@ void RequestStorage() {
   if (VLIBCMaxDiskGet() != 0) STORAGE_MANAGER::Disk(false, true).DumpDisks(space, disks);
   STORAGE_MANAGER::Space::GetOverviewStatus();
   STORAGE_WEBUTILS::Volume::IsSystemVolCrashed();
+}
+
+// The module's questions, in its order.
+void RequestPlatform() {
+  const VelaConf settings;
+  RequestStorage();
+  VELA_UPS_INFO ups = {};
+  VELAUPSInfoGet(&ups);
+  VELA_SYS_STATUS status = {};
+  unsigned detail = 0;
+  int state = 0;
+  char text[1024] = {};
+  for (int asked = 0; asked < 2; ++asked) VELASysStatusGet(&status);
+  for (const int component : {4, 1, 6, 5}) VELAIsComponentFail(&status, component, &detail);
+  VELARedundantPowerSupport();
+  VLIBCFileGetKeyValue("/etc.defaults/velainfo.conf", "supportsystempwarning", text, 32, 0);
+  VELAHWSysTempWarning(&state);
+  VELAServiceIsHttpDefaultConf();
+  Json::Value scan;
+  VELA::SystemHealth::ReadJsonFile("/var/lib/securityscan/systemResult.json", scan);
+  VELA_EBOX_INFO* units = nullptr;
+  VELAEBoxInfoEnum(&units);
+  VELAEBoxInfoEnumFree(units);
+  VLIBCFileExist("/usr/local/bin/velaiscsiep");
+  for (int asked = 0; asked < 5; ++asked) settings.DefCheckValue("maxdisks", "0", false);
+  for (int asked = 0; asked < 4; ++asked) settings.Info("disk_inode_warning_percent", "");
+  if (VELAHAIsRunning() != 0) VELAHAGetOverviewStatusDL(text, sizeof text);
+  gethostname(text, sizeof text);
+  struct sysinfo uptime = {};
+  sysinfo(&uptime);
+  RequestNetwork();
 }
 
 void RequestSpawn() {

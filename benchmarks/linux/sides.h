@@ -2,7 +2,8 @@
 #pragma once
 
 // Through the platform interface, as one request asks.
-void RequestAnswer();  // all of it, from the module
+void RequestAnswer();    // all of it, from the module
+void RequestPlatform();  // all that the module asks, without what it makes of the answers
 void RequestNetwork();
 void RequestStorage();
 void RequestSpawn();
