@@ -23,6 +23,9 @@
 #define REAL(function) __libc_##function
 #endif
 
+// The loader asks for memory before the sanitizer has any of its own.
+#define UNCHECKED __attribute__((no_sanitize("address", "undefined")))
+
 namespace {
 
 constexpr long kNever = std::numeric_limits<long>::max();
@@ -33,13 +36,13 @@ struct Heap {
   long asked = 0;
   long live = 0;
 
-  bool Refuses() {
+  UNCHECKED bool Refuses() {
     if (!counting || ++asked < refuseFrom || asked > refuseTo) return false;
     errno = ENOMEM;
     return true;
   }
 
-  void* Made(void* memory) {
+  UNCHECKED void* Made(void* memory) {
     if (counting && memory != nullptr) ++live;
     return memory;
   }
@@ -58,21 +61,21 @@ void* REAL(calloc)(std::size_t, std::size_t);
 void* REAL(realloc)(void*, std::size_t);
 void REAL(free)(void*);
 
-void* malloc(std::size_t size) noexcept {
+UNCHECKED void* malloc(std::size_t size) noexcept {
   return heap.Refuses() ? nullptr : heap.Made(REAL(malloc)(size));
 }
 
-void* calloc(std::size_t count, std::size_t size) noexcept {
+UNCHECKED void* calloc(std::size_t count, std::size_t size) noexcept {
   return heap.Refuses() ? nullptr : heap.Made(REAL(calloc)(count, size));
 }
 
-void* realloc(void* memory, std::size_t size) noexcept {
+UNCHECKED void* realloc(void* memory, std::size_t size) noexcept {
   if (heap.Refuses()) return nullptr;
   void* moved = REAL(realloc)(memory, size);
   return memory == nullptr ? heap.Made(moved) : moved;
 }
 
-void free(void* memory) noexcept {
+UNCHECKED void free(void* memory) noexcept {
   if (heap.counting && memory != nullptr) --heap.live;
   REAL(free)(memory);
 }
