@@ -2,7 +2,7 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "common/log.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 namespace {

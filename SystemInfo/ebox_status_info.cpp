@@ -2,8 +2,8 @@
 
 #include <velac.h>
 
-#include "common/log.h"
-#include "common/platform_list.h"
+#include "module/base/log.h"
+#include "module/base/platform_list.h"
 
 namespace VELA::SystemHealth {
 namespace {

@@ -3,8 +3,8 @@
 #include <vela_storage.h>
 #include <velac.h>
 
-#include "common/platform_list.h"
 #include "common/text.h"
+#include "module/base/platform_list.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -15,7 +15,7 @@ constexpr int kUsbClass = 4;  // card readers included
 constexpr int kEsataClass = 8;
 
 ExternalVolume FromRecord(const VELA_MOUNT_VOL_INFO& record) {
-  return {Volume::ToUIUsbSataVolumeStr(std::string(TextOf(record.name))), record.totalSize,
+  return {Volume::ToUIUsbSataVolumeStr(std::string(common::TextOf(record.name))), record.totalSize,
           record.freeSize};
 }
 

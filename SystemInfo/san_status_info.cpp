@@ -9,7 +9,7 @@
 #include <boost/scope_exit.hpp>
 
 #include "common/json.h"
-#include "common/log.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -33,12 +33,13 @@ std::string ReadLines(FILE* stream) {
 }
 
 LunInfo LunFromJson(const Json::Value& lun) {
-  return {TextMember(lun, "name"), TextMember(lun, "status"), TextMember(lun, "location")};
+  return {common::TextMember(lun, "name"), common::TextMember(lun, "status"),
+          common::TextMember(lun, "location")};
 }
 
 VolumeInfo VolumeFromJson(const Json::Value& volume) {
-  return {TextMember(volume, "path"), SizeMember(volume, "free_size"),
-          SizeMember(volume, "total_size")};
+  return {common::TextMember(volume, "path"), common::SizeMember(volume, "free_size"),
+          common::SizeMember(volume, "total_size")};
 }
 
 // One record for each element; a value that is no array has no elements.
@@ -69,8 +70,8 @@ bool SanStatusInfo::LoadSanStatusInfo() {
   BOOST_SCOPE_EXIT_ALL(stream) { VLIBCPclose(stream); };
 
   Json::Value san;
-  if (ParseJson(ReadLines(stream), Comments::Collect, san)) {
-    const Json::Value* lowCapacityWrite = Member(san, "low_capacity_write_on");
+  if (common::ParseJson(ReadLines(stream), common::Comments::Collect, san)) {
+    const Json::Value* lowCapacityWrite = common::Member(san, "low_capacity_write_on");
     lowCapacityWrite_ =
         lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();
     rawStatus_["san"].swap(san);
@@ -79,8 +80,8 @@ bool SanStatusInfo::LoadSanStatusInfo() {
 }
 
 void SanStatusInfo::LoadLunInfo() {
-  const Json::Value* san = Member(rawStatus_, "san");
-  const Json::Value* luns = san != nullptr ? Member(*san, "luns") : nullptr;
+  const Json::Value* san = common::Member(rawStatus_, "san");
+  const Json::Value* luns = san != nullptr ? common::Member(*san, "luns") : nullptr;
   if (luns == nullptr) {
     LogError(kNoLuns, "Failed to load lun info for SAN Manager");
     return;
@@ -89,8 +90,8 @@ void SanStatusInfo::LoadLunInfo() {
 }
 
 void SanStatusInfo::LoadVolumeInfo() {
-  const Json::Value* san = Member(rawStatus_, "san");
-  const Json::Value* volumes = san != nullptr ? Member(*san, "volumes") : nullptr;
+  const Json::Value* san = common::Member(rawStatus_, "san");
+  const Json::Value* volumes = san != nullptr ? common::Member(*san, "volumes") : nullptr;
   if (volumes == nullptr) {
     LogError(kNoVolumes, "Failed to load volume info for SAN Manager");
     return;

@@ -7,9 +7,9 @@
 #include <velac.h>
 
 #include "common/json.h"
-#include "common/log.h"
-#include "common/platform_list.h"
 #include "common/text.h"
+#include "module/base/log.h"
+#include "module/base/platform_list.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -38,7 +38,7 @@ std::string VolumeIdOf(const std::string& spaceId) {
 }
 
 VolumeUsageInfo FromRecord(const SpaceRecord& record) {
-  const std::string path(TextOf(record.path));
+  const std::string path(common::TextOf(record.path));
   _tag_volume_usage usage = {};
   PlatformList<FS_INFO, FSInfoFree> fileSystem;
   if (!Volume::GetVolumeFSInfo(path.c_str(), usage, fileSystem.Out()))
@@ -52,7 +52,7 @@ VolumeUsageInfo FromRecord(const SpaceRecord& record) {
 }
 
 bool IsDisconnected(const Json::Value& remote) {
-  const Json::Value* disconnect = Member(remote, "disconnect");
+  const Json::Value* disconnect = common::Member(remote, "disconnect");
   return disconnect != nullptr && disconnect->isInt();
 }
 
@@ -64,15 +64,15 @@ DiskStatus FromJson(const Json::Value& disk) {
   if (!disk.isObject()) return status;
   const auto end = disk.end();
   for (auto member = disk.begin(); member != end; ++member) {
-    const std::string_view name = MemberName(member);
+    const std::string_view name = common::MemberName(member);
     if (name == "name") {
-      status.name = TextOf(*member);
+      status.name = common::TextOf(*member);
     } else if (name == "status") {
-      status.status = TextOf(*member);
+      status.status = common::TextOf(*member);
     } else if (name == "overview_status") {
-      status.overviewStatus = TextOf(*member);
+      status.overviewStatus = common::TextOf(*member);
     } else if (name == "used_by") {
-      status.inUse = IsInUse(TextOf(*member));
+      status.inUse = IsInUse(common::TextOf(*member));
     } else if (name == "remote_info") {
       status.remoteDisconnected = IsDisconnected(*member);
     }

@@ -8,8 +8,8 @@
 #include <velac.h>
 
 #include "common/json.h"
-#include "common/log.h"
 #include "common/text.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -72,7 +72,7 @@ void SystemStatusInfo::LoadTemperatureWarning() {
     LogError(kNoSupportKey, "Failed to get support key: [%s]", kTemperatureKey);
     return;
   }
-  if (TextOf(supported) != "yes") return;
+  if (common::TextOf(supported) != "yes") return;
 
   int state = 0;
   if (VELAHWSysTempWarning(&state) == 0) temperatureWarning = state == 1;
@@ -92,7 +92,8 @@ void SystemStatusInfo::LoadApacheStatus() {
 
 void SystemStatusInfo::LoadSecurityScan() {
   Json::Value result;
-  if (ReadJsonFile(kSecurityScanFile, result)) securityScanStatus = TextMember(result, "sysStatus");
+  if (common::ReadJsonFile(kSecurityScanFile, result))
+    securityScanStatus = common::TextMember(result, "sysStatus");
 }
 
 }  // namespace VELA::SystemHealth

@@ -2,7 +2,7 @@
 
 #include <velac.h>
 
-#include "common/log.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "common/log.h"
 #include "common/number.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -28,7 +28,7 @@ double VelaConfInfo::InfoDouble(const std::string& key, double defaultValue) con
 double VelaConfInfo::InfoDouble(const char* key, double defaultValue) const {
   const std::string value = conf_.Info(key, "");
   if (value.empty()) return defaultValue;
-  const std::optional<double> number = ToDouble(value);
+  const std::optional<double> number = common::ToDouble(value);
   if (!number)
     LogError(kNotADouble, "Failed to convert string [%s] to double, use default.", value.c_str());
   return number.value_or(defaultValue);

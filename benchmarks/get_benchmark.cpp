@@ -8,10 +8,10 @@
 namespace {
 
 void GetHealthy(benchmark::State& state) {
-  vela::simulator::Machine machine;
-  vela::simulator::Enter(&machine);
+  simulator::Machine machine;
+  simulator::Enter(&machine);
   for (auto _ : state) Get();
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
 }
 BENCHMARK(GetHealthy)->Name("Get")->Repetitions(9)->ReportAggregatesOnly();
 

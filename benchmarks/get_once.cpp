@@ -6,8 +6,8 @@
 
 int main(int argc, char** argv) {
   const int count = argc > 1 ? std::atoi(argv[1]) : 1;
-  vela::simulator::Machine machine;
-  if (argc > 2) machine = vela::simulator::LoadScenario(argv[2]);
-  vela::simulator::Enter(&machine);
+  simulator::Machine machine;
+  if (argc > 2) machine = simulator::LoadScenario(argv[2]);
+  simulator::Enter(&machine);
   for (int i = 0; i < count; ++i) Get();
 }

@@ -7,12 +7,12 @@
 
 namespace {
 
-using vela::simulator::Machine;
+using simulator::Machine;
 
 void Measure(benchmark::State& state, Machine& machine) {
-  vela::simulator::Enter(&machine);
+  simulator::Enter(&machine);
   for (auto _ : state) Get();
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
 }
 
 void Volumes(benchmark::State& state) {
@@ -25,7 +25,7 @@ void Disks(benchmark::State& state) {
   Machine machine;
   const auto count = static_cast<std::size_t>(state.range(0));
   while (machine.disks.Size() < count)
-    machine.disks.Append(vela::simulator::Disk("Disk 9", "normal", "volume_1"));
+    machine.disks.Append(simulator::Disk("Disk 9", "normal", "volume_1"));
   Measure(state, machine);
 }
 

@@ -18,8 +18,8 @@ const std::string& Document() {
 }
 
 // An otherwise empty machine, so that only the SAN counts.
-vela::simulator::Machine SanMachine() {
-  vela::simulator::Machine machine;
+simulator::Machine SanMachine() {
+  simulator::Machine machine;
   machine.volumes.clear();
   machine.usb.clear();
   machine.maxDisks = 0;
@@ -37,8 +37,8 @@ void SanParse(benchmark::State& state) {
 BENCHMARK(SanParse)->Name("SanParse")->Repetitions(7)->ReportAggregatesOnly();
 
 void SanIntake(benchmark::State& state) {
-  vela::simulator::Machine machine = SanMachine();
-  vela::simulator::Enter(&machine);
+  simulator::Machine machine = SanMachine();
+  simulator::Enter(&machine);
   ResetPeak();
   const std::size_t before = HeapUsed().live;
   for (auto _ : state) {
@@ -47,18 +47,18 @@ void SanIntake(benchmark::State& state) {
   }
   state.counters["peak/text"] =
       static_cast<double>(HeapUsed().peak - before) / static_cast<double>(Document().size());
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
 }
 BENCHMARK(SanIntake)->Name("SanIntake")->Repetitions(7)->ReportAggregatesOnly();
 
 void SanMatch(benchmark::State& state) {
-  vela::simulator::Machine machine = SanMachine();
-  vela::simulator::Enter(&machine);
+  simulator::Machine machine = SanMachine();
+  simulator::Enter(&machine);
   {
     const SystemInfoHandler info;
     for (auto _ : state) benchmark::DoNotOptimize(SANStatusChecker(info));
   }
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
 }
 BENCHMARK(SanMatch)->Name("SanMatch")->Repetitions(7)->ReportAggregatesOnly();
 

@@ -16,7 +16,7 @@
 #include "common/json_numbers.h"
 #include "common/number.h"
 
-namespace VELA::SystemHealth {
+namespace common {
 namespace {
 
 constexpr std::size_t kLargestFile = 16U << 20U;
@@ -113,4 +113,4 @@ bool ReadJsonFile(const char* path, Json::Value& value) {
   return length >= 0 && ParseJson({text, static_cast<std::size_t>(length)}, Comments::Skip, value);
 }
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

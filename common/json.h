@@ -8,7 +8,7 @@
 
 #include <json/value.h>
 
-namespace VELA::SystemHealth {
+namespace common {
 
 // The member of an object; null for anything that is not an object or lacks it.
 const Json::Value* Member(const Json::Value& value, const char* name);
@@ -34,4 +34,4 @@ bool ParseJson(std::string_view text, Comments comments, Json::Value& value);
 // Reads and parses a regular file of at most 16 MiB. False on any failure.
 bool ReadJsonFile(const char* path, Json::Value& value);
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

@@ -5,7 +5,7 @@
 
 #include "common/number.h"
 
-namespace VELA::SystemHealth {
+namespace common {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789";
@@ -75,4 +75,4 @@ std::string WithWholeNumbers(std::string_view document) {
   return whole;
 }
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

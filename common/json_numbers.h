@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace VELA::SystemHealth {
+namespace common {
 
 // Whether the process's C++ locale writes fractions as JSON does.
 bool LocaleReadsFractions();
@@ -14,4 +14,4 @@ bool LocaleReadsFractions();
 // locale reads: fractions dropped, and -1 for what is no size.
 std::string WithWholeNumbers(std::string_view document);
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

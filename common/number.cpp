@@ -5,7 +5,7 @@
 
 #include <locale.h>
 
-namespace VELA::SystemHealth {
+namespace common {
 
 std::optional<double> ToDouble(const std::string& text) {
   // Asked for the "C" locale, the C library hands out its constant one: no allocation.
@@ -25,4 +25,4 @@ std::optional<std::uint64_t> ToSize(double number) {
   return static_cast<std::uint64_t>(number);
 }
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

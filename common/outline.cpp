@@ -2,7 +2,7 @@
 
 #include <json/writer.h>
 
-namespace vela {
+namespace common {
 namespace {
 
 constexpr std::size_t kColumns = 100;
@@ -64,4 +64,4 @@ std::string Outline::Text(std::size_t indent, std::size_t column) const {
   return text + "\n" + std::string(indent, ' ') + close_;
 }
 
-}  // namespace vela
+}  // namespace common

@@ -8,7 +8,7 @@
 
 #include <json/value.h>
 
-namespace vela {
+namespace common {
 
 // On one line; texts as the bytes that they are.
 std::string CompactJson(const Json::Value& value);
@@ -36,4 +36,4 @@ class Outline {
   std::vector<std::pair<std::string, Outline>> parts_;  // "\"name\": ", or "" in a list
 };
 
-}  // namespace vela
+}  // namespace common

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace VELA::SystemHealth {
+namespace common {
 
 // The text of a fixed field: up to its first NUL, or all of it when there is none.
 template <std::size_t Size>
@@ -13,4 +13,4 @@ std::string_view TextOf(const char (&field)[Size]) {
   return {field, strnlen(field, Size)};
 }
 
-}  // namespace VELA::SystemHealth
+}  // namespace common

@@ -3,16 +3,16 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/linux/filesystem_errors.h"
-#include "platform/linux/md.h"
-#include "platform/linux/mounts.h"
-#include "platform/linux/settings.h"
-#include "platform/linux/volume_choice.h"
+#include "platform/linux/base/settings.h"
+#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/md.h"
+#include "platform/linux/storage/mounts.h"
+#include "platform/linux/storage/volume_choice.h"
 #include "vela_storage.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 void Require(bool holds) {
   if (!holds) std::abort();

@@ -7,11 +7,11 @@
 
 namespace {
 
-using vela::simulator::Machine;
+using simulator::Machine;
 
 std::string Text(FuzzedDataProvider& data) { return data.ConsumeRandomLengthString(40); }
 
-vela::simulator::Volume AnyVolume(FuzzedDataProvider& data) {
+simulator::Volume AnyVolume(FuzzedDataProvider& data) {
   return {.path = Text(data),
           .spaceId = data.ConsumeBool() ? Text(data) : "volume_" + Text(data),
           .type = data.ConsumeIntegralInRange(0, 2),
@@ -24,7 +24,7 @@ vela::simulator::Volume AnyVolume(FuzzedDataProvider& data) {
           .fails = data.ConsumeBool()};
 }
 
-vela::simulator::ExternalVolume AnyExternalVolume(FuzzedDataProvider& data) {
+simulator::ExternalVolume AnyExternalVolume(FuzzedDataProvider& data) {
   constexpr const char* kShares[] = {"", "usbshare", "sdshare", "satashare"};
   return {.name = data.PickValueInArray(kShares) + Text(data),
           .total = data.ConsumeIntegral<std::uint64_t>(),
@@ -32,7 +32,7 @@ vela::simulator::ExternalVolume AnyExternalVolume(FuzzedDataProvider& data) {
           .cardReader = data.ConsumeBool()};
 }
 
-vela::simulator::ExpansionUnit AnyUnit(FuzzedDataProvider& data) {
+simulator::ExpansionUnit AnyUnit(FuzzedDataProvider& data) {
   return {.name = Text(data),
           .naming = data.ConsumeBool(),
           .slot = data.ConsumeIntegral<std::int32_t>(),
@@ -41,7 +41,7 @@ vela::simulator::ExpansionUnit AnyUnit(FuzzedDataProvider& data) {
 }
 
 Json::Value AnyDisk(FuzzedDataProvider& data) {
-  Json::Value disk = vela::simulator::Disk(Text(data), Text(data), Text(data));
+  Json::Value disk = simulator::Disk(Text(data), Text(data), Text(data));
   if (data.ConsumeBool()) disk["remote_info"]["disconnect"] = data.ConsumeIntegral<Json::Int64>();
   if (data.ConsumeBool()) disk["remote_info"] = Text(data);
   return data.ConsumeBool() ? disk : Json::Value(Text(data));

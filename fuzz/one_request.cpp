@@ -23,12 +23,12 @@ void RequireShape(const Json::Value& document) {
 
 }  // namespace
 
-Answer OneRequest(vela::simulator::Machine& machine) {
+Answer OneRequest(simulator::Machine& machine) {
   VELA::SystemHealth::RecordedLog().clear();
   VELA::RecordedResponse response;
-  vela::simulator::Enter(&machine);
+  simulator::Enter(&machine);
   GetAPITable()[0].handler(nullptr, response.AsResponse());
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
   Require(response.answers == 1, "one answer");
   Require(machine.ledger.lists == 0 && machine.ledger.streams == 0 && machine.ledger.objects == 0,
           "everything is given back");

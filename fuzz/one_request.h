@@ -28,6 +28,6 @@ struct Answer {
 };
 
 // Requires one answer of the right shape, and that everything was given back.
-Answer OneRequest(vela::simulator::Machine& machine);
+Answer OneRequest(simulator::Machine& machine);
 
 }  // namespace fuzz

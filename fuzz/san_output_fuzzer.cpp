@@ -6,8 +6,8 @@
 #include "fuzz/one_request.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const vela::simulator::Machine healthy;
-  vela::simulator::Machine machine = healthy;
+  static const simulator::Machine healthy;
+  simulator::Machine machine = healthy;
   machine.sanOutput.emplace(reinterpret_cast<const char*>(data), size);
 
   const fuzz::Answer answer = fuzz::OneRequest(machine);
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const std::string& line : answer.log)
     fuzz::Require(line.starts_with("3 SystemInfo/san_status_info:"), line);
 
-  machine.sanOutput = VELA::SystemHealth::WithWholeNumbers(*machine.sanOutput);
+  machine.sanOutput = common::WithWholeNumbers(*machine.sanOutput);
   fuzz::Require(fuzz::OneRequest(machine) == answer, "whole numbers say the same");
   return 0;
 }

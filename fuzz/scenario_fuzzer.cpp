@@ -8,14 +8,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    vela::simulator::Machine machine = vela::simulator::ParseScenario(
+    simulator::Machine machine = simulator::ParseScenario(
         "state.json", std::string(reinterpret_cast<const char*>(data), size));
     const fuzz::Answer answer = fuzz::OneRequest(machine);
     fuzz::Require(fuzz::OneRequest(machine) == answer, "the same answer twice");
-    const std::string written = vela::simulator::WriteScenario(machine, "written");
-    vela::simulator::Machine again = vela::simulator::ParseScenario("written", written);
+    const std::string written = simulator::WriteScenario(machine, "written");
+    simulator::Machine again = simulator::ParseScenario("written", written);
     fuzz::Require(fuzz::OneRequest(again) == answer, written);
-  } catch (const vela::simulator::ScenarioError& error) {
+  } catch (const simulator::ScenarioError& error) {
     const std::string message = error.what();
     fuzz::Require(message.starts_with("state.json:") && std::isdigit(message[11]) != 0, message);
   }

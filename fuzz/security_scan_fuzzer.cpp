@@ -4,8 +4,8 @@
 #include "fuzz/one_request.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const vela::simulator::Machine healthy;
-  vela::simulator::Machine machine = healthy;
+  static const simulator::Machine healthy;
+  simulator::Machine machine = healthy;
   const std::string file(reinterpret_cast<const char*>(data), size);
   machine.securityScan = file;
 

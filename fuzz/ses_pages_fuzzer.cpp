@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/linux/ses_pages.h"
+#include "platform/linux/chassis/ses_pages.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 

@@ -2,10 +2,10 @@
 // and whatever the object holds, units come of it with bounded names.
 #include <cstdlib>
 
-#include "platform/linux/expansion_units.h"
-#include "platform/linux/snapshot.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/contract/expansion_units.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 

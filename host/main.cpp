@@ -2,14 +2,14 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "host/command_line.h"
-#include "host/serve_command.h"
+#include "host/cli/command_line.h"
+#include "host/cli/serve_command.h"
 
 int main(int count, char** arguments) {
   // The module writes its failures to the system log; a person at a terminal sees them, too.
   const int echo = isatty(STDERR_FILENO) != 0 ? LOG_PERROR : 0;
   openlog("vela-health", LOG_PID | echo, LOG_USER);
   signal(SIGXFSZ, SIG_IGN);  // a limit to files is an error of write(2), which has words
-  vela::host::HoldStopSignals();
-  return vela::host::RunCommandLine(count, arguments);
+  host::HoldStopSignals();
+  return host::RunCommandLine(count, arguments);
 }

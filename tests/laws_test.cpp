@@ -14,10 +14,10 @@
 namespace VELA::SystemHealth {
 namespace {
 
-using vela::simulator::Fault;
-using vela::simulator::Faults;
-using vela::simulator::Machine;
-using vela::simulator::RandomMachine;
+using simulator::Fault;
+using simulator::Faults;
+using simulator::Machine;
+using simulator::RandomMachine;
 
 constexpr unsigned kMachines = 200;
 

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <vela_api.h>
 
-#include "common/log.h"
+#include "module/base/log.h"
 #include "platform/simulator/machine.h"
 #include "tests/support/recorded_response.h"
 
@@ -112,7 +112,7 @@ void WriteSystemLog(int, const char* line) {
 
 namespace {
 
-using vela::simulator::Machine;
+using simulator::Machine;
 
 // Something in every list, something wrong in every source, and names too long for the
 // strings' own room.
@@ -132,7 +132,7 @@ Machine EverythingIsWrong() {
   machine.webServerApplies = false;
   machine.upsState = 3;
   machine.overview = "abnormal";
-  Json::Value disk = vela::simulator::Disk(text, "system_crashed", "volume_" + text);
+  Json::Value disk = simulator::Disk(text, "system_crashed", "volume_" + text);
   disk["remote_info"]["disconnect"] = 1;
   machine.disks.Append(disk);
   for (auto& volume : machine.volumes) volume.used = volume.total;
@@ -202,8 +202,8 @@ struct NamedMachine {
 
 class MemoryExhaustion : public testing::TestWithParam<NamedMachine> {
  protected:
-  MemoryExhaustion() { vela::simulator::Enter(&machine_); }
-  ~MemoryExhaustion() override { vela::simulator::Enter(nullptr); }
+  MemoryExhaustion() { simulator::Enter(&machine_); }
+  ~MemoryExhaustion() override { simulator::Enter(nullptr); }
 
   // Leaves no trace, whichever way the request went.
   void ExpectNothingLeft(Result result) {

@@ -8,7 +8,7 @@
 
 #include "tests/support/own_folder.h"
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
 std::string MessageFor(const std::string& text) {
@@ -120,7 +120,7 @@ std::string Refusal(const std::string& path) {
 }
 
 TEST(ScenarioFolder, IsReadAndRefusedByTheFileInIt) {
-  const std::string& path = vela::test::OwnFolder();
+  const std::string& path = test_support::OwnFolder();
   const std::string file = path + "state.json";
   EXPECT_TRUE(Refusal(path).starts_with(file + ": no such file, or empty; "));
   EXPECT_TRUE(Refusal(path + "none").starts_with(path + "none: no such file, or empty; "));
@@ -134,4 +134,4 @@ TEST(ScenarioFolder, IsReadAndRefusedByTheFileInIt) {
 }
 
 }  // namespace
-}  // namespace vela::simulator
+}  // namespace simulator

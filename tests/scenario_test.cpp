@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/simulator/simulator.h"
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 #include "tests/support/recorded_response.h"
 #include "tests/support/scenario_folders.h"
 

@@ -11,8 +11,8 @@
 namespace VELA::SystemHealth {
 namespace {
 
-using vela::simulator::Machine;
-using vela::simulator::RandomMachine;
+using simulator::Machine;
+using simulator::RandomMachine;
 
 constexpr unsigned kThreads = 8;
 constexpr unsigned kRounds = 200;

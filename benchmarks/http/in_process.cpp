@@ -3,7 +3,7 @@
 #include <ctime>
 #include <iostream>
 
-#include "host/host.h"
+#include "host/loader/host.h"
 
 namespace {
 
@@ -19,9 +19,9 @@ double Microseconds() {
 
 int main(int count, char** arguments) {
   if (count != 4) return 64;
-  const vela::host::Host host(vela::host::HostFiles{arguments[1], {arguments[2]}, {}});
+  const host::Host host(host::HostFiles{arguments[1], {arguments[2]}, {}});
   const auto machine = host.GetPlatform().OpenScenario(arguments[3]);
-  const VELA::APIMethodRow& get = vela::host::HealthMethod(host);
+  const VELA::APIMethodRow& get = host::HealthMethod(host);
   std::size_t bytes = 0;
   for (int i = 0; i < kAnswers / 10; ++i) bytes += host.AskDocument(get, machine).size();
   const double before = Microseconds();

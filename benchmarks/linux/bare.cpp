@@ -17,13 +17,13 @@
 #include <vector>
 
 #include "benchmarks/linux/sides.h"
-#include "platform/linux/block.h"
-#include "platform/linux/md.h"
-#include "platform/linux/root.h"
-#include "platform/linux/storage_view.h"
-#include "platform/linux/sysfs.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/block.h"
+#include "platform/linux/storage/md.h"
+#include "platform/linux/storage/storage_view.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "benchmarks/get.h"
 #include "benchmarks/linux/sides.h"
 #include "common/json.h"
-#include "platform/linux/storage_view.h"
+#include "platform/linux/storage/storage_view.h"
 #include "vela_conf.h"
 #include "vela_network.h"
 #include "vela_storage.h"
@@ -30,7 +30,7 @@ void RequestNetwork() {
 }
 
 void RequestStorage() {
-  vela::linuxplatform::ForgetStorage();
+  linux_platform::ForgetStorage();
   for (const int volumeClass : {8, 4}) VELAMountVolInfoFree(VELAMountVolAllEnum(0, volumeClass, 0));
   const STORAGE_MANAGER::Space space(23);
   for (const auto* record = space.GetAll(); record != nullptr; record = record->next) {
@@ -65,7 +65,7 @@ void RequestPlatform() {
   VELAHWSysTempWarning(&state);
   VELAServiceIsHttpDefaultConf();
   Json::Value scan;
-  VELA::SystemHealth::ReadJsonFile("/var/lib/securityscan/systemResult.json", scan);
+  common::ReadJsonFile("/var/lib/securityscan/systemResult.json", scan);
   VELA_EBOX_INFO* units = nullptr;
   VELAEBoxInfoEnum(&units);
   VELAEBoxInfoEnumFree(units);

@@ -6,7 +6,7 @@
 
 #include "SystemChecker/checker_table.h"
 #include "SystemInfo/system_info_handler.h"
-#include "common/log.h"
+#include "module/base/log.h"
 #include "module/explain/decisive.h"
 #include "module/explain/inputs.h"
 #include "vela_api.h"

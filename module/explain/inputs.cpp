@@ -34,7 +34,7 @@ Json::Value Comparison(const char* unit, std::uint64_t free, std::uint64_t total
   comparison["unit"] = unit;
   comparison["free"] = Json::UInt64(free);
   comparison["total"] = Json::UInt64(total);
-  comparison["mark"] = Json::UInt64(ToSize(share * static_cast<double>(total)).value_or(0));
+  comparison["mark"] = Json::UInt64(common::ToSize(share * static_cast<double>(total)).value_or(0));
   comparison["share"] = share;
   comparison["low"] = low;
   return comparison;

@@ -5,7 +5,7 @@
 
 #include "platform/simulator/machine.h"
 
-namespace vela::recorder {
+namespace recorder {
 
 // What was asked, as a machine; all else is a healthy one's, and nobody asked for it.
 simulator::Machine& Seen();
@@ -20,4 +20,4 @@ Function* Below(const char* name) {
   return reinterpret_cast<Function*>(Symbol(name));
 }
 
-}  // namespace vela::recorder
+}  // namespace recorder

@@ -17,9 +17,9 @@
 #include "platform/recorder/below.h"
 #include "platform/simulator/scenario_writer.h"
 #include "platform/simulator/simulator.h"
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 
-namespace vela::recorder {
+namespace recorder {
 namespace {
 
 constexpr int kUnavailable = 69;          // as sysexits(3) has it
@@ -75,7 +75,7 @@ void KeepSources(simulator::Machine& machine) {
       reinterpret_cast<decltype(&VELAPlatformSources)>(dlsym(platform, "VELAPlatformSources"));
   if (ask == nullptr) return;
   constexpr const char* kStates[] = {"absent", "read", "failed"};
-  std::array<VELASourceReport, platform::kSourceCount> reports = {};
+  std::array<VELASourceReport, source_status::kSourceCount> reports = {};
   ask(reports.data(), static_cast<int>(reports.size()));
   for (const VELASourceReport& report : reports) {
     if (!IsUsual(report)) machine.sources[report.name] = {kStates[report.state], report.reason};
@@ -96,14 +96,14 @@ void* Symbol(const char* name) {
   std::_Exit(kUnavailable);
 }
 
-}  // namespace vela::recorder
+}  // namespace recorder
 
-using namespace vela::recorder;
+using namespace recorder;
 
 void VELARecorderStart(const char* path, const VELAOperatingSystem* answers) {
   platform = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
   if (answers != VELARecorderOperatingSystem()) below = answers;  // started once more
-  Seen() = vela::simulator::Machine();
+  Seen() = simulator::Machine();
 }
 
 const VELAOperatingSystem* VELARecorderOperatingSystem() {
@@ -113,8 +113,8 @@ const VELAOperatingSystem* VELARecorderOperatingSystem() {
 
 const char* VELARecorderState(const char* why) {
   static std::string state;
-  vela::simulator::Machine machine = Seen();
+  simulator::Machine machine = Seen();
   KeepSources(machine);
-  state = vela::simulator::WriteScenario(machine, why);
+  state = simulator::WriteScenario(machine, why);
   return state.c_str();
 }

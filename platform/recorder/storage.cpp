@@ -16,22 +16,22 @@
 #include "common/text.h"
 #include "platform/recorder/below.h"
 
-using vela::recorder::Below;
-using vela::recorder::Seen;
-using VELA::SystemHealth::TextOf;
+using common::TextOf;
+using recorder::Below;
+using recorder::Seen;
 
 namespace {
 
 // A volume that nobody listed has no place in the machine.
-vela::simulator::Volume& VolumeAt(std::string_view path) {
-  static vela::simulator::Volume unlisted;
+simulator::Volume& VolumeAt(std::string_view path) {
+  static simulator::Volume unlisted;
   for (auto& volume : Seen().volumes)
     if (volume.path == path) return volume;
   return unlisted;
 }
 
-vela::simulator::ExpansionUnit FromRecord(VELA_EBOX_INFO& record) {
-  vela::simulator::ExpansionUnit unit;
+simulator::ExpansionUnit FromRecord(VELA_EBOX_INFO& record) {
+  simulator::ExpansionUnit unit;
   unit.slot = record.slotIndex;
   unit.number = record.unitNumber;
   unit.naming = record.name != nullptr;
@@ -49,7 +49,7 @@ vela::simulator::ExpansionUnit FromRecord(VELA_EBOX_INFO& record) {
 // A copy that lasts: a platform may lend its texts.
 Json::Value Owned(const Json::Value& lent) {
   Json::Value copy;
-  std::istringstream(vela::CompactJson(lent)) >> copy;
+  std::istringstream(common::CompactJson(lent)) >> copy;
   return copy;
 }
 
@@ -198,8 +198,7 @@ int VELAUsbIsCardreader(const char* name) {
   const int result = Below<decltype(VELAUsbIsCardreader)>(__func__)(name);
   const bool card = result != 0;
   for (auto& volume : Seen().usb)
-    if (volume.name == name && card != vela::simulator::IsNamedLikeACard(name))
-      volume.cardReader = card;
+    if (volume.name == name && card != simulator::IsNamedLikeACard(name)) volume.cardReader = card;
   return result;
 }
 

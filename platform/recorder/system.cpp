@@ -10,8 +10,8 @@
 
 #include "platform/recorder/below.h"
 
-using vela::recorder::Below;
-using vela::recorder::Seen;
+using recorder::Below;
+using recorder::Seen;
 
 namespace {
 
@@ -21,7 +21,7 @@ std::map<int, std::string>& InterfacesByType() {
   return names;
 }
 
-vela::simulator::NetworkInterface* Find(std::string_view name) {
+simulator::NetworkInterface* Find(std::string_view name) {
   auto& interfaces = Seen().interfaces;
   const auto found = std::find_if(interfaces.begin(), interfaces.end(),
                                   [name](const auto& each) { return each.name == name; });

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
 bool HoldsNul(std::string_view text) { return text.find('\0') != text.npos; }
@@ -45,4 +45,4 @@ Json::Value Borrowed(const Json::Value& source, Texts& texts) {
   return copy;
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

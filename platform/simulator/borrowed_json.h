@@ -7,7 +7,7 @@
 
 #include <json/value.h>
 
-namespace vela::simulator {
+namespace simulator {
 
 // Each text once, at a place that stays.
 using Texts = std::set<std::string, std::less<>>;
@@ -16,4 +16,4 @@ using Texts = std::set<std::string, std::less<>>;
 // answers without copying its texts each time. Texts that hold a NUL are copied.
 Json::Value Borrowed(const Json::Value& source, Texts& texts);
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -2,20 +2,20 @@
 #pragma once
 
 #include "platform/simulator/machine.h"
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 // The machine that is asked, with the call written into its ledger. In the platform's second
 // voice its source was read, unless the call says otherwise; a machine in memory takes no time.
 class Call {
  public:
-  Call(platform::Source source, const char* name) : source_(source), machine_(Simulated()) {
+  Call(source_status::Source source, const char* name) : source_(source), machine_(Simulated()) {
     if (machine_.ledger.calls != nullptr) machine_.ledger.calls->emplace_back(name);
     if (!machine_.sources.empty()) SayWhatIsStated();
   }
   ~Call() {
-    if (!said_) platform::SayRead(source_);
+    if (!said_) source_status::SayRead(source_);
   }
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
@@ -24,25 +24,25 @@ class Call {
   Machine& operator*() const { return machine_; }
 
   void Fail(const char* what) {
-    if (!said_) platform::SayFailed(source_, "%s, as the scenario says", what);
+    if (!said_) source_status::SayFailed(source_, "%s, as the scenario says", what);
     said_ = true;
   }
   void Absent(const char* what) {
-    if (!said_) platform::SayAbsent(source_, "%s", what);
+    if (!said_) source_status::SayAbsent(source_, "%s", what);
     said_ = true;
   }
 
  private:
   void SayWhatIsStated() {
-    const auto stated = machine_.sources.find(std::string_view(platform::NameOf(source_)));
+    const auto stated = machine_.sources.find(std::string_view(source_status::NameOf(source_)));
     if (stated == machine_.sources.end()) return;
     const auto& [state, reason] = stated->second;
     if (state == "absent") Absent(reason.c_str());
-    if (state == "failed") platform::SayFailed(source_, "%s", reason.c_str());
+    if (state == "failed") source_status::SayFailed(source_, "%s", reason.c_str());
     said_ = state != "read";
   }
 
-  platform::Source source_;
+  source_status::Source source_;
   Machine& machine_;
   bool said_ = false;
 };
@@ -55,4 +55,4 @@ void Put(const std::string& text, char (&field)[Size]) {
   if (text.size() < Size) field[text.size()] = '\0';
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

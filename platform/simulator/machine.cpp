@@ -1,6 +1,6 @@
 #include "platform/simulator/machine.h"
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
 constexpr std::uint64_t kGiB = 1U << 30U;
@@ -66,4 +66,4 @@ Machine& Simulated() {
 
 void Enter(Machine* machine) { entered = machine; }
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -14,9 +14,9 @@
 
 #include "platform/simulator/borrowed_json.h"
 #include "platform/simulator/memory_file.h"
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 struct NetworkInterface {
   std::string name;
@@ -189,4 +189,4 @@ Json::Value Disk(const std::string& name, const std::string& status, const std::
 Machine& Simulated();
 void Enter(Machine* machine);  // null: back to the process's
 
-}  // namespace vela::simulator
+}  // namespace simulator

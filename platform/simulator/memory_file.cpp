@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-namespace vela::simulator {
+namespace simulator {
 
 MemoryFile& MemoryFile::operator=(const std::optional<std::string>& text) {
   text_ = text;
@@ -26,4 +26,4 @@ int MemoryFile::Open() const {
   return -1;
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

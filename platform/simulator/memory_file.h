@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace vela::simulator {
+namespace simulator {
 
 class MemoryFile {
  public:
@@ -27,4 +27,4 @@ class MemoryFile {
   int file_ = -1;
 };
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -12,11 +12,11 @@
 #include "platform/simulator/call.h"
 #include "platform/simulator/simulator.h"
 
-using vela::platform::Source;
-using vela::simulator::Call;
-using vela::simulator::kSecurityScanFile;
-using vela::simulator::Machine;
-using vela::simulator::Simulated;
+using simulator::Call;
+using simulator::kSecurityScanFile;
+using simulator::Machine;
+using simulator::Simulated;
+using source_status::Source;
 
 namespace {
 

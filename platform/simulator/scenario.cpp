@@ -10,7 +10,7 @@
 #include "common/outline.h"
 #include "platform/simulator/scenario_fields.h"
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
 // Fills the fields of `Object` from the members of the same name.
@@ -36,7 +36,7 @@ class FieldReader {
   void Document(const std::string& name, Bytes Object::*field) {
     std::optional<std::string> bytes;
     if (const Json::Value* document = reader_.Take(name.c_str())) {
-      if (!document->isNull()) bytes = CompactJson(*document);
+      if (!document->isNull()) bytes = common::CompactJson(*document);
       object_.*field = bytes;
     }
     if (reader_.Take((name + "Text").c_str()) == nullptr) return;
@@ -72,8 +72,8 @@ class FieldReader {
   }
   void Read(const char* name, Sources& target) {
     reader_.Read(name, [&target](ObjectReader& members) {
-      for (int source = 0; source < platform::kSourceCount; ++source) {
-        const char* key = platform::NameOf(static_cast<platform::Source>(source));
+      for (int source = 0; source < source_status::kSourceCount; ++source) {
+        const char* key = source_status::NameOf(static_cast<source_status::Source>(source));
         if (members.Take(key) == nullptr) continue;
         members.Read(key, [&](ObjectReader& reader) { ReadFields(reader, target[key]); });
       }
@@ -132,4 +132,4 @@ Machine LoadScenario(const std::filesystem::path& path) {
   return ParseScenario(file.string(), text.str());
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

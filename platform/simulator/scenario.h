@@ -7,7 +7,7 @@
 #include "platform/simulator/machine.h"
 #include "platform/simulator/scenario_reader.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 // Reads `path`, or state.json in it when it is a folder. Throws ScenarioError with file,
 // line and member when anything in it is wrong.
@@ -16,4 +16,4 @@ Machine LoadScenario(const std::filesystem::path& path);
 // The same from text; `file` is what messages call it.
 Machine ParseScenario(const std::string& file, const std::string& text);
 
-}  // namespace vela::simulator
+}  // namespace simulator

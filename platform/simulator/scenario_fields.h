@@ -6,7 +6,7 @@
 
 #include "platform/simulator/machine.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 template <typename Fields>
 void Describe(Fields& fields, std::type_identity<NetworkInterface>) {
@@ -134,4 +134,4 @@ void Describe(Fields& fields, std::type_identity<Machine>) {
   fields("sources", &Machine::sources);
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -6,7 +6,7 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-namespace vela::simulator {
+namespace simulator {
 
 void ScenarioText::Fail(std::ptrdiff_t offset, const std::string& message) const {
   const auto line = 1 + std::count(text.begin(), text.begin() + offset, '\n');
@@ -106,4 +106,4 @@ void ObjectReader::Read(const char* name, std::map<std::string, std::string, std
   }
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

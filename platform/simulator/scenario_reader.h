@@ -11,7 +11,7 @@
 
 #include <json/value.h>
 
-namespace vela::simulator {
+namespace simulator {
 
 // Its text begins with "<file>:<line>: ".
 class ScenarioError : public std::runtime_error {
@@ -91,4 +91,4 @@ class ObjectReader {
   std::set<std::string> known_;
 };
 
-}  // namespace vela::simulator
+}  // namespace simulator

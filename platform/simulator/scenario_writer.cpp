@@ -11,25 +11,25 @@
 #include "common/outline.h"
 #include "platform/simulator/scenario_fields.h"
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
-Outline TextOf(const std::string& text) { return Outline(Json::Value(text)); }
-Outline TextOf(bool value) { return Outline(Json::Value(value)); }
+common::Outline TextOf(const std::string& text) { return common::Outline(Json::Value(text)); }
+common::Outline TextOf(bool value) { return common::Outline(Json::Value(value)); }
 
 template <typename Integer>
-requires std::is_integral_v<Integer> Outline TextOf(Integer value) {
-  return Outline::Number(std::to_string(value));
+requires std::is_integral_v<Integer> common::Outline TextOf(Integer value) {
+  return common::Outline::Number(std::to_string(value));
 }
 
 // The fewest digits that give the same number. JSON has no infinities and no NaN, which is
 // below nothing, as is the lowest number.
-Outline TextOf(float value) {
+common::Outline TextOf(float value) {
   using Limits = std::numeric_limits<float>;
   value = std::isnan(value) ? Limits::lowest() : std::clamp(value, Limits::lowest(), Limits::max());
   char digits[64];
   const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  return Outline::Number(std::string(digits, end));
+  return common::Outline::Number(std::string(digits, end));
 }
 
 // The document whose compact text these bytes are, if there is one: it reads better.
@@ -40,7 +40,7 @@ std::optional<Json::Value> DocumentOf(const std::string& bytes) {
   Json::Value document;
   try {
     if (!reader->parse(bytes.data(), bytes.data() + bytes.size(), &document, nullptr) ||
-        document.isNull() || CompactJson(document) != bytes)
+        document.isNull() || common::CompactJson(document) != bytes)
       return std::nullopt;
   } catch (const Json::Exception&) {
     return std::nullopt;  // nested deeper than the library follows
@@ -55,7 +55,7 @@ const std::optional<std::string>& BytesOf(const MemoryFile& file) { return file.
 template <typename Object>
 class FieldWriter {
  public:
-  FieldWriter(Outline& out, const Object& object, const Object& usual)
+  FieldWriter(common::Outline& out, const Object& object, const Object& usual)
       : out_(out), object_(object), usual_(usual) {}
 
   template <typename Value>
@@ -64,7 +64,7 @@ class FieldWriter {
   }
   template <typename DescribeMembers>
   void Group(const char* name, DescribeMembers describe) {
-    Outline members = Outline::Object();
+    common::Outline members = common::Outline::Object();
     FieldWriter group(members, object_, usual_);
     describe(group);
     if (!members.Empty()) out_.Add(name, std::move(members));
@@ -73,50 +73,53 @@ class FieldWriter {
   void Document(const std::string& name, Bytes Object::*field) {
     if (object_.*field == usual_.*field) return;
     const std::optional<std::string>& bytes = BytesOf(object_.*field);
-    if (!bytes) return out_.Add(name, Outline(Json::Value()));
+    if (!bytes) return out_.Add(name, common::Outline(Json::Value()));
     const std::optional<Json::Value> document = DocumentOf(*bytes);
-    if (document) return out_.Add(name, Outline(*document));
+    if (document) return out_.Add(name, common::Outline(*document));
     out_.Add(name + "Text", TextOf(*bytes));
   }
 
  private:
   template <typename Element>
-  static Outline WriteFields(const Element& element, const Element& usual) {
-    Outline members = Outline::Object();
+  static common::Outline WriteFields(const Element& element, const Element& usual) {
+    common::Outline members = common::Outline::Object();
     FieldWriter<Element> fields(members, element, usual);
     Describe(fields, std::type_identity<Element>());
     return members;
   }
 
   template <typename Value>
-  static Outline Write(const Value& value, const Value&) {
+  static common::Outline Write(const Value& value, const Value&) {
     return TextOf(value);
   }
   template <typename Value>
-  static Outline Write(const std::optional<Value>& value, const std::optional<Value>&) {
-    return value ? TextOf(*value) : Outline(Json::Value());
+  static common::Outline Write(const std::optional<Value>& value, const std::optional<Value>&) {
+    return value ? TextOf(*value) : common::Outline(Json::Value());
   }
-  static Outline Write(const std::optional<PowerReport>& value, const std::optional<PowerReport>&) {
-    return value ? WriteFields(*value, PowerReport()) : Outline(Json::Value());
+  static common::Outline Write(const std::optional<PowerReport>& value,
+                               const std::optional<PowerReport>&) {
+    return value ? WriteFields(*value, PowerReport()) : common::Outline(Json::Value());
   }
   template <typename Element>
-  static Outline Write(const std::vector<Element>& list, const std::vector<Element>&) {
-    Outline elements = Outline::List();
+  static common::Outline Write(const std::vector<Element>& list, const std::vector<Element>&) {
+    common::Outline elements = common::Outline::List();
     for (const Element& element : list) elements.Add(WriteFields(element, Element()));
     return elements;
   }
-  static Outline Write(const DiskList& disks, const DiskList&) { return Outline(disks.Borrowed()); }
-  static Outline Write(const Sources& sources, const Sources&) {
-    Outline members = Outline::Object();
+  static common::Outline Write(const DiskList& disks, const DiskList&) {
+    return common::Outline(disks.Borrowed());
+  }
+  static common::Outline Write(const Sources& sources, const Sources&) {
+    common::Outline members = common::Outline::Object();
     for (const auto& [name, statement] : sources)
       members.Add(name, WriteFields(statement, SourceStatement{"", ""}));
     return members;
   }
   using Texts = std::map<std::string, std::string, std::less<>>;
-  static Outline Write(const Texts& texts, const Texts& usual) {
-    Outline members = Outline::Object();
+  static common::Outline Write(const Texts& texts, const Texts& usual) {
+    common::Outline members = common::Outline::Object();
     for (const auto& [key, text] : usual)
-      if (!texts.contains(key)) members.Add(key, Outline(Json::Value()));
+      if (!texts.contains(key)) members.Add(key, common::Outline(Json::Value()));
     for (const auto& [key, text] : texts) {
       const auto same = usual.find(key);
       if (same == usual.end() || same->second != text) members.Add(key, TextOf(text));
@@ -124,7 +127,7 @@ class FieldWriter {
     return members;
   }
 
-  Outline& out_;
+  common::Outline& out_;
   const Object& object_;
   const Object& usual_;
 };
@@ -133,11 +136,11 @@ class FieldWriter {
 
 std::string WriteScenario(const Machine& machine, const std::string& why) {
   const Machine healthy;
-  Outline state = Outline::Object();
+  common::Outline state = common::Outline::Object();
   state.Add("why", TextOf(why));
   FieldWriter<Machine> fields(state, machine, healthy);
   Describe(fields, std::type_identity<Machine>());
   return state.Text() + "\n";
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -5,10 +5,10 @@
 
 #include "platform/simulator/machine.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 // The text of a state.json; LoadScenario makes a machine of it that answers the same. `why` is
 // the line for people that every scenario has.
 std::string WriteScenario(const Machine& machine, const std::string& why);
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -7,12 +7,12 @@
 #include "platform/simulator/scenario.h"
 
 struct VELASimulatedMachine {
-  vela::simulator::Machine machine;
+  simulator::Machine machine;
 };
 
 VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::size_t room) {
   try {
-    return new VELASimulatedMachine{vela::simulator::LoadScenario(path)};
+    return new VELASimulatedMachine{simulator::LoadScenario(path)};
   } catch (const std::exception& error) {
     std::snprintf(message, room, "%s", error.what());
     return nullptr;
@@ -22,7 +22,7 @@ VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::si
 void VELASimulatorClose(VELASimulatedMachine* machine) { delete machine; }
 
 void VELASimulatorEnter(VELASimulatedMachine* machine) {
-  vela::simulator::Enter(machine != nullptr ? &machine->machine : nullptr);
+  simulator::Enter(machine != nullptr ? &machine->machine : nullptr);
 }
 
 int VELASimulatorOwed(const VELASimulatedMachine* machine) {

@@ -9,17 +9,17 @@
 #include "common/text.h"
 #include "platform/simulator/call.h"
 
-using vela::platform::Source;
-using vela::simulator::Call;
-using vela::simulator::ExternalVolume;
-using vela::simulator::Machine;
-using vela::simulator::Simulated;
+using simulator::Call;
+using simulator::ExternalVolume;
+using simulator::Machine;
+using simulator::Simulated;
+using source_status::Source;
 
 struct FS_INFO {};
 
 namespace {
 
-const vela::simulator::Volume* Find(const Machine& machine, std::string_view path) {
+const simulator::Volume* Find(const Machine& machine, std::string_view path) {
   for (const auto& volume : machine.volumes)
     if (volume.path == path) return &volume;
   return nullptr;
@@ -39,8 +39,8 @@ Record* ListOf(const std::vector<Element>& elements, Fill fill) {
 }
 
 // A record's private context holds a pointer to its unit.
-const vela::simulator::ExpansionUnit& UnitOf(void* context) {
-  const vela::simulator::ExpansionUnit* unit = nullptr;
+const simulator::ExpansionUnit& UnitOf(void* context) {
+  const simulator::ExpansionUnit* unit = nullptr;
   std::memcpy(&unit, context, sizeof unit);
   return *unit;
 }
@@ -80,7 +80,7 @@ namespace STORAGE_MANAGER {
 Space::Space(int) : list_(nullptr) {
   Call call(Source::Volumes, "Space::Space");
   list_ = ListOf<SpaceRecord>(call->volumes, [](const auto& volume, SpaceRecord& record) {
-    vela::simulator::Put(volume.path, record.path);
+    simulator::Put(volume.path, record.path);
     record.type = volume.type;
   });
   ++call->ledger.objects;
@@ -129,7 +129,7 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
   Call call(Source::Volumes, "Volume::ToJsonSpaceStatus");
-  const auto* volume = Find(*call, VELA::SystemHealth::TextOf(record.path));
+  const auto* volume = Find(*call, common::TextOf(record.path));
   return volume != nullptr ? volume->status : "";
 }
 
@@ -158,7 +158,7 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   const auto& volumes = volumeClass == 4 ? call->usb : volumeClass == 8 ? call->esata : none;
   auto* list = ListOf<VELA_MOUNT_VOL_INFO>(
       volumes, [](const ExternalVolume& volume, VELA_MOUNT_VOL_INFO& record) {
-        vela::simulator::Put(volume.name, record.name);
+        simulator::Put(volume.name, record.name);
         record.freeSize = volume.free;
         record.totalSize = volume.total;
       });
@@ -175,7 +175,7 @@ int VELAUsbIsCardreader(const char* name) {
   Call call(Source::ExternalVolumes, __func__);
   for (const auto& volume : call->usb)
     if (volume.cardReader && volume.name == name) return *volume.cardReader ? 1 : 0;
-  return vela::simulator::IsNamedLikeACard(name) ? 1 : 0;
+  return simulator::IsNamedLikeACard(name) ? 1 : 0;
 }
 
 int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {
@@ -185,15 +185,15 @@ int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {
     call.Fail("listing the expansion units failed");
     return -1;
   }
-  *list = ListOf<VELA_EBOX_INFO>(
-      call->units, [](const vela::simulator::ExpansionUnit& unit, VELA_EBOX_INFO& record) {
-        record.slotIndex = unit.slot;
-        record.unitNumber = unit.number;
-        const auto* context = &unit;
-        std::memcpy(record.context, &context, sizeof context);
-        record.name = unit.naming ? UnitName : nullptr;
-        record.power = unit.power ? UnitPower : nullptr;
-      });
+  *list = ListOf<VELA_EBOX_INFO>(call->units,
+                                 [](const simulator::ExpansionUnit& unit, VELA_EBOX_INFO& record) {
+                                   record.slotIndex = unit.slot;
+                                   record.unitNumber = unit.number;
+                                   const auto* context = &unit;
+                                   std::memcpy(record.context, &context, sizeof context);
+                                   record.name = unit.naming ? UnitName : nullptr;
+                                   record.power = unit.power ? UnitPower : nullptr;
+                                 });
   return 0;
 }
 

@@ -11,10 +11,10 @@
 
 #include "platform/simulator/call.h"
 
-using vela::platform::Source;
-using vela::simulator::Call;
-using vela::simulator::Machine;
-using vela::simulator::Simulated;
+using simulator::Call;
+using simulator::Machine;
+using simulator::Simulated;
+using source_status::Source;
 
 namespace {
 
@@ -67,7 +67,7 @@ int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
   }
   const int filled = std::min(count, static_cast<int>(call->interfaces.size()));
   for (int i = 0; i < filled; ++i)
-    vela::simulator::Put(call->interfaces[static_cast<std::size_t>(i)].name, entries[i].name);
+    simulator::Put(call->interfaces[static_cast<std::size_t>(i)].name, entries[i].name);
   return filled;
 }
 
@@ -76,7 +76,7 @@ int VELANetIFGetInfoEx(const char* name, int, VELA_NETIF_INFO* record) {
   for (const auto& interface : call->interfaces) {
     if (interface.name != name) continue;
     if (interface.fails) break;
-    vela::simulator::Put(interface.address, record->address);
+    simulator::Put(interface.address, record->address);
     return 0;
   }
   call.Fail("reading an interface failed");

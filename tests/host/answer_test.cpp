@@ -1,13 +1,13 @@
-#include "host/answer.h"
+#include "host/answer/answer.h"
 
 #include <gtest/gtest.h>
 
-#include "host/failure.h"
-#include "host/language.h"
-#include "host/listen_address.h"
-#include "host/verdict.h"
+#include "host/answer/verdict.h"
+#include "host/http/listen_address.h"
+#include "host/text/failure.h"
+#include "host/text/language.h"
 
-namespace vela::host {
+namespace host {
 namespace {
 
 std::string Document(const std::string& rule) {
@@ -127,4 +127,4 @@ TEST(ListenAddress, OnlyLoopbackUnlessAllowed) {
 }
 
 }  // namespace
-}  // namespace vela::host
+}  // namespace host

@@ -5,12 +5,12 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/host.h"
+#include "host/loader/host.h"
 #include "support/program.h"
 #include "tests/support/own_folder.h"
 #include "tests/support/scenario_folders.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -37,7 +37,7 @@ std::string Contents(const fs::path& file) {
 }
 
 TEST(Capture, EveryScenarioGivesTheSameAnswerAgain) {
-  const std::string file = vela::test::OwnFolder() + "captured.json";
+  const std::string file = test_support::OwnFolder() + "captured.json";
   const Platform& simulator = RecordedSimulator().GetPlatform();
   for (const std::string& name : scenarios::Names()) {
     // Each starts from a healthy machine, not from what the last one was asked.
@@ -54,7 +54,7 @@ TEST(Capture, EveryScenarioGivesTheSameAnswerAgain) {
 }
 
 TEST(Capture, TheRealMachinePlaysAnywhere) {
-  const std::string folder = vela::test::OwnFolder() + "captured-machine";
+  const std::string folder = test_support::OwnFolder() + "captured-machine";
   fs::remove_all(folder);
   const Outcome captured = RunProgram({"capture", folder, "--why", "a \"test\"", "--lang", "en"});
   EXPECT_EQ(captured.status, 0) << captured.err;
@@ -67,7 +67,7 @@ TEST(Capture, TheRealMachinePlaysAnywhere) {
 }
 
 TEST(Capture, AFolderIsMadeWholeOrNotAtAll) {
-  const std::string room = vela::test::OwnFolder() + "capture-room", full = room + "/full";
+  const std::string room = test_support::OwnFolder() + "capture-room", full = room + "/full";
   fs::remove_all(room);
   fs::create_directories(full);
   std::ofstream(full + "/precious") << "here first";
@@ -95,4 +95,4 @@ TEST(Capture, AFolderIsMadeWholeOrNotAtAll) {
 }
 
 }  // namespace
-}  // namespace vela::host::test
+}  // namespace host::test

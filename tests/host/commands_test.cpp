@@ -12,7 +12,7 @@
 #include "support/program.h"
 #include "tests/support/own_folder.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 std::vector<std::string> ScenariosNamed(const std::string& start) {
@@ -142,14 +142,14 @@ TEST(Report, HoldsFindingsChecksSourcesAndTheDocument) {
 }
 
 TEST(Report, ReplacesAReportAndNothingElse) {
-  const std::string file = vela::test::OwnFolder() + "health.html", precious = file + ".zip";
+  const std::string file = test_support::OwnFolder() + "health.html", precious = file + ".zip";
   std::filesystem::remove(file);
   std::ofstream(precious) << "photos";
   const struct {
     std::string file;
     int status;
   } cases[] = {
-      {file, 0}, {file, 0}, {precious, 73}, {vela::test::OwnFolder(), 73}, {"/nowhere/x", 73}};
+      {file, 0}, {file, 0}, {precious, 73}, {test_support::OwnFolder(), 73}, {"/nowhere/x", 73}};
   for (const auto& c : cases) {
     const Outcome outcome = RunProgram({"report", c.file, "--scenario", "healthy"});
     SCOPED_TRACE(c.file + outcome.err);
@@ -191,4 +191,4 @@ TEST(Help, EveryCommandAndOptionIsInTheManualAndTheCompletions) {
 }
 
 }  // namespace
-}  // namespace vela::host::test
+}  // namespace host::test

@@ -1,5 +1,5 @@
 // The server with a site whose queries take as long as the test wants.
-#include "host/http_server.h"
+#include "host/http/http_server.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -14,7 +14,7 @@
 
 #include "support/program.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 constexpr int kWorkers = 4, kWaiting = 64;
@@ -182,4 +182,4 @@ TEST_F(Server, WhatWaitsIsAnsweredBeforeItStops) {
 }
 
 }  // namespace
-}  // namespace vela::host::test
+}  // namespace host::test

@@ -1,4 +1,4 @@
-#include "host/one_line.h"
+#include "common/one_line.h"
 
 #include <gtest/gtest.h>
 #include <json/reader.h>
@@ -9,7 +9,7 @@
 #include <fstream>
 #include <limits>
 
-namespace vela::host {
+namespace host {
 namespace {
 
 std::string ByTheLibrary(const Json::Value& document) {
@@ -38,16 +38,17 @@ TEST(OneLine, IsWhatTheLibraryWrites) {
   odd["rest"].append(Json::Value());
   odd["rest"].append(Json::Value(Json::objectValue));
   odd["rest"].append(Json::Value(Json::arrayValue));
-  EXPECT_EQ(OneLine(odd), ByTheLibrary(odd));
-  EXPECT_TRUE(OneLine(odd).find("[2.2,40.0,-20.0,0.3,") != std::string::npos) << OneLine(odd);
+  EXPECT_EQ(common::OneLine(odd), ByTheLibrary(odd));
+  EXPECT_TRUE(common::OneLine(odd).find("[2.2,40.0,-20.0,0.3,") != std::string::npos)
+      << common::OneLine(odd);
 
   for (const auto& folder : std::filesystem::directory_iterator(VELA_SCENARIOS)) {
     std::ifstream file(folder.path() / "expected.json");
     Json::Value answer;
     if (file) file >> answer;
-    EXPECT_EQ(OneLine(answer), ByTheLibrary(answer)) << folder.path();
+    EXPECT_EQ(common::OneLine(answer), ByTheLibrary(answer)) << folder.path();
   }
 }
 
 }  // namespace
-}  // namespace vela::host
+}  // namespace host

@@ -8,7 +8,7 @@
 #include "support/program.h"
 #include "tests/support/own_folder.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 TEST(Program, TheExitStateTellsTheVerdict) {
@@ -43,7 +43,7 @@ TEST(Program, JsonIsTheDocumentAndNothingElse) {
 }
 
 TEST(Program, WhatCannotBeAskedIsSaidWithWhatToDo) {
-  const std::string text = vela::test::OwnFolder() + "text.so";
+  const std::string text = test_support::OwnFolder() + "text.so";
   std::ofstream(text) << "not a library";
   const std::string bad = Scenario("bad", "{\"why\": \".\",\n \"fanFailed\": true}");
   const struct {
@@ -83,7 +83,7 @@ TEST(Program, LibrariesMayBeNamedInTheEnvironment) {
 }
 
 TEST(Program, DiffTellsWhetherTheVerdictChanges) {
-  const std::string saved = vela::test::OwnFolder() + "saved.json";
+  const std::string saved = test_support::OwnFolder() + "saved.json";
   std::ofstream(saved) << RunProgram({"--json", "--scenario", "volume-low"}).out;
   const struct {
     std::string a, b;
@@ -112,4 +112,4 @@ TEST(Program, TheFindingsPageIsUpToDate) {
 }
 
 }  // namespace
-}  // namespace vela::host::test
+}  // namespace host::test

@@ -1,4 +1,5 @@
-#include "host/render.h"
+#include "host/answer/render.h"
+#include "host/text/sanitize.h"
 
 #include <gtest/gtest.h>
 #include <json/reader.h>
@@ -7,19 +8,19 @@
 #include <fstream>
 #include <utility>
 
-#include "host/advice.h"
-#include "host/report_page.h"
-#include "host/terminal.h"
+#include "host/answer/advice.h"
+#include "host/cli/terminal.h"
+#include "host/site/report_page.h"
 #include "tests/support/own_folder.h"
 
-namespace vela::host {
+namespace host {
 namespace {
 
 TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
   Json::Value table;
   std::ifstream(VELA_RENDER_CASES) >> table;
-  std::ofstream(vela::test::OwnFolder() + "cases.json") << table["texts"];
-  const Texts texts(vela::test::OwnFolder(), "cases");
+  std::ofstream(test_support::OwnFolder() + "cases.json") << table["texts"];
+  const Texts texts(test_support::OwnFolder(), "cases");
   ASSERT_GT(table["cases"].size(), 10U);
   for (const Json::Value& c : table["cases"]) {
     SCOPED_TRACE(c["why"].asString());
@@ -64,7 +65,7 @@ TEST(Render, TheTerminalGetsNoControlCharactersFromNames) {
                {"txt.\u202Eexe", "txt.\uFFFDexe"},
                {"Fotos – été 写真", "Fotos – été 写真"},
                {"\xE2\x80", "\xE2\x80"}};
-  for (const auto& c : cases) EXPECT_EQ(Harmless(c.name), c.shown);
+  for (const auto& c : cases) EXPECT_EQ(Sanitize(c.name), c.shown);
 }
 
 TEST(Style, LongLinesGoOnBelowTheirText) {
@@ -89,4 +90,4 @@ TEST(Render, UptimeIsToldInTheTwoUnitsThatMatter) {
 }
 
 }  // namespace
-}  // namespace vela::host
+}  // namespace host

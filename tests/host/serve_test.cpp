@@ -9,7 +9,7 @@
 
 #include "support/program.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 constexpr const char* kGet = "/api/VELA.Core.System.SystemHealth/1/get";
@@ -275,4 +275,4 @@ TEST(Serve, ATakenPortIsSaid) {
 }
 
 }  // namespace
-}  // namespace vela::host::test
+}  // namespace host::test

@@ -1,4 +1,4 @@
-#include "host/texts.h"
+#include "host/text/texts.h"
 
 #include <gtest/gtest.h>
 #include <json/reader.h>
@@ -9,14 +9,14 @@
 #include <sstream>
 #include <tuple>
 
-#include "host/advice.h"
-#include "host/catalogue.h"
-#include "host/language.h"
-#include "host/placeholder.h"
-#include "host/render.h"
-#include "platform/voice/voice.h"
+#include "host/answer/advice.h"
+#include "host/answer/catalogue.h"
+#include "host/answer/render.h"
+#include "host/text/language.h"
+#include "host/text/placeholder.h"
+#include "platform/status/source_status.h"
 
-namespace vela::host {
+namespace host {
 namespace {
 
 // Every finding that any scenario's expected answer holds.
@@ -83,8 +83,8 @@ TEST(Texts, EveryLanguageHasTheSameTextsWithTheSamePlaceholders) {
 
 TEST(Texts, EverySourceHasANameForPeople) {
   const Texts texts(VELA_TEXTS, "en");
-  for (int source = 0; source < platform::kSourceCount; ++source) {
-    const char* name = platform::NameOf(static_cast<platform::Source>(source));
+  for (int source = 0; source < source_status::kSourceCount; ++source) {
+    const char* name = source_status::NameOf(static_cast<source_status::Source>(source));
     EXPECT_NE(texts.Find("source", name), nullptr) << name;
   }
   EXPECT_NE(texts.Find("source", "operating system"), nullptr) << "what only the log tells of";
@@ -122,4 +122,4 @@ TEST(Texts, SingularAndPluralComeInPairs) {
 }
 
 }  // namespace
-}  // namespace vela::host
+}  // namespace host

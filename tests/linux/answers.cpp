@@ -22,7 +22,7 @@
 
 #include <json/writer.h>
 
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/system_log.h"
 #include "tests/support/recorded_response.h"
 

@@ -7,14 +7,14 @@
 
 #include <cstdio>
 
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/snapshot.h"
 #include "tests/linux/hung_mount.h"
 #include "tests/linux/temporary_root.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 class CollectorTest : public testing::Test {
  protected:

@@ -1,14 +1,14 @@
-#include "platform/linux/expansion_units.h"
+#include "platform/linux/contract/expansion_units.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/machine_snapshot.h"
 #include "velac.h"
 
 namespace {
 
-using vela::linuxplatform::FailedUnitFans, vela::linuxplatform::ForgetUnits;
+using linux_platform::FailedUnitFans, linux_platform::ForgetUnits;
 
 struct Seen {
   std::string name;
@@ -37,7 +37,7 @@ std::vector<Seen> Enumerate() {
 VELASourceReport Voice() {
   VELASourceReport reports[16];
   VELAPlatformSources(reports, 16);
-  return reports[static_cast<int>(vela::platform::Source::ExpansionUnits)];
+  return reports[static_cast<int>(source_status::Source::ExpansionUnits)];
 }
 
 std::string Part(const std::string& state) { return R"({"name": "x", "state": ")" + state + "\"}"; }

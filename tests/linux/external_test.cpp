@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <fstream>
 
-#include "platform/linux/disk_class.h"
-#include "platform/linux/external_choice.h"
+#include "platform/linux/storage/disk_class.h"
+#include "platform/linux/storage/external_choice.h"
 #include "tests/linux/machine_tree.h"
 #include "vela_storage.h"
 #include "velac.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 TEST(DiskClass, TheBusAndTheMarksDecideNotRemovability) {
   const struct {

@@ -1,13 +1,13 @@
-#include "platform/linux/fan_verdict.h"
+#include "platform/linux/chassis/fan_verdict.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/fan_memory.h"
-#include "platform/linux/sensor_chips.h"
+#include "platform/linux/chassis/fan_memory.h"
+#include "platform/linux/chassis/sensor_chips.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 constexpr long long kNow = 1'800'000'000;
 constexpr FanHistory kNeverTurned = {}, kTurning = {true, 0}, kStopped = {true, kNow - 60};

@@ -1,6 +1,6 @@
 // The documents are what Pacemaker 2.1.5's crm_mon printed for made-up clusters of "alpha"
 // and "beta" (CIB_file=... crm_mon -1 --output-as=xml).
-#include "platform/linux/ha_state.h"
+#include "platform/linux/services/ha_state.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 std::string Document(const std::string& name) {
   std::ifstream file(FIXTURES "/ha/" + name + ".xml");

@@ -1,6 +1,6 @@
 // The chassis from its snapshots and, on boards that umockdev makes up, through
 // libsensors as it is.
-#include "platform/linux/hardware.h"
+#include "platform/linux/contract/hardware.h"
 
 #include <gtest/gtest.h>
 #include <locale.h>
@@ -10,16 +10,16 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/linux/sensors.h"
-#include "platform/linux/sysfs.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/chassis/sensors.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/system_log.h"
 #include "tests/linux/temporary_root.h"
 #include "velac.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 constexpr const char* kBoot = "4f0c3b8e-0000-4000-8000-1234567890ab";
 

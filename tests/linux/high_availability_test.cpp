@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/linux/patience.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/deadline.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest;
+using linux_platform::CircuitBreaker, linux_platform::NewRequest;
 
 constexpr const char* kDrbdAlone =
     "version: 8.4.11 (api:1/proto:86-101)\n\n 0: cs:StandAlone ro:Primary/Unknown "

@@ -1,4 +1,4 @@
-#include "platform/linux/interface_choice.h"
+#include "platform/linux/network/interface_choice.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 TEST(InterfaceChoice, KindAndAddressDecideWhatIsShownAndHowItIsCalled) {
   const struct {

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 std::string Told(const Json::Value& list) {
   std::string text;

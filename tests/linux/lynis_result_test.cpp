@@ -12,7 +12,7 @@
 
 namespace {
 
-using vela::linuxplatform::ConvertLynisReport;
+using linux_platform::ConvertLynisReport;
 
 constexpr std::time_t kDay = 24 * 60 * 60, kNow = 1'800'000'000;
 
@@ -69,7 +69,7 @@ TEST(LynisReport, AnUpdateThatWaitsForMoreThanTwoWeeksIsDanger) {
             "danger");
   for (const char* odd : {"[]", "{\"vulnerableSince\": 5}", "7"}) {
     Json::Value before;
-    VELA::SystemHealth::ParseJson(odd, VELA::SystemHealth::Comments::Skip, before);
+    common::ParseJson(odd, common::Comments::Skip, before);
     EXPECT_EQ(Status(pending, before), "warning") << odd;
   }
 }
@@ -96,14 +96,14 @@ TEST(LynisResult, TheResultIsReplacedForAllToReadAndStaysWhenThereIsNoScan) {
   ASSERT_EQ(stat(result.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0644U);
   Json::Value read;
-  ASSERT_TRUE(VELA::SystemHealth::ReadJsonFile(result.c_str(), read));
+  ASSERT_TRUE(common::ReadJsonFile(result.c_str(), read));
   EXPECT_EQ(read["sysStatus"], "safe");
 
   root.Write("/report.dat", "warning[]=AUTH-9204|x|-|-|\n");
   EXPECT_EQ(run(both), 1);
   EXPECT_EQ(run("--report /nowhere --result " + result), 1);
   EXPECT_EQ(run("--what"), 64);
-  ASSERT_TRUE(VELA::SystemHealth::ReadJsonFile(result.c_str(), read));
+  ASSERT_TRUE(common::ReadJsonFile(result.c_str(), read));
   EXPECT_EQ(read["sysStatus"], "safe") << "the last finished scan's";
 }
 

@@ -4,7 +4,7 @@
 #include <ctime>
 #include <string>
 
-#include "platform/linux/expansion_units.h"
+#include "platform/linux/contract/expansion_units.h"
 #include "tests/linux/temporary_root.h"
 
 class MachineSnapshot : public TemporaryRoot {
@@ -15,6 +15,6 @@ class MachineSnapshot : public TemporaryRoot {
     TemporaryRoot::Write("/run/vela-platform/" + source + ".json",
                          R"({"boot_id": "this-boot", "period": 60, "written": )" +
                              std::to_string(std::time(nullptr) - age) + ", " + members + "}");
-    vela::linuxplatform::ForgetUnits();
+    linux_platform::ForgetUnits();
   }
 };

@@ -5,23 +5,23 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/storage_view.h"
-#include "platform/linux/sysfs.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/storage_view.h"
 #include "tests/linux/temporary_root.h"
 
 class MachineTree : public TemporaryRoot {
  public:
   MachineTree() {
-    vela::linuxplatform::SetSysRoot((Path() / "sys").string());
-    vela::linuxplatform::ForgetStorage();
+    linux_platform::SetSysRoot((Path() / "sys").string());
+    linux_platform::ForgetStorage();
     Write("/sys/dev/block/.here", "");
     Write("/sys/class/block/.here", "");
     Write("/sys/block/.here", "");
     Write("/proc/swaps", "Filename Type Size Used Priority\n");
   }
   ~MachineTree() {
-    vela::linuxplatform::SetSysRoot("/sys");
-    vela::linuxplatform::ForgetStorage();
+    linux_platform::SetSysRoot("/sys");
+    linux_platform::ForgetStorage();
   }
 
   // A whole disk `name` on `bus`, a path below /sys/devices, with `partitions`
@@ -75,7 +75,7 @@ class MachineTree : public TemporaryRoot {
 
   void Mounts(const std::string& text) const {
     Write("/proc/self/mountinfo", text);
-    vela::linuxplatform::ForgetStorage();
+    linux_platform::ForgetStorage();
   }
   void Link(const std::string& from, const std::string& to) const {
     std::filesystem::create_directories(

@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 TEST(MappingStatus, DeadDevicesAreHeldAgainstWhatTheLayoutSurvives) {
   const struct {

@@ -1,10 +1,10 @@
-#include "platform/linux/md.h"
+#include "platform/linux/storage/md.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 MdArray Array(const char* level, const char* state, int disks, int degraded,
               std::vector<const char*> members) {

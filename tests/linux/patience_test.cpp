@@ -1,4 +1,4 @@
-#include "platform/linux/patience.h"
+#include "platform/linux/base/deadline.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 

@@ -9,10 +9,10 @@
 #include <fstream>
 #include <string>
 
-#include "platform/linux/patience.h"
-#include "platform/linux/popen.h"
-#include "platform/linux/process.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/deadline.h"
+#include "platform/linux/base/process.h"
+#include "platform/linux/contract/popen.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/eventually.h"
 #include "tests/linux/temporary_root.h"
 #include "velac.h"
@@ -20,13 +20,13 @@
 namespace {
 
 using namespace std::chrono_literals;
+using linux_platform::Bounds, linux_platform::Child, linux_platform::CircuitBreaker,
+    linux_platform::MayRunSanTool, linux_platform::NewRequest;
 using std::chrono::steady_clock;
-using vela::linuxplatform::Bounds, vela::linuxplatform::Child, vela::linuxplatform::CircuitBreaker,
-    vela::linuxplatform::MayRunSanTool, vela::linuxplatform::NewRequest;
 
 // What `script` prints, and the wait status.
 std::string Output(const char* script, int* status = nullptr) {
-  vela::linuxplatform::NewRequest();
+  linux_platform::NewRequest();
   FILE* stream = VLIBCPopen("/bin/sh", "r", "-c", script, nullptr);
   if (stream == nullptr) return "not started";
   std::string text;
@@ -135,7 +135,7 @@ TEST(Popen, AToolThatWasStoppedIsTriedBeforeTheModuleSeesItAgain) {
     NewRequest(), CircuitBreaker::CloseAll();  // as if the pause were over
   };
   const auto run = [] {
-    FILE* stream = VLIBCPopen(vela::linuxplatform::kSanTool, "r", "--asked", nullptr);
+    FILE* stream = VLIBCPopen(linux_platform::kSanTool, "r", "--asked", nullptr);
     std::size_t count = 0;
     while (fgetc(stream) != EOF) ++count;
     return VLIBCPclose(stream), count;

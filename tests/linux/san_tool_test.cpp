@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 namespace fs = std::filesystem;
 
 TEST(LunStatus, TheFirstEvidenceThatHoldsDecides) {
@@ -104,7 +104,7 @@ class SanToolTest : public testing::Test {
     while (const std::size_t got = fread(part, 1, sizeof part, stream)) text.append(part, got);
     EXPECT_EQ(WEXITSTATUS(pclose(stream)), expected);
     Json::Value document;
-    EXPECT_TRUE(VELA::SystemHealth::ParseJson(text, VELA::SystemHealth::Comments::Skip, document));
+    EXPECT_TRUE(common::ParseJson(text, common::Comments::Skip, document));
     return document;
   }
 

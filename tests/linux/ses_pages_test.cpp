@@ -1,4 +1,4 @@
-#include "platform/linux/ses_pages.h"
+#include "platform/linux/chassis/ses_pages.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,13 +7,13 @@
 #include <regex>
 #include <sstream>
 
-#include "platform/linux/process.h"
+#include "platform/linux/base/process.h"
 #include "tests/linux/ses_fixture.h"
 #include "tests/support/own_folder.h"
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 using Pages = std::vector<std::uint8_t>;
 
 std::optional<Enclosure> Parse(const Pages& configuration, const Pages& status,
@@ -166,7 +166,7 @@ std::string Decoded(const std::string& text, const std::string& type) {
 TEST(SesPages, AnotherDecoderReadsTheSameStates) {
   const char* tool = "/usr/bin/sg_ses";
   if (access(tool, X_OK) != 0) GTEST_SKIP() << "needs sg_ses of the package sg3-utils";
-  const std::string all = vela::test::OwnFolder() + "vela-ses-pages.hex";
+  const std::string all = test_support::OwnFolder() + "vela-ses-pages.hex";
   std::ofstream file(all);
   for (const char* page : {"configuration", "status", "names"})
     file << std::ifstream(FIXTURES "/ses/" + std::string(page) + ".hex").rdbuf();

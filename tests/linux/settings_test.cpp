@@ -1,15 +1,15 @@
-#include "platform/linux/settings.h"
+#include "platform/linux/base/settings.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/voice/voice.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/temporary_root.h"
 #include "vela_conf.h"
 #include "velac.h"
 
 namespace {
 
-using vela::linuxplatform::Settings;
+using linux_platform::Settings;
 
 TEST(Settings, ALineSetsAKeyHoweverItIsWritten) {
   const struct {
@@ -73,7 +73,7 @@ TEST(FileGetKeyValue, AValueFitsWithItsNulOrNotAtAll) {
   EXPECT_EQ(VLIBCErrGet(), 0x0901U);
   EXPECT_LT(VLIBCFileGetKeyValue("/etc/none.conf", "short", buffer, 32, 0), 0);
   EXPECT_EQ(VLIBCErrGet(), 0x0900U);
-  EXPECT_STREQ(VLIBCErrorGetFile(), "platform/linux/configuration.cpp");
+  EXPECT_STREQ(VLIBCErrorGetFile(), "platform/linux/contract/configuration.cpp");
   EXPECT_GT(VLIBCErrorGetLine(), 0);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/snapshot.h"
+#include "platform/linux/base/snapshot.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 TEST(Snapshot, OnlyAFreshDocumentOfThisBootCounts) {
   const struct {

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/disk_class.h"
-#include "platform/linux/filesystem_errors.h"
-#include "platform/linux/settings.h"
-#include "platform/linux/volume_choice.h"
+#include "platform/linux/base/settings.h"
+#include "platform/linux/storage/disk_class.h"
+#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/volume_choice.h"
 #include "tests/linux/machine_tree.h"
 #include "vela_conf.h"
 #include "vela_storage.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 using VELA::ZRT::STORAGE_MANAGER::Space;
 using VELA::ZRT::STORAGE_MANAGER::StorageUtil;
 using SystemVolume = VELA::ZRT::STORAGE_WEBUTILS::Volume;

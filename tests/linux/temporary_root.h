@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-#include "platform/linux/root.h"
+#include "platform/linux/base/root.h"
 
 class TemporaryRoot {
  public:
@@ -15,10 +15,10 @@ class TemporaryRoot {
     std::string name =
         std::filesystem::temp_directory_path() / ("vela-root-" + std::string(6, 'X'));
     path_ = mkdtemp(name.data());
-    vela::linuxplatform::SetRoot(path_.string());
+    linux_platform::SetRoot(path_.string());
   }
   ~TemporaryRoot() {
-    vela::linuxplatform::SetRoot("");
+    linux_platform::SetRoot("");
     std::filesystem::remove_all(path_);
   }
   TemporaryRoot(const TemporaryRoot&) = delete;

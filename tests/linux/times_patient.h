@@ -3,12 +3,12 @@
 // patience where something is meant to hang.
 #pragma once
 
-#include "platform/linux/patience.h"
+#include "platform/linux/base/deadline.h"
 
 class TimesPatient {
  public:
-  explicit TimesPatient(int times) : before_(vela::linuxplatform::SetPatience(times)) {}
-  ~TimesPatient() { vela::linuxplatform::SetPatience(before_); }
+  explicit TimesPatient(int times) : before_(linux_platform::SetPatience(times)) {}
+  ~TimesPatient() { linux_platform::SetPatience(before_); }
   TimesPatient(const TimesPatient&) = delete;
   TimesPatient& operator=(const TimesPatient&) = delete;
 

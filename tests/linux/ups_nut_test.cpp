@@ -13,15 +13,15 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/patience.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/deadline.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/temporary_root.h"
 #include "velac.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using vela::linuxplatform::NewRequest;
+using linux_platform::NewRequest;
 
 // Below the range that the kernel gives to clients, and another one for each process: nobody
 // takes it between this look and the server's own start.
@@ -70,7 +70,7 @@ class Daemon {
 // A machine that stalls for a second looks like a silent server: the pause that follows is not
 // what is tested here.
 VELA_UPS_INFO Ask() {
-  vela::linuxplatform::CircuitBreaker::CloseAll();
+  linux_platform::CircuitBreaker::CloseAll();
   NewRequest();
   VELAPlatformSourcesReset();
   VELA_UPS_INFO record = {};

@@ -6,9 +6,9 @@
 #include <chrono>
 #include <filesystem>
 
-#include "platform/linux/patience.h"
-#include "platform/linux/ups_status.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/deadline.h"
+#include "platform/linux/ups/ups_status.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/eventually.h"
 #include "tests/linux/fake_server.h"
 #include "tests/linux/system_log.h"
@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 

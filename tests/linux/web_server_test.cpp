@@ -5,9 +5,9 @@
 
 #include <filesystem>
 
-#include "platform/linux/patience.h"
-#include "platform/linux/snapshot.h"
-#include "platform/voice/voice.h"
+#include "platform/linux/base/deadline.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/status/source_status.h"
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
@@ -16,8 +16,7 @@
 
 namespace {
 
-using vela::linuxplatform::CircuitBreaker, vela::linuxplatform::NewRequest,
-    vela::linuxplatform::ReadSnapshot;
+using linux_platform::CircuitBreaker, linux_platform::NewRequest, linux_platform::ReadSnapshot;
 
 VELASourceReport Said() {
   VELASourceReport reports[11];

@@ -15,12 +15,12 @@ extern "C" const VELA::APIMethodRow* GetAPITable();
 namespace VELA::SystemHealth {
 
 // The document and the log as one text.
-inline std::string Ask(vela::simulator::Machine& machine) {
+inline std::string Ask(simulator::Machine& machine) {
   RecordedLog().clear();
-  vela::simulator::Enter(&machine);
+  simulator::Enter(&machine);
   RecordedResponse response;
   GetAPITable()[0].handler(nullptr, response.AsResponse());
-  vela::simulator::Enter(nullptr);
+  simulator::Enter(nullptr);
   return response.document.toStyledString() + testing::PrintToString(RecordedLog());
 }
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-namespace vela::test {
+namespace test_support {
 
 // Of this process alone, ends in '/', gone with it.
 inline const std::string& OwnFolder() {
@@ -25,4 +25,4 @@ inline const std::string& OwnFolder() {
   return folder.path;
 }
 
-}  // namespace vela::test
+}  // namespace test_support

@@ -5,7 +5,7 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
-namespace vela::simulator {
+namespace simulator {
 namespace {
 
 constexpr std::uint64_t kMiB = 1U << 20U;
@@ -161,4 +161,4 @@ RandomMachine::RandomMachine(unsigned seed) : state("seed " + std::to_string(see
   }
 }
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -6,7 +6,7 @@
 
 #include "platform/simulator/machine.h"
 
-namespace vela::simulator {
+namespace simulator {
 
 // Only ever makes a machine worse; on a machine that lacks the part, nothing.
 struct Fault {
@@ -24,4 +24,4 @@ struct RandomMachine {
   std::string state;  // in words: the seed, what the machine has and what befell it
 };
 
-}  // namespace vela::simulator
+}  // namespace simulator

@@ -1,6 +1,6 @@
 #include "tests/support/recorded_log.h"
 
-#include "common/log.h"
+#include "module/base/log.h"
 
 namespace VELA::SystemHealth {
 

@@ -16,9 +16,9 @@ class SimulatedTest : public testing::Test {
  protected:
   SimulatedTest() {
     Reset();
-    vela::simulator::Enter(&machine_);
+    simulator::Enter(&machine_);
   }
-  ~SimulatedTest() override { vela::simulator::Enter(nullptr); }
+  ~SimulatedTest() override { simulator::Enter(nullptr); }
 
   void TearDown() override {
     EXPECT_EQ(machine_.ledger.lists, 0) << "a platform list was not given back";
@@ -26,7 +26,7 @@ class SimulatedTest : public testing::Test {
     EXPECT_EQ(machine_.ledger.objects, 0) << "a platform object was not destroyed";
   }
 
-  vela::simulator::Machine& Simulated() { return machine_; }
+  simulator::Machine& Simulated() { return machine_; }
 
   // Back to a healthy machine and an empty log.
   void Reset() {
@@ -37,7 +37,7 @@ class SimulatedTest : public testing::Test {
   const std::vector<std::string>& Log() const { return RecordedLog(); }
 
  private:
-  vela::simulator::Machine machine_;
+  simulator::Machine machine_;
 };
 
 }  // namespace VELA::SystemHealth

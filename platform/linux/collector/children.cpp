@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <future>
 
-#include "platform/linux/root.h"
+#include "platform/linux/base/root.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 Outcome Run(const Order& order) {
@@ -38,4 +38,4 @@ std::vector<std::string> ThisProgram(std::vector<std::string> arguments) {
   return arguments;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/process.h"
+#include "platform/linux/base/process.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 struct Order {
   std::vector<std::string> arguments;  // the program's path first
@@ -26,4 +26,4 @@ std::vector<Outcome> RunTogether(const std::vector<Order>& orders);
 // The arguments that start this very program again, with the same root.
 std::vector<std::string> ThisProgram(std::vector<std::string> arguments);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

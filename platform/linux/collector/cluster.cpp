@@ -2,13 +2,13 @@
 // change the cluster; the health service is neither.
 #include <unistd.h>
 
+#include "platform/linux/base/root.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
-#include "platform/linux/ha_state.h"
-#include "platform/linux/pacemaker.h"
-#include "platform/linux/root.h"
+#include "platform/linux/services/ha_state.h"
+#include "platform/linux/services/pacemaker.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 constexpr Bounds kBounds = {std::chrono::seconds(8), std::size_t{1} << 20};
 
@@ -27,4 +27,4 @@ Json::Value CollectCluster() {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -10,7 +10,7 @@
 #include "platform/linux/collector/mapping_status.h"
 #include "platform/linux/collector/parts.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 // The library opens this node, and would make it where it is missing.
@@ -97,4 +97,4 @@ Json::Value CollectDeviceMapper() {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -1,8 +1,8 @@
 // A collector that was built without libdevmapper.
 #include "platform/linux/collector/parts.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 Json::Value CollectDeviceMapper() { return {}; }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -3,12 +3,12 @@
 #include <ctime>
 
 #include "common/json.h"
+#include "platform/linux/chassis/fan_memory.h"
+#include "platform/linux/chassis/sensors.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/fan_memory.h"
-#include "platform/linux/sensors.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 Json::Value CollectFans() {
   SensorReadings readings;
@@ -17,11 +17,11 @@ Json::Value CollectFans() {
   if (state == SensorsState::Failed) return Unread(reason);
   if (state == SensorsState::Absent || readings.fans.empty()) return {};
   const Json::Value last = LastSnapshot("fans");
-  const Json::Value* before = VELA::SystemHealth::Member(last, "fans");
+  const Json::Value* before = common::Member(last, "fans");
   Json::Value members(Json::objectValue);
   members["fans"] = RememberFans(before != nullptr ? *before : Json::Value(), readings.fans,
                                  static_cast<long long>(std::time(nullptr)));
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -9,17 +9,17 @@
 #include <cstring>
 
 #include "common/json.h"
-#include "platform/linux/capacity.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/mounts.h"
-#include "platform/linux/sysfs.h"
+#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/mounts.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
-using VELA::SystemHealth::Comments, VELA::SystemHealth::ParseJson, VELA::SystemHealth::TextMember;
+using common::Comments, common::ParseJson, common::TextMember;
 
 constexpr Bounds kBounds = {std::chrono::seconds(4), 4096};
 constexpr std::size_t kMostMounts = 32;
@@ -97,4 +97,4 @@ Json::Value CollectFuseblk() {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

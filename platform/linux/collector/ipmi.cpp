@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/ipmi_sensors.h"
 #include "platform/linux/collector/parts.h"
-#include "platform/linux/root.h"
-#include "platform/linux/snapshot.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 constexpr const char* kProgram = "/usr/sbin/ipmi-sensors";
@@ -50,4 +50,4 @@ Json::Value CollectIpmi() {
   return ParseIpmiSensors(outcome.output);
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

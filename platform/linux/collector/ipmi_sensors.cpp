@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 struct Sensor {
@@ -93,4 +93,4 @@ Json::Value ParseIpmiSensors(std::string_view text) {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -5,7 +5,7 @@
 
 #include <json/value.h>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // "supplies", "fans" and "temperatures", in the order of `text`: lines of record, name,
 // type, state, reading, unit and events, comma-separated, without a header. A supply's
@@ -13,4 +13,4 @@ namespace vela::linuxplatform {
 // of these types, or a supply's measurement, are left out.
 Json::Value ParseIpmiSensors(std::string_view text);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

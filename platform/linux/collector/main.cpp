@@ -7,14 +7,14 @@
 #include <cstring>
 #include <iostream>
 
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/round.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/root.h"
-#include "platform/linux/snapshot.h"
-#include "platform/linux/sysfs.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 

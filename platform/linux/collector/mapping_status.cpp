@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 constexpr double kNearlyFull = 0.95;
@@ -98,4 +98,4 @@ std::optional<MappingStatus> JudgeMapping(std::string_view type, const std::stri
   return ThinPool(pool.get(), parameters.c_str());
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/health.h"
+#include "platform/linux/storage/health.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 struct MappingStatus {
   const char* kind = "";  // "raid", "mirror", "thin_pool"
@@ -23,4 +23,4 @@ std::optional<MappingStatus> JudgeMapping(std::string_view type, const std::stri
 // libdevmapper prints to standard error unless it is told not to.
 void SilenceDeviceMapper();
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

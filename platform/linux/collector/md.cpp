@@ -11,16 +11,16 @@
 #include <cstdint>
 
 #include "common/json.h"
-#include "platform/linux/block.h"
+#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/descriptor.h"
-#include "platform/linux/filesystem_errors.h"
-#include "platform/linux/md.h"
-#include "platform/linux/root.h"
-#include "platform/linux/sysfs.h"
+#include "platform/linux/storage/block.h"
+#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/md.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 std::int64_t BootTime() {
@@ -55,4 +55,4 @@ Json::Value CollectMd() {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

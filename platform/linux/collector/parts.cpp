@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 using std::chrono::seconds;
 
@@ -32,4 +32,4 @@ Json::Value Unread(const std::string& why) {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

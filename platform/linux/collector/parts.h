@@ -8,7 +8,7 @@
 
 #include <json/value.h>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 struct Part {
   const char* name;  // of the snapshot: "ses"
@@ -52,4 +52,4 @@ Json::Value MeasureMount(const std::string& path, const std::string& device);
 // snapshot, null when it has neither fans nor supplies. One process at a time asks it.
 Json::Value ReadEnclosureNamed(const std::string& name);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -10,14 +10,14 @@
 #include <json/writer.h>
 
 #include "common/json.h"
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/snapshot.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
-using VELA::SystemHealth::Comments, VELA::SystemHealth::ParseJson, VELA::SystemHealth::TextMember;
+using common::Comments, common::ParseJson, common::TextMember;
 
 std::string HowItEnded(const Part& part, const Outcome& outcome) {
   if (!outcome.reason.empty()) return outcome.reason;
@@ -89,4 +89,4 @@ bool RunRound(const std::vector<const Part*>& parts) {
   return stored;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -7,7 +7,7 @@
 
 #include "platform/linux/collector/parts.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // What a part's own process prints: null, or the part's members; "error" when an earlier
 // one is still at it.
@@ -17,4 +17,4 @@ std::string PrintedBy(const Part& part);
 // not said the last time. False when a snapshot could not be written.
 bool RunRound(const std::vector<const Part*>& parts);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

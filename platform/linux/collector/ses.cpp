@@ -13,18 +13,18 @@
 #include <map>
 
 #include "common/json.h"
+#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/chassis/ses_pages.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/descriptor.h"
-#include "platform/linux/root.h"
-#include "platform/linux/ses_pages.h"
-#include "platform/linux/sysfs.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
-using VELA::SystemHealth::Comments, VELA::SystemHealth::ParseJson, VELA::SystemHealth::TextMember;
+using common::Comments, common::ParseJson, common::TextMember;
 
 constexpr int kCommandSeconds = 10;
 // A transport may take far longer to give a command up than the command was given.
@@ -132,4 +132,4 @@ Json::Value CollectSes() {
   return members;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -10,11 +10,11 @@
 #include <json/writer.h>
 
 #include "common/json.h"
-#include "platform/linux/replace_file.h"
-#include "platform/linux/root.h"
-#include "platform/linux/snapshot.h"
+#include "platform/linux/base/replace_file.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 std::string PathOf(const std::string& file) { return BelowRoot(kSnapshotFolder) + "/" + file; }
@@ -37,11 +37,12 @@ bool RemoveSnapshot(const std::string& source) {
 }
 
 Json::Value LastSnapshot(const std::string& source) {
-  using namespace VELA::SystemHealth;
+  using namespace common;
   Json::Value last;
   std::string text;
   if (ReadSmallFile(PathOf(source + ".json").c_str(), kSnapshotCap, text) != ReadResult::Read ||
-      !ParseJson(text, Comments::Skip, last) || TextMember(last, "boot_id") != BootId())
+      !common::ParseJson(text, common::Comments::Skip, last) ||
+      common::TextMember(last, "boot_id") != BootId())
     return {};
   return last;
 }
@@ -53,4 +54,4 @@ std::optional<Descriptor> TakeLock(const std::string& name) {
   return file;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

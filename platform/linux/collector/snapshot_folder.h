@@ -6,9 +6,9 @@
 
 #include <json/value.h>
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/base/descriptor.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // Seconds until the next snapshot, which is what the reader judges their age by.
 constexpr int kSnapshotPeriod = 60;
@@ -30,4 +30,4 @@ Json::Value LastSnapshot(const std::string& source);
 // folder gets one that keeps nobody away.
 std::optional<Descriptor> TakeLock(const std::string& name);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -2,12 +2,12 @@
 // with it: only root can put that test, and it may hang on a name that does not resolve.
 #include <sys/wait.h>
 
+#include "platform/linux/base/root.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
-#include "platform/linux/root.h"
-#include "platform/linux/web_suspicion.h"
+#include "platform/linux/services/web_suspicion.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 constexpr Bounds kBounds = {std::chrono::seconds(8), std::size_t{64} << 10};
@@ -43,4 +43,4 @@ Json::Value CollectWebServer() {
   return reason.empty() ? members : Unread(reason);
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -5,13 +5,13 @@
 
 #include <cerrno>
 
-#include "platform/linux/block.h"
-#include "platform/linux/descriptor.h"
-#include "platform/linux/filesystem_errors.h"
-#include "platform/linux/md.h"
-#include "platform/linux/root.h"
+#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/storage/block.h"
+#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/md.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 // XFS that has shut down looks healthy to everything but this.
@@ -69,4 +69,4 @@ HostVolume HostVolumes::Ask(const Mount& mount) const {
   return volume;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -7,10 +7,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/linux/capacity.h"
-#include "platform/linux/mounts.h"
+#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/mounts.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 struct HostVolume {
   std::string path;  // its mount point
@@ -43,4 +43,4 @@ class HostVolumes {
   std::map<std::string, HostVolume> asked_;
 };
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

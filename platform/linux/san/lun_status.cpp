@@ -1,6 +1,6 @@
 #include "platform/linux/san/lun_status.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 const char* StatusOf(const LunEvidence& lun) {
   if (!lun.isConfigured || !lun.hasStorage || lun.isHostCrashed) return "Unhealthy";
@@ -9,4 +9,4 @@ const char* StatusOf(const LunEvidence& lun) {
   return "normal";
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

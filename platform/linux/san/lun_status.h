@@ -1,7 +1,7 @@
 // The status word of a LUN.
 #pragma once
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 struct LunEvidence {
   bool isConfigured = true;    // the kernel has it; false: only the saved configuration does
@@ -16,4 +16,4 @@ struct LunEvidence {
 // that is not "normal" can be reported for its volume's lack of space.
 const char* StatusOf(const LunEvidence& lun);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -7,11 +7,11 @@
 
 #include <json/writer.h>
 
-#include "platform/linux/root.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/san/service_status.h"
-#include "platform/linux/sysfs.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 

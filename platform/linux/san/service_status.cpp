@@ -8,14 +8,14 @@
 #include <cerrno>
 #include <cstring>
 
-#include "platform/linux/block.h"
-#include "platform/linux/root.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
 #include "platform/linux/san/host_volumes.h"
 #include "platform/linux/san/lun_status.h"
 #include "platform/linux/san/target.h"
-#include "platform/linux/settings.h"
+#include "platform/linux/storage/block.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
 constexpr const char* kSaved = "/etc/rtslib-fb-target/saveconfig.json";
@@ -113,4 +113,4 @@ Json::Value ReadServiceStatus(std::string& trouble) {
   return document;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

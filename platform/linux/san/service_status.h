@@ -5,7 +5,7 @@
 
 #include <json/value.h>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // {"low_capacity_write_on": bool,
 //  "luns": [{"name", "status", "location"}],           location "" for block devices
@@ -13,4 +13,4 @@ namespace vela::linuxplatform {
 // Complete as far as can be read; `trouble` says in words what could not.
 Json::Value ReadServiceStatus(std::string& trouble);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

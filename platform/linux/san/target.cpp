@@ -5,13 +5,12 @@
 #include <map>
 
 #include "common/json.h"
-#include "platform/linux/sysfs.h"
+#include "platform/linux/base/sysfs.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
-using VELA::SystemHealth::Comments, VELA::SystemHealth::Member, VELA::SystemHealth::ParseJson,
-    VELA::SystemHealth::TextMember;
+using common::Comments, common::Member, common::ParseJson, common::TextMember;
 
 std::string Configuration(const std::string& path) { return Sys("/kernel/config/target/") + path; }
 
@@ -121,4 +120,4 @@ std::string BackingInInfo(std::string_view info) {
   return std::string(path.substr(0, path.find_last_not_of(' ') + 1));
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // A storage object that an enabled target exports.
 struct Lun {
@@ -31,4 +31,4 @@ bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns);
 // The path in an object's "info" text: "... File: /volume1/a b.img  Size: 67108864 ...".
 std::string BackingInInfo(std::string_view info);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

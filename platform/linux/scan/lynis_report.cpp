@@ -6,10 +6,10 @@
 
 #include "common/json.h"
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 namespace {
 
-using VELA::SystemHealth::Member;
+using common::Member;
 
 constexpr std::time_t kPatience = std::time_t{14} * 24 * 60 * 60;
 constexpr std::string_view kWarning = "warning[]=", kPackage = "vulnerable_package[]=";
@@ -72,4 +72,4 @@ Json::Value ConvertLynisReport(std::string_view report, const Json::Value& befor
   return result;
 }
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

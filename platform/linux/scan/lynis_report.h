@@ -6,7 +6,7 @@
 
 #include <json/value.h>
 
-namespace vela::linuxplatform {
+namespace linux_platform {
 
 // {"sysStatus": "safe" | "warning" | "danger", "reasons": [texts],
 //  "vulnerableSince": {package: seconds since 1970}}; null when the report is not of a
@@ -17,4 +17,4 @@ namespace vela::linuxplatform {
 // come; `now` is the time of the scan.
 Json::Value ConvertLynisReport(std::string_view report, const Json::Value& before, std::time_t now);
 
-}  // namespace vela::linuxplatform
+}  // namespace linux_platform

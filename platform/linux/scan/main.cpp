@@ -8,11 +8,11 @@
 #include <iostream>
 
 #include "common/json.h"
-#include "platform/linux/replace_file.h"
-#include "platform/linux/root.h"
+#include "platform/linux/base/replace_file.h"
+#include "platform/linux/base/root.h"
 #include "platform/linux/scan/lynis_report.h"
 
-using namespace vela::linuxplatform;
+using namespace linux_platform;
 
 namespace {
 
@@ -39,7 +39,7 @@ int Convert(const std::string& report, const std::string& result) {
     return Fail(report + " could not be read: " + std::strerror(errno) +
                 ". A scan writes it: lynis audit system --cronjob");
   Json::Value before;
-  VELA::SystemHealth::ReadJsonFile(result.c_str(), before);
+  common::ReadJsonFile(result.c_str(), before);
   const Json::Value converted = ConvertLynisReport(text, before, std::time(nullptr));
   if (converted.isNull()) return Fail(report + " is not of a finished scan");
   if (!MakeFolder(result.substr(0, result.rfind('/'))) ||

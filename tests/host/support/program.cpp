@@ -16,7 +16,7 @@
 
 #include "tests/support/own_folder.h"
 
-namespace vela::host::test {
+namespace host::test {
 namespace {
 
 // An unnamed file: a child may write any amount to it without a reader.
@@ -140,10 +140,10 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 std::string Scenario(const std::string& name, const std::string& state) {
-  const std::filesystem::path folder = vela::test::OwnFolder() + name;
+  const std::filesystem::path folder = test_support::OwnFolder() + name;
   std::filesystem::create_directories(folder);
   std::ofstream(folder / "state.json") << state;
   return folder;
 }
 
-}  // namespace vela::host::test
+}  // namespace host::test

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace vela::host::test {
+namespace host::test {
 
 struct Outcome {
   int status;  // exit state; -1 when a signal ended it
@@ -49,4 +49,4 @@ bool Contains(const std::string& text, const std::string& part);
 // A folder of its own with this state.json; its path.
 std::string Scenario(const std::string& name, const std::string& state);
 
-}  // namespace vela::host::test
+}  // namespace host::test

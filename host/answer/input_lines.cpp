@@ -1,0 +1,142 @@
+#include "host/answer/input_lines.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/answer/advice.h"
+#include "host/answer/render.h"
+#include "host/text/quantity.h"
+#include "host/text/sanitize.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kDecides = "decides";
+constexpr const char* kCompared = "compared";
+constexpr const char* kNames[] = {"volume", "disk", "unit", "LUN"};
+
+// "state 2" may have words of its own.
+std::string ValueInWords(const std::string& name, const Json::Value& value, const Texts& texts) {
+  if (value.isBool()) return texts.Word("value", value.asBool() ? "yes" : "no");
+  if (value.isArray()) {
+    std::string words;
+    for (const Json::Value& each : value) {
+      words += (words.empty() ? "" : ", ") + texts.Word("value", each.asString());
+    }
+    return value.empty() ? texts.Word("value", "none") : words;
+  }
+  const std::string text = Sanitize(value.asString());
+  if (const std::string* words = texts.Find("value", name + " " + text)) return *words;
+  return text.empty() ? texts.Word("value", "unknown") : text;
+}
+
+std::string LabelledValue(const std::string& name, const Json::Value& value, const Texts& texts) {
+  return texts.Word("input", name) + texts.Of("common:colon") + " " +
+         ValueInWords(name, value, texts);
+}
+
+// "4.1 GiB free of 100 GiB: below the mark of 5 GiB (5 %)".
+std::string ComparisonInWords(const Json::Value& compared, const Texts& texts) {
+  const std::string unit = compared["unit"].asString();
+  const auto amount = [&](const char* name) {
+    const std::uint64_t value = compared[name].asUInt64();
+    return unit == "bytes" ? Bytes(value, texts) : Count(value);
+  };
+  const std::string mark =
+      amount("mark") + " (" + Percent(compared["share"].asDouble(), texts) + ")";
+  const std::string* text =
+      texts.Find("value", unit + (compared["low"].asBool() ? " below" : " enough"));
+  return text == nullptr ? "" : Fill(*text, {amount("free"), amount("total"), mark});
+}
+
+bool Decides(const Json::Value& object, const std::string& name) {
+  const Json::Value& names = object[kDecides];
+  return std::any_of(names.begin(), names.end(),
+                     [&name](const Json::Value& each) { return each == name; });
+}
+
+bool IsListOfObjects(const Json::Value& value) {
+  return value.isArray() && !value.empty() && value[0].isObject();
+}
+
+bool IsName(const std::string& member) {
+  return std::any_of(std::begin(kNames), std::end(kNames),
+                     [&member](const char* name) { return member == name; });
+}
+
+void Append(std::string& line, std::string_view separator, const std::string& part) {
+  if (!line.empty()) line += separator;
+  line += part;
+}
+
+// The single values of an object: those that decided, and the others.
+void AddValues(const Json::Value& object, const std::string& title, const Texts& texts,
+               std::vector<InputLine>& lines) {
+  std::string deciding, others;
+  for (auto member = object.begin(); member != object.end(); ++member) {
+    const std::string name = member.name();
+    if (name == kDecides || name == kCompared || IsName(name) || IsListOfObjects(*member)) continue;
+    Append(Decides(object, name) ? deciding : others, " · ", LabelledValue(name, *member, texts));
+  }
+  const std::string start = title.empty() ? "" : title + " – ";
+  if (!deciding.empty()) lines.push_back({start + deciding, true});
+  if (!others.empty()) lines.push_back({start + others, false});
+  for (const Json::Value& compared : object[kCompared]) {
+    lines.push_back({start + ComparisonInWords(compared, texts), compared[kDecides].asBool()});
+  }
+}
+
+// Elements with the same values stand together: "Disk 1, Disk 2 – status: normal".
+void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputLine>& lines) {
+  struct Group {
+    Json::Value values;
+    std::string label, names;
+  };
+  std::vector<Group> groups;
+  for (const Json::Value& element : list) {
+    Group group{element, "", ""};
+    for (const char* name : kNames) {
+      if (!element.isMember(name)) continue;
+      group.label = texts.Word("input", name);
+      group.names = ValueInWords(name, element[name], texts);
+      group.values.removeMember(name);
+    }
+    const auto same = std::find_if(groups.begin(), groups.end(), [&group](const Group& other) {
+      return other.values == group.values;
+    });
+    if (same == groups.end()) {
+      groups.push_back(std::move(group));
+    } else {
+      same->names += ", " + group.names;
+    }
+  }
+  // Most names say themselves what they name; "1" does not.
+  for (const Group& group : groups) {
+    const bool bare = group.names.find_first_not_of("0123456789, ") == std::string::npos;
+    AddValues(group.values, (bare ? group.label + " " : "") + group.names, texts, lines);
+  }
+}
+
+}  // namespace
+
+std::vector<InputLine> InputLines(const Json::Value& saw, const Texts& texts) {
+  std::vector<InputLine> lines;
+  AddValues(saw, "", texts, lines);
+  for (auto member = saw.begin(); member != saw.end(); ++member) {
+    if (IsListOfObjects(*member)) AddElements(*member, texts, lines);
+  }
+  std::stable_partition(lines.begin(), lines.end(),
+                        [](const InputLine& line) { return line.decides; });
+  return lines;
+}
+
+std::string WhyFirst(const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  if (ranked.empty()) return texts.Ui("no_finding");
+  if (ranked.size() == 1) return texts.Ui("only_finding");
+  const double first = ranked[0].finding->priority, second = ranked[1].finding->priority;
+  if (first < second) return texts.Ui("beats", Number(first), Number(second));
+  return texts.Ui("tie", texts.Ui("priority", Number(first)), texts.Word("checker", ranked[0].name),
+                  texts.Word("checker", ranked[1].name));
+}
+
+}  // namespace host

@@ -1,0 +1,90 @@
+#include "host/answer/render.h"
+
+#include <cctype>
+#include <vector>
+
+#include "host/text/placeholder.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view kSeparator = ", ";
+
+bool IsDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool IsNumbered(std::string_view text) {
+  return text.size() > 1 && text[0] == ' ' && IsDigits(text.substr(1, 1));
+}
+
+std::string Tail(std::size_t params) {
+  return "{" + std::to_string(params - 2) + "} {" + std::to_string(params - 1) + "}";
+}
+
+bool OccursOnce(std::string_view text, std::string_view part) {
+  return text.find(part) == text.rfind(part);
+}
+
+// The one placeholder of a piece "{0} NAME", "NAME{0}2", "USB {0} 1-2" or "{0}". The names
+// are not escaped, so it is found by its place: at the start before a blank, else before a
+// number at the end, else the one whose turn it is before a blank and a number, else alone.
+std::optional<Placeholder> PlaceholderOf(std::string_view piece, std::string_view head,
+                                         std::size_t turn, std::size_t count) {
+  std::optional<Placeholder> last, next;
+  for (auto found = FindPlaceholder(piece, 0); found; found = FindPlaceholder(piece, found->end)) {
+    const std::string_view rest = piece.substr(found->end);
+    if (found->number >= count) continue;
+    if (found->begin == 0 && rest.starts_with(' ')) return found;
+    if (IsDigits(rest)) last = found;
+    const bool alone = found->begin == 0 && rest.empty() && OccursOnce(head, piece);
+    if (!next && found->number == turn && (alone || IsNumbered(rest))) next = found;
+  }
+  return last ? last : next;
+}
+
+// A text that follows a name brings the blank between both, where its language has one.
+void AppendText(std::string& line, std::string_view text) {
+  if (text.starts_with(' ') && (line.empty() || line.back() == ' ')) text.remove_prefix(1);
+  line.append(text);
+}
+
+// The pieces before the closing words: each names one thing, by at most one placeholder.
+std::string RenderPieces(std::string_view head, const std::vector<std::string>& values) {
+  std::string text;
+  std::size_t turn = 0;
+  for (std::size_t at = 0; at <= head.size();) {
+    const std::size_t end = std::min(head.find(kSeparator, at), head.size());
+    const std::string_view piece = head.substr(at, end - at);
+    if (const auto found = PlaceholderOf(piece, head, turn, values.size() - 2)) {
+      text.append(piece.substr(0, found->begin));
+      AppendText(text, values[found->number]);
+      text.append(piece.substr(found->end));
+      turn = found->number + 1;
+    } else {
+      text.append(piece);
+    }
+    if (end == head.size()) break;
+    text.append(kSeparator);
+    at = end + kSeparator.size();
+  }
+  return text;
+}
+
+std::string Compose(std::string_view format, const std::vector<std::string>& values) {
+  if (values.size() < 2) return Fill(format, values);
+  const std::string tail = Tail(values.size());
+  if (!format.ends_with(tail)) return Fill(format, values);
+  return RenderPieces(format.substr(0, format.size() - tail.size()), values) + Fill(tail, values);
+}
+
+}  // namespace
+
+std::string Render(const Description& description, const Texts& texts) {
+  if (description.formatted) return Fill(texts.Of(description.format), description.params);
+  std::vector<std::string> values;
+  for (const std::string& reference : description.params) values.push_back(texts.Of(reference));
+  return Compose(description.format, values);
+}
+
+}  // namespace host

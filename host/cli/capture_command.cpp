@@ -1,0 +1,81 @@
+#include "host/cli/capture_command.h"
+
+#include <json/reader.h>
+
+#include <ctime>
+#include <iostream>
+#include <sstream>
+
+#include "common/one_line.h"
+#include "common/outline.h"
+#include "host/answer/advice.h"
+#include "host/answer/verdict.h"
+#include "host/cli/new_folder.h"
+#include "host/cli/terminal.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kState = "state.json";
+constexpr const char* kAnswer = "expected.json";
+
+// For people to read, and to compare line by line.
+std::string OverManyLines(const std::string& document) {
+  Json::Value root;
+  std::istringstream(document) >> root;
+  return common::Outline(root).Text() + "\n";
+}
+
+std::string Today() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local = {};
+  localtime_r(&now, &local);
+  char date[16];
+  return {date, std::strftime(date, sizeof date, "%F", &local)};
+}
+
+std::string WhyOf(const Finding& finding, const Texts& texts) {
+  return "Captured by vela-health " VELA_VERSION " on " + Today() + ": " +
+         texts.Ui(NameOf(VerdictOf(finding))) + texts.Of("common:colon") + " " +
+         Sentence(finding, texts);
+}
+
+// As --scenario takes it: a name alone would be looked up among the shipped ones.
+std::string AsPath(const std::string& folder) {
+  return folder.find('/') != std::string::npos ? folder : "./" + folder;
+}
+
+void Print(const std::string& folder, const Texts& texts, bool json) {
+  if (json) {
+    Json::Value written;
+    written["folder"] = folder;
+    written["files"].append(kState);
+    written["files"].append(kAnswer);
+    std::cout << common::OneLine(written) << std::endl;
+    return;
+  }
+  const Style style = Style::ForStandardOutput();
+  std::cout << texts.Ui("captured", style.Bold(folder)) << '\n'
+            << "  " << style.Bold("vela-health --scenario " + AsPath(folder)) << '\n'
+            << style.Hanging(0, "", texts.Ui("captured_holds", AsPath(folder) + "/" + kState))
+            << std::endl;
+}
+
+}  // namespace
+
+ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why) {
+  NewFolder target(folder);
+  const Texts& texts = session.GetTexts();
+  session.Record();
+  const SimulatedMachine machine = session.Machine();
+  const Host& host = session.GetHost();
+  const std::string document = host.AskDocument(HealthMethod(host), machine);
+  const Finding finding = ParseAnswer(document).rule;
+  target.Write(kState, host.Recorded(why.empty() ? WhyOf(finding, texts) : why));
+  target.Write(kAnswer, OverManyLines(document));
+  target.Finish();
+  Print(folder, texts, session.Options().json);
+  return kHealthy;
+}
+
+}  // namespace host

@@ -1,0 +1,79 @@
+#include "host/cli/explain_command.h"
+
+#include <iostream>
+
+#include "host/answer/advice.h"
+#include "host/answer/explanation.h"
+#include "host/answer/input_lines.h"
+#include "host/answer/sources_line.h"
+#include "host/answer/verdict.h"
+#include "host/cli/terminal.h"
+#include "host/loader/response.h"
+
+namespace host {
+namespace {
+
+void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& style) {
+  const std::string name = texts.Word("checker", result.name) + texts.Of("common:colon");
+  if (result.finding) {
+    const Verdict verdict = VerdictOf(*result.finding);
+    std::cout << style.Severity(verdict, name) << ' '
+              << style.Bold(Sentence(*result.finding, texts)) << ' '
+              << style.Faint("(" + texts.Ui(NameOf(verdict)) + ", " +
+                             texts.Ui("priority", Number(result.finding->priority)) + ")")
+              << '\n';
+  } else {
+    std::cout << style.Severity(Verdict::Well, name) << ' ' << texts.Ui("nothing_found") << '\n';
+  }
+  for (const InputLine& line : InputLines(result.saw, texts)) {
+    std::cout << (line.decides ? style.Bold(style.Hanging(2, "▸ ", line.text))
+                               : style.Faint(style.Hanging(4, "", line.text)))
+              << '\n';
+  }
+}
+
+// The findings in their order, and what decided between the first two.
+void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
+                  const Style& style) {
+  std::cout << style.Bold(texts.Ui("why_this")) << '\n';
+  for (std::size_t i = 0; i < ranked.size(); ++i) {
+    const Finding& finding = *ranked[i].finding;
+    const std::string line = std::to_string(i + 1) + ". " + Sentence(finding, texts);
+    std::cout << "  " << (i == 0 ? style.Bold(line) : line) << ' '
+              << style.Faint("(" + texts.Word("checker", ranked[i].name) + ", " +
+                             texts.Ui("priority", Number(finding.priority)) + ")")
+              << '\n';
+  }
+  std::cout << "  " << WhyFirst(ranked, texts) << '\n';
+}
+
+}  // namespace
+
+ExitStatus RunExplain(Session& session) {
+  const SimulatedMachine machine = session.Machine();
+  const Host& host = session.GetHost();
+  const Reply reply = host.Ask(HealthMethod(host), machine);
+  const Finding rule = ParseAnswer(reply.document).rule;
+  const std::vector<CheckerResult> results = AskExplanation(host, machine);
+  if (results.empty()) {
+    throw Failure(
+        kUnavailable,
+        "Cannot explain: VELA.Core.System.SystemHealth.Explain.so is not installed beside "
+        "the health module. Build or install the whole program.");
+  }
+  if (session.Options().json) {
+    std::cout << host.AskDocument(*host.Find(kExplainAPI, 1, "get"), machine) << std::endl;
+  } else {
+    const Texts& texts = session.GetTexts();
+    const Style style = Style::ForStandardOutput();
+    for (const CheckerResult& result : results) PrintChecker(result, texts, style);
+    std::cout << '\n';
+    PrintRanking(MostUrgentFirst(results), texts, style);
+    std::cout << '\n';
+    for (const std::string& line : FailedSources(reply.sources, texts)) std::cout << line << '\n';
+    std::cout << style.Faint(SourcesLine(reply.sources, texts)) << std::endl;
+  }
+  return StatusOf(VerdictOf(rule), Count(reply.sources));
+}
+
+}  // namespace host

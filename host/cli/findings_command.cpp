@@ -1,0 +1,80 @@
+#include "host/cli/findings_command.h"
+
+#include <iostream>
+
+#include "common/one_line.h"
+#include "host/answer/advice.h"
+#include "host/answer/catalogue.h"
+#include "host/answer/verdict.h"
+#include "host/cli/terminal.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kAdvice[] = {"meaning", "ignored", "do", "where"};
+
+// A finding that names nothing in particular: only what the catalogue says of it.
+Finding FindingOf(const CatalogueEntry& entry) {
+  return {entry.type, entry.priority, entry.id, {"{0}", {std::string(":") + entry.textKey}, false}};
+}
+
+void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
+  const Verdict verdict = VerdictOf(finding);
+  std::cout << style.Severity(verdict, texts.Ui(NameOf(verdict))) << "  "
+            << style.Bold(Advice(finding, "title", texts)) << "  "
+            << style.Faint(texts.Ui("priority", Number(finding.priority)) + ", " +
+                           AdviceSection(finding))
+            << '\n';
+  for (const char* key : kAdvice) {
+    const std::string label = texts.Ui(key) + texts.Of("common:colon") + " ";
+    std::cout << style.Hanging(2, "", label + Advice(finding, key, texts)) << '\n';
+  }
+  std::cout << '\n';
+}
+
+void PrintMarkdown(const Finding& finding, const Texts& texts) {
+  std::cout << "\n## " << Advice(finding, "title", texts) << "\n\n"
+            << texts.Ui(NameOf(VerdictOf(finding))) << ", priority " << Number(finding.priority)
+            << ", `" << AdviceSection(finding) << "`\n\n";
+  for (const char* key : kAdvice) {
+    std::cout << "- **" << texts.Ui(key) << ":** " << Advice(finding, key, texts) << '\n';
+  }
+}
+
+Json::Value AsJson(const Finding& finding, const Texts& texts) {
+  Json::Value entry;
+  entry["id"] = finding.id;
+  entry["text"] = finding.TextKey();
+  entry["type"] = static_cast<int>(finding.type);
+  entry["priority"] = finding.priority;
+  entry["title"] = Advice(finding, "title", texts);
+  for (const char* key : kAdvice) entry[key] = Advice(finding, key, texts);
+  return entry;
+}
+
+}  // namespace
+
+ExitStatus RunFindings(Session& session, bool markdown) {
+  const Texts& texts = session.GetTexts();
+  const Style style = Style::ForStandardOutput();
+  Json::Value all(Json::arrayValue);
+  if (markdown) {
+    std::cout << "# The findings\n\nEvery finding that can occur, the most urgent first. Generated "
+                 "by `vela-health findings\n--markdown --lang en`; a test holds this page to it.\n";
+  }
+  for (const CatalogueEntry& entry : Catalogue()) {
+    const Finding finding = FindingOf(entry);
+    if (session.Options().json) {
+      all.append(AsJson(finding, texts));
+    } else if (markdown) {
+      PrintMarkdown(finding, texts);
+    } else {
+      PrintText(finding, texts, style);
+    }
+  }
+  if (session.Options().json) std::cout << common::OneLine(all) << '\n';
+  std::cout.flush();
+  return kHealthy;
+}
+
+}  // namespace host

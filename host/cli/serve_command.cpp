@@ -1,0 +1,69 @@
+#include "host/cli/serve_command.h"
+
+#include <malloc.h>
+#include <signal.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "host/http/allowed_hosts.h"
+#include "host/http/http_server.h"
+#include "host/http/listen_address.h"
+#include "host/site/health_site.h"
+#include "host/site/resident.h"
+
+namespace host {
+namespace {
+
+sigset_t StopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  return signals;
+}
+
+ListenAddress AddressOf(const ServeOptions& options) {
+  ListenAddress address = ParseListenAddress(options.listen);
+  if (options.port >= 0) address.port = static_cast<std::uint16_t>(options.port);
+  return address;
+}
+
+// A name to listen on is one to be asked under.
+HostNames NamesOf(const ServeOptions& options) {
+  std::vector<std::string> names = options.hostNames;
+  names.push_back(ParseListenAddress(options.listen).host);
+  return {options.allowRemote, names};
+}
+
+}  // namespace
+
+void HoldStopSignals() {
+  const sigset_t signals = StopSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+}
+
+ExitStatus RunServe(Session& session, const ServeOptions& options) {
+  mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
+  const ListenSocket socket(AddressOf(options), options.allowRemote);
+  const bool preview = options.demo && session.Options().scenario.empty();
+  const SimulatedMachine machine = preview ? session.OpenScenario("healthy") : session.Machine();
+  const Host& host = session.GetHost();
+  HealthMethod(host);  // no module, no service
+  const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
+  HttpServer server(socket, site, NamesOf(options));
+  GiveBackWhatStartingTook();
+  std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
+
+  const sigset_t signals = StopSignals();
+  int received = 0;
+  sigwait(&signals, &received);
+  if (!server.Stop()) {
+    std::cerr << "vela-health: stopped while a request was still waiting for the machine\n";
+    std::_Exit(kHealthy);
+  }
+  return kHealthy;
+}
+
+}  // namespace host

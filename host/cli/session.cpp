@@ -1,0 +1,73 @@
+#include "host/cli/session.h"
+
+#include <utility>
+
+#include "host/cli/scenario_names.h"
+#include "host/text/failure.h"
+#include "host/text/language.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kExplainFile = "VELA.Core.System.SystemHealth.Explain.so";
+constexpr const char* kRecorderFile = "libvela-platform-recorder.so";
+constexpr const char* kModuleFile = "VELA.Core.System.SystemHealth.so";
+
+bool IsPath(const std::string& name) { return name.find('/') != std::string::npos; }
+
+}  // namespace
+
+Session::Session(CommonOptions options)
+    : options_(std::move(options)),
+      language_(ChooseLanguage(options_.language)),
+      simulated_(!options_.scenario.empty()) {}
+
+std::string Session::PlatformFile() const {
+  if (IsPath(options_.platform)) return options_.platform;
+  const std::string fallback = simulated_ ? "simulator" : "linux";
+  const std::string& name = options_.platform.empty() ? fallback : options_.platform;
+  return places_.Library("libvela-platform-" + name + ".so");
+}
+
+const Host& Session::GetHost() {
+  if (!host_) {
+    const std::string module =
+        options_.module.empty() ? places_.Library(kModuleFile).string() : options_.module;
+    std::vector<std::string> modules = {module};
+    // Ours, for the findings that lost; a health answer does not need it.
+    const std::filesystem::path explain = places_.Library(kExplainFile);
+    if (std::filesystem::exists(explain)) modules.push_back(explain);
+    const std::string recorder = recorded_ ? places_.Library(kRecorderFile).string() : "";
+    host_.emplace(HostFiles{PlatformFile(), modules, recorder});
+  }
+  return *host_;
+}
+
+const Texts& Session::GetTexts() {
+  if (!texts_) texts_.emplace(places_.Data() / "texts", language_);
+  return *texts_;
+}
+
+// A name is first looked up among the shipped scenarios, so that a folder of the same
+// name in the current directory does not get in the way.
+std::string Session::ScenarioPath(const std::string& nameOrPath) const {
+  if (IsPath(nameOrPath)) return nameOrPath;
+  const std::filesystem::path shipped = places_.Data() / "scenarios";
+  if (std::filesystem::exists(shipped / nameOrPath)) return shipped / nameOrPath;
+  if (std::filesystem::exists(nameOrPath)) return nameOrPath;
+  throw Failure(kNoInput, "There is no scenario \"" + nameOrPath + "\", neither in " +
+                              shipped.string() + " nor in the current folder. " +
+                              ScenarioAdvice(shipped, nameOrPath));
+}
+
+SimulatedMachine Session::OpenScenario(const std::string& nameOrPath) {
+  const std::string path = ScenarioPath(nameOrPath);
+  simulated_ = true;
+  return GetHost().GetPlatform().OpenScenario(path);
+}
+
+SimulatedMachine Session::Machine() {
+  return options_.scenario.empty() ? SimulatedMachine() : OpenScenario(options_.scenario);
+}
+
+}  // namespace host

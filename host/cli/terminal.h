@@ -1,0 +1,35 @@
+// How an answer looks on standard output.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/answer/verdict.h"
+
+namespace host {
+
+// Colours and symbols on a terminal; neither when the output goes to a file or a pipe, or
+// when NO_COLOR is set.
+class Style {
+ public:
+  static Style ForStandardOutput();
+  // `columns`: where to break lines; 0: nowhere.
+  explicit Style(bool decorated, std::size_t columns = 0)
+      : decorated_(decorated), columns_(columns) {}
+
+  // "Warning" with symbol and colour of its severity.
+  std::string Severity(Verdict verdict, std::string_view word) const;
+  std::string Bold(std::string_view text) const { return Wrap("1", text); }
+  std::string Faint(std::string_view text) const { return Wrap("2", text); }
+  // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes
+  // on below the text.
+  std::string Hanging(std::size_t indent, std::string_view mark, std::string_view text) const;
+
+ private:
+  std::string Wrap(std::string_view code, std::string_view text) const;
+
+  bool decorated_;
+  std::size_t columns_;
+};
+
+}  // namespace host

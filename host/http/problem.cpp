@@ -1,0 +1,18 @@
+#include "host/http/problem.h"
+
+#include "common/one_line.h"
+
+namespace host {
+
+HttpAnswer Problem(unsigned status, const char* title, const std::string& detail,
+                   const std::vector<std::string>& available) {
+  Json::Value problem(Json::objectValue);
+  problem["type"] = "about:blank";
+  problem["title"] = title;
+  problem["status"] = status;
+  problem["detail"] = detail;
+  for (const std::string& name : available) problem["available"].append(name);
+  return {status, "application/problem+json", common::OneLine(problem)};
+}
+
+}  // namespace host

@@ -1,0 +1,55 @@
+#include "host/loader/host.h"
+
+#include <utility>
+
+#include "host/loader/module_log.h"
+#include "host/loader/response.h"
+#include "host/text/failure.h"
+
+namespace host {
+
+using VELA::APIMethodRow;
+
+Host::Host(const HostFiles& files)
+    : platform_(files.platform,
+                files.recorder.empty() ? Platform::Scope::All : Platform::Scope::Private) {
+  if (!files.recorder.empty()) recorder_.emplace(files.recorder, platform_);
+  for (const std::string& path : files.modules) modules_.emplace_back(path);
+}
+
+const APIMethodRow* Host::Find(std::string_view api, std::int64_t version,
+                               std::string_view method) const {
+  for (const Module& module : modules_) {
+    if (const APIMethodRow* row = module.Find(api, version, method)) return row;
+  }
+  return nullptr;
+}
+
+std::string Host::AskDocument(const APIMethodRow& method, const SimulatedMachine& machine) const {
+  platform_.Enter(machine);
+  Response response;
+  method.handler(nullptr, &response);  // no method of ours reads its request
+  if (response.Text().empty()) {
+    throw Failure(kInternal, std::string("The module gave no answer to ") + method.api + " " +
+                                 method.method + ".");
+  }
+  return std::move(response.Text());
+}
+
+Reply Host::Ask(const APIMethodRow& method, const SimulatedMachine& machine) const {
+  Reply reply;
+  const ModuleLog log;
+  reply.document = AskDocument(method, machine);
+  platform_.Sources(reply.sources);
+  AddLoggedFailures(log.Lines(), reply.sources);
+  return reply;
+}
+
+const APIMethodRow& HealthMethod(const Host& host) {
+  const APIMethodRow* row = host.Find(kHealthAPI, kHealthVersion, kHealthMethod);
+  if (row != nullptr) return *row;
+  throw Failure(kUnavailable, std::string("The loaded module has no API ") + kHealthAPI +
+                                  ", version 1, method get. Name the health module with --module.");
+}
+
+}  // namespace host

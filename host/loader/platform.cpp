@@ -1,0 +1,50 @@
+#include "host/loader/platform.h"
+
+#include <dlfcn.h>
+
+#include <array>
+
+#include "host/loader/operating_system.h"
+#include "host/text/failure.h"
+
+namespace host {
+
+Platform::Platform(const std::string& path, Scope scope)
+    : library_(path, RTLD_NOW | (scope == Scope::All ? RTLD_GLOBAL : RTLD_LOCAL), "the platform",
+               "Build it, or name another with --platform."),
+      reset_(library_.Find<decltype(reset_)>("VELAPlatformSourcesReset")),
+      sources_(library_.Find<decltype(sources_)>("VELAPlatformSources")),
+      open_(library_.Find<decltype(open_)>("VELASimulatorOpen")),
+      close_(library_.Find<decltype(close_)>("VELASimulatorClose")),
+      enter_(library_.Find<decltype(enter_)>("VELASimulatorEnter")) {
+  using OperatingSystem = decltype(&VELAPlatformOperatingSystem);
+  const auto answers = library_.Find<OperatingSystem>("VELAPlatformOperatingSystem");
+  AnswerForOperatingSystem(answers != nullptr ? answers() : nullptr);
+}
+
+SimulatedMachine Platform::OpenScenario(const std::string& path) const {
+  if (open_ == nullptr || close_ == nullptr || enter_ == nullptr) {
+    throw Failure(kUsage, "Cannot play the scenario " + path + ": the platform " + Path() +
+                              " is a real machine's. Leave --platform out to use the simulator.");
+  }
+  std::array<char, 1024> message = {};
+  VELASimulatedMachine* machine = open_(path.c_str(), message.data(), message.size());
+  if (machine == nullptr) {
+    throw Failure(kNoInput, "Cannot play the scenario " + path + ": " + message.data());
+  }
+  return {machine, close_};
+}
+
+void Platform::Enter(const SimulatedMachine& machine) const {
+  if (reset_ != nullptr) reset_();
+  if (enter_ != nullptr) enter_(machine.get());
+}
+
+void Platform::Sources(std::vector<VELASourceReport>& reports) const {
+  reports.clear();
+  if (sources_ == nullptr) return;
+  reports.resize(static_cast<std::size_t>(sources_(nullptr, 0)));
+  sources_(reports.data(), static_cast<int>(reports.size()));
+}
+
+}  // namespace host

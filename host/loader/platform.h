@@ -1,0 +1,46 @@
+// The platform library: the only door to the machine.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/loader/library.h"
+#include "platform/simulator/simulator.h"
+#include "platform/status/source_status.h"
+
+namespace host {
+
+// One machine of a scenario; given back to the simulator with the last owner.
+using SimulatedMachine = std::shared_ptr<VELASimulatedMachine>;
+
+class Platform {
+ public:
+  // Whether libraries that are opened later find its functions, or only who asks for them.
+  enum class Scope { All, Private };
+
+  // Throws Failure.
+  explicit Platform(const std::string& path, Scope scope = Scope::All);
+
+  // Throws Failure: kUsage when this platform plays no scenarios, kNoInput with file,
+  // line and member when the scenario cannot be used.
+  SimulatedMachine OpenScenario(const std::string& path) const;
+
+  // Starts a request on this thread, on `machine`; null: the platform's own.
+  void Enter(const SimulatedMachine& machine) const;
+  // What the sources of this thread's request said; none on a platform without a voice.
+  void Sources(std::vector<VELASourceReport>& reports) const;
+
+  const std::string& Path() const { return library_.Path(); }
+
+ private:
+  Library library_;
+  decltype(&VELAPlatformSourcesReset) reset_;
+  decltype(&VELAPlatformSources) sources_;
+  decltype(&VELASimulatorOpen) open_;
+  decltype(&VELASimulatorClose) close_;
+  decltype(&VELASimulatorEnter) enter_;
+};
+
+}  // namespace host

@@ -1,0 +1,84 @@
+#include "host/site/demo.h"
+
+#include <json/reader.h>
+
+#include <fstream>
+#include <map>
+#include <tuple>
+#include <utility>
+
+#include "common/one_line.h"
+#include "host/answer/catalogue.h"
+#include "host/text/failure.h"
+
+namespace host {
+namespace {
+
+// What makes two findings the same kind.
+using Kind = std::tuple<std::string, FindingType, std::string>;
+
+struct Sample {
+  std::string scenario;
+  Json::Value rule;
+};
+
+// The answer that the scenario is tested to give.
+Json::Value RuleOf(const std::filesystem::path& scenario) {
+  std::ifstream in(scenario / "expected.json");
+  Json::Value answer;
+  std::string errors;
+  if (in && Json::parseFromStream(Json::CharReaderBuilder(), in, &answer, &errors)) {
+    return answer["rule"];
+  }
+  throw Failure(kUnavailable, "Cannot show the scenarios: " + scenario.string() +
+                                  " has no readable expected.json. Install the program again.");
+}
+
+// Of several machines the one with the shortest name, which as a rule has the least beside its
+// finding; those that show a failing source are not about theirs.
+std::map<Kind, Sample> SamplesOf(const std::set<std::string, std::less<>>& names,
+                                 const std::filesystem::path& folder) {
+  std::map<Kind, Sample> samples;
+  for (const std::string& name : names) {
+    if (name.starts_with("failing-")) continue;
+    Json::Value rule = RuleOf(folder / name);
+    const Finding finding = FindingFrom(rule);
+    const Kind kind(finding.id, finding.type, finding.TextKey());
+    const auto known = samples.find(kind);
+    if (known == samples.end() || name.size() < known->second.scenario.size()) {
+      samples[kind] = {name, std::move(rule)};
+    }
+  }
+  return samples;
+}
+
+}  // namespace
+
+Demo::Demo(const Platform& platform, std::filesystem::path scenarios)
+    : platform_(platform), folder_(std::move(scenarios)) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
+    if (entry.is_directory()) names_.insert(entry.path().filename());
+  }
+  if (names_.empty()) {
+    throw Failure(kUnavailable, "Cannot show a demo: there are no scenarios in " +
+                                    folder_.string() + ". Install the program again.");
+  }
+  const std::map<Kind, Sample> samples = SamplesOf(names_, folder_);
+  Json::Value gallery;
+  for (const CatalogueEntry& entry : Catalogue()) {
+    const auto sample = samples.find({entry.id, entry.type, entry.textKey});
+    if (sample == samples.end()) continue;
+    Json::Value& finding = gallery["findings"].append(Json::objectValue);
+    finding["scenario"] = sample->second.scenario;
+    finding["rule"] = sample->second.rule;
+  }
+  for (const std::string& name : names_) gallery["scenarios"].append(name);
+  gallery_ = common::OneLine(gallery);
+}
+
+SimulatedMachine Demo::Open(const std::string& name) const {
+  return platform_.OpenScenario(folder_ / name);
+}
+
+}  // namespace host

@@ -1,0 +1,38 @@
+#include "host/site/page_answer.h"
+
+#include "common/one_line.h"
+#include "host/answer/explanation.h"
+#include "host/answer/verdict.h"
+
+namespace host {
+namespace {
+
+Json::Value SourcesOf(const Reply& reply) {
+  Json::Value sources(Json::arrayValue);
+  for (const VELASourceReport& report : reply.sources) {
+    Json::Value source;
+    source["name"] = report.name;
+    source["state"] = StateName(report);
+    if (report.reason[0] != '\0') source["reason"] = report.reason;
+    sources.append(std::move(source));
+  }
+  return sources;
+}
+
+Json::Value FurtherFindings(const Host& host, const SimulatedMachine& machine) {
+  Json::Value findings(Json::arrayValue);
+  const auto results = MostUrgentFirst(AskExplanation(host, machine));
+  for (std::size_t i = 1; i < results.size(); ++i) findings.append(results[i].rule);
+  return findings;
+}
+
+}  // namespace
+
+std::string PageAnswer(const Host& host, const SimulatedMachine& machine) {
+  const Reply reply = host.Ask(HealthMethod(host), machine);
+  return "{\"answer\":" + reply.document +
+         ",\"findings\":" + common::OneLine(FurtherFindings(host, machine)) +
+         ",\"sources\":" + common::OneLine(SourcesOf(reply)) + "}";
+}
+
+}  // namespace host

@@ -1,0 +1,196 @@
+#include "host/site/report_page.h"
+
+#include <json/reader.h>
+
+#include <sstream>
+
+#include "common/outline.h"
+#include "host/answer/advice.h"
+#include "host/answer/input_lines.h"
+#include "host/answer/sources_line.h"
+#include "host/answer/verdict.h"
+#include "host/text/html.h"
+#include "host/text/quantity.h"
+
+namespace host {
+namespace {
+
+struct Icon {
+  const char *shape, *mark;
+};
+
+// The same as the page's.
+Icon IconOf(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::Danger:
+      return {"M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"};
+    case Verdict::Warning:
+      return {"M24 4L45 43H3z", "M24 19v11M24 36.5v.1"};
+    case Verdict::Notice:
+      return {"M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1"};
+    case Verdict::Well:
+      break;
+  }
+  return {"M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 25l7 7 13-15"};
+}
+
+std::string Headline(Verdict look, const std::string& sentence, const Texts& texts) {
+  const Icon icon = IconOf(look);
+  return "<div class=\"headline\"><svg class=\"icon\" viewBox=\"0 0 48 48\" aria-hidden=\"true\">"
+         "<path class=\"shape\" d=\"" +
+         std::string(icon.shape) + "\"/><path class=\"mark\" d=\"" + icon.mark +
+         "\"/></svg>\n<div>" + Element("p", texts.Ui(NameOf(look)), "class=\"severity\"") +
+         Element("h1", sentence, "class=\"sentence\"") + "</div></div>\n";
+}
+
+std::string AdviceOn(const Finding& finding, const Texts& texts) {
+  std::string list;
+  for (const char* key : {"meaning", "ignored", "where"}) {
+    list += Element("dt", texts.Ui(key)) + Element("dd", Advice(finding, key, texts));
+  }
+  return Around("div", Element("h2", texts.Ui("do")) + Element("p", Advice(finding, "do", texts)),
+                "class=\"lead\"") +
+         Around("dl", list);
+}
+
+std::string Section(const std::string& title, const std::string& markup) {
+  return markup.empty() ? "" : Around("section", Element("h2", title) + markup);
+}
+
+std::string ClassOf(Verdict verdict) { return std::string("class=\"") + NameOf(verdict) + "\""; }
+
+std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  std::string articles;
+  for (std::size_t i = 1; i < ranked.size(); ++i) {
+    const Finding& finding = *ranked[i].finding;
+    const Verdict verdict = VerdictOf(finding);
+    articles +=
+        Around("article",
+               Around("h3", Element("b", texts.Ui(NameOf(verdict)) + texts.Of("common:colon")) +
+                                Element("bdi", Sentence(finding, texts))) +
+                   Element("p", Advice(finding, "do", texts)),
+               ClassOf(verdict));
+  }
+  return Section(texts.Ui("further"), articles);
+}
+
+std::string Check(const CheckerResult& result, const Texts& texts) {
+  const Verdict verdict = result.finding ? VerdictOf(*result.finding) : Verdict::Well;
+  std::string inputs;
+  for (const InputLine& line : InputLines(result.saw, texts)) {
+    inputs +=
+        Element("li", line.text, line.decides ? "dir=\"auto\" class=\"decides\"" : "dir=\"auto\"");
+  }
+  std::string title = Element("b", texts.Word("checker", result.name) + texts.Of("common:colon"));
+  title +=
+      Element("bdi", result.finding ? Sentence(*result.finding, texts) : texts.Ui("nothing_found"));
+  if (result.finding) {
+    title += Element("span", texts.Ui("priority", Number(result.finding->priority)),
+                     "class=\"priority\"");
+  }
+  return Around("article", Around("h3", title) + (inputs.empty() ? "" : Around("ul", inputs)),
+                ClassOf(verdict));
+}
+
+std::string Checks(const std::vector<CheckerResult>& results,
+                   const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  if (results.empty()) return "";  // the module that explains is not there
+  std::string articles;
+  for (const CheckerResult& result : results) articles += Check(result, texts);
+  return Section(texts.Ui("checks"), Element("p", WhyFirst(ranked, texts)) + articles);
+}
+
+std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& texts) {
+  std::string rows;
+  for (const char* column : {"source", "state", "time", "message"})
+    rows += Element("th", texts.Ui(std::string("sources_") + column), "scope=\"col\"");
+  rows = Around("tr", rows);
+  for (const VELASourceReport& source : sources) {
+    const std::string state = StateName(source);
+    const bool asked = source.microseconds > 0;
+    rows +=
+        Around("tr",
+               Element("td", texts.Word("source", source.name)) + Element("td", texts.Ui(state)) +
+                   Element("td", asked ? Milliseconds(source.microseconds, texts) : "") +
+                   Element("td", source.reason, "dir=\"auto\" lang=\"en\""),
+               "class=\"is-" + state + "\"");
+  }
+  return Section(texts.Ui("sources_title"), Element("p", SourcesLine(sources, texts)) +
+                                                (sources.empty() ? "" : Around("table", rows)));
+}
+
+std::string Unread(const std::vector<VELASourceReport>& sources, const Texts& texts) {
+  std::string lines;
+  for (const std::string& line : FailedSources(sources, texts)) {
+    lines += Element("div", line, "dir=\"auto\"");
+  }
+  return lines.empty() ? "" : Around("div", lines, "class=\"stale\"");
+}
+
+// Whose answer it is, and of when.
+std::string About(const Answer& answer, const std::string& time, const Texts& texts) {
+  std::string about = Escaped(texts.Ui("made_by", time, std::string(VELA_VERSION)));
+  const std::string uptime = UptimeInWords(answer.uptime, texts);
+  if (!uptime.empty()) about = Escaped(texts.Ui("up", uptime)) + " · " + about;
+  if (!answer.hostname.empty()) about = Element("bdi", answer.hostname) + " · " + about;
+  return Around("p", about, "class=\"about\"");
+}
+
+std::string Network(const std::vector<Interface>& interfaces, const Texts& texts) {
+  std::string rows;
+  for (const Interface& interface : interfaces) {
+    rows +=
+        Around("tr", Element("td", interface.id, "dir=\"auto\"") + Element("td", interface.type) +
+                         Element("td", interface.ip, "dir=\"ltr\""));
+  }
+  return Section(texts.Ui("network"), rows.empty() ? "" : Around("table", rows));
+}
+
+// Its lines one by one: a line's end is no harm.
+std::string Document(const std::string& document, const Texts& texts) {
+  Json::Value root;
+  std::istringstream(document) >> root;
+  std::istringstream lines(common::Outline(root).Text());
+  std::string shown;
+  for (std::string line; std::getline(lines, line);) shown += Escaped(line) + "\n";
+  return Around("details", Element("summary", texts.Ui("document")) +
+                               Around("pre", shown, "dir=\"ltr\" lang=\"en\""));
+}
+
+std::string Head(const ReportParts& parts, const std::string& title) {
+  return std::string(kReportMark) + "<html lang=\"" + parts.language +
+         "\">\n<head>\n<meta charset=\"utf-8\">\n"
+         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+         "style-src 'unsafe-inline'; img-src data:\">\n"
+         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+         "<meta name=\"color-scheme\" content=\"light dark\">\n"
+         "<meta name=\"referrer\" content=\"no-referrer\">\n"
+         "<link rel=\"icon\" href=\"data:,\">\n" +
+         Element("title", title) + "<style>\n" + parts.style + "</style>\n</head>\n";
+}
+
+}  // namespace
+
+std::string ReportPage(const ReportParts& parts, const Texts& texts) {
+  const Answer answer = ParseAnswer(parts.reply.document);
+  const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.results);
+  const Verdict verdict = VerdictOf(answer.rule);
+  const bool incomplete = verdict == Verdict::Well && Count(parts.reply.sources).failed > 0;
+  const Verdict look = incomplete ? Verdict::Notice : verdict;
+
+  std::string body =
+      Headline(look, incomplete ? texts.Ui("incomplete") : Sentence(answer.rule, texts), texts) +
+      About(answer, parts.time, texts);
+  if (verdict != Verdict::Well) body += AdviceOn(answer.rule, texts);
+  body += Unread(parts.reply.sources, texts);
+  body += FurtherFindings(ranked, texts) + Checks(parts.results, ranked, texts) +
+          Sources(parts.reply.sources, texts) + Network(answer.interfaces, texts) +
+          Document(parts.reply.document, texts);
+  const std::string host = answer.hostname.empty() ? "?" : answer.hostname;
+  return Head(parts, texts.Ui("report_title", host)) + "<body>\n" +
+         Around("main", body,
+                std::string("class=\"widget\" data-verdict=\"") + NameOf(look) + "\"") +
+         "</body>\n</html>\n";
+}
+
+}  // namespace host

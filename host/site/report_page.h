@@ -1,0 +1,27 @@
+// One answer as one page that needs nothing else: no script, no file, no network.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/answer/explanation.h"
+#include "host/loader/host.h"
+#include "host/text/texts.h"
+
+namespace host {
+
+// By this a file is known as a report.
+constexpr const char* kReportMark = "<!doctype html>\n<!-- vela-health report -->\n";
+
+struct ReportParts {
+  const Reply& reply;
+  const std::vector<CheckerResult>& results;  // in the checkers' order
+  std::string language;                       // as BCP 47 has it
+  std::string style;                          // CSS
+  std::string time;                           // of the check, for people
+};
+
+// Throws what ParseAnswer throws.
+std::string ReportPage(const ReportParts& parts, const Texts& texts);
+
+}  // namespace host

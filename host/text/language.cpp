@@ -1,0 +1,58 @@
+#include "host/text/language.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+
+#include "host/text/failure.h"
+
+namespace host {
+namespace {
+
+// The part of "zh-CN" before the first "-", in lower case.
+std::string PrimaryTag(std::string_view locale) {
+  std::string tag(locale.substr(0, locale.find_first_of("-_.@")));
+  std::transform(tag.begin(), tag.end(), tag.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return tag;
+}
+
+// As setlocale(3) looks: the first that is set and not empty decides.
+std::string_view EnvironmentLocale() {
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') return value;
+  }
+  return {};
+}
+
+}  // namespace
+
+const std::vector<Language>& Languages() {
+  static const std::vector<Language> languages = {{"en", "English"},  {"de", "Deutsch"},
+                                                  {"fr", "Français"}, {"es", "Español"},
+                                                  {"ja", "日本語"},   {"zh-CN", "简体中文"}};
+  return languages;
+}
+
+std::string LanguageFor(std::string_view locale) {
+  const std::string tag = PrimaryTag(locale);
+  for (const Language& language : Languages()) {
+    if (tag == PrimaryTag(language.code)) return language.code;
+  }
+  return {};
+}
+
+std::string ChooseLanguage(const std::string& wanted) {
+  if (!wanted.empty()) {
+    if (std::string code = LanguageFor(wanted); !code.empty()) return code;
+    std::string known;
+    for (const Language& language : Languages()) known += std::string(" ") + language.code;
+    throw Failure(
+        kUsage, "There are no texts in \"" + wanted + "\". Use --lang with one of:" + known + ".");
+  }
+  std::string code = LanguageFor(EnvironmentLocale());
+  return code.empty() ? "en" : code;
+}
+
+}  // namespace host

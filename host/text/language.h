@@ -1,0 +1,25 @@
+// Which language to answer in.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+struct Language {
+  const char* code;  // as BCP 47 has it, and the name of its text file
+  const char* name;  // in itself
+};
+// The languages that the texts exist in; English first.
+const std::vector<Language>& Languages();
+
+// "de_AT.UTF-8", "de-CH" and "DE" are "de", any Chinese is "zh-CN"; empty when the
+// texts do not exist in it.
+std::string LanguageFor(std::string_view locale);
+
+// The one of `wanted` when it is not empty (throws Failure(kUsage) when it is unknown),
+// else of the environment's LC_ALL, LC_MESSAGES or LANG, else English.
+std::string ChooseLanguage(const std::string& wanted);
+
+}  // namespace host

@@ -1,0 +1,21 @@
+#include "host/text/placeholder.h"
+
+#include <charconv>
+
+namespace host {
+
+std::optional<Placeholder> FindPlaceholder(std::string_view text, std::size_t from) {
+  for (std::size_t open = text.find('{', from); open != std::string_view::npos;
+       open = text.find('{', open + 1)) {
+    Placeholder found{open, 0, 0};
+    const char* digits = text.data() + open + 1;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(digits, end, found.number);
+    if (error != std::errc() || stop == end || *stop != '}') continue;
+    found.end = static_cast<std::size_t>(stop - text.data()) + 1;
+    return found;
+  }
+  return std::nullopt;
+}
+
+}  // namespace host

@@ -1,0 +1,44 @@
+#include "host/text/quantity.h"
+
+#include <cstdio>
+
+namespace host {
+namespace {
+
+// At most `decimals`, and none that says nothing: "5", not "5.0".
+std::string Decimal(double value, int decimals, const Texts& texts) {
+  char digits[64];
+  std::snprintf(digits, sizeof digits, "%.*f", decimals, value);
+  std::string text = digits;
+  const std::size_t point = text.find('.');
+  if (point == std::string::npos) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') return text.substr(0, point);
+  return text.replace(point, 1, texts.Ui("decimal_point"));
+}
+
+}  // namespace
+
+std::string Bytes(std::uint64_t bytes, const Texts& texts) {
+  constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+  auto value = static_cast<double>(bytes);
+  std::size_t unit = 0;
+  for (; value >= 1000 && unit + 1 < std::size(kUnits); ++unit) value /= 1024;
+  return Decimal(value, value < 100 && unit > 0 ? 1 : 0, texts) + "\u00A0" + kUnits[unit];
+}
+
+std::string Count(std::uint64_t count) {
+  std::string digits = std::to_string(count);
+  for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, "\u202F");
+  return digits;
+}
+
+std::string Milliseconds(std::uint32_t microseconds, const Texts& texts) {
+  return Decimal(microseconds / 1000.0, microseconds < 1000 ? 2 : 1, texts) + "\u00A0ms";
+}
+
+std::string Percent(double share, const Texts& texts) {
+  return Decimal(share * 100, 2, texts) + "\u00A0%";
+}
+
+}  // namespace host

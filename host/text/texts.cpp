@@ -1,0 +1,80 @@
+#include "host/text/texts.h"
+
+#include <json/reader.h>
+
+#include <fstream>
+
+#include "host/text/failure.h"
+#include "host/text/placeholder.h"
+
+namespace host {
+namespace {
+
+Json::Value ReadTexts(const std::filesystem::path& file) {
+  std::ifstream in(file);
+  if (!in) {
+    throw Failure(kUnavailable, "Cannot read the texts " + file.string() +
+                                    ". They belong beside the program: build or install it again.");
+  }
+  Json::Value root;
+  std::string errors;
+  if (!Json::parseFromStream(Json::CharReaderBuilder(), in, &root, &errors) || !root.isObject()) {
+    throw Failure(kUnavailable, "The texts " + file.string() + " are damaged: " + errors);
+  }
+  return root;
+}
+
+}  // namespace
+
+Texts::Texts(const std::filesystem::path& folder, const std::string& language) {
+  const std::string file = language + ".json";
+  Add(ReadTexts(folder / file));
+  if (std::filesystem::exists(folder / "explain")) Add(ReadTexts(folder / "explain" / file));
+}
+
+void Texts::Add(const Json::Value& root) {
+  for (const std::string& section : root.getMemberNames()) {
+    if (!root[section].isObject()) continue;
+    for (const std::string& key : root[section].getMemberNames()) {
+      sections_[section][key] = root[section][key].asString();
+    }
+  }
+}
+
+const std::string* Texts::Find(std::string_view section, std::string_view key) const {
+  const auto found = sections_.find(section);
+  if (found == sections_.end()) return nullptr;
+  const auto text = found->second.find(key);
+  return text == found->second.end() ? nullptr : &text->second;
+}
+
+std::string Texts::Word(std::string_view section, std::string_view key) const {
+  const std::string* text = Find(section, key);
+  return text != nullptr ? *text : std::string(key);
+}
+
+std::string Texts::Of(std::string_view reference) const {
+  const std::size_t colon = reference.find(':');
+  if (colon != std::string_view::npos) {
+    const std::string* text = Find(reference.substr(0, colon), reference.substr(colon + 1));
+    if (text != nullptr) return *text;
+  }
+  return std::string(reference);
+}
+
+std::string Fill(std::string_view text, const std::vector<std::string>& values) {
+  std::string filled;
+  std::size_t at = 0;
+  while (const auto placeholder = FindPlaceholder(text, at)) {
+    filled += text.substr(at, placeholder->begin - at);
+    if (placeholder->number < values.size()) {
+      filled += values[placeholder->number];
+    } else {
+      filled += text.substr(placeholder->begin, placeholder->end - placeholder->begin);
+    }
+    at = placeholder->end;
+  }
+  return filled.append(text.substr(at));
+}
+
+}  // namespace host

@@ -1,0 +1,48 @@
+// The client's texts of one language: section -> key -> text.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <json/value.h>
+
+namespace host {
+
+class Texts {
+ public:
+  // Reads `folder`/<language>.json, which the page has too, and what only the tool says, from
+  // `folder`/explain. Throws Failure(kUnavailable).
+  Texts(const std::filesystem::path& folder, const std::string& language);
+
+  // Null when there is no such text.
+  const std::string* Find(std::string_view section, std::string_view key) const;
+  // The text that "section:key" names, else the reference itself: better than nothing.
+  std::string Of(std::string_view reference) const;
+  // The text of `key` in `section`, else the key.
+  std::string Word(std::string_view section, std::string_view key) const;
+  // One of the program's own words (section "ui"), its {0}, {1}, ... filled.
+  template <typename... Values>
+  std::string Ui(std::string_view key, const Values&... values) const;
+
+  using Section = std::map<std::string, std::string, std::less<>>;
+  const std::map<std::string, Section, std::less<>>& Sections() const { return sections_; }
+
+ private:
+  void Add(const Json::Value& root);
+
+  std::map<std::string, Section, std::less<>> sections_;
+};
+
+// `text` with each "{n}" replaced by element n of `values`; a number without an element
+// stays. What was put in is never looked at again.
+std::string Fill(std::string_view text, const std::vector<std::string>& values);
+
+template <typename... Values>
+std::string Texts::Ui(std::string_view key, const Values&... values) const {
+  return Fill(Of(std::string("ui:").append(key)), {std::string(values)...});
+}
+
+}  // namespace host

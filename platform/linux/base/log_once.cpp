@@ -1,0 +1,14 @@
+#include "platform/linux/base/log_once.h"
+
+#include <syslog.h>
+
+namespace linux_platform {
+
+bool FailureLog::Failed(source_status::SourceScope& scope, const std::string& reason) {
+  scope.Failed("%s", reason.c_str());
+  if (failing_.exchange(true, std::memory_order_relaxed)) return false;
+  syslog(LOG_WARNING, "%s: %s (said once until it is read again)", what_, reason.c_str());
+  return true;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,32 @@
+// Where /etc, /proc, /run and /var are looked for, and small files read from there.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/base/joined.h"
+
+namespace linux_platform {
+
+// Empty, unless the environment variable VELA_ROOT named a folder when the platform was
+// first asked.
+const std::string& Root();
+// The path that the parts make up, below that root. /sys is never below it: the libraries
+// that read devices know only the real one.
+template <typename... Parts>
+std::string BelowRoot(const Parts&... parts) {
+  return Joined(Root(), parts...);
+}
+
+// For tests: replaces the root; "" is the real one. Not while another thread asks.
+void SetRoot(std::string_view root);
+
+enum class ReadResult { Read, Missing, Failed, TooLarge };
+
+// Replaces `text` by the file's content, at most `cap` bytes. Missing: no such file.
+// Failed: errno says why. TooLarge: `text` holds the first `cap` bytes.
+// Opens without blocking on FIFOs; `path` is taken as it is.
+ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text);
+
+}  // namespace linux_platform

@@ -1,0 +1,108 @@
+#include "platform/linux/base/snapshot.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "common/json.h"
+#include "platform/linux/base/root.h"
+
+namespace linux_platform {
+namespace {
+
+using common::Comments, common::Member, common::ParseJson, common::TextMember;
+
+constexpr std::time_t kLongestPeriod = 86400;
+constexpr std::size_t kLongestError = 160;
+
+SnapshotState Failed(std::string_view source, std::string_view what, std::string& reason) {
+  reason.assign(source).append(".json ").append(what);
+  return SnapshotState::Failed;
+}
+
+// A member as seconds; -1 unless it is a plausible count of them.
+std::time_t SecondsMember(const Json::Value& document, const char* name) {
+  const Json::Value* member = Member(document, name);
+  return member != nullptr && member->isInt64() ? member->asInt64() : -1;
+}
+
+SnapshotState JudgeAge(std::string_view source, const Json::Value& document, std::time_t now,
+                       std::string& reason) {
+  const std::time_t written = SecondsMember(document, "written");
+  const std::time_t period = SecondsMember(document, "period");
+  if (written < 0 || period <= 0 || period > kLongestPeriod)
+    return Failed(source, "does not say when it was written", reason);
+  const std::time_t lasts = period * kSnapshotPeriods;
+  if (written > now && written - now > lasts)
+    return Failed(source, "is from the future: was the clock set back?", reason);
+  if (now > written && now - written > lasts)
+    return Failed(source,
+                  "is " + std::to_string(now - written) +
+                      " s old: vela-platform-collect is stuck or off. See systemctl status "
+                      "vela-platform-collect, and enable --now vela-platform-collect.timer",
+                  reason);
+  return SnapshotState::Read;
+}
+
+}  // namespace
+
+SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std::time_t now,
+                            std::string_view bootId, Json::Value& document, std::string& reason) {
+  Json::Value parsed;
+  if (!ParseJson(text, Comments::Skip, parsed) || !parsed.isObject())
+    return Failed(source, "is not a JSON object", reason);
+  if (bootId.empty() || TextMember(parsed, "boot_id") != bootId) return SnapshotState::Absent;
+  if (JudgeAge(source, parsed, now, reason) == SnapshotState::Failed) return SnapshotState::Failed;
+  if (Member(parsed, "error") != nullptr) {
+    const std::string error = TextMember(parsed, "error").substr(0, kLongestError);
+    reason = std::string(source) + ": " + (error.empty() ? "could not be read" : error);
+    return SnapshotState::Failed;
+  }
+  document.swap(parsed);
+  return SnapshotState::Read;
+}
+
+namespace {
+
+// It stays for as long as this process lives; only a test changes the root.
+const std::string& ThisBoot() {
+  thread_local std::string root, id;
+  if (std::string path = BelowRoot("/"); id.empty() || path != root) {
+    root = std::move(path);
+    id = BootId();
+  }
+  return id;
+}
+
+}  // namespace
+
+SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason) {
+  const std::string path = BelowRoot(kSnapshotFolder, "/", source, ".json");
+  std::string text;
+  switch (ReadSmallFile(path.c_str(), kSnapshotCap, text)) {
+    case ReadResult::Missing:
+      return SnapshotState::Absent;
+    case ReadResult::Failed:
+      return Failed(source, std::string("could not be read: ") + std::strerror(errno), reason);
+    case ReadResult::TooLarge:
+      return Failed(source, "is larger than 1 MiB", reason);
+    case ReadResult::Read:
+      break;
+  }
+  return ParseSnapshot(source, text, std::time(nullptr), ThisBoot(), document, reason);
+}
+
+std::string SeenByCollector(const Json::Value& document) {
+  const std::time_t age = std::time(nullptr) - SecondsMember(document, "written");
+  return "seen by vela-platform-collect " + std::to_string(std::max<std::time_t>(age, 0)) +
+         " s ago";
+}
+
+std::string BootId() {
+  std::string text;
+  ReadSmallFile(BelowRoot("/proc/sys/kernel/random/boot_id").c_str(), 64, text);
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,41 @@
+// What the collector last learned from the slow sources, one file a source. A request
+// reads these files and never the sources themselves.
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+#include <json/value.h>
+
+namespace linux_platform {
+
+constexpr const char* kSnapshotFolder = "/run/vela-platform";
+constexpr std::size_t kSnapshotCap = std::size_t{1} << 20;
+constexpr int kSnapshotPeriods = 3;  // as many periods a snapshot counts for
+
+enum class SnapshotState { Read, Absent, Failed };
+
+// The snapshot that `text` makes at the time `now`, in seconds since 1970, of the boot
+// `bootId`. Read: `document` is an object. Absent: of another boot. Failed: no JSON
+// object, without its time, too old, from the future, or with a member "error"; `reason`
+// says so in words, which begin with `source`. Throws nothing but exhausted memory.
+SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std::time_t now,
+                            std::string_view bootId, Json::Value& document, std::string& reason);
+
+// The same of the file <source>.json in the snapshots' folder, below the root. Absent
+// too when there is no such file; Failed too when it cannot be read or is over 1 MiB.
+// One system call when it is absent, else four.
+SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason);
+
+// What to say where no snapshot is, and only the collector can know: what the user can do.
+constexpr const char* kStartCollector =
+    "vela-platform-collect asks in our place: systemctl enable --now vela-platform-collect.timer";
+
+// How a snapshot that was read came about, for people: "seen by vela-platform-collect 23 s ago".
+std::string SeenByCollector(const Json::Value& document);
+
+// The running boot's identifier, below the root; "" when the kernel does not tell.
+std::string BootId();
+
+}  // namespace linux_platform

@@ -1,0 +1,33 @@
+// The machine's sensor chips, read through libsensors.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/chassis/fan_verdict.h"
+
+namespace linux_platform {
+
+struct SupplyReading {
+  std::string name;
+  bool present = true;  // false: an empty bay
+  bool failed = false;
+};
+
+struct SensorReadings {
+  std::vector<FanReading> fans;
+  std::vector<TemperatureReading> temperatures;
+  std::vector<SupplyReading> supplies;  // those that speak PMBus
+};
+
+enum class SensorsState { Read, Absent, Failed };
+
+// Reads every chip that is the machine's own: fans, and temperatures that have a critical
+// limit. Never disks (a reading may keep one awake), nor graphics, wireless and battery
+// chips. /etc/sensors3.conf and /etc/sensors.d hold: what they ignore is not there, and
+// their labels are used. A value that cannot be read is left out. `reason` says what is
+// absent or failed. Serialised within the process.
+SensorsState ReadSensors(const std::vector<ExpectedFan>& expected, SensorReadings& readings,
+                         std::string& reason);
+
+}  // namespace linux_platform

@@ -1,0 +1,10 @@
+#include "platform/linux/chassis/sensors.h"
+
+namespace linux_platform {
+
+SensorsState ReadSensors(const std::vector<ExpectedFan>&, SensorReadings&, std::string& reason) {
+  reason = "this platform was built without libsensors";
+  return SensorsState::Absent;
+}
+
+}  // namespace linux_platform

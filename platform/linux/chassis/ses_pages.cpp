@@ -1,0 +1,180 @@
+#include "platform/linux/chassis/ses_pages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace linux_platform {
+namespace {
+
+constexpr std::uint8_t kPowerSupply = 0x02, kCooling = 0x03;  // element types
+constexpr std::size_t kPageHeader = 8, kEnclosureDescriptor = 40;
+
+class Cursor {
+ public:
+  explicit Cursor(PageBytes rest) : rest_(rest) {}
+  // The next `count` bytes; nothing, and nothing ever after, when there are fewer.
+  std::optional<PageBytes> Take(std::size_t count) {
+    if (count > rest_.size()) return rest_ = {}, std::nullopt;
+    const PageBytes taken = rest_.first(count);
+    rest_ = rest_.subspan(count);
+    return taken;
+  }
+
+ private:
+  PageBytes rest_;
+};
+
+std::size_t Number16(PageBytes bytes) { return std::size_t{bytes[0]} << 8 | bytes[1]; }
+
+struct Page {
+  std::uint8_t second;  // byte 1: what it means differs from page to page
+  PageBytes generation, body;
+};
+
+// The page without what lies behind its stated end.
+std::optional<Page> OpenPage(std::uint8_t code, PageBytes bytes) {
+  if (bytes.size() < kPageHeader || bytes[0] != code) return {};
+  const std::size_t end = Number16(bytes.subspan(2)) + 4;
+  if (end < kPageHeader || end > bytes.size()) return {};
+  return Page{bytes[1], bytes.subspan(4, 4), bytes.subspan(kPageHeader, end - kPageHeader)};
+}
+
+// Fixed fields hold whatever a vendor wrote, padded with blanks or NULs.
+std::string Printable(PageBytes bytes) {
+  std::string text;
+  for (const std::uint8_t byte : bytes)
+    text += byte == 0 ? ' ' : byte < 0x20 || byte > 0x7E ? '?' : static_cast<char>(byte);
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string Hexadecimal(PageBytes bytes) {
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    text += digits;
+  }
+  return text;
+}
+
+struct ElementType {
+  std::uint8_t kind;
+  std::size_t count;
+};
+
+// The types in the order in which the other two pages list their elements.
+std::optional<std::vector<ElementType>> ReadConfiguration(const Page& page, Enclosure& enclosure) {
+  Cursor cursor(page.body);
+  std::size_t typeCount = 0;
+  const std::size_t subenclosures = page.second;
+  for (std::size_t i = 0; i <= subenclosures; ++i) {
+    const auto head = cursor.Take(4);
+    if (!head) return {};
+    const std::size_t length = std::size_t{(*head)[3]} + 4;
+    const auto rest = cursor.Take(length - 4);
+    if (!rest || length < kEnclosureDescriptor) return {};
+    typeCount += (*head)[2];
+    if (i > 0) continue;
+    enclosure.id = Hexadecimal(rest->first(8));
+    enclosure.product = Printable(rest->subspan(16, 16));
+  }
+  std::vector<ElementType> types;
+  for (std::size_t i = 0; i < typeCount; ++i) {
+    const auto header = cursor.Take(4);
+    if (!header) return {};
+    types.push_back({(*header)[0], (*header)[1]});
+  }
+  return types;
+}
+
+PartState StateOf(std::uint8_t kind, PageBytes element) {
+  constexpr int kOk = 1, kCritical = 2, kNoncritical = 3, kUnrecoverable = 4, kNotInstalled = 5,
+                kUnavailable = 7;
+  constexpr std::uint8_t kFail = 0x40, kPowerFail = 0x03;  // of byte 3; AC, DC
+  const int code = element[0] & 0x0F;
+  if (code == kNotInstalled) return PartState::Absent;
+  if (code == kCritical || code == kUnrecoverable) return PartState::Failed;
+  // With any other code the enclosure says that the bits below mean nothing.
+  if (code != kOk && code != kNoncritical && code != kUnavailable) return PartState::Unknown;
+  const int failures = kind == kPowerSupply ? kFail | kPowerFail : kFail;
+  return (element[3] & failures) != 0 ? PartState::Failed : PartState::Ok;
+}
+
+std::vector<EnclosurePart>* PartsOf(std::uint8_t kind, Enclosure& enclosure) {
+  if (kind == kPowerSupply) return &enclosure.supplies;
+  return kind == kCooling ? &enclosure.fans : nullptr;
+}
+
+// The first element of each type is only a summary of the others.
+bool ReadStatus(const Page& page, const std::vector<ElementType>& types, Enclosure& enclosure) {
+  Cursor cursor(page.body);
+  for (const ElementType& type : types) {
+    if (!cursor.Take(4)) return false;
+    auto* parts = PartsOf(type.kind, enclosure);
+    for (std::size_t i = 0; i < type.count; ++i) {
+      const auto element = cursor.Take(4);
+      if (!element) return false;
+      if (parts == nullptr) continue;
+      const char* kind = type.kind == kCooling ? "Fan " : "Supply ";
+      parts->push_back({kind + std::to_string(parts->size() + 1), StateOf(type.kind, *element)});
+    }
+  }
+  return true;
+}
+
+std::optional<std::string> TakeName(Cursor& cursor) {
+  const auto head = cursor.Take(4);
+  if (!head) return {};
+  const auto text = cursor.Take(Number16(head->subspan(2)));
+  if (!text) return {};
+  return Printable(*text);
+}
+
+void ReadNames(const Page& page, const std::vector<ElementType>& types, Enclosure& enclosure) {
+  Cursor cursor(page.body);
+  std::array<std::size_t, 2> at = {};  // fans, supplies
+  for (const ElementType& type : types) {
+    auto* parts = PartsOf(type.kind, enclosure);
+    std::size_t& next = at[type.kind == kPowerSupply ? 1 : 0];
+    if (!TakeName(cursor)) return;
+    for (std::size_t i = 0; i < type.count; ++i) {
+      const auto name = TakeName(cursor);
+      if (!name) return;
+      if (parts == nullptr) continue;
+      if (!name->empty()) (*parts)[next].name = *name;
+      ++next;
+    }
+  }
+}
+
+}  // namespace
+
+const char* TextOf(PartState state) {
+  constexpr const char* kTexts[] = {"ok", "failed", "absent", "unknown"};
+  return kTexts[static_cast<int>(state)];
+}
+
+std::optional<Enclosure> ParseSesPages(PageBytes configuration, PageBytes status, PageBytes names,
+                                       std::string& reason) {
+  const auto configured = OpenPage(0x01, configuration);
+  const auto stated = OpenPage(0x02, status);
+  Enclosure enclosure;
+  if (!configured) return reason = "its configuration page (01h) is cut short", std::nullopt;
+  const auto types = ReadConfiguration(*configured, enclosure);
+  if (!types)
+    return reason = "its configuration page (01h) promises more than it holds", std::nullopt;
+  if (!stated) return reason = "its status page (02h) is cut short", std::nullopt;
+  if (!std::ranges::equal(configured->generation, stated->generation))
+    return reason = "it was reconfigured while it was read", std::nullopt;
+  if (!ReadStatus(*stated, *types, enclosure))
+    return reason = "its status page (02h) has fewer elements than its configuration", std::nullopt;
+  const auto named = OpenPage(0x07, names);
+  if (named && std::ranges::equal(configured->generation, named->generation))
+    ReadNames(*named, *types, enclosure);
+  return enclosure;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,106 @@
+// The mounted external volumes, with the sizes that their file systems give.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "common/json.h"
+#include "platform/linux/base/log_once.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/storage_view.h"
+#include "platform/status/source_status.h"
+#include "vela_storage.h"
+#include "velac.h"
+
+using namespace linux_platform;
+using common::Member, common::SizeMember, common::TextMember;
+using source_status::Source, source_status::SourceScope;
+
+namespace {
+
+constexpr int kUsbClass = 4, kEsataClass = 8;
+
+constinit FailureLog usbFailures("USB volumes"), esataFailures("eSATA volumes");
+
+bool IsOfClass(DiskClass kind, int volumeClass) {
+  return volumeClass == (kind == DiskClass::Esata ? kEsataClass : kUsbClass);
+}
+
+// A program's file system is asked by the collector alone, which may wait for it.
+class CollectedSizes {
+ public:
+  bool Find(const std::string& path, Capacity& capacity, std::string& reason) {
+    if (!asked_) state_ = ReadSnapshot("fuseblk", document_, failure_), asked_ = true;
+    if (const Json::Value* mounts = Member(document_, "mounts");
+        mounts != nullptr && mounts->isArray())
+      for (const Json::Value& mount : *mounts) {
+        if (TextMember(mount, "path") != path) continue;
+        capacity.size = SizeMember(mount, "total");
+        capacity.available = SizeMember(mount, "free");
+        return true;
+      }
+    reason = state_ == SnapshotState::Failed ? failure_
+             : state_ == SnapshotState::Absent
+                 ? "only vela-platform-collect asks it, which does not run"
+                 : "it did not answer";
+    return false;
+  }
+
+ private:
+  bool asked_ = false;
+  SnapshotState state_ = SnapshotState::Absent;
+  Json::Value document_;
+  std::string failure_;
+};
+
+bool Measure(const ExternalVolume& volume, CollectedSizes& collected, Capacity& capacity,
+             std::string& reason) {
+  if (volume.isProgram) return collected.Find(volume.path, capacity, reason);
+  if (ReadCapacity(volume.path, volume.device, capacity)) return true;
+  reason = std::strerror(errno);
+  return false;
+}
+
+}  // namespace
+
+VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
+  SourceScope scope(Source::ExternalVolumes);
+  const StorageView& view = CurrentStorage();
+  std::string failure = view.failure;
+
+  auto records = std::make_unique<VELA_MOUNT_VOL_INFO[]>(view.external.size());
+  CollectedSizes collected;
+  std::size_t count = 0;
+  for (const ExternalVolume& volume : view.external) {
+    if (!IsOfClass(volume.kind, volumeClass)) continue;
+    Capacity capacity;
+    std::string reason;
+    if (!Measure(volume, collected, capacity, reason)) {
+      failure = "the capacity of " + volume.path + " could not be read: " + reason;
+      continue;
+    }
+    VELA_MOUNT_VOL_INFO& record = records[count];
+    volume.name.copy(record.name, sizeof record.name - 1);
+    record.totalSize = capacity.size;
+    record.freeSize = capacity.available;
+    if (count > 0) records[count - 1].next = &record;
+    ++count;
+  }
+  FailureLog& failures = volumeClass == kUsbClass ? usbFailures : esataFailures;
+  if (failure.empty())
+    failures.Fine();
+  else
+    failures.Failed(scope, failure);
+  return count > 0 ? records.release() : nullptr;
+}
+
+void VELAMountVolInfoFree(VELA_MOUNT_VOL_INFO* list) { delete[] list; }
+
+// The record's name already is the user's, and tells the kind.
+std::string VELA::ZRT::STORAGE_WEBUTILS::Volume::ToUIUsbSataVolumeStr(const std::string& name) {
+  return name;
+}
+
+int VELAUsbIsCardreader(const char* name) {
+  return name != nullptr && std::string_view(name).starts_with("sdshare") ? 1 : 0;
+}

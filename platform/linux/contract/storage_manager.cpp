@@ -1,0 +1,154 @@
+// The storage manager's calls, over one request's view of the internal storage.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "platform/linux/base/log_once.h"
+#include "platform/linux/contract/error.h"
+#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/storage_view.h"
+#include "platform/status/source_status.h"
+#include "vela_storage.h"
+#include "velac.h"
+
+using namespace linux_platform;
+using source_status::Source, source_status::SourceScope;
+
+namespace {
+
+constexpr std::int32_t kVolume = 1;
+
+const InternalVolume* Find(const char* path) {
+  const auto& volumes = CurrentStorage().volumes;
+  const auto found = std::ranges::find(volumes, std::string_view(path), &InternalVolume::path);
+  return found == volumes.end() ? nullptr : &*found;
+}
+
+_tag_volume_usage ToUsage(const Capacity& capacity) {
+  const std::uint64_t used = capacity.size - capacity.free;
+  // The reserve belongs to nobody who could fill the volume.
+  return {used, used + capacity.available, capacity.files, capacity.freeFiles};
+}
+
+// Text that is not copied: there are five keys for each disk.
+using Static = Json::StaticString;
+
+Json::Value ToJson(const WholeDisk& disk) {
+  Json::Value object(Json::objectValue);
+  object[Static("name")] = disk.name;
+  object[Static("status")] = Static(disk.status);
+  object[Static("overview_status")] = Static(disk.health == Health::Normal ? "normal" : "abnormal");
+  object[Static("used_by")] = disk.usedBy;
+  if (disk.disconnected) object[Static("remote_info")][Static("disconnect")] = 1;
+  return object;
+}
+
+constinit FailureLog volumeFailures("volumes"), diskFailures("disks");
+
+std::string FailureOf(const InternalVolume& volume) {
+  return "the capacity of " + volume.path + " could not be read: " + std::strerror(volume.error);
+}
+
+// The first thing that could not be read; empty when all could.
+std::string FailureOf(const StorageView& view) {
+  const auto failed = std::ranges::find_if(view.volumes, &InternalVolume::error);
+  if (!view.failure.empty()) return view.failure;
+  return failed == view.volumes.end() ? view.hidden : FailureOf(*failed);
+}
+
+const StorageView& AskDisks(SourceScope& scope) {
+  const StorageView& view = CurrentStorage();
+  if (!view.listsDisks) scope.Absent("/sys/block lists no disks");
+  if (view.diskFailure.empty())
+    diskFailures.Fine();
+  else
+    diskFailures.Failed(scope, view.diskFailure);
+  return view;
+}
+
+}  // namespace
+
+namespace VELA::ZRT {
+
+bool STORAGE_WEBUTILS::Volume::IsSystemVolCrashed() {
+  SourceScope scope(Source::Volumes);
+  const StorageView& view = CurrentStorage();
+  if (!view.failure.empty()) scope.Failed("%s", view.failure.c_str());
+  return view.systemCrashed;
+}
+
+namespace STORAGE_MANAGER {
+
+Space::Space(int) : list_(nullptr) {
+  SourceScope scope(Source::Volumes);
+  const StorageView& view = CurrentStorage();
+  const std::string reason = FailureOf(view);
+  if (reason.empty())
+    volumeFailures.Fine();
+  else
+    volumeFailures.Failed(scope, reason);
+  if (view.volumes.empty()) return;
+  auto records = std::make_unique<SpaceRecord[]>(view.volumes.size());
+  for (std::size_t i = 0; i < view.volumes.size(); ++i) {
+    view.volumes[i].path.copy(records[i].path, sizeof records[i].path - 1);
+    records[i].type = kVolume;
+    if (i > 0) records[i - 1].next = &records[i];
+  }
+  list_ = records.release();
+}
+
+Space::~Space() { delete[] static_cast<SpaceRecord*>(list_); }
+
+const SpaceRecord* Space::GetAll() const { return static_cast<const SpaceRecord*>(list_); }
+
+std::string Space::GetOverviewStatus() {
+  SourceScope scope(Source::Disks);
+  constexpr const char* kTexts[] = {"normal", "abnormal", "danger"};
+  return kTexts[static_cast<std::size_t>(AskDisks(scope).overview)];
+}
+
+Disk::Disk(bool, bool) : state_(nullptr) {}
+Disk::~Disk() {}
+
+bool Disk::DumpDisks(const Space&, Json::Value& array) {
+  SourceScope scope(Source::Disks);
+  for (const WholeDisk& disk : AskDisks(scope).disks) array.append(ToJson(disk));
+  return true;
+}
+
+bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO*& info) {
+  SourceScope scope(Source::Volumes);
+  info = nullptr;
+  const InternalVolume* volume = Find(path);
+  if (volume != nullptr && volume->error == 0) {
+    usage = ToUsage(volume->capacity);
+    return true;
+  }
+  if (volume != nullptr) scope.Failed("%s", FailureOf(*volume).c_str());
+  return SetError(Error::SourceFailed), false;
+}
+
+std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
+  const InternalVolume* volume = Find(record.path);
+  return volume != nullptr ? volume->status : "crashed";
+}
+
+std::string StorageUtil::ToUISpaceID(int, const char* path) {
+  const InternalVolume* volume = Find(path);
+  return volume != nullptr ? "volume_" + std::to_string(volume->number) : std::string();
+}
+
+}  // namespace STORAGE_MANAGER
+}  // namespace VELA::ZRT
+
+float VELAVolumeCapWarnPctGet(const char* path) {
+  const InternalVolume* volume = Find(path);
+  return volume != nullptr ? volume->warningLevel : 0.05F;
+}
+
+void FSInfoFree(FS_INFO*) {}  // none is ever handed out
+
+int VLIBCMaxDiskGet(void) {
+  SourceScope scope(Source::Disks);
+  return static_cast<int>(AskDisks(scope).disks.size());
+}

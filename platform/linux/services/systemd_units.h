@@ -1,0 +1,27 @@
+// The state of systemd's units, asked over the system bus.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace linux_platform {
+
+struct UnitState {
+  std::string load;    // "loaded", "not-found", ...
+  std::string active;  // "active", "inactive", "failed", ...
+  std::string reload;  // of a service: "success", or how its last reload failed; may be empty
+};
+
+enum class UnitsAnswer {
+  Read,
+  NoSystemd,  // it does not run this machine, or the platform was built without sd-bus
+  Failed,     // no bus, or not the answer that was asked for
+  Late,       // no answer in time, now or within the last thirty seconds
+};
+
+// Asks for all `names` at once; `states` has their states in the same order. Bounded to
+// half a second, whatever the bus does. `reason` says what else than Read happened.
+UnitsAnswer ReadUnits(const std::vector<std::string>& names, std::vector<UnitState>& states,
+                      std::string& reason);
+
+}  // namespace linux_platform

@@ -1,0 +1,11 @@
+#include "platform/linux/services/systemd_units.h"
+
+namespace linux_platform {
+
+UnitsAnswer ReadUnits(const std::vector<std::string>&, std::vector<UnitState>&,
+                      std::string& reason) {
+  reason = "this platform was built without sd-bus";
+  return UnitsAnswer::NoSystemd;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,71 @@
+#include "platform/linux/services/web_suspicion.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
+
+namespace linux_platform {
+namespace {
+
+constexpr std::array<WebServer, 3> kServers = {{
+    {"nginx.service", {"/usr/sbin/nginx", "-t", "-q"}},
+    {"apache2.service", {"/usr/sbin/apache2ctl", "-t"}},
+    {"lighttpd.service", {"/usr/sbin/lighttpd", "-tt", "-f", "/etc/lighttpd/lighttpd.conf"}},
+}};
+
+std::vector<std::string> Units() {
+  std::string text, reason;
+  ReadSettings(kCurrentSettings, text, reason);
+  const Settings settings(std::move(text));
+  if (const char* named = settings.Value("web.unit")) return {named};
+  std::vector<std::string> units;
+  for (const WebServer& server : kServers)
+    if (server.IsInstalled()) units.emplace_back(server.unit);
+  return units;
+}
+
+std::size_t InUse(const std::vector<UnitState>& states) {
+  const auto used = std::ranges::find_if(states, [](const UnitState& state) {
+    return state.load == "loaded" && state.active != "inactive";
+  });
+  return used == states.end() ? 0 : static_cast<std::size_t>(used - states.begin());
+}
+
+}  // namespace
+
+bool WebServer::IsInstalled() const { return access(BelowRoot(test[0]).c_str(), X_OK) == 0; }
+
+std::vector<std::string> WebServer::Test() const {
+  std::vector<std::string> arguments;
+  for (const char* argument : test)
+    if (argument != nullptr) arguments.emplace_back(argument);
+  return arguments;
+}
+
+bool WebLook::IsSuspicious() const {
+  return state.active == "failed" || (!state.reload.empty() && state.reload != "success");
+}
+
+const WebServer* WebLook::Tester() const {
+  const auto found = std::ranges::find(
+      kServers, unit, [](const WebServer& server) { return std::string_view(server.unit); });
+  return found != kServers.end() && found->IsInstalled() ? &*found : nullptr;
+}
+
+WebLook LookAtWebServer() {
+  WebLook look;
+  const std::vector<std::string> units = Units();
+  if (units.empty()) return look;
+  std::vector<UnitState> states;
+  look.answer = ReadUnits(units, states, look.reason);
+  const std::size_t used = look.answer == UnitsAnswer::Read ? InUse(states) : 0;
+  look.unit = units[used];
+  if (look.answer == UnitsAnswer::Read) look.state = std::move(states[used]);
+  return look;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,90 @@
+#include "platform/linux/storage/block.h"
+
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+
+#include "platform/linux/base/sysfs.h"
+
+namespace linux_platform {
+namespace {
+
+constexpr int kDeepest = 8;  // layers of mapping; a loop in a broken tree ends here
+
+void AddOnce(std::vector<std::string>& names, std::string name) {
+  if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+}
+
+void Descend(const std::string& folder, Stack& stack, int depth) {
+  if (depth > kDeepest) return;
+  const std::string_view name = LastComponent(folder);
+  AddOnce(stack.layers, std::string(name));
+  if (IsDiskName(name)) return AddOnce(stack.disks, std::string(name));
+  // Of a disk or of an array, which has its own members.
+  if (PathExists(Within(folder, "partition")))
+    return Descend(folder.substr(0, folder.rfind('/')), stack, depth + 1);
+  const std::string slaves = Within(folder, "slaves");
+  const std::vector<std::string> below = NamesIn(slaves);
+  for (const std::string& slave : below) {
+    const std::string next = LinkTarget(Within(slaves, slave));
+    if (!next.empty()) Descend(next, stack, depth + 1);
+  }
+  if (below.empty()) AddOnce(stack.disks, std::string(name));
+}
+
+// Below `links`, a folder that is missing where /sys lists no devices at all.
+Stack StackAt(const std::string& links, std::string_view name) {
+  Stack stack;
+  const std::string folder = LinkTarget(Within(links, name));
+  if (folder.empty()) {
+    stack.gone = PathExists(links);
+    return stack;
+  }
+  stack.gone = NumberAttribute(Within(folder, "size")) == 0;
+  Descend(folder, stack, 0);
+  return stack;
+}
+
+std::string NumberText(dev_t device) {
+  return std::to_string(major(device)) + ":" + std::to_string(minor(device));
+}
+
+// The digits after `prefix`, as long as there are some, and what follows them.
+std::string_view AfterDigits(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of("0123456789"), text.size()));
+}
+
+}  // namespace
+
+Stack StackOf(dev_t device) { return StackAt(Sys("/dev/block"), NumberText(device)); }
+
+Stack StackOf(std::string_view node) {
+  struct stat status = {};
+  if (node.starts_with("/dev/") && stat(std::string(node).c_str(), &status) == 0 &&
+      S_ISBLK(status.st_mode) && PathExists(Sys("/dev/block/", NumberText(status.st_rdev))))
+    return StackOf(status.st_rdev);
+  return StackAt(Sys("/class/block"), LastComponent(node));
+}
+
+std::string DiskOf(const std::string& folder) {
+  if (!PathExists(Within(folder, "partition"))) return std::string(LastComponent(folder));
+  return std::string(LastComponent(std::string_view(folder).substr(0, folder.rfind('/'))));
+}
+
+std::vector<std::string> BlockNames() { return NamesIn(Sys("/block")); }
+
+bool IsDiskName(std::string_view name) {
+  for (const std::string_view prefix : {"sd", "vd", "xvd"}) {
+    const std::string_view letters = name.substr(std::min(prefix.size(), name.size()));
+    if (name.starts_with(prefix) && !letters.empty() &&
+        letters.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string_view::npos)
+      return true;
+  }
+  if (name.starts_with("mmcblk")) return name.size() > 6 && AfterDigits(name.substr(6)).empty();
+  if (!name.starts_with("nvme")) return false;
+  const std::string_view rest = AfterDigits(name.substr(4));
+  return rest.size() > 1 && rest.front() == 'n' && AfterDigits(rest.substr(1)).empty();
+}
+
+}  // namespace linux_platform

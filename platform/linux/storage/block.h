@@ -1,0 +1,35 @@
+// Block devices as /sys shows them: from a device number down to the disks beneath it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace linux_platform {
+
+// What lies under a file system, swap area or array.
+struct Stack {
+  std::vector<std::string> layers;  // every device on the way, by kernel name: dm-0, md0
+  std::vector<std::string> disks;   // the whole disks at the bottom: sda, nvme0n1
+  bool gone = false;                // the uppermost device is not there any more, or empty
+};
+
+// The stack under the device number. `gone` only where /sys lists devices at all.
+Stack StackOf(dev_t device);
+// The stack under a device node or kernel name: /dev/mapper/a, /dev/sda1, sda1. A node
+// that does not exist below /dev is looked for by its last component.
+Stack StackOf(std::string_view node);
+
+// The whole disk of a device's folder in /sys: the folder above it for a partition.
+std::string DiskOf(const std::string& folder);
+
+// The whole disks and arrays that /sys/block lists, sorted.
+std::vector<std::string> BlockNames();
+
+// Of a kind that disks have (sd, nvme, vd, xvd, mmcblk), not a partition and not the
+// boot or protected areas of a memory card.
+bool IsDiskName(std::string_view name);
+
+}  // namespace linux_platform

@@ -1,0 +1,69 @@
+#include "platform/linux/storage/disk_class.h"
+
+#include <algorithm>
+
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/udev_marks.h"
+
+namespace linux_platform {
+namespace {
+
+// Whatever is below a root hub ("/usb2/") hangs on USB. libudev would look at every folder
+// above the disk to say so.
+bool HasUsbHub(std::string_view path) {
+  const std::size_t hub = path.find("/usb");
+  return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
+}
+
+// "3" of ".../ata3/host2/..."; empty without an ATA port.
+std::string_view AtaPort(std::string_view path) {
+  const std::size_t ata = path.find("/ata");
+  if (ata == std::string_view::npos) return {};
+  const std::string_view rest = path.substr(ata + 4);
+  return rest.substr(0, rest.find('/'));
+}
+
+}  // namespace
+
+DiskClass ClassOf(const DiskFacts& facts) {
+  if (facts.carriesSystem) return DiskClass::Internal;
+  if (facts.memoryCard) return DiskClass::SdCard;
+  if (facts.usb) return facts.cardReader ? DiskClass::SdCard : DiskClass::Usb;
+  if (facts.ata && (facts.markedEsata || facts.mountedAsMedia)) return DiskClass::Esata;
+  return DiskClass::Internal;
+}
+
+std::string NumbersIn(std::string_view path) {
+  constexpr std::size_t kWidth = 10;
+  std::string numbers;
+  numbers.reserve(path.size() * 2);
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  for (auto at = path.begin(); (at = std::find_if(at, path.end(), isDigit)) != path.end();) {
+    const auto end = std::find_if_not(at, path.end(), isDigit);
+    const auto width = static_cast<std::size_t>(end - at);
+    numbers.append(width < kWidth ? kWidth - width : 0, '0').append(at, end).push_back('.');
+    at = end;
+  }
+  return numbers;
+}
+
+DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
+  DiskFacts facts;
+  const std::string path = facts.path = LinkTarget(Sys("/class/block/", name));
+  const std::string_view port = AtaPort(path);
+  facts.place = NumbersIn(path);
+  facts.ata = !port.empty();
+  facts.usb = HasUsbHub(path);
+  if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(Within(path, "device/type")) == "SD";
+  // What udev's rules say counts for these two only.
+  if (!facts.usb && !facts.ata) return facts;
+
+  facts.markedEsata = facts.ata && HasWord(esataPorts, port, ", ");
+  const auto marks = ReadUdevMarks(path);
+  if (!marks) return facts;
+  facts.cardReader = marks->cardReader;
+  facts.markedEsata = facts.markedEsata || marks->esata;
+  return facts;
+}
+
+}  // namespace linux_platform

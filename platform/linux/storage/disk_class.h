@@ -1,0 +1,36 @@
+// Whether a disk belongs inside the machine, by what udev knows of it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace linux_platform {
+
+enum class DiskClass { Internal, Usb, SdCard, Esata };
+
+// What decides. Not "removable": hot-plug bays say 1, USB disks say 0.
+struct DiskFacts {
+  bool usb = false;         // hangs on a USB device
+  bool memoryCard = false;  // an mmc device of type SD (eMMC is type MMC)
+  bool cardReader = false;  // USB with a flash-drive property, or VELA_SDCARD=1
+  bool ata = false;
+  bool markedEsata = false;     // VELA_BAY=esata, its port in `esata.ports`, or UDISKS_SYSTEM=0
+  bool mountedAsMedia = false;  // below /media or /run/media
+  bool carriesSystem = false;   // holds /, /boot, /var or swap
+
+  std::string path = {};  // its folder in /sys
+  // Where it sits, for ordering: the numbers of its USB chain or ATA port, then its LUN.
+  std::string place = {};
+};
+
+// A disk that carries the system is internal wherever it hangs.
+DiskClass ClassOf(const DiskFacts& facts);
+
+// The facts that /sys and udev's database hold about the whole disk `name`.
+// `esataPorts`: ATA port numbers, parted by commas or blanks.
+DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts);
+
+// The numbers in `path`, each padded so that comparing the texts compares the numbers.
+std::string NumbersIn(std::string_view path);
+
+}  // namespace linux_platform

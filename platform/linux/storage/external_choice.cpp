@@ -1,0 +1,119 @@
+#include "platform/linux/storage/external_choice.h"
+
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+#include "platform/linux/base/sysfs.h"
+
+namespace linux_platform {
+namespace {
+
+constexpr std::array<std::string_view, 4> kAlwaysFull = {"iso9660", "udf", "squashfs", "erofs"};
+constexpr std::array<std::string_view, 3> kShares = {"usbshare", "sdshare", "satashare"};
+
+std::string_view ShareOf(DiskClass kind) {
+  if (kind == DiskClass::SdCard) return kShares[1];
+  return kShares[kind == DiskClass::Esata ? 2 : 0];
+}
+
+struct Candidate {
+  const Mount* mount;
+  const Stack* stack;
+  DiskClass kind;
+  std::string place;  // of its disk
+  const std::string& Disk() const { return stack->disks.front(); }
+};
+
+bool MayBeExternal(const std::vector<Mount>& mounts, const Mount& mount) {
+  if (major(mount.device) == 0 && mount.type != "btrfs" && mount.type != "fuseblk") return false;
+  return std::ranges::find(kAlwaysFull, mount.type) == kAlwaysFull.end() &&
+         !HasWord(mount.options, "ro") && !HasWord(mount.superOptions, "ro") &&
+         MountAt(mounts, mount.target) == &mount && HangingAbove(mounts, mount) == nullptr;
+}
+
+std::vector<Candidate> Candidates(const std::vector<Mount>& mounts, Devices& devices) {
+  std::vector<Candidate> candidates;
+  std::set<std::string> seen;
+  for (const Mount& mount : mounts) {
+    if (!MayBeExternal(mounts, mount)) continue;
+    const Stack& stack = devices.Under(mount);
+    const DiskClass kind = devices.Class(stack);
+    if (kind == DiskClass::Internal || !seen.insert(stack.layers.front()).second) continue;
+    candidates.push_back({&mount, &stack, kind, devices.Facts(stack.disks.front()).place});
+  }
+  std::ranges::stable_sort(candidates, {}, [](const Candidate& each) {
+    return std::tuple(each.kind, each.place, each.Disk(), each.stack->layers.front());
+  });
+  return candidates;
+}
+
+// "-2" on the second partition of several; empty on a disk's only one.
+std::string PartitionSuffix(const Candidate& candidate) {
+  const std::string folder = LinkTarget(Sys("/class/block/", candidate.Disk()));
+  int partitions = 0;
+  std::string own;
+  for (const std::string& entry : NamesIn(folder)) {
+    if (!entry.starts_with(candidate.Disk())) continue;
+    const std::string number = Attribute(Joined(folder, "/", entry, "/partition"));
+    if (number.empty()) continue;
+    ++partitions;
+    const auto& layers = candidate.stack->layers;
+    if (std::ranges::find(layers, entry) != layers.end()) own = number;
+  }
+  return partitions > 1 && !own.empty() ? "-" + own : std::string();
+}
+
+std::string_view Digits(std::string_view text) {
+  return text.substr(0, std::min(text.find_first_not_of("0123456789"), text.size()));
+}
+
+}  // namespace
+
+bool IsShareName(std::string_view name) {
+  const auto share =
+      std::ranges::find_if(kShares, [name](auto each) { return name.starts_with(each); });
+  if (share == kShares.end()) return false;
+  name.remove_prefix(share->size());
+  const std::string_view number = Digits(name);
+  if (number.empty() || number.size() > 6) return false;
+  name.remove_prefix(number.size());
+  if (name.empty()) return true;
+  if (name.front() != '-') return false;
+  name.remove_prefix(1);
+  return !name.empty() && name.size() <= 6 && Digits(name) == name;
+}
+
+std::vector<ExternalVolume> ChooseExternal(const std::vector<Mount>& mounts, Devices& devices) {
+  const std::vector<Candidate> candidates = Candidates(mounts, devices);
+  std::set<std::string, std::less<>> taken;
+  for (const Candidate& each : candidates)
+    if (IsShareName(LastComponent(each.mount->target)))
+      taken.emplace(LastComponent(each.mount->target));
+  const auto isTaken = [&taken](const std::string& name) {
+    const auto next = taken.lower_bound(name);
+    return next != taken.end() && (*next == name || next->starts_with(name + "-"));
+  };
+
+  std::vector<ExternalVolume> volumes;
+  int rank = 0;
+  const Candidate* last = nullptr;
+  std::string base;
+  for (const Candidate& each : candidates) {
+    if (last == nullptr || last->kind != each.kind) rank = 0, last = nullptr;
+    if (last == nullptr || last->Disk() != each.Disk()) {
+      do base = std::string(ShareOf(each.kind)) + std::to_string(++rank);
+      while (isTaken(base));
+    }
+    last = &each;
+    const std::string_view own = LastComponent(each.mount->target);
+    volumes.push_back({each.kind,
+                       IsShareName(own) ? std::string(own) : base + PartitionSuffix(each),
+                       each.mount->target, each.mount->device, each.mount->type == "fuseblk"});
+  }
+  return volumes;
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,95 @@
+#include "platform/linux/storage/filesystem_errors.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <thread>
+
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
+
+namespace linux_platform {
+namespace {
+
+template <std::size_t N>
+bool IsOneOf(const std::string& text, const std::array<const char*, N>& words) {
+  return std::ranges::any_of(words, [&text](const char* word) { return text == word; });
+}
+
+// Lines of "name count".
+bool CountsAnything(const std::string& errorStatistics) {
+  for (std::size_t blank = 0; (blank = errorStatistics.find(' ', blank)) != std::string::npos;) {
+    ++blank;
+    if (blank < errorStatistics.size() && errorStatistics[blank] != '0') return true;
+  }
+  return false;
+}
+
+bool HasTrouble(const std::string& member) {
+  return NumberAttribute(member + "/missing") == 1 ||
+         CountsAnything(Attribute(member + "/error_stats"));
+}
+
+}  // namespace
+
+Ext4Errors ReadExt4Errors(const std::string& name) {
+  const std::string folder = Sys("/fs/ext4/", name);
+  Ext4Errors errors;
+  errors.count = NumberAttribute(Within(folder, "errors_count")).value_or(0);
+  if (errors.count > 0)
+    errors.last = NumberAttribute(Within(folder, "last_error_time")).value_or(0);
+  return errors;
+}
+
+Btrfs ReadBtrfs(const std::string& device) {
+  const std::string all = Sys("/fs/btrfs/");
+  for (const std::string& uuid : NamesIn(all)) {
+    const std::string folder = all + uuid;
+    const std::string devices = folder + "/devices", infos = folder + "/devinfo";
+    if (!PathExists(Within(devices, device))) continue;
+    Btrfs btrfs;
+    btrfs.members = NamesIn(devices);
+    for (const std::string& member : NamesIn(infos))
+      if (HasTrouble(Within(infos, member))) btrfs.health = Health::Abnormal;
+    return btrfs;
+  }
+  return {};
+}
+
+Health JudgeZpoolState(const std::string& state) {
+  constexpr std::array kLost = {"FAULTED", "UNAVAIL", "REMOVED", "SUSPENDED"};
+  if (state.empty() || state == "ONLINE") return Health::Normal;
+  return IsOneOf(state, kLost) ? Health::Danger : Health::Abnormal;
+}
+
+Health ReadZpool(const std::string& pool) {
+  const std::string state = BelowRoot("/proc/spl/kstat/zfs/", pool, "/state");
+  if (JudgeZpoolState(Attribute(state)) == Health::Normal) return Health::Normal;
+  std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return JudgeZpoolState(Attribute(state));
+}
+
+CrashSigns SignsInMount(const Mount& mount) {
+  constexpr std::array kStopsAtErrors = {"ext4", "xfs", "btrfs", "f2fs"};
+  CrashSigns signs;
+  signs.emergencyReadOnly =
+      HasWord(mount.superOptions, "emergency_ro") || HasWord(mount.superOptions, "shutdown");
+  signs.forcedReadOnly = HasWord(mount.options, "rw") && HasWord(mount.superOptions, "ro") &&
+                         IsOwnMount(mount) && IsOneOf(mount.type, kStopsAtErrors);
+  return signs;
+}
+
+bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot) {
+  return mount.type == "ext4" && HasWord(mount.superOptions, "errors=remount-ro") &&
+         errors.count > 0 && boot > 0 && errors.last >= boot;
+}
+
+std::int64_t ParseBootTime(const std::string& text) {
+  const std::size_t line = text.find("btime ");
+  std::int64_t boot = 0;
+  if (line != std::string::npos)
+    std::from_chars(text.data() + line + 6, text.data() + text.size(), boot);
+  return boot;
+}
+
+}  // namespace linux_platform

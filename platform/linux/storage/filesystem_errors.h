@@ -1,0 +1,58 @@
+// What ext4, btrfs and ZFS have recorded about their own troubles, and what the mount
+// table gives away. No device is opened.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/linux/storage/health.h"
+#include "platform/linux/storage/mounts.h"
+
+namespace linux_platform {
+
+// Errors counted by ext4 for the device `name`; `last` in seconds since 1970.
+struct Ext4Errors {
+  std::int64_t count = 0;
+  std::int64_t last = 0;
+};
+Ext4Errors ReadExt4Errors(const std::string& name);
+
+// The btrfs that a device (kernel name) belongs to: Abnormal when a member is missing or
+// has recorded errors.
+struct Btrfs {
+  Health health = Health::Normal;
+  std::vector<std::string> members;  // kernel names; empty when it is not mounted
+};
+Btrfs ReadBtrfs(const std::string& device);
+
+// The ZFS pools' states from /proc/spl/kstat/zfs. A pool that is not ONLINE is asked
+// again after 10 ms: the state flickers while a pool changes.
+Health JudgeZpoolState(const std::string& state);
+Health ReadZpool(const std::string& pool);
+
+// The signs that a mounted file system has stopped working. A plain read-only mount is
+// none of them.
+struct CrashSigns {
+  bool emergencyReadOnly = false;  // the kernel says so itself
+  bool forcedReadOnly = false;     // asked for read-write, and lost it
+  bool errorsStoppedIt = false;    // ext4 told to stop at errors, and met one since boot
+  bool unreadable = false;         // even its root gives I/O errors
+  bool deviceGone = false;
+  bool deviceFailed = false;  // the array or mapping beneath is beyond repair
+
+  bool Any() const {
+    return emergencyReadOnly || forcedReadOnly || errorsStoppedIt || unreadable || deviceGone ||
+           deviceFailed;
+  }
+};
+
+// The signs that the table's own words give.
+CrashSigns SignsInMount(const Mount& mount);
+// errors=remount-ro and an error since `boot` (seconds since 1970).
+bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot);
+
+// When the machine was started, from /proc/stat's text; 0 when it does not say.
+std::int64_t ParseBootTime(const std::string& text);
+
+}  // namespace linux_platform

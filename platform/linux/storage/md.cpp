@@ -1,0 +1,95 @@
+#include "platform/linux/storage/md.h"
+
+#include "common/json.h"
+#include "platform/linux/base/sysfs.h"
+
+namespace linux_platform {
+namespace {
+
+bool IsMirror(const MdArray& array) { return array.level == "raid1"; }
+
+// A mirror with more empty slots than members was made that way.
+bool IsSparseMirror(const MdArray& array) {
+  const auto has = [](const char* word) {
+    return [word](const MdMember& member) { return member.Has(word); };
+  };
+  if (!IsMirror(array) || std::ranges::any_of(array.members, has("faulty"))) return false;
+  const auto inSync = std::ranges::count_if(array.members, has("in_sync"));
+  return inSync >= 2 && array.disks - inSync > inSync;
+}
+
+bool IsNoArray(const MdArray& array) {
+  if (array.state == "clear" || array.level == "container") return true;
+  const bool firmware = array.metadata == "external:imsm" || array.metadata == "external:ddf";
+  return (firmware && array.state == "inactive") || IsSparseMirror(array);
+}
+
+// More members lost than the level can bear.
+bool IsBeyondRedundancy(const MdArray& array) {
+  if (array.state == "broken") return true;
+  if (IsMirror(array)) return array.degraded >= array.disks && array.disks > 0;
+  if (array.level == "raid4" || array.level == "raid5") return array.degraded > 1;
+  if (array.level == "raid6") return array.degraded > 2;
+  if (array.level != "raid0" && array.level != "linear") return false;
+  // These have no count of lost members: their members tell.
+  const auto lost = [](const MdMember& member) { return member.Has("faulty") || !member.present; };
+  return std::ranges::any_of(array.members, lost) ||
+         static_cast<std::int64_t>(array.members.size()) < array.disks;
+}
+
+}  // namespace
+
+bool MdMember::Has(const char* word) const { return HasWord(state, word); }
+bool MdMember::IsHotSpare() const { return Has("spare") && slot == "none"; }
+
+MdArray ReadMdArray(const std::string& name) {
+  const std::string folder = Sys("/block/", name, "/md");
+  MdArray array;
+  array.name = name;
+  array.level = Attribute(Within(folder, "level"));
+  array.state = Attribute(Within(folder, "array_state"));
+  array.metadata = Attribute(Within(folder, "metadata_version"));
+  // While a reshape runs: "5 (4)".
+  const std::string disks = Attribute(Within(folder, "raid_disks"));
+  array.disks = ToNumber(disks.substr(0, disks.find(' '))).value_or(0);
+  array.degraded = NumberAttribute(Within(folder, "degraded")).value_or(0);
+  for (const std::string& entry : NamesIn(folder)) {
+    if (!entry.starts_with("dev-")) continue;
+    const std::string member = Within(folder, entry);
+    array.members.push_back({entry.substr(4), Attribute(Within(member, "state")),
+                             Attribute(Within(member, "slot")),
+                             PathExists(Within(member, "block"))});
+  }
+  return array;
+}
+
+bool LooksLikeFirstBuild(const MdArray& array) {
+  if ((array.level != "raid4" && array.level != "raid5") || array.degraded != 1) return false;
+  const std::string last = std::to_string(array.disks - 1);
+  std::int64_t whole = 0, filling = 0;
+  for (const MdMember& member : array.members) {
+    if (member.state == "in_sync") ++whole;
+    if (member.state == "spare" && member.slot == last) ++filling;
+    if (member.Has("faulty") || !member.present) return false;
+  }
+  return whole == array.disks - 1 && filling == 1;
+}
+
+Build BuildOf(const Json::Value& snapshot, const std::string& array) {
+  using common::Member, common::TextMember;
+  const Json::Value* arrays = Member(snapshot, "arrays");
+  if (arrays == nullptr) return Build::Unknown;
+  if (Member(*arrays, array.c_str()) == nullptr) return Build::Unseen;
+  return TextMember(*arrays, array.c_str()) == "first build" ? Build::First : Build::Done;
+}
+
+Health JudgeMd(const MdArray& array, bool expected) {
+  if (IsNoArray(array)) return Health::Normal;
+  if (array.state == "inactive") return expected ? Health::Danger : Health::Abnormal;
+  if (IsBeyondRedundancy(array)) return Health::Danger;
+  const auto failing = [](const MdMember& member) { return member.Has("want_replacement"); };
+  if (array.degraded > 0 || std::ranges::any_of(array.members, failing)) return Health::Abnormal;
+  return Health::Normal;
+}
+
+}  // namespace linux_platform

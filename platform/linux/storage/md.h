@@ -1,0 +1,51 @@
+// Software RAID arrays, from /sys/block/mdN/md.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include "platform/linux/storage/health.h"
+
+namespace linux_platform {
+
+struct MdMember {
+  std::string device;   // kernel name of the disk or partition: "sda1"
+  std::string state;    // words parted by commas: "in_sync,write_error"
+  std::string slot;     // a number, or "none"
+  bool present = true;  // false once the device has been pulled
+
+  bool Has(const char* word) const;
+  bool IsHotSpare() const;  // waiting, not rebuilding: that one has a slot
+};
+
+struct MdArray {
+  std::string name;      // "md0"
+  std::string level;     // "raid5", "container"
+  std::string state;     // "clean", "inactive", ...
+  std::string metadata;  // "1.2", "external:imsm"
+  std::int64_t disks = 0;
+  std::int64_t degraded = 0;
+  std::vector<MdMember> members;
+};
+
+// About twelve attributes, none of which takes the array's reconfiguration lock.
+MdArray ReadMdArray(const std::string& name);
+
+// Whether the array may be one that is being built for the first time: a RAID 4 or 5 whose
+// last member alone is being filled. The replacement of that member looks the same.
+bool LooksLikeFirstBuild(const MdArray& array);
+
+// What the collector's snapshot "md" (null: there is none) knows of the array's first build.
+// Unseen: it has appeared since the collector last looked.
+enum class Build { Unknown, Unseen, First, Done };
+Build BuildOf(const Json::Value& snapshot, const std::string& array);
+
+// `expected`: the array is named in mdadm.conf or fstab, so that it ought to run.
+// Containers, arrays being taken apart and mirrors made with empty slots on purpose
+// are Normal. Resync, check and reshape are no fault while no member is missing.
+Health JudgeMd(const MdArray& array, bool expected);
+
+}  // namespace linux_platform

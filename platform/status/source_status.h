@@ -1,0 +1,72 @@
+// The platform's second voice. By contract a source that fails looks healthy to the
+// module; here a platform tells what it really met: which sources it read, which are
+// not there, which failed and why. Per thread, since the last reset.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+// --- The border to the host, found with dlsym. A platform without it has no voice.
+
+struct VELASourceReport {
+  const char* name;            // static text: "UPS"
+  std::int32_t state;          // 0 absent (or not asked), 1 read, 2 failed
+  std::uint32_t microseconds;  // spent in this source since the reset
+  char reason[240];            // why absent or failed; when read, by whom else, mostly empty
+};
+static_assert(sizeof(VELASourceReport) == 256);
+
+extern "C" {
+// Forgets what this thread's sources said.
+__attribute__((visibility("default"))) void VELAPlatformSourcesReset(void);
+// Copies up to `room` reports, in a fixed order, and returns how many sources there are.
+__attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport* reports, int room);
+}
+
+// --- The platforms' side.
+
+namespace source_status {
+
+enum class Source {
+  Network,
+  Configuration,
+  Hardware,
+  WebServer,
+  Ups,
+  Volumes,
+  Disks,
+  ExternalVolumes,
+  ExpansionUnits,
+  HighAvailability,
+  San,
+};
+constexpr int kSourceCount = 11;
+const char* NameOf(Source source);  // as in the reports
+
+// Within one request "failed" outlasts "read", and "read" outlasts "absent". Nothing here
+// allocates or throws.
+void SayRead(Source source);
+void SayAbsent(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void SayFailed(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+// Adds its own lifetime to the source's time and says that it was read, unless something
+// else is said.
+class SourceScope {
+ public:
+  explicit SourceScope(Source source);
+  ~SourceScope();
+  SourceScope(const SourceScope&) = delete;
+  SourceScope& operator=(const SourceScope&) = delete;
+
+  // Read, but by somebody else, or a while ago.
+  void Read(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  void Absent(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  void Failed(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+ private:
+  Source source_;
+  bool said_ = false;
+  std::chrono::steady_clock::time_point start_;
+};
+
+}  // namespace source_status
