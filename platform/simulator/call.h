@@ -34,7 +34,7 @@ class Call {
 
  private:
   void SayWhatIsStated() {
-    const auto stated = machine_.sources.find(std::string_view(source_status::NameOf(source_)));
+    const auto stated = machine_.sources.find(std::string_view(common::SourceName(source_)));
     if (stated == machine_.sources.end()) return;
     const auto& [state, reason] = stated->second;
     if (state == "absent") Absent(reason.c_str());

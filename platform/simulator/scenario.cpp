@@ -73,7 +73,7 @@ class FieldReader {
   void Read(const char* name, Sources& target) {
     reader_.Read(name, [&target](ObjectReader& members) {
       for (int source = 0; source < source_status::kSourceCount; ++source) {
-        const char* key = source_status::NameOf(static_cast<source_status::Source>(source));
+        const char* key = common::SourceName(static_cast<source_status::Source>(source));
         if (members.Take(key) == nullptr) continue;
         members.Read(key, [&](ObjectReader& reader) { ReadFields(reader, target[key]); });
       }

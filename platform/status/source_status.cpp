@@ -11,11 +11,6 @@ namespace {
 
 enum : std::int32_t { kAbsent = 0, kRead = 1, kFailed = 2 };
 
-constexpr std::array<const char*, kSourceCount> kNames = {
-    "network", "configuration",    "hardware",        "web server",        "UPS", "volumes",
-    "disks",   "external volumes", "expansion units", "high availability", "SAN",
-};
-
 struct Statement {
   bool asked;
   std::int32_t state;
@@ -38,8 +33,6 @@ void Say(Source source, std::int32_t state, const char* format, std::va_list arg
 }
 
 }  // namespace
-
-const char* NameOf(Source source) { return kNames[static_cast<std::size_t>(source)]; }
 
 void SayRead(Source source) {
   Statement& statement = Of(source);
@@ -106,7 +99,7 @@ int VELAPlatformSources(VELASourceReport* reports, int room) {
     const auto index = static_cast<std::size_t>(i);
     const Statement& statement = statements[index];
     VELASourceReport& report = reports[i];
-    report.name = kNames[index];
+    report.name = common::kSourceNames[index];
     report.state = statement.state;
     report.microseconds =
         static_cast<std::uint32_t>(duration_cast<microseconds>(statement.time).count());

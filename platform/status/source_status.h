@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cstdint>
 
+#include "common/sources.h"
+
 // --- The border to the host, found with dlsym. A platform without it has no voice.
 
 struct VELASourceReport {
@@ -27,21 +29,8 @@ __attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport*
 
 namespace source_status {
 
-enum class Source {
-  Network,
-  Configuration,
-  Hardware,
-  WebServer,
-  Ups,
-  Volumes,
-  Disks,
-  ExternalVolumes,
-  ExpansionUnits,
-  HighAvailability,
-  San,
-};
-constexpr int kSourceCount = 11;
-const char* NameOf(Source source);  // as in the reports
+using common::Source;
+constexpr int kSourceCount = static_cast<int>(common::kSourceNames.size());
 
 // Within one request "failed" outlasts "read", and "read" outlasts "absent". Nothing here
 // allocates or throws.

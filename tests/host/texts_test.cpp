@@ -84,7 +84,7 @@ TEST(Texts, EveryLanguageHasTheSameTextsWithTheSamePlaceholders) {
 TEST(Texts, EverySourceHasANameForPeople) {
   const Texts texts(VELA_TEXTS, "en");
   for (int source = 0; source < source_status::kSourceCount; ++source) {
-    const char* name = source_status::NameOf(static_cast<source_status::Source>(source));
+    const char* name = common::SourceName(static_cast<source_status::Source>(source));
     EXPECT_NE(texts.Find("source", name), nullptr) << name;
   }
   EXPECT_NE(texts.Find("source", "operating system"), nullptr) << "what only the log tells of";

@@ -1,0 +1,34 @@
+// The sources of what the module asks: platforms report on them, findings rest on them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace common {
+
+// The numeric order is the order of the platforms' reports.
+enum class Source {
+  Network,
+  Configuration,
+  Hardware,
+  WebServer,
+  Ups,
+  Volumes,
+  Disks,
+  ExternalVolumes,
+  ExpansionUnits,
+  HighAvailability,
+  San,
+};
+
+inline constexpr std::array kSourceNames = {
+    "network", "configuration",    "hardware",        "web server",        "UPS", "volumes",
+    "disks",   "external volumes", "expansion units", "high availability", "SAN",
+};
+static_assert(kSourceNames.size() == static_cast<std::size_t>(Source::San) + 1);
+
+constexpr const char* SourceName(Source source) {
+  return kSourceNames[static_cast<std::size_t>(source)];
+}
+
+}  // namespace common
