@@ -1,0 +1,63 @@
+// Runs the built vela-health as its users do. VELA_BUILD names the build folder.
+import {spawn, spawnSync} from "node:child_process";
+import {mkdirSync, mkdtempSync, rmSync, writeFileSync} from "node:fs";
+import {request} from "node:http";
+import {tmpdir} from "node:os";
+import {dirname, join} from "node:path";
+import {fileURLToPath} from "node:url";
+
+export const source = join(dirname(fileURLToPath(import.meta.url)), "../../..");
+export const build = process.env.VELA_BUILD;
+export const program = join(build, "host/vela-health");
+
+// A folder of this test's own, gone when it ends.
+export const folder = mkdtempSync(join(tmpdir(), "vela-health-test-"));
+process.on("exit", () => rmSync(folder, {recursive: true, force: true}));
+
+export function write(name, text) {
+  const file = join(folder, name);
+  mkdirSync(dirname(file), {recursive: true});
+  writeFileSync(file, text);
+  return file;
+}
+
+// A machine with this state beside a healthy one's; its path for --scenario.
+export const scenario = (name, state) =>
+  dirname(write(`${name}/state.json`, JSON.stringify({why: "a test", ...state})));
+
+// To its end: exit status (null when a signal ended it) and both outputs.
+export function run(words, environment = {}) {
+  const env = {...process.env, LC_ALL: "C.UTF-8", ...environment};
+  const {status, stdout, stderr, error} = spawnSync(program, words, {encoding: "utf8", env, maxBuffer: 2 ** 26});
+  if (error) throw error;
+  return {status, out: stdout, err: stderr};
+}
+
+const serving = new Set();
+process.on("exit", () => serving.forEach(child => child.kill("SIGKILL")));
+
+// `vela-health serve` on a free port, once it says its address; ends with this test at the latest.
+export async function serve(...words) {
+  const child = spawn(program, ["serve", "--port", "0", ...words], {stdio: ["ignore", "pipe", "inherit"]});
+  serving.add(child);
+  const ended = new Promise(resolve => child.on("exit", resolve)).finally(() => serving.delete(child));
+  const line = await Promise.race([
+    new Promise(resolve => child.stdout.once("data", data => resolve(String(data)))),
+    ended.then(status => { throw new Error(`vela-health serve ended with ${status}`); }),
+  ]);
+  const stop = (signal = "SIGTERM") => { child.kill(signal); return ended; };  // the exit status
+  const {port, origin} = new URL(line.match(/http:\S+/)[0]);
+  return {url: origin, port: Number(port), pid: child.pid, stop};
+}
+
+// One request as it is written here: no path is made tidy, no redirect followed.
+export const ask = (port, path, {method = "GET", headers = {}, body, from = "127.0.0.1"} = {}) =>
+  new Promise((resolve, reject) => {
+    const options = {host: "127.0.0.1", localAddress: from, port, path, method, headers, agent: false};
+    request(options, async answer => {
+      const parts = [];
+      for await (const part of answer) parts.push(part);
+      const bytes = Buffer.concat(parts);
+      resolve({status: answer.statusCode, headers: answer.headers, bytes, body: bytes.toString()});
+    }).on("error", reject).end(body);
+  });
