@@ -16,7 +16,7 @@ std::optional<CheckerRule> HAStatusChecker(const SystemInfoHandler&) {
   char status[1024] = {};
   VELAHAGetOverviewStatusDL(status, sizeof status);
   constexpr std::array trouble = {"danger", "warning", "empty_passive"};
-  if (std::find(trouble.begin(), trouble.end(), common::TextOf(status)) == trouble.end())
+  if (std::find(trouble.begin(), trouble.end(), common::ViewText(status)) == trouble.end())
     return std::nullopt;
 
   return CheckerRule(CheckerRuleType::Warning, 0.5, "ha_status_warning", "widget",

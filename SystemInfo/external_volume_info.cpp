@@ -15,8 +15,8 @@ constexpr int kUsbClass = 4;  // card readers included
 constexpr int kEsataClass = 8;
 
 ExternalVolume FromRecord(const VELA_MOUNT_VOL_INFO& record) {
-  return {Volume::ToUIUsbSataVolumeStr(std::string(common::TextOf(record.name))), record.totalSize,
-          record.freeSize};
+  return {Volume::ToUIUsbSataVolumeStr(std::string(common::ViewText(record.name))),
+          record.totalSize, record.freeSize};
 }
 
 std::vector<ExternalVolume> MountedVolumes(int volumeClass) {

@@ -8,7 +8,7 @@
 #include <velac.h>
 #include <boost/scope_exit.hpp>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "module/base/log.h"
 
 namespace VELA::SystemHealth {
@@ -70,8 +70,8 @@ bool SanStatusInfo::LoadSanStatusInfo() {
   BOOST_SCOPE_EXIT_ALL(stream) { VLIBCPclose(stream); };
 
   Json::Value san;
-  if (common::ParseJson(ReadLines(stream), common::Comments::Collect, san)) {
-    const Json::Value* lowCapacityWrite = common::Member(san, "low_capacity_write_on");
+  if (common::ParseJson(ReadLines(stream), san, common::Comments::Collect)) {
+    const Json::Value* lowCapacityWrite = common::FindMember(san, "low_capacity_write_on");
     lowCapacityWrite_ =
         lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();
     rawStatus_["san"].swap(san);
@@ -80,8 +80,8 @@ bool SanStatusInfo::LoadSanStatusInfo() {
 }
 
 void SanStatusInfo::LoadLunInfo() {
-  const Json::Value* san = common::Member(rawStatus_, "san");
-  const Json::Value* luns = san != nullptr ? common::Member(*san, "luns") : nullptr;
+  const Json::Value* san = common::FindMember(rawStatus_, "san");
+  const Json::Value* luns = san != nullptr ? common::FindMember(*san, "luns") : nullptr;
   if (luns == nullptr) {
     LogError(kNoLuns, "Failed to load lun info for SAN Manager");
     return;
@@ -90,8 +90,8 @@ void SanStatusInfo::LoadLunInfo() {
 }
 
 void SanStatusInfo::LoadVolumeInfo() {
-  const Json::Value* san = common::Member(rawStatus_, "san");
-  const Json::Value* volumes = san != nullptr ? common::Member(*san, "volumes") : nullptr;
+  const Json::Value* san = common::FindMember(rawStatus_, "san");
+  const Json::Value* volumes = san != nullptr ? common::FindMember(*san, "volumes") : nullptr;
   if (volumes == nullptr) {
     LogError(kNoVolumes, "Failed to load volume info for SAN Manager");
     return;

@@ -6,7 +6,7 @@
 
 #include <velac.h>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "common/text.h"
 #include "module/base/log.h"
 #include "module/base/platform_list.h"
@@ -38,7 +38,7 @@ std::string VolumeIdOf(const std::string& spaceId) {
 }
 
 VolumeUsageInfo FromRecord(const SpaceRecord& record) {
-  const std::string path(common::TextOf(record.path));
+  const std::string path(common::ViewText(record.path));
   _tag_volume_usage usage = {};
   PlatformList<FS_INFO, FSInfoFree> fileSystem;
   if (!Volume::GetVolumeFSInfo(path.c_str(), usage, fileSystem.Out()))
@@ -52,7 +52,7 @@ VolumeUsageInfo FromRecord(const SpaceRecord& record) {
 }
 
 bool IsDisconnected(const Json::Value& remote) {
-  const Json::Value* disconnect = common::Member(remote, "disconnect");
+  const Json::Value* disconnect = common::FindMember(remote, "disconnect");
   return disconnect != nullptr && disconnect->isInt();
 }
 
@@ -66,13 +66,13 @@ DiskStatus FromJson(const Json::Value& disk) {
   for (auto member = disk.begin(); member != end; ++member) {
     const std::string_view name = common::MemberName(member);
     if (name == "name") {
-      status.name = common::TextOf(*member);
+      status.name = common::ViewText(*member);
     } else if (name == "status") {
-      status.status = common::TextOf(*member);
+      status.status = common::ViewText(*member);
     } else if (name == "overview_status") {
-      status.overviewStatus = common::TextOf(*member);
+      status.overviewStatus = common::ViewText(*member);
     } else if (name == "used_by") {
-      status.inUse = IsInUse(common::TextOf(*member));
+      status.inUse = IsInUse(common::ViewText(*member));
     } else if (name == "remote_info") {
       status.remoteDisconnected = IsDisconnected(*member);
     }

@@ -7,7 +7,7 @@
 #include <vela_webserver.h>
 #include <velac.h>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "common/text.h"
 #include "module/base/log.h"
 
@@ -72,7 +72,7 @@ void SystemStatusInfo::LoadTemperatureWarning() {
     LogError(kNoSupportKey, "Failed to get support key: [%s]", kTemperatureKey);
     return;
   }
-  if (common::TextOf(supported) != "yes") return;
+  if (common::ViewText(supported) != "yes") return;
 
   int state = 0;
   if (VELAHWSysTempWarning(&state) == 0) temperatureWarning = state == 1;

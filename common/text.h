@@ -9,7 +9,7 @@ namespace common {
 
 // The text of a fixed field: up to its first NUL, or all of it when there is none.
 template <std::size_t Size>
-std::string_view TextOf(const char (&field)[Size]) {
+std::string_view ViewText(const char (&field)[Size]) {
   return {field, strnlen(field, Size)};
 }
 

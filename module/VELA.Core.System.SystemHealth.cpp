@@ -35,7 +35,7 @@ std::string HostName() {
     LogError({kSource, __LINE__}, "Failed to get hostname, error: [%s]", LastError().c_str());
     return "";
   }
-  return std::string(common::TextOf(name));
+  return std::string(common::ViewText(name));
 }
 
 // Hours, minutes and seconds since boot; hours are not folded into days.
@@ -61,7 +61,7 @@ Json::Value Interfaces() {
     return list;
   }
   for (int i = 0; i < count && i < kMostInterfaces; ++i) {
-    const std::string name(common::TextOf(entries[i].name));
+    const std::string name(common::ViewText(entries[i].name));
     VELA_NETIF_INFO details = {};
     if (VELANetIFGetInfoEx(name.c_str(), 0, &details) < 0) {
       LogError({kSource, __LINE__}, "Failed to get interface: [%s] information.[0x%04X %s:%d]",
@@ -70,7 +70,7 @@ Json::Value Interfaces() {
     }
     Json::Value interface(Json::objectValue);
     interface[Key("id")] = name;
-    interface[Key("ip")] = std::string(common::TextOf(details.address));
+    interface[Key("ip")] = std::string(common::ViewText(details.address));
     interface[Key("type")] =
         vela::network::GetTypeString(vela::network::GetIfType(name.c_str(), nullptr));
     list.append(std::move(interface));

@@ -7,7 +7,7 @@
 
 #include "benchmarks/get.h"
 #include "benchmarks/linux/sides.h"
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/storage/storage_view.h"
 #include "vela_conf.h"
 #include "vela_network.h"

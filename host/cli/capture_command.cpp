@@ -6,8 +6,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "common/one_line.h"
-#include "common/outline.h"
+#include "common/json_writer.h"
 #include "host/answer/advice.h"
 #include "host/answer/verdict.h"
 #include "host/cli/new_folder.h"
@@ -23,7 +22,7 @@ constexpr const char* kAnswer = "expected.json";
 std::string OverManyLines(const std::string& document) {
   Json::Value root;
   std::istringstream(document) >> root;
-  return common::Outline(root).Text() + "\n";
+  return common::WritePretty(root);
 }
 
 std::string Today() {
@@ -51,7 +50,7 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
     written["folder"] = folder;
     written["files"].append(kState);
     written["files"].append(kAnswer);
-    std::cout << common::OneLine(written) << std::endl;
+    std::cout << common::WriteCompact(written) << std::endl;
     return;
   }
   const Style style = Style::ForStandardOutput();

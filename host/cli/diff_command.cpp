@@ -8,7 +8,7 @@
 #include <sstream>
 #include <vector>
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "host/answer/advice.h"
 #include "host/answer/explanation.h"
 #include "host/answer/verdict.h"
@@ -81,7 +81,7 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
     sides["changes"] = old != now;
     sides["a"] = Sentence(before.rule, texts);
     sides["b"] = Sentence(after.rule, texts);
-    std::cout << common::OneLine(sides) << std::endl;
+    std::cout << common::WriteCompact(sides) << std::endl;
   } else if (old == now) {
     std::cout << texts.Ui("nothing_changes", now) << '\n';
     PrintHidden(before, after, texts, style);

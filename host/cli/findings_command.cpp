@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "host/answer/advice.h"
 #include "host/answer/catalogue.h"
 #include "host/answer/verdict.h"
@@ -72,7 +72,7 @@ ExitStatus RunFindings(Session& session, bool markdown) {
       PrintText(finding, texts, style);
     }
   }
-  if (session.Options().json) std::cout << common::OneLine(all) << '\n';
+  if (session.Options().json) std::cout << common::WriteCompact(all) << '\n';
   std::cout.flush();
   return kHealthy;
 }

@@ -9,7 +9,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "host/answer/advice.h"
 #include "host/answer/verdict.h"
 #include "host/site/report_page.h"
@@ -97,7 +97,7 @@ ExitStatus RunReport(Session& session, const std::string& file) {
     Replace(file, page);
     Json::Value written;
     written["file"] = file;
-    std::cout << (session.Options().json ? common::OneLine(written)
+    std::cout << (session.Options().json ? common::WriteCompact(written)
                                          : session.GetTexts().Ui("report_written", file))
               << std::endl;
   }

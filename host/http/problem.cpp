@@ -1,6 +1,6 @@
 #include "host/http/problem.h"
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 
 namespace host {
 
@@ -12,7 +12,7 @@ HttpAnswer Problem(unsigned status, const char* title, const std::string& detail
   problem["status"] = status;
   problem["detail"] = detail;
   for (const std::string& name : available) problem["available"].append(name);
-  return {status, "application/problem+json", common::OneLine(problem)};
+  return {status, "application/problem+json", common::WriteCompact(problem)};
 }
 
 }  // namespace host

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "vela_api.h"
 
 namespace host {

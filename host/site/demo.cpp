@@ -7,7 +7,7 @@
 #include <tuple>
 #include <utility>
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "host/answer/catalogue.h"
 #include "host/text/failure.h"
 
@@ -74,7 +74,7 @@ Demo::Demo(const Platform& platform, std::filesystem::path scenarios)
     finding["rule"] = sample->second.rule;
   }
   for (const std::string& name : names_) gallery["scenarios"].append(name);
-  gallery_ = common::OneLine(gallery);
+  gallery_ = common::WriteCompact(gallery);
 }
 
 SimulatedMachine Demo::Open(const std::string& name) const {

@@ -1,6 +1,6 @@
 #include "host/site/page_answer.h"
 
-#include "common/one_line.h"
+#include "common/json_writer.h"
 #include "host/answer/explanation.h"
 #include "host/answer/verdict.h"
 
@@ -31,8 +31,8 @@ Json::Value FurtherFindings(const Host& host, const SimulatedMachine& machine) {
 std::string PageAnswer(const Host& host, const SimulatedMachine& machine) {
   const Reply reply = host.Ask(HealthMethod(host), machine);
   return "{\"answer\":" + reply.document +
-         ",\"findings\":" + common::OneLine(FurtherFindings(host, machine)) +
-         ",\"sources\":" + common::OneLine(SourcesOf(reply)) + "}";
+         ",\"findings\":" + common::WriteCompact(FurtherFindings(host, machine)) +
+         ",\"sources\":" + common::WriteCompact(SourcesOf(reply)) + "}";
 }
 
 }  // namespace host

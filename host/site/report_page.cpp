@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "common/outline.h"
+#include "common/json_writer.h"
 #include "host/answer/advice.h"
 #include "host/answer/input_lines.h"
 #include "host/answer/sources_line.h"
@@ -150,7 +150,7 @@ std::string Network(const std::vector<Interface>& interfaces, const Texts& texts
 std::string Document(const std::string& document, const Texts& texts) {
   Json::Value root;
   std::istringstream(document) >> root;
-  std::istringstream lines(common::Outline(root).Text());
+  std::istringstream lines(common::WritePretty(root));
   std::string shown;
   for (std::string line; std::getline(lines, line);) shown += Escaped(line) + "\n";
   return Around("details", Element("summary", texts.Ui("document")) +

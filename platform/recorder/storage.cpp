@@ -5,18 +5,14 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <sstream>
 
 #include <vela_storage.h>
 #include <velac.h>
 
-#include <json/reader.h>
-
-#include "common/outline.h"
 #include "common/text.h"
 #include "platform/recorder/below.h"
 
-using common::TextOf;
+using common::ViewText;
 using recorder::Below;
 using recorder::Seen;
 
@@ -44,13 +40,6 @@ simulator::ExpansionUnit FromRecord(VELA_EBOX_INFO& record) {
     unit.power->result = record.power(record.context, &unit.power->word);
   }
   return unit;
-}
-
-// A copy that lasts: a platform may lend its texts.
-Json::Value Owned(const Json::Value& lent) {
-  Json::Value copy;
-  std::istringstream(common::CompactJson(lent)) >> copy;
-  return copy;
 }
 
 // The bytes of the SAN tool once more, for the module.
@@ -112,7 +101,7 @@ const SpaceRecord* Space::GetAll() const {
   Seen().volumes.clear();
   for (const SpaceRecord* record = list; record != nullptr; record = record->next) {
     auto& volume = Seen().volumes.emplace_back();
-    volume.path = TextOf(record->path);
+    volume.path = ViewText(record->path);
     volume.type = record->type;
   }
   return list;
@@ -137,7 +126,7 @@ bool Disk::DumpDisks(const Space& space, Json::Value& array) {
   Seen().disksFail = !dumped;
   Seen().disks.Clear();
   for (Json::ArrayIndex i = before; array.isArray() && i < array.size(); ++i)
-    Seen().disks.Append(Owned(array[i]));
+    Seen().disks.Append(array[i]);
   return dumped;
 }
 
@@ -156,7 +145,7 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
 }
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
-  return VolumeAt(TextOf(record.path)).status = Below<std::string(const SpaceRecord&)>(
+  return VolumeAt(ViewText(record.path)).status = Below<std::string(const SpaceRecord&)>(
              "_ZN4VELA3ZRT15STORAGE_MANAGER6Volume17ToJsonSpaceStatusB5cxx11ERKNS1_"
              "11SpaceRecordE")(record);
 }
@@ -183,7 +172,7 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int first, int volumeClass, int last) {
   volumes.clear();
   // The simulator's records carry the name that people see.
   for (const auto* record = list; record != nullptr; record = record->next) {
-    const std::string name(TextOf(record->name));
+    const std::string name(ViewText(record->name));
     volumes.push_back({VELA::ZRT::STORAGE_WEBUTILS::Volume::ToUIUsbSataVolumeStr(name),
                        record->totalSize, record->freeSize});
   }

@@ -27,7 +27,7 @@ Json::Value BorrowedObject(const Json::Value& source, Texts& texts) {
     const char* begin = member.memberName(&end);
     const std::string_view name(begin, end);
     if (HoldsNul(name))
-      copy[std::string(name)] = *member;
+      copy[std::string(name)] = Borrowed(*member, texts);
     else
       copy[Kept(name, texts)] = Borrowed(*member, texts);
   }

@@ -7,7 +7,7 @@
 
 #include <json/reader.h>
 
-#include "common/outline.h"
+#include "common/json_writer.h"
 #include "platform/simulator/scenario_fields.h"
 
 namespace simulator {
@@ -36,7 +36,7 @@ class FieldReader {
   void Document(const std::string& name, Bytes Object::*field) {
     std::optional<std::string> bytes;
     if (const Json::Value* document = reader_.Take(name.c_str())) {
-      if (!document->isNull()) bytes = common::CompactJson(*document);
+      if (!document->isNull()) bytes = common::WriteCompact(*document);
       object_.*field = bytes;
     }
     if (reader_.Take((name + "Text").c_str()) == nullptr) return;

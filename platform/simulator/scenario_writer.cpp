@@ -3,44 +3,45 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <limits>
 #include <memory>
 
 #include <json/reader.h>
 
-#include "common/outline.h"
+#include "common/json_writer.h"
 #include "platform/simulator/scenario_fields.h"
 
 namespace simulator {
 namespace {
 
-common::Outline TextOf(const std::string& text) { return common::Outline(Json::Value(text)); }
-common::Outline TextOf(bool value) { return common::Outline(Json::Value(value)); }
+Json::Value ToJson(const std::string& text) { return text; }
+Json::Value ToJson(bool value) { return value; }
 
-template <typename Integer>
-requires std::is_integral_v<Integer> common::Outline TextOf(Integer value) {
-  return common::Outline::Number(std::to_string(value));
-}
+Json::Value ToJson(std::signed_integral auto value) { return Json::Int64{value}; }
+Json::Value ToJson(std::unsigned_integral auto value) { return Json::UInt64{value}; }
 
-// The fewest digits that give the same number. JSON has no infinities and no NaN, which is
-// below nothing, as is the lowest number.
-common::Outline TextOf(float value) {
+// The number with the fewest digits that is the same float. JSON has no infinities and no NaN,
+// which is below nothing, as is the lowest number.
+Json::Value ToJson(float value) {
   using Limits = std::numeric_limits<float>;
   value = std::isnan(value) ? Limits::lowest() : std::clamp(value, Limits::lowest(), Limits::max());
   char digits[64];
   const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  return common::Outline::Number(std::string(digits, end));
+  double number = 0;
+  std::from_chars(digits, end, number);
+  return number;
 }
 
 // The document whose compact text these bytes are, if there is one: it reads better.
-std::optional<Json::Value> DocumentOf(const std::string& bytes) {
+std::optional<Json::Value> ParseDocument(const std::string& bytes) {
   Json::CharReaderBuilder shallow;
   shallow["stackLimit"] = 900;  // within a scenario it stands deeper
   const std::unique_ptr<Json::CharReader> reader(shallow.newCharReader());
   Json::Value document;
   try {
     if (!reader->parse(bytes.data(), bytes.data() + bytes.size(), &document, nullptr) ||
-        document.isNull() || common::CompactJson(document) != bytes)
+        document.isNull() || common::WriteCompact(document) != bytes)
       return std::nullopt;
   } catch (const Json::Exception&) {
     return std::nullopt;  // nested deeper than the library follows
@@ -48,86 +49,87 @@ std::optional<Json::Value> DocumentOf(const std::string& bytes) {
   return document;
 }
 
-const std::optional<std::string>& BytesOf(const std::optional<std::string>& bytes) { return bytes; }
-const std::optional<std::string>& BytesOf(const MemoryFile& file) { return file.Text(); }
+const std::optional<std::string>& GetBytes(const std::optional<std::string>& bytes) {
+  return bytes;
+}
+const std::optional<std::string>& GetBytes(const MemoryFile& file) { return file.Text(); }
 
 // Adds the fields of `object` that are not those of `usual`.
 template <typename Object>
 class FieldWriter {
  public:
-  FieldWriter(common::Outline& out, const Object& object, const Object& usual)
+  FieldWriter(Json::Value& out, const Object& object, const Object& usual)
       : out_(out), object_(object), usual_(usual) {}
 
   template <typename Value>
   void operator()(const char* name, Value Object::*field) {
-    if (!(object_.*field == usual_.*field)) out_.Add(name, Write(object_.*field, usual_.*field));
+    if (!(object_.*field == usual_.*field)) out_[name] = Write(object_.*field, usual_.*field);
   }
   template <typename DescribeMembers>
   void Group(const char* name, DescribeMembers describe) {
-    common::Outline members = common::Outline::Object();
+    Json::Value members(Json::objectValue);
     FieldWriter group(members, object_, usual_);
     describe(group);
-    if (!members.Empty()) out_.Add(name, std::move(members));
+    if (!members.empty()) out_[name] = std::move(members);
   }
   template <typename Bytes>
   void Document(const std::string& name, Bytes Object::*field) {
     if (object_.*field == usual_.*field) return;
-    const std::optional<std::string>& bytes = BytesOf(object_.*field);
-    if (!bytes) return out_.Add(name, common::Outline(Json::Value()));
-    const std::optional<Json::Value> document = DocumentOf(*bytes);
-    if (document) return out_.Add(name, common::Outline(*document));
-    out_.Add(name + "Text", TextOf(*bytes));
+    const std::optional<std::string>& bytes = GetBytes(object_.*field);
+    const std::optional<Json::Value> document = bytes ? ParseDocument(*bytes) : Json::Value();
+    if (document)
+      out_[name] = *document;
+    else
+      out_[name + "Text"] = *bytes;
   }
 
  private:
   template <typename Element>
-  static common::Outline WriteFields(const Element& element, const Element& usual) {
-    common::Outline members = common::Outline::Object();
+  static Json::Value WriteFields(const Element& element, const Element& usual) {
+    Json::Value members(Json::objectValue);
     FieldWriter<Element> fields(members, element, usual);
     Describe(fields, std::type_identity<Element>());
     return members;
   }
 
   template <typename Value>
-  static common::Outline Write(const Value& value, const Value&) {
-    return TextOf(value);
+  static Json::Value Write(const Value& value, const Value&) {
+    return ToJson(value);
   }
   template <typename Value>
-  static common::Outline Write(const std::optional<Value>& value, const std::optional<Value>&) {
-    return value ? TextOf(*value) : common::Outline(Json::Value());
+  static Json::Value Write(const std::optional<Value>& value, const std::optional<Value>&) {
+    return value ? ToJson(*value) : Json::Value();
   }
-  static common::Outline Write(const std::optional<PowerReport>& value,
-                               const std::optional<PowerReport>&) {
-    return value ? WriteFields(*value, PowerReport()) : common::Outline(Json::Value());
+  static Json::Value Write(const std::optional<PowerReport>& value,
+                           const std::optional<PowerReport>&) {
+    return value ? WriteFields(*value, PowerReport()) : Json::Value();
   }
   template <typename Element>
-  static common::Outline Write(const std::vector<Element>& list, const std::vector<Element>&) {
-    common::Outline elements = common::Outline::List();
-    for (const Element& element : list) elements.Add(WriteFields(element, Element()));
+  static Json::Value Write(const std::vector<Element>& list, const std::vector<Element>&) {
+    Json::Value elements(Json::arrayValue);
+    for (const Element& element : list) elements.append(WriteFields(element, Element()));
     return elements;
   }
-  static common::Outline Write(const DiskList& disks, const DiskList&) {
-    return common::Outline(disks.Borrowed());
-  }
-  static common::Outline Write(const Sources& sources, const Sources&) {
-    common::Outline members = common::Outline::Object();
+  static Json::Value Write(const DiskList& disks, const DiskList&) { return disks.Borrowed(); }
+  static Json::Value Write(const Sources& sources, const Sources&) {
+    Json::Value members(Json::objectValue);
     for (const auto& [name, statement] : sources)
-      members.Add(name, WriteFields(statement, SourceStatement{"", ""}));
+      members[name] = WriteFields(statement, SourceStatement{"", ""});
     return members;
   }
   using Texts = std::map<std::string, std::string, std::less<>>;
-  static common::Outline Write(const Texts& texts, const Texts& usual) {
-    common::Outline members = common::Outline::Object();
+  static Json::Value Write(const Texts& texts, const Texts& usual) {
+    Json::Value members(Json::objectValue);
     for (const auto& [key, text] : usual)
-      if (!texts.contains(key)) members.Add(key, common::Outline(Json::Value()));
+      if (!texts.contains(key)) members[key] = Json::Value();
     for (const auto& [key, text] : texts) {
       const auto same = usual.find(key);
-      if (same == usual.end() || same->second != text) members.Add(key, TextOf(text));
+      if (same == usual.end() || same->second != text) members[key] = ToJson(text);
     }
     return members;
   }
 
-  common::Outline& out_;
+  Json::Value& out_;
   const Object& object_;
   const Object& usual_;
 };
@@ -136,11 +138,11 @@ class FieldWriter {
 
 std::string WriteScenario(const Machine& machine, const std::string& why) {
   const Machine healthy;
-  common::Outline state = common::Outline::Object();
-  state.Add("why", TextOf(why));
+  Json::Value state(Json::objectValue);
+  state["why"] = why;
   FieldWriter<Machine> fields(state, machine, healthy);
   Describe(fields, std::type_identity<Machine>());
-  return state.Text() + "\n";
+  return common::WritePretty(state);
 }
 
 }  // namespace simulator

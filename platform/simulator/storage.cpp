@@ -129,7 +129,7 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
   Call call(Source::Volumes, "Volume::ToJsonSpaceStatus");
-  const auto* volume = Find(*call, common::TextOf(record.path));
+  const auto* volume = Find(*call, common::ViewText(record.path));
   return volume != nullptr ? volume->status : "";
 }
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/scan/lynis_report.h"
 #include "tests/linux/temporary_root.h"
 
@@ -69,7 +69,7 @@ TEST(LynisReport, AnUpdateThatWaitsForMoreThanTwoWeeksIsDanger) {
             "danger");
   for (const char* odd : {"[]", "{\"vulnerableSince\": 5}", "7"}) {
     Json::Value before;
-    common::ParseJson(odd, common::Comments::Skip, before);
+    common::ParseJson(odd, before);
     EXPECT_EQ(Status(pending, before), "warning") << odd;
   }
 }

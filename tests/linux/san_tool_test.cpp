@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/san/lun_status.h"
 #include "platform/linux/san/target.h"
 #include "tests/linux/temporary_root.h"
@@ -104,7 +104,7 @@ class SanToolTest : public testing::Test {
     while (const std::size_t got = fread(part, 1, sizeof part, stream)) text.append(part, got);
     EXPECT_EQ(WEXITSTATUS(pclose(stream)), expected);
     Json::Value document;
-    EXPECT_TRUE(common::ParseJson(text, common::Comments::Skip, document));
+    EXPECT_TRUE(common::ParseJson(text, document));
     return document;
   }
 

@@ -4,13 +4,13 @@
 #include <cerrno>
 #include <cstring>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/root.h"
 
 namespace linux_platform {
 namespace {
 
-using common::Comments, common::Member, common::ParseJson, common::TextMember;
+using common::FindMember, common::ParseJson, common::TextMember;
 
 constexpr std::time_t kLongestPeriod = 86400;
 constexpr std::size_t kLongestError = 160;
@@ -22,7 +22,7 @@ SnapshotState Failed(std::string_view source, std::string_view what, std::string
 
 // A member as seconds; -1 unless it is a plausible count of them.
 std::time_t SecondsMember(const Json::Value& document, const char* name) {
-  const Json::Value* member = Member(document, name);
+  const Json::Value* member = FindMember(document, name);
   return member != nullptr && member->isInt64() ? member->asInt64() : -1;
 }
 
@@ -49,11 +49,11 @@ SnapshotState JudgeAge(std::string_view source, const Json::Value& document, std
 SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std::time_t now,
                             std::string_view bootId, Json::Value& document, std::string& reason) {
   Json::Value parsed;
-  if (!ParseJson(text, Comments::Skip, parsed) || !parsed.isObject())
+  if (!ParseJson(text, parsed) || !parsed.isObject())
     return Failed(source, "is not a JSON object", reason);
   if (bootId.empty() || TextMember(parsed, "boot_id") != bootId) return SnapshotState::Absent;
   if (JudgeAge(source, parsed, now, reason) == SnapshotState::Failed) return SnapshotState::Failed;
-  if (Member(parsed, "error") != nullptr) {
+  if (FindMember(parsed, "error") != nullptr) {
     const std::string error = TextMember(parsed, "error").substr(0, kLongestError);
     reason = std::string(source) + ": " + (error.empty() ? "could not be read" : error);
     return SnapshotState::Failed;

@@ -1,18 +1,18 @@
 #include "platform/linux/chassis/fan_memory.h"
 
-#include "common/json.h"
+#include "common/json_reader.h"
 
 namespace linux_platform {
 
-using common::Member;
+using common::FindMember;
 
 FanHistory HistoryOf(const Json::Value& fans, const std::string& key) {
   FanHistory history;
-  const Json::Value* known = Member(fans, key.c_str());
+  const Json::Value* known = FindMember(fans, key.c_str());
   if (known == nullptr) return history;
-  const Json::Value* turned = Member(*known, "turned");
+  const Json::Value* turned = FindMember(*known, "turned");
   history.turned = turned != nullptr && turned->isBool() && turned->asBool();
-  const Json::Value* stopped = Member(*known, "stopped");
+  const Json::Value* stopped = FindMember(*known, "stopped");
   if (stopped != nullptr && stopped->isInt64()) history.stopped = stopped->asInt64();
   return history;
 }

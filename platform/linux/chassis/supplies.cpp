@@ -1,15 +1,15 @@
 #include "platform/linux/chassis/supplies.h"
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
 
-using common::Member, common::TextMember;
+using common::FindMember, common::TextMember;
 
 std::vector<SupplyReading> SuppliesOf(const Json::Value& ipmi) {
   std::vector<SupplyReading> supplies;
-  const Json::Value* list = Member(ipmi, "supplies");
+  const Json::Value* list = FindMember(ipmi, "supplies");
   if (list == nullptr || !list->isArray()) return supplies;
   for (const Json::Value& each : *list) {
     const std::string state = TextMember(each, "state");

@@ -2,7 +2,7 @@
 // and one that never turned is a header without a fan.
 #include <ctime>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/chassis/fan_memory.h"
 #include "platform/linux/chassis/sensors.h"
 #include "platform/linux/collector/parts.h"
@@ -17,7 +17,7 @@ Json::Value CollectFans() {
   if (state == SensorsState::Failed) return Unread(reason);
   if (state == SensorsState::Absent || readings.fans.empty()) return {};
   const Json::Value last = LastSnapshot("fans");
-  const Json::Value* before = common::Member(last, "fans");
+  const Json::Value* before = common::FindMember(last, "fans");
   Json::Value members(Json::objectValue);
   members["fans"] = RememberFans(before != nullptr ? *before : Json::Value(), readings.fans,
                                  static_cast<long long>(std::time(nullptr)));

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
@@ -19,7 +19,7 @@
 namespace linux_platform {
 namespace {
 
-using common::Comments, common::ParseJson, common::TextMember;
+using common::ParseJson, common::TextMember;
 
 constexpr Bounds kBounds = {std::chrono::seconds(4), 4096};
 constexpr std::size_t kMostMounts = 32;
@@ -49,7 +49,7 @@ Json::Value AnswerOf(const Outcome& outcome) {
   if (!outcome.reason.empty()) return Unread(outcome.reason);
   if (outcome.cut == Child::Cut::Late) return Unread("no answer within 4 s");
   Json::Value answer;
-  if (!ParseJson(outcome.output, Comments::Skip, answer) || !answer.isObject())
+  if (!ParseJson(outcome.output, answer) || !answer.isObject())
     return Unread("the process that asked it failed");
   return answer;
 }

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"

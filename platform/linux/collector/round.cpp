@@ -9,7 +9,7 @@
 
 #include <json/writer.h>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/snapshot_folder.h"
@@ -17,7 +17,7 @@
 namespace linux_platform {
 namespace {
 
-using common::Comments, common::ParseJson, common::TextMember;
+using common::ParseJson, common::TextMember;
 
 std::string HowItEnded(const Part& part, const Outcome& outcome) {
   if (!outcome.reason.empty()) return outcome.reason;
@@ -32,8 +32,7 @@ std::string HowItEnded(const Part& part, const Outcome& outcome) {
 Json::Value MembersOf(const Part& part, const Outcome& outcome) {
   Json::Value members;
   if (outcome.status == 0 && outcome.cut == Child::Cut::None &&
-      ParseJson(outcome.output, Comments::Skip, members) &&
-      (members.isNull() || members.isObject()))
+      ParseJson(outcome.output, members) && (members.isNull() || members.isObject()))
     return members;
   return Unread(HowItEnded(part, outcome));
 }

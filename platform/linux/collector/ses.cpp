@@ -12,7 +12,7 @@
 #include <cstring>
 #include <map>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
@@ -24,7 +24,7 @@
 namespace linux_platform {
 namespace {
 
-using common::Comments, common::ParseJson, common::TextMember;
+using common::ParseJson, common::TextMember;
 
 constexpr int kCommandSeconds = 10;
 // A transport may take far longer to give a command up than the command was given.
@@ -90,7 +90,7 @@ Json::Value UnreadEntry(const std::string& name, const std::string& reason) {
 Json::Value EntryOf(const std::string& name, const Outcome& outcome) {
   Json::Value entry;
   if (outcome.cut == Child::Cut::Late) return UnreadEntry(name, "no answer within 18 s");
-  if (outcome.status == 0 && ParseJson(outcome.output, Comments::Skip, entry)) return entry;
+  if (outcome.status == 0 && ParseJson(outcome.output, entry)) return entry;
   return UnreadEntry(name, "the process that asked it failed");
 }
 

@@ -9,7 +9,7 @@
 
 #include <json/writer.h>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/replace_file.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
@@ -41,8 +41,7 @@ Json::Value LastSnapshot(const std::string& source) {
   Json::Value last;
   std::string text;
   if (ReadSmallFile(PathOf(source + ".json").c_str(), kSnapshotCap, text) != ReadResult::Read ||
-      !common::ParseJson(text, common::Comments::Skip, last) ||
-      common::TextMember(last, "boot_id") != BootId())
+      !common::ParseJson(text, last) || common::TextMember(last, "boot_id") != BootId())
     return {};
   return last;
 }

@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "common/text.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/settings.h"
@@ -19,7 +19,7 @@
 namespace linux_platform {
 namespace {
 
-using common::Member, common::TextMember;
+using common::FindMember, common::TextMember;
 
 constexpr auto kFresh = std::chrono::milliseconds(500);
 constexpr std::string_view kSeparators = ", \t;";
@@ -40,7 +40,7 @@ bool HasFailed(const Json::Value& part) { return TextMember(part, "state") == "f
 // The elements of a list; an empty one for anything else.
 const Json::Value& ListMember(const Json::Value& value, const char* name) {
   static const Json::Value kNone(Json::arrayValue);
-  const Json::Value* member = Member(value, name);
+  const Json::Value* member = FindMember(value, name);
   return member != nullptr && member->isArray() ? *member : kNone;
 }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <memory>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/storage/capacity.h"
@@ -13,7 +13,7 @@
 #include "velac.h"
 
 using namespace linux_platform;
-using common::Member, common::SizeMember, common::TextMember;
+using common::FindMember, common::SizeMember, common::TextMember;
 using source_status::Source, source_status::SourceScope;
 
 namespace {
@@ -31,7 +31,7 @@ class CollectedSizes {
  public:
   bool Find(const std::string& path, Capacity& capacity, std::string& reason) {
     if (!asked_) state_ = ReadSnapshot("fuseblk", document_, failure_), asked_ = true;
-    if (const Json::Value* mounts = Member(document_, "mounts");
+    if (const Json::Value* mounts = FindMember(document_, "mounts");
         mounts != nullptr && mounts->isArray())
       for (const Json::Value& mount : *mounts) {
         if (TextMember(mount, "path") != path) continue;

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/snapshot.h"
@@ -20,7 +20,7 @@
 #include "velac.h"
 
 using namespace linux_platform;
-using common::Member, common::TextMember;
+using common::FindMember, common::TextMember;
 using source_status::Source, source_status::SourceScope;
 
 namespace {
@@ -62,7 +62,7 @@ void JudgeFans(const SensorReadings& readings, const std::vector<ExpectedFan>& e
                Chassis& chassis, std::string& trouble) {
   bool absent = false;
   const Json::Value snapshot = Snapshot("fans", absent, trouble);
-  const Json::Value* memory = Member(snapshot, "fans");
+  const Json::Value* memory = FindMember(snapshot, "fans");
   const std::time_t now = std::time(nullptr);
   for (const FanReading& fan : readings.fans) {
     const FanHistory history = memory != nullptr ? HistoryOf(*memory, fan.key) : FanHistory();
@@ -87,7 +87,7 @@ void JudgeTemperatures(const SensorReadings& readings, Chassis& chassis) {
 
 template <typename Each>
 void ForEachState(const Json::Value& document, const char* list, const Each& each) {
-  const Json::Value* sensors = Member(document, list);
+  const Json::Value* sensors = FindMember(document, list);
   if (sensors == nullptr || !sensors->isArray()) return;
   for (const Json::Value& sensor : *sensors)
     each(TextMember(sensor, "name"), TextMember(sensor, "state"));

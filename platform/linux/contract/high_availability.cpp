@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/program.h"

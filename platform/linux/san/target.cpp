@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <map>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
 namespace {
 
-using common::Comments, common::Member, common::ParseJson, common::TextMember;
+using common::FindMember, common::ParseJson, common::TextMember;
 
 std::string Configuration(const std::string& path) { return Sys("/kernel/config/target/") + path; }
 
@@ -46,12 +46,12 @@ void AddLuns(const std::string& portalGroup, std::map<std::string, Lun>& byObjec
 
 const Json::Value& ListMember(const Json::Value& value, const char* name) {
   static const Json::Value kNone(Json::arrayValue);
-  const Json::Value* member = Member(value, name);
+  const Json::Value* member = FindMember(value, name);
   return member != nullptr && member->isArray() ? *member : kNone;
 }
 
 bool IsTrue(const Json::Value& value, const char* name) {
-  const Json::Value* member = Member(value, name);
+  const Json::Value* member = FindMember(value, name);
   return member != nullptr && member->isBool() && member->asBool();
 }
 
@@ -100,7 +100,7 @@ Target ReadTarget() {
 
 bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns) {
   Json::Value saved;
-  if (!ParseJson(text, Comments::Skip, saved) || !saved.isObject()) return false;
+  if (!ParseJson(text, saved) || !saved.isObject()) return false;
   std::map<std::string, std::string> backings;
   for (const Json::Value& object : ListMember(saved, "storage_objects"))
     backings["/backstores/" + TextMember(object, "plugin") + "/" + TextMember(object, "name")] =

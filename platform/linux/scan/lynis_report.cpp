@@ -4,12 +4,12 @@
 #include <array>
 #include <string>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 
 namespace linux_platform {
 namespace {
 
-using common::Member;
+using common::FindMember;
 
 constexpr std::time_t kPatience = std::time_t{14} * 24 * 60 * 60;
 constexpr std::string_view kWarning = "warning[]=", kPackage = "vulnerable_package[]=";
@@ -21,8 +21,8 @@ constexpr std::array<std::string_view, 5> kDangers = {"AUTH-9204", "AUTH-9218", 
 constexpr std::string_view kVulnerable = "PKGS-7392";
 
 std::time_t Since(const Json::Value& before, const std::string& package, std::time_t now) {
-  const Json::Value* times = Member(before, "vulnerableSince");
-  const Json::Value* since = times != nullptr ? Member(*times, package.c_str()) : nullptr;
+  const Json::Value* times = FindMember(before, "vulnerableSince");
+  const Json::Value* since = times != nullptr ? FindMember(*times, package.c_str()) : nullptr;
   const bool known = since != nullptr && since->isInt64() && since->asInt64() >= 0;
   return known ? std::min<std::time_t>(since->asInt64(), now) : now;
 }

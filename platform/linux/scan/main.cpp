@@ -7,7 +7,7 @@
 #include <ctime>
 #include <iostream>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/replace_file.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/scan/lynis_report.h"

@@ -1,6 +1,6 @@
 #include "platform/linux/storage/md.h"
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
@@ -76,10 +76,10 @@ bool LooksLikeFirstBuild(const MdArray& array) {
 }
 
 Build BuildOf(const Json::Value& snapshot, const std::string& array) {
-  using common::Member, common::TextMember;
-  const Json::Value* arrays = Member(snapshot, "arrays");
+  using common::FindMember, common::TextMember;
+  const Json::Value* arrays = FindMember(snapshot, "arrays");
   if (arrays == nullptr) return Build::Unknown;
-  if (Member(*arrays, array.c_str()) == nullptr) return Build::Unseen;
+  if (FindMember(*arrays, array.c_str()) == nullptr) return Build::Unseen;
   return TextMember(*arrays, array.c_str()) == "first build" ? Build::First : Build::Done;
 }
 

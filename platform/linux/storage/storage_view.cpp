@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 
-#include "common/json.h"
+#include "common/json_reader.h"
 #include "platform/linux/base/memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
@@ -21,7 +21,7 @@
 namespace linux_platform {
 namespace {
 
-using common::Member, common::TextMember;
+using common::FindMember, common::TextMember;
 
 constexpr auto kRequestLife = std::chrono::milliseconds(500);
 constexpr std::size_t kTableCap = std::size_t{256} << 10;
@@ -108,7 +108,7 @@ class StorageReader {
     Json::Value document;
     if (ReadSnapshot("device_mapper", document, view_.diskFailure) != SnapshotState::Read) return;
     view_.diskFailure = TextMember(document, "trouble");
-    const Json::Value* objects = Member(document, "objects");
+    const Json::Value* objects = FindMember(document, "objects");
     if (objects == nullptr || !objects->isArray()) return;
     for (const Json::Value& object : *objects) {
       const std::string folder = LinkTarget(Sys("/dev/block/", TextMember(object, "device")));

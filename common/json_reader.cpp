@@ -1,4 +1,4 @@
-#include "common/json.h"
+#include "common/json_reader.h"
 
 #include <array>
 #include <cerrno>
@@ -39,7 +39,7 @@ ssize_t ReadFile(int file, char* text, std::size_t size) {
   return static_cast<ssize_t>(length);
 }
 
-bool Parse(std::string_view text, Comments comments, Json::Value& value) {
+bool Parse(std::string_view text, Json::Value& value, Comments comments) {
   errno = 0;
   // Given two pointers, the reader keeps no copy of the text.
   if (Json::Reader().parse(text.data(), text.data() + text.size(), value,
@@ -52,7 +52,7 @@ bool Parse(std::string_view text, Comments comments, Json::Value& value) {
 
 }  // namespace
 
-const Json::Value* Member(const Json::Value& value, const char* name) {
+const Json::Value* FindMember(const Json::Value& value, const char* name) {
   return value.isObject() ? value.find(name, name + std::strlen(name)) : nullptr;
 }
 
@@ -62,7 +62,7 @@ std::string_view MemberName(const Json::ValueConstIterator& member) {
   return {name, static_cast<std::size_t>(end - name)};
 }
 
-std::string_view TextOf(const Json::Value& value) {
+std::string_view ViewText(const Json::Value& value) {
   const char* begin = nullptr;
   const char* end = nullptr;
   value.getString(&begin, &end);
@@ -70,23 +70,23 @@ std::string_view TextOf(const Json::Value& value) {
 }
 
 std::string TextMember(const Json::Value& value, const char* name) {
-  const Json::Value* member = Member(value, name);
-  return std::string(member != nullptr ? TextOf(*member) : "");
+  const Json::Value* member = FindMember(value, name);
+  return std::string(member != nullptr ? ViewText(*member) : "");
 }
 
 std::uint64_t SizeMember(const Json::Value& value, const char* name) {
-  const Json::Value* member = Member(value, name);
+  const Json::Value* member = FindMember(value, name);
   if (member == nullptr) return 0;
   if (member->isUInt64()) return member->asUInt64();
   if (member->type() != Json::realValue) return 0;
   return ToSize(member->asDouble()).value_or(0);
 }
 
-bool ParseJson(std::string_view text, Comments comments, Json::Value& value) {
+bool ParseJson(std::string_view text, Json::Value& value, Comments comments) {
   try {
     Json::Value parsed;
-    const bool valid = LocaleReadsFractions() ? Parse(text, comments, parsed)
-                                              : Parse(WithWholeNumbers(text), comments, parsed);
+    const bool valid = LocaleReadsFractions() ? Parse(text, parsed, comments)
+                                              : Parse(WithWholeNumbers(text), parsed, comments);
     if (!valid) return false;
     value.swap(parsed);
     return true;
@@ -110,7 +110,7 @@ bool ReadJsonFile(const char* path, Json::Value& value) {
   std::string longer(size > brief.size() ? size : 0, '\0');
   char* text = longer.empty() ? brief.data() : longer.data();
   const ssize_t length = ReadFile(file, text, size);
-  return length >= 0 && ParseJson({text, static_cast<std::size_t>(length)}, Comments::Skip, value);
+  return length >= 0 && ParseJson({text, static_cast<std::size_t>(length)}, value);
 }
 
 }  // namespace common

@@ -11,13 +11,13 @@
 namespace common {
 
 // The member of an object; null for anything that is not an object or lacks it.
-const Json::Value* Member(const Json::Value& value, const char* name);
+const Json::Value* FindMember(const Json::Value& value, const char* name);
 
 // The name of the member that an iterator over an object stands at.
 std::string_view MemberName(const Json::ValueConstIterator& member);
 
 // The text of a string, which stays the value's; "" for any other value.
-std::string_view TextOf(const Json::Value& value);
+std::string_view ViewText(const Json::Value& value);
 
 // The member's text; "" unless it is a string.
 std::string TextMember(const Json::Value& value, const char* name);
@@ -29,7 +29,7 @@ std::uint64_t SizeMember(const Json::Value& value, const char* name);
 // Parses `text` into `value`, which stays as it was when `text` is not a JSON
 // document or is nested deeper than the parser allows (1,000 levels).
 enum class Comments { Skip, Collect };
-bool ParseJson(std::string_view text, Comments comments, Json::Value& value);
+bool ParseJson(std::string_view text, Json::Value& value, Comments comments = Comments::Skip);
 
 // Reads and parses a regular file of at most 16 MiB. False on any failure.
 bool ReadJsonFile(const char* path, Json::Value& value);
