@@ -1,4 +1,6 @@
 // The "get" method from end to end: the document's shape and what it logs.
+#include <stdexcept>
+
 #include <vela_api.h>
 
 #include "tests/support/recorded_response.h"
@@ -39,6 +41,16 @@ TEST_F(GetMethod, IsTheOnlyRowOfTheTable) {
   EXPECT_EQ(table[1].version, 0);
   EXPECT_EQ(table[1].method, nullptr);
   EXPECT_EQ(table[1].handler, nullptr);
+}
+
+TEST_F(GetMethod, KeepsTheRequestOpenWhileTheAnswerIsSent) {
+  RecordedResponse response;
+  response.whileSending = [] {
+    EXPECT_EQ(simulator::Simulated().ledger.objects, 1) << "the snapshot's VelaConf";
+    throw std::runtime_error("the server's own");
+  };
+  EXPECT_THROW(GetAPITable()[0].handler(nullptr, response.AsResponse()), std::runtime_error);
+  EXPECT_EQ(Simulated().ledger.objects, 0);
 }
 
 TEST_F(GetMethod, WritesTheUptimeWithoutPaddingOrDays) {

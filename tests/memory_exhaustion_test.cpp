@@ -32,12 +32,13 @@ constexpr long kNever = std::numeric_limits<long>::max();
 
 struct Heap {
   bool counting = false;
+  bool sending = false;
   long refuseFrom = kNever, refuseTo = kNever;  // the first allocation is 1
   long asked = 0;
   long live = 0;
 
   UNCHECKED bool Refuses() {
-    if (!counting || ++asked < refuseFrom || asked > refuseTo) return false;
+    if (!counting || sending || ++asked < refuseFrom || asked > refuseTo) return false;
     errno = ENOMEM;
     return true;
   }
@@ -184,6 +185,8 @@ struct Result {
 Result Request(long from, long to) {
   Result result;
   logged = 0;
+  // The request's memory, not the server's: what it keeps of the answer is its own affair.
+  result.response.whileSending = [] { heap.sending = true; };
   heap = {.counting = true, .refuseFrom = from, .refuseTo = to};
   try {
     GetAPITable()[0].handler(nullptr, result.response.AsResponse());

@@ -2,6 +2,7 @@
 
 void VELA::APIResponse::SetSuccess(const Json::Value& answer) {
   auto* response = reinterpret_cast<RecordedResponse*>(this);
+  if (response->whileSending != nullptr) response->whileSending();
   response->document = answer;
   ++response->answers;
 }

@@ -10,6 +10,7 @@ namespace VELA {
 struct RecordedResponse {
   Json::Value document;
   int answers = 0;
+  void (*whileSending)() = nullptr;  // called before the document is kept
 
   APIResponse* AsResponse() { return reinterpret_cast<APIResponse*>(this); }
 };
