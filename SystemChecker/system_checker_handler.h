@@ -7,6 +7,9 @@ namespace VELA::SystemHealth {
 
 class SystemInfoHandler;
 
+// What is said when no checker finds anything.
+CheckerRule HealthyRule();
+
 class SystemCheckerHandler {
  public:
   // The most urgent finding, the earlier checker's on a tie; the healthy default when

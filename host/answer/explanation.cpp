@@ -1,20 +1,15 @@
 #include "host/answer/explanation.h"
 
-#include <json/reader.h>
-
 #include <algorithm>
-#include <memory>
+#include <utility>
+
+#include "common/json_reader.h"
+#include "common/json_writer.h"
 
 namespace host {
 namespace {
 
-Json::Value Parse(const std::string& document) {
-  static const Json::CharReaderBuilder builder;
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value root;
-  reader->parse(document.data(), document.data() + document.size(), &root, nullptr);
-  return root;
-}
+constexpr const char* kExplainAPI = "VELA.Core.System.SystemHealth.Explain";
 
 double PriorityOf(const CheckerResult& result) {
   return result.finding ? result.finding->priority : 0;
@@ -22,17 +17,21 @@ double PriorityOf(const CheckerResult& result) {
 
 }  // namespace
 
-std::vector<CheckerResult> AskExplanation(const Host& host, const SimulatedMachine& machine) {
+Explanation AskExplanation(const Host& host, const SimulatedMachine& machine) {
   const VELA::APIMethodRow* method = host.Find(kExplainAPI, 1, "get");
-  if (method == nullptr) return {};
-  std::vector<CheckerResult> results;
-  const Json::Value document = Parse(host.AskDocument(*method, machine));
-  for (const Json::Value& checker : document["checkers"]) {
+  if (method == nullptr) return {host.Ask(HealthMethod(host), machine), {}, {}};
+
+  Explanation explanation{host.Ask(*method, machine), {}, {}};
+  explanation.json = std::move(explanation.reply.document);
+  Json::Value root;
+  common::ParseJson(explanation.json, root);
+  explanation.reply.document = common::WriteCompact(root["document"]);
+  for (const Json::Value& checker : root["checkers"]) {
     CheckerResult result{checker["name"].asString(), checker["saw"], checker["rule"], {}};
     if (!result.rule.isNull()) result.finding = FindingFrom(result.rule);
-    results.push_back(std::move(result));
+    explanation.checkers.push_back(std::move(result));
   }
-  return results;
+  return explanation;
 }
 
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results) {

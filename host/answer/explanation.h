@@ -1,4 +1,4 @@
-// What every checker saw and found, from the host's own module beside the health module.
+// One answer with its reasons: what every checker saw and found in the machine's one snapshot.
 #pragma once
 
 #include <optional>
@@ -12,8 +12,6 @@
 
 namespace host {
 
-constexpr const char* kExplainAPI = "VELA.Core.System.SystemHealth.Explain";
-
 struct CheckerResult {
   std::string name;
   Json::Value saw;
@@ -21,9 +19,16 @@ struct CheckerResult {
   std::optional<Finding> finding;
 };
 
-// In the order in which the checkers run; empty when the module is not loaded. Throws
-// what Host::Ask throws.
-std::vector<CheckerResult> AskExplanation(const Host& host, const SimulatedMachine& machine);
+struct Explanation {
+  Reply reply;  // the document of "get", and what the sources said meanwhile
+  // In the order in which the checkers run; empty when the module that explains is not
+  // loaded.
+  std::vector<CheckerResult> checkers;
+  std::string json;  // what that module gave, document and checkers; empty like them
+};
+
+// Asks the machine once. Throws what Host::Ask throws.
+Explanation AskExplanation(const Host& host, const SimulatedMachine& machine);
 
 // Those with a finding: the most urgent first, the earlier checker's on a tie.
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results);

@@ -40,10 +40,10 @@ Side Saved(const std::string& file) {
 
 Side Ask(Session& session, const std::string& scenario) {
   const SimulatedMachine machine = session.OpenScenario(scenario);
-  const Host& host = session.GetHost();
-  const Reply reply = host.Ask(HealthMethod(host), machine);
+  const Explanation explanation = AskExplanation(session.GetHost(), machine);
+  const Reply& reply = explanation.reply;
   Side side{ParseAnswer(reply.document).rule, Count(reply.sources), {}};
-  const auto ranked = MostUrgentFirst(AskExplanation(host, machine));
+  const auto ranked = MostUrgentFirst(explanation.checkers);
   for (std::size_t i = 1; i < ranked.size(); ++i) side.others.push_back(*ranked[i].finding);
   return side;
 }

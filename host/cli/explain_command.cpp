@@ -51,29 +51,28 @@ void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
 
 ExitStatus RunExplain(Session& session) {
   const SimulatedMachine machine = session.Machine();
-  const Host& host = session.GetHost();
-  const Reply reply = host.Ask(HealthMethod(host), machine);
-  const Finding rule = ParseAnswer(reply.document).rule;
-  const std::vector<CheckerResult> results = AskExplanation(host, machine);
-  if (results.empty()) {
+  const Explanation explanation = AskExplanation(session.GetHost(), machine);
+  if (explanation.checkers.empty()) {
     throw Failure(
         kUnavailable,
-        "Cannot explain: VELA.Core.System.SystemHealth.Explain.so is not installed beside "
+        "Cannot explain: explain/VELA.Core.System.SystemHealth.Explain.so is not installed beside "
         "the health module. Build or install the whole program.");
   }
+  const std::vector<VELASourceReport>& sources = explanation.reply.sources;
   if (session.Options().json) {
-    std::cout << host.AskDocument(*host.Find(kExplainAPI, 1, "get"), machine) << std::endl;
+    std::cout << explanation.json << std::endl;
   } else {
     const Texts& texts = session.GetTexts();
     const Style style = Style::ForStandardOutput();
-    for (const CheckerResult& result : results) PrintChecker(result, texts, style);
+    for (const CheckerResult& result : explanation.checkers) PrintChecker(result, texts, style);
     std::cout << '\n';
-    PrintRanking(MostUrgentFirst(results), texts, style);
+    PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
     std::cout << '\n';
-    for (const std::string& line : FailedSources(reply.sources, texts)) std::cout << line << '\n';
-    std::cout << style.Faint(SourcesLine(reply.sources, texts)) << std::endl;
+    for (const std::string& line : FailedSources(sources, texts)) std::cout << line << '\n';
+    std::cout << style.Faint(SourcesLine(sources, texts)) << std::endl;
   }
-  return StatusOf(VerdictOf(rule), Count(reply.sources));
+  const Finding rule = ParseAnswer(explanation.reply.document).rule;
+  return StatusOf(VerdictOf(rule), Count(sources));
 }
 
 }  // namespace host

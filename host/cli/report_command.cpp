@@ -75,11 +75,10 @@ void Replace(const std::string& file, const std::string& page) {
   CannotWrite(file, error.message(), "Name a file in a folder that this user may write to.");
 }
 
-std::string Page(Session& session, const Reply& reply, const SimulatedMachine& machine) {
-  const std::vector<CheckerResult> results = AskExplanation(session.GetHost(), machine);
+std::string Page(Session& session, const Explanation& explanation) {
   const fs::path& data = session.GetPlaces().Data();
   const std::string style = Contents(data / "www/style.css") + Contents(data / "report/report.css");
-  return ReportPage({reply, results, session.LanguageCode(), style, Now()}, session.GetTexts());
+  return ReportPage({explanation, session.LanguageCode(), style, Now()}, session.GetTexts());
 }
 
 }  // namespace
@@ -88,9 +87,8 @@ ExitStatus RunReport(Session& session, const std::string& file) {
   const bool toOutput = file == "-";
   if (!toOutput) ExpectReplaceable(file);
   const SimulatedMachine machine = session.Machine();
-  const Host& host = session.GetHost();
-  const Reply reply = host.Ask(HealthMethod(host), machine);
-  const std::string page = Page(session, reply, machine);
+  const Explanation explanation = AskExplanation(session.GetHost(), machine);
+  const std::string page = Page(session, explanation);
   if (toOutput) {
     std::cout << page << std::flush;
   } else {
@@ -101,6 +99,7 @@ ExitStatus RunReport(Session& session, const std::string& file) {
                                          : session.GetTexts().Ui("report_written", file))
               << std::endl;
   }
+  const Reply& reply = explanation.reply;
   return StatusOf(VerdictOf(ParseAnswer(reply.document).rule), Count(reply.sources));
 }
 

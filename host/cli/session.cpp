@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kExplainFile = "VELA.Core.System.SystemHealth.Explain.so";
+constexpr const char* kExplainFile = "explain/VELA.Core.System.SystemHealth.Explain.so";
 constexpr const char* kRecorderFile = "libvela-platform-recorder.so";
 constexpr const char* kModuleFile = "VELA.Core.System.SystemHealth.so";
 
@@ -34,7 +34,7 @@ const Host& Session::GetHost() {
     const std::string module =
         options_.module.empty() ? places_.Library(kModuleFile).string() : options_.module;
     std::vector<std::string> modules = {module};
-    // Ours, for the findings that lost; a health answer does not need it.
+    // Ours, for reasons and for the findings that lost; a health answer does not need it.
     const std::filesystem::path explain = places_.Library(kExplainFile);
     if (std::filesystem::exists(explain)) modules.push_back(explain);
     const std::string recorder = recorded_ ? places_.Library(kRecorderFile).string() : "";

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "host/answer/advice.h"
+#include "host/answer/explanation.h"
 #include "host/answer/render.h"
 #include "host/answer/sources_line.h"
 #include "host/answer/verdict.h"
@@ -45,9 +46,11 @@ void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
 ExitStatus RunStatus(Session& session) {
   const SimulatedMachine machine = session.Machine();
   const Host& host = session.GetHost();
-  const Reply reply = host.Ask(HealthMethod(host), machine);
+  const bool json = session.Options().json;
+  const Reply reply =
+      json ? host.Ask(HealthMethod(host), machine) : AskExplanation(host, machine).reply;
   const Answer answer = ParseAnswer(reply.document);
-  if (session.Options().json) {
+  if (json) {
     std::cout << reply.document << std::endl;
   } else {
     Print(answer, reply, session.GetTexts());

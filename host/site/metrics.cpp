@@ -89,9 +89,10 @@ void Metrics::Answered(std::chrono::steady_clock::duration took, std::size_t req
 }
 
 std::string Metrics::Scrape(const Host& host, const SimulatedMachine& machine) const {
-  const Reply reply = host.Ask(HealthMethod(host), machine);
+  const Explanation explanation = AskExplanation(host, machine);
+  const Reply& reply = explanation.reply;
   std::vector<MetricFamily> families = {MostUrgent(ParseAnswer(reply.document).rule)};
-  AddCheckers(families, AskExplanation(host, machine));
+  AddCheckers(families, explanation.checkers);
   AddSources(families, reply.sources);
   families.push_back({"vela_health_answer_seconds",
                       "Time that it took to make a health answer",

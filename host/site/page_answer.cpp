@@ -19,9 +19,9 @@ Json::Value SourcesOf(const Reply& reply) {
   return sources;
 }
 
-Json::Value FurtherFindings(const Host& host, const SimulatedMachine& machine) {
+Json::Value FurtherFindings(const std::vector<CheckerResult>& checkers) {
   Json::Value findings(Json::arrayValue);
-  const auto results = MostUrgentFirst(AskExplanation(host, machine));
+  const auto results = MostUrgentFirst(checkers);
   for (std::size_t i = 1; i < results.size(); ++i) findings.append(results[i].rule);
   return findings;
 }
@@ -29,10 +29,10 @@ Json::Value FurtherFindings(const Host& host, const SimulatedMachine& machine) {
 }  // namespace
 
 std::string PageAnswer(const Host& host, const SimulatedMachine& machine) {
-  const Reply reply = host.Ask(HealthMethod(host), machine);
-  return "{\"answer\":" + reply.document +
-         ",\"findings\":" + common::WriteCompact(FurtherFindings(host, machine)) +
-         ",\"sources\":" + common::WriteCompact(SourcesOf(reply)) + "}";
+  const Explanation explanation = AskExplanation(host, machine);
+  return "{\"answer\":" + explanation.reply.document +
+         ",\"findings\":" + common::WriteCompact(FurtherFindings(explanation.checkers)) +
+         ",\"sources\":" + common::WriteCompact(SourcesOf(explanation.reply)) + "}";
 }
 
 }  // namespace host

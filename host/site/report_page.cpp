@@ -172,20 +172,22 @@ std::string Head(const ReportParts& parts, const std::string& title) {
 }  // namespace
 
 std::string ReportPage(const ReportParts& parts, const Texts& texts) {
-  const Answer answer = ParseAnswer(parts.reply.document);
-  const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.results);
+  const Reply& reply = parts.explanation.reply;
+  const Answer answer = ParseAnswer(reply.document);
+  const std::vector<CheckerResult>& results = parts.explanation.checkers;
+  const std::vector<CheckerResult> ranked = MostUrgentFirst(results);
   const Verdict verdict = VerdictOf(answer.rule);
-  const bool incomplete = verdict == Verdict::Well && Count(parts.reply.sources).failed > 0;
+  const bool incomplete = verdict == Verdict::Well && Count(reply.sources).failed > 0;
   const Verdict look = incomplete ? Verdict::Notice : verdict;
 
   std::string body =
       Headline(look, incomplete ? texts.Ui("incomplete") : Sentence(answer.rule, texts), texts) +
       About(answer, parts.time, texts);
   if (verdict != Verdict::Well) body += AdviceOn(answer.rule, texts);
-  body += Unread(parts.reply.sources, texts);
-  body += FurtherFindings(ranked, texts) + Checks(parts.results, ranked, texts) +
-          Sources(parts.reply.sources, texts) + Network(answer.interfaces, texts) +
-          Document(parts.reply.document, texts);
+  body += Unread(reply.sources, texts);
+  body += FurtherFindings(ranked, texts) + Checks(results, ranked, texts) +
+          Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
+          Document(reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;
   return Head(parts, texts.Ui("report_title", host)) + "<body>\n" +
          Around("main", body,

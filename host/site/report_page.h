@@ -14,11 +14,10 @@ namespace host {
 constexpr const char* kReportMark = "<!doctype html>\n<!-- vela-health report -->\n";
 
 struct ReportParts {
-  const Reply& reply;
-  const std::vector<CheckerResult>& results;  // in the checkers' order
-  std::string language;                       // as BCP 47 has it
-  std::string style;                          // CSS
-  std::string time;                           // of the check, for people
+  const Explanation& explanation;
+  std::string language;  // as BCP 47 has it
+  std::string style;     // CSS
+  std::string time;      // of the check, for people
 };
 
 // Throws what ParseAnswer throws.

@@ -1,14 +1,15 @@
-// A second module over the same collectors and checkers: where the health module
-// answers with the winner alone, this one lists what every checker saw and found.
+// A second module over the same collectors and checkers: the health module's document, and
+// beside it what every checker saw and found in the same snapshot.
 #include <algorithm>
 #include <iterator>
 #include <optional>
 
 #include "SystemChecker/checker_table.h"
+#include "SystemChecker/system_checker_handler.h"
 #include "SystemInfo/system_info_handler.h"
-#include "module/base/log.h"
 #include "module/explain/decisive.h"
 #include "module/explain/inputs.h"
+#include "module/health_document.h"
 #include "vela_api.h"
 
 namespace VELA::SystemHealth::Explain {
@@ -40,19 +41,28 @@ constexpr bool MatchesTheTable() {
 }
 static_assert(MatchesTheTable(), "a checker has no row here, or they stand in another order");
 
-void Get(VELA::APIRequest*, VELA::APIResponse* response) {
-  const SystemInfoHandler info;
-  Json::Value document;
+// {"document": as the health module gives it, "checkers": [{"name", "saw", "rule": null when
+// there is nothing to report}]}
+Json::Value Explain(const SystemInfoHandler& info) {
+  TopPriorityRule top;
+  Json::Value answer(Json::objectValue);
   for (const Row& row : kRows) {
+    std::optional<CheckerRule> rule = row.check(info);
     Json::Value checker;
     checker["name"] = row.name;
     checker["saw"] = row.inputs(info);
-    const std::optional<CheckerRule> rule = row.check(info);
     checker["rule"] = rule ? rule->ToJson() : Json::Value();
     MarkDecisive(checker["rule"], checker["saw"]);
-    document["checkers"].append(std::move(checker));
+    answer["checkers"].append(std::move(checker));
+    if (rule) top.Push(*std::move(rule));
   }
-  response->SetSuccess(document);
+  answer["document"] = HealthDocument(top.Pop().value_or(HealthyRule()));
+  return answer;
+}
+
+void Get(VELA::APIRequest*, VELA::APIResponse* response) {
+  const SystemInfoHandler info;
+  response->SetSuccess(Explain(info));
 }
 
 constexpr VELA::APIMethodRow kTable[] = {{"VELA.Core.System.SystemHealth.Explain", 1, "get", Get},
@@ -64,6 +74,3 @@ constexpr VELA::APIMethodRow kTable[] = {{"VELA.Core.System.SystemHealth.Explain
 extern "C" __attribute__((visibility("default"))) const VELA::APIMethodRow* GetAPITable(void) {
   return VELA::SystemHealth::Explain::kTable;
 }
-
-// The health module has logged the same failures already.
-void VELA::SystemHealth::WriteSystemLog(int, const char*) {}

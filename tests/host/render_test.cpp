@@ -45,7 +45,7 @@ TEST(Render, TheReportHasThePagesIcons) {
                              std::string(rule) + R"(,"description":{"description_format":"",)" +
                              R"("description_params":[],"description_use_formatted":true}}})",
                          {}};
-    const std::string report = ReportPage({reply, {}, "en", "", ""}, texts);
+    const std::string report = ReportPage({{reply, {}, ""}, "en", "", ""}, texts);
     const auto drawn = [&report](const std::string& part) {
       const std::size_t begin = report.find("class=\"" + part + "\" d=\"") + part.size() + 12;
       return report.substr(begin, report.find('"', begin) - begin);
