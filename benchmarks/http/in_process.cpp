@@ -21,11 +21,11 @@ int main(int count, char** arguments) {
   if (count != 4) return 64;
   const host::Host host(host::HostFiles{arguments[1], {arguments[2]}, {}});
   const auto machine = host.GetPlatform().OpenScenario(arguments[3]);
-  const VELA::APIMethodRow& get = host::HealthMethod(host);
+  const VELA::APIMethodRow& get = host::FindHealthMethod(host);
   std::size_t bytes = 0;
-  for (int i = 0; i < kAnswers / 10; ++i) bytes += host.AskDocument(get, machine).size();
+  for (int i = 0; i < kAnswers / 10; ++i) bytes += host.CallForDocument(get, machine).size();
   const double before = Microseconds();
-  for (int i = 0; i < kAnswers; ++i) bytes += host.AskDocument(get, machine).size();
+  for (int i = 0; i < kAnswers; ++i) bytes += host.CallForDocument(get, machine).size();
   std::cout << (Microseconds() - before) / kAnswers << '\n';
   return bytes > 0 ? 0 : 1;
 }

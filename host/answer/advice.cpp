@@ -10,29 +10,29 @@ namespace host {
 
 std::string AdviceSection(const Finding& finding) { return finding.id + "/" + finding.TextKey(); }
 
-std::string Advice(const Finding& finding, std::string_view key, const Texts& texts) {
-  const std::string* text = texts.Find(AdviceSection(finding), key);
-  return text != nullptr ? *text : texts.Ui("unknown_finding");
+std::string FindAdvice(const Finding& finding, std::string_view key, const Texts& texts) {
+  const std::string* text = texts.FindText(AdviceSection(finding), key);
+  return text != nullptr ? *text : texts.FormatUi("unknown_finding");
 }
 
-std::string Sentence(const Finding& finding, const Texts& texts) {
-  return Sanitize(Render(finding.description, texts));
+std::string RenderSentence(const Finding& finding, const Texts& texts) {
+  return Sanitize(RenderDescription(finding.description, texts));
 }
 
-std::string Number(double value) {
+std::string FormatNumber(double value) {
   std::ostringstream text;
   text << value;
   return text.str();
 }
 
-std::string UptimeInWords(const std::string& uptime, const Texts& texts) {
+std::string FormatUptime(const std::string& uptime, const Texts& texts) {
   int hours = 0, minutes = 0, seconds = 0;
   if (std::sscanf(uptime.c_str(), "%d:%d:%d", &hours, &minutes, &seconds) != 3) return {};
   if (hours >= 48) {
-    return texts.Ui("days", std::to_string(hours / 24), std::to_string(hours % 24));
+    return texts.FormatUi("days", std::to_string(hours / 24), std::to_string(hours % 24));
   }
-  if (hours > 0) return texts.Ui("hours", std::to_string(hours), std::to_string(minutes));
-  return texts.Ui("minutes", std::to_string(minutes));
+  if (hours > 0) return texts.FormatUi("hours", std::to_string(hours), std::to_string(minutes));
+  return texts.FormatUi("minutes", std::to_string(minutes));
 }
 
 }  // namespace host

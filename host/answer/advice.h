@@ -13,13 +13,13 @@ namespace host {
 // "where": its id and text key.
 std::string AdviceSection(const Finding& finding);
 // Of an unknown finding: that there is none.
-std::string Advice(const Finding& finding, std::string_view key, const Texts& texts);
+std::string FindAdvice(const Finding& finding, std::string_view key, const Texts& texts);
 
 // The finding in words, without anything that could harm a terminal.
-std::string Sentence(const Finding& finding, const Texts& texts);
+std::string RenderSentence(const Finding& finding, const Texts& texts);
 // 2.2 as "2.2", 40 as "40".
-std::string Number(double value);
+std::string FormatNumber(double value);
 // "26:3:4" as "1 d 2 h"; empty when it is not known.
-std::string UptimeInWords(const std::string& uptime, const Texts& texts);
+std::string FormatUptime(const std::string& uptime, const Texts& texts);
 
 }  // namespace host

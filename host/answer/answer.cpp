@@ -54,7 +54,7 @@ std::string Finding::TextKey() const {
 
 bool Finding::AllWell() const { return type == FindingType::Normal && id == "system_health"; }
 
-Finding FindingFrom(const Json::Value& rule) {
+Finding ParseFinding(const Json::Value& rule) {
   const Json::Value& type = Member(rule, "type");
   if (!type.isInt() || type.asInt() < 0 || type.asInt() > 2) Bad("type", "0, 1 or 2");
   const Json::Value& priority = Member(rule, "priority");
@@ -72,7 +72,7 @@ Answer ParseAnswer(std::string_view document) {
     throw Failure(kNoInput, "This is not JSON: " + errors);
   }
   Answer answer{
-      FindingFrom(Member(root, "rule")), Text(root, "hostname"), Text(root, "uptime"), {}};
+      ParseFinding(Member(root, "rule")), Text(root, "hostname"), Text(root, "uptime"), {}};
   const Json::Value& interfaces = Member(root, "interfaces");
   if (!interfaces.isArray()) Bad("interfaces", "a list");
   for (const Json::Value& entry : interfaces) {

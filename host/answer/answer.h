@@ -42,6 +42,6 @@ struct Answer {
 
 // Both throw Failure(kNoInput) naming the member that is missing or of another type.
 Answer ParseAnswer(std::string_view document);
-Finding FindingFrom(const Json::Value& rule);
+Finding ParseFinding(const Json::Value& rule);
 
 }  // namespace host

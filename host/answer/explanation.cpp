@@ -18,17 +18,17 @@ double PriorityOf(const CheckerResult& result) {
 }  // namespace
 
 Explanation AskExplanation(const Host& host, const SimulatedMachine& machine) {
-  const VELA::APIMethodRow* method = host.Find(kExplainAPI, 1, "get");
-  if (method == nullptr) return {host.Ask(HealthMethod(host), machine), {}, {}};
+  const VELA::APIMethodRow* method = host.FindMethod(kExplainAPI, 1, "get");
+  if (method == nullptr) return {host.CallMethod(FindHealthMethod(host), machine), {}, {}};
 
-  Explanation explanation{host.Ask(*method, machine), {}, {}};
+  Explanation explanation{host.CallMethod(*method, machine), {}, {}};
   explanation.json = std::move(explanation.reply.document);
   Json::Value root;
   common::ParseJson(explanation.json, root);
   explanation.reply.document = common::WriteCompact(root["document"]);
   for (const Json::Value& checker : root["checkers"]) {
     CheckerResult result{checker["name"].asString(), checker["saw"], checker["rule"], {}};
-    if (!result.rule.isNull()) result.finding = FindingFrom(result.rule);
+    if (!result.rule.isNull()) result.finding = ParseFinding(result.rule);
     explanation.checkers.push_back(std::move(result));
   }
   return explanation;

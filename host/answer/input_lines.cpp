@@ -17,21 +17,21 @@ constexpr const char* kNames[] = {"volume", "disk", "unit", "LUN"};
 
 // "state 2" may have words of its own.
 std::string ValueInWords(const std::string& name, const Json::Value& value, const Texts& texts) {
-  if (value.isBool()) return texts.Word("value", value.asBool() ? "yes" : "no");
+  if (value.isBool()) return texts.GetText("value", value.asBool() ? "yes" : "no");
   if (value.isArray()) {
     std::string words;
     for (const Json::Value& each : value) {
-      words += (words.empty() ? "" : ", ") + texts.Word("value", each.asString());
+      words += (words.empty() ? "" : ", ") + texts.GetText("value", each.asString());
     }
-    return value.empty() ? texts.Word("value", "none") : words;
+    return value.empty() ? texts.GetText("value", "none") : words;
   }
   const std::string text = Sanitize(value.asString());
-  if (const std::string* words = texts.Find("value", name + " " + text)) return *words;
-  return text.empty() ? texts.Word("value", "unknown") : text;
+  if (const std::string* words = texts.FindText("value", name + " " + text)) return *words;
+  return text.empty() ? texts.GetText("value", "unknown") : text;
 }
 
 std::string LabelledValue(const std::string& name, const Json::Value& value, const Texts& texts) {
-  return texts.Word("input", name) + texts.Of("common:colon") + " " +
+  return texts.GetText("input", name) + texts.Resolve("common:colon") + " " +
          ValueInWords(name, value, texts);
 }
 
@@ -40,13 +40,13 @@ std::string ComparisonInWords(const Json::Value& compared, const Texts& texts) {
   const std::string unit = compared["unit"].asString();
   const auto amount = [&](const char* name) {
     const std::uint64_t value = compared[name].asUInt64();
-    return unit == "bytes" ? Bytes(value, texts) : Count(value);
+    return unit == "bytes" ? FormatBytes(value, texts) : FormatCount(value);
   };
   const std::string mark =
-      amount("mark") + " (" + Percent(compared["share"].asDouble(), texts) + ")";
+      amount("mark") + " (" + FormatPercent(compared["share"].asDouble(), texts) + ")";
   const std::string* text =
-      texts.Find("value", unit + (compared["low"].asBool() ? " below" : " enough"));
-  return text == nullptr ? "" : Fill(*text, {amount("free"), amount("total"), mark});
+      texts.FindText("value", unit + (compared["low"].asBool() ? " below" : " enough"));
+  return text == nullptr ? "" : FillPlaceholders(*text, {amount("free"), amount("total"), mark});
 }
 
 bool Decides(const Json::Value& object, const std::string& name) {
@@ -97,7 +97,7 @@ void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputL
     Group group{element, "", ""};
     for (const char* name : kNames) {
       if (!element.isMember(name)) continue;
-      group.label = texts.Word("input", name);
+      group.label = texts.GetText("input", name);
       group.names = ValueInWords(name, element[name], texts);
       group.values.removeMember(name);
     }
@@ -119,7 +119,7 @@ void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputL
 
 }  // namespace
 
-std::vector<InputLine> InputLines(const Json::Value& saw, const Texts& texts) {
+std::vector<InputLine> FormatInputs(const Json::Value& saw, const Texts& texts) {
   std::vector<InputLine> lines;
   AddValues(saw, "", texts, lines);
   for (auto member = saw.begin(); member != saw.end(); ++member) {
@@ -130,13 +130,14 @@ std::vector<InputLine> InputLines(const Json::Value& saw, const Texts& texts) {
   return lines;
 }
 
-std::string WhyFirst(const std::vector<CheckerResult>& ranked, const Texts& texts) {
-  if (ranked.empty()) return texts.Ui("no_finding");
-  if (ranked.size() == 1) return texts.Ui("only_finding");
+std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  if (ranked.empty()) return texts.FormatUi("no_finding");
+  if (ranked.size() == 1) return texts.FormatUi("only_finding");
   const double first = ranked[0].finding->priority, second = ranked[1].finding->priority;
-  if (first < second) return texts.Ui("beats", Number(first), Number(second));
-  return texts.Ui("tie", texts.Ui("priority", Number(first)), texts.Word("checker", ranked[0].name),
-                  texts.Word("checker", ranked[1].name));
+  if (first < second) return texts.FormatUi("beats", FormatNumber(first), FormatNumber(second));
+  return texts.FormatUi("tie", texts.FormatUi("priority", FormatNumber(first)),
+                        texts.GetText("checker", ranked[0].name),
+                        texts.GetText("checker", ranked[1].name));
 }
 
 }  // namespace host

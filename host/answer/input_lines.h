@@ -15,9 +15,9 @@ struct InputLine {
 };
 
 // What decided first. Elements of a list that differ in their names alone share a line.
-std::vector<InputLine> InputLines(const Json::Value& saw, const Texts& texts);
+std::vector<InputLine> FormatInputs(const Json::Value& saw, const Texts& texts);
 
 // What decided between the first two of the findings, the most urgent first: "-1.5 beats 2: ...".
-std::string WhyFirst(const std::vector<CheckerResult>& ranked, const Texts& texts);
+std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts);
 
 }  // namespace host

@@ -72,18 +72,21 @@ std::string RenderPieces(std::string_view head, const std::vector<std::string>& 
 }
 
 std::string Compose(std::string_view format, const std::vector<std::string>& values) {
-  if (values.size() < 2) return Fill(format, values);
+  if (values.size() < 2) return FillPlaceholders(format, values);
   const std::string tail = Tail(values.size());
-  if (!format.ends_with(tail)) return Fill(format, values);
-  return RenderPieces(format.substr(0, format.size() - tail.size()), values) + Fill(tail, values);
+  if (!format.ends_with(tail)) return FillPlaceholders(format, values);
+  return RenderPieces(format.substr(0, format.size() - tail.size()), values) +
+         FillPlaceholders(tail, values);
 }
 
 }  // namespace
 
-std::string Render(const Description& description, const Texts& texts) {
-  if (description.formatted) return Fill(texts.Of(description.format), description.params);
+std::string RenderDescription(const Description& description, const Texts& texts) {
+  if (description.formatted)
+    return FillPlaceholders(texts.Resolve(description.format), description.params);
   std::vector<std::string> values;
-  for (const std::string& reference : description.params) values.push_back(texts.Of(reference));
+  for (const std::string& reference : description.params)
+    values.push_back(texts.Resolve(reference));
   return Compose(description.format, values);
 }
 

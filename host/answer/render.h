@@ -10,6 +10,6 @@ namespace host {
 
 // Names of volumes and units come out literally, whatever they hold; a placeholder or a
 // reference that nothing belongs to stays as it is. The page's render.js does the same.
-std::string Render(const Description& description, const Texts& texts);
+std::string RenderDescription(const Description& description, const Texts& texts);
 
 }  // namespace host

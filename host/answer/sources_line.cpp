@@ -6,22 +6,23 @@
 
 namespace host {
 
-std::string SourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts) {
-  if (sources.empty()) return texts.Ui("no_voice");
-  const SourceCount count = Count(sources);
+std::string FormatSourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts) {
+  if (sources.empty()) return texts.FormatUi("no_voice");
+  const SourceCount count = CountSources(sources);
   std::string line =
-      texts.Ui("sources", std::to_string(count.read), std::to_string(count.Present()));
-  if (count.absent > 0) line += ", " + texts.Ui("sources_absent", std::to_string(count.absent));
+      texts.FormatUi("sources", std::to_string(count.read), std::to_string(count.Present()));
+  if (count.absent > 0)
+    line += ", " + texts.FormatUi("sources_absent", std::to_string(count.absent));
   return line;
 }
 
-std::vector<std::string> FailedSources(const std::vector<VELASourceReport>& sources,
-                                       const Texts& texts) {
+std::vector<std::string> FormatFailedSources(const std::vector<VELASourceReport>& sources,
+                                             const Texts& texts) {
   std::vector<std::string> lines;
   for (const VELASourceReport& source : sources) {
     if (source.state != 2) continue;
-    lines.push_back(
-        texts.Ui("source_failed", texts.Word("source", source.name), Sanitize(source.reason)));
+    lines.push_back(texts.FormatUi("source_failed", texts.GetText("source", source.name),
+                                   Sanitize(source.reason)));
   }
   return lines;
 }

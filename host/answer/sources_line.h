@@ -10,9 +10,9 @@
 namespace host {
 
 // "9 of 10 sources read, 1 not on this machine".
-std::string SourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts);
+std::string FormatSourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts);
 // One line for each source that failed: "Could not read SAN: ...".
-std::vector<std::string> FailedSources(const std::vector<VELASourceReport>& sources,
-                                       const Texts& texts);
+std::vector<std::string> FormatFailedSources(const std::vector<VELASourceReport>& sources,
+                                             const Texts& texts);
 
 }  // namespace host

@@ -2,13 +2,13 @@
 
 namespace host {
 
-Verdict VerdictOf(const Finding& finding) {
+Verdict JudgeFinding(const Finding& finding) {
   if (finding.type == FindingType::Danger) return Verdict::Danger;
   if (finding.type == FindingType::Warning) return Verdict::Warning;
   return finding.AllWell() ? Verdict::Well : Verdict::Notice;
 }
 
-const char* NameOf(Verdict verdict) {
+const char* ToString(Verdict verdict) {
   switch (verdict) {
     case Verdict::Danger:
       return "danger";
@@ -22,12 +22,12 @@ const char* NameOf(Verdict verdict) {
   return "well";
 }
 
-const char* StateName(const VELASourceReport& source) {
+const char* NameSourceState(const VELASourceReport& source) {
   constexpr const char* kNames[] = {"absent", "read", "failed"};
   return kNames[source.state == 1 || source.state == 2 ? source.state : 0];
 }
 
-SourceCount Count(const std::vector<VELASourceReport>& sources) {
+SourceCount CountSources(const std::vector<VELASourceReport>& sources) {
   SourceCount count;
   for (const VELASourceReport& source : sources) {
     ++(source.state == 1 ? count.read : source.state == 2 ? count.failed : count.absent);
@@ -35,7 +35,7 @@ SourceCount Count(const std::vector<VELASourceReport>& sources) {
   return count;
 }
 
-ExitStatus StatusOf(Verdict verdict, const SourceCount& sources) {
+ExitStatus ChooseExitStatus(Verdict verdict, const SourceCount& sources) {
   if (verdict == Verdict::Danger) return kDanger;
   if (verdict != Verdict::Well) return kAttention;
   return sources.failed > 0 ? kIncomplete : kHealthy;

@@ -11,20 +11,20 @@ namespace host {
 
 enum class Verdict { Danger, Warning, Notice, Well };
 
-Verdict VerdictOf(const Finding& finding);
+Verdict JudgeFinding(const Finding& finding);
 // "danger", "warning", "notice" or "well".
-const char* NameOf(Verdict verdict);
+const char* ToString(Verdict verdict);
 
 // "read", "failed" or "absent".
-const char* StateName(const VELASourceReport& source);
+const char* NameSourceState(const VELASourceReport& source);
 
 // How many sources were read, failed, and are not on this machine.
 struct SourceCount {
   int read = 0, failed = 0, absent = 0;
   int Present() const { return read + failed; }
 };
-SourceCount Count(const std::vector<VELASourceReport>& sources);
+SourceCount CountSources(const std::vector<VELASourceReport>& sources);
 
-ExitStatus StatusOf(Verdict verdict, const SourceCount& sources);
+ExitStatus ChooseExitStatus(Verdict verdict, const SourceCount& sources);
 
 }  // namespace host

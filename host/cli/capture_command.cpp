@@ -35,8 +35,8 @@ std::string Today() {
 
 std::string WhyOf(const Finding& finding, const Texts& texts) {
   return "Captured by vela-health " VELA_VERSION " on " + Today() + ": " +
-         texts.Ui(NameOf(VerdictOf(finding))) + texts.Of("common:colon") + " " +
-         Sentence(finding, texts);
+         texts.FormatUi(ToString(JudgeFinding(finding))) + texts.Resolve("common:colon") + " " +
+         RenderSentence(finding, texts);
 }
 
 // As --scenario takes it: a name alone would be looked up among the shipped ones.
@@ -54,9 +54,9 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
     return;
   }
   const Style style = Style::ForStandardOutput();
-  std::cout << texts.Ui("captured", style.Bold(folder)) << '\n'
+  std::cout << texts.FormatUi("captured", style.Bold(folder)) << '\n'
             << "  " << style.Bold("vela-health --scenario " + AsPath(folder)) << '\n'
-            << style.Hanging(0, "", texts.Ui("captured_holds", AsPath(folder) + "/" + kState))
+            << style.Hanging(0, "", texts.FormatUi("captured_holds", AsPath(folder) + "/" + kState))
             << std::endl;
 }
 
@@ -68,7 +68,7 @@ ExitStatus RunCapture(Session& session, const std::string& folder, const std::st
   session.Record();
   const SimulatedMachine machine = session.Machine();
   const Host& host = session.GetHost();
-  const std::string document = host.AskDocument(HealthMethod(host), machine);
+  const std::string document = host.CallForDocument(FindHealthMethod(host), machine);
   const Finding finding = ParseAnswer(document).rule;
   target.Write(kState, host.Recorded(why.empty() ? WhyOf(finding, texts) : why));
   target.Write(kAnswer, OverManyLines(document));

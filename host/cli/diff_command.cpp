@@ -42,7 +42,7 @@ Side Ask(Session& session, const std::string& scenario) {
   const SimulatedMachine machine = session.OpenScenario(scenario);
   const Explanation explanation = AskExplanation(session.GetHost(), machine);
   const Reply& reply = explanation.reply;
-  Side side{ParseAnswer(reply.document).rule, Count(reply.sources), {}};
+  Side side{ParseAnswer(reply.document).rule, CountSources(reply.sources), {}};
   const auto ranked = MostUrgentFirst(explanation.checkers);
   for (std::size_t i = 1; i < ranked.size(); ++i) side.others.push_back(*ranked[i].finding);
   return side;
@@ -53,19 +53,19 @@ Side SideOf(Session& session, const std::string& name) {
 }
 
 std::string Line(const Finding& finding, const Texts& texts, const Style& style) {
-  const Verdict verdict = VerdictOf(finding);
-  return style.Severity(verdict, texts.Ui(NameOf(verdict))) + texts.Of("common:colon") + " " +
-         Sentence(finding, texts);
+  const Verdict verdict = JudgeFinding(finding);
+  return style.Severity(verdict, texts.FormatUi(ToString(verdict))) +
+         texts.Resolve("common:colon") + " " + RenderSentence(finding, texts);
 }
 
 // What B has and A has not, although something more urgent hides it.
 void PrintHidden(const Side& a, const Side& b, const Texts& texts, const Style& style) {
-  std::set<std::string> known = {Sentence(a.rule, texts)};
-  for (const Finding& other : a.others) known.insert(Sentence(other, texts));
+  std::set<std::string> known = {RenderSentence(a.rule, texts)};
+  for (const Finding& other : a.others) known.insert(RenderSentence(other, texts));
   for (const Finding& other : b.others) {
-    if (known.contains(Sentence(other, texts))) continue;
+    if (known.contains(RenderSentence(other, texts))) continue;
     std::cout << "+ " << Line(other, texts, style)
-              << style.Faint(" (" + texts.Ui("less_urgent") + ")") << '\n';
+              << style.Faint(" (" + texts.FormatUi("less_urgent") + ")") << '\n';
   }
 }
 
@@ -79,20 +79,20 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
   if (session.Options().json) {
     Json::Value sides;
     sides["changes"] = old != now;
-    sides["a"] = Sentence(before.rule, texts);
-    sides["b"] = Sentence(after.rule, texts);
+    sides["a"] = RenderSentence(before.rule, texts);
+    sides["b"] = RenderSentence(after.rule, texts);
     std::cout << common::WriteCompact(sides) << std::endl;
   } else if (old == now) {
-    std::cout << texts.Ui("nothing_changes", now) << '\n';
+    std::cout << texts.FormatUi("nothing_changes", now) << '\n';
     PrintHidden(before, after, texts, style);
   } else {
-    std::cout << texts.Ui("changes") << '\n'
+    std::cout << texts.FormatUi("changes") << '\n'
               << "  " << a << ": " << old << '\n'
               << "  " << b << ": " << now << '\n';
     PrintHidden(before, after, texts, style);
   }
   std::cout.flush();
-  return StatusOf(VerdictOf(after.rule), after.sources);
+  return ChooseExitStatus(JudgeFinding(after.rule), after.sources);
 }
 
 }  // namespace host

@@ -14,18 +14,20 @@ namespace host {
 namespace {
 
 void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& style) {
-  const std::string name = texts.Word("checker", result.name) + texts.Of("common:colon");
+  const std::string name = texts.GetText("checker", result.name) + texts.Resolve("common:colon");
   if (result.finding) {
-    const Verdict verdict = VerdictOf(*result.finding);
+    const Verdict verdict = JudgeFinding(*result.finding);
     std::cout << style.Severity(verdict, name) << ' '
-              << style.Bold(Sentence(*result.finding, texts)) << ' '
-              << style.Faint("(" + texts.Ui(NameOf(verdict)) + ", " +
-                             texts.Ui("priority", Number(result.finding->priority)) + ")")
+              << style.Bold(RenderSentence(*result.finding, texts)) << ' '
+              << style.Faint("(" + texts.FormatUi(ToString(verdict)) + ", " +
+                             texts.FormatUi("priority", FormatNumber(result.finding->priority)) +
+                             ")")
               << '\n';
   } else {
-    std::cout << style.Severity(Verdict::Well, name) << ' ' << texts.Ui("nothing_found") << '\n';
+    std::cout << style.Severity(Verdict::Well, name) << ' ' << texts.FormatUi("nothing_found")
+              << '\n';
   }
-  for (const InputLine& line : InputLines(result.saw, texts)) {
+  for (const InputLine& line : FormatInputs(result.saw, texts)) {
     std::cout << (line.decides ? style.Bold(style.Hanging(2, "▸ ", line.text))
                                : style.Faint(style.Hanging(4, "", line.text)))
               << '\n';
@@ -35,16 +37,16 @@ void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& 
 // The findings in their order, and what decided between the first two.
 void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
                   const Style& style) {
-  std::cout << style.Bold(texts.Ui("why_this")) << '\n';
+  std::cout << style.Bold(texts.FormatUi("why_this")) << '\n';
   for (std::size_t i = 0; i < ranked.size(); ++i) {
     const Finding& finding = *ranked[i].finding;
-    const std::string line = std::to_string(i + 1) + ". " + Sentence(finding, texts);
+    const std::string line = std::to_string(i + 1) + ". " + RenderSentence(finding, texts);
     std::cout << "  " << (i == 0 ? style.Bold(line) : line) << ' '
-              << style.Faint("(" + texts.Word("checker", ranked[i].name) + ", " +
-                             texts.Ui("priority", Number(finding.priority)) + ")")
+              << style.Faint("(" + texts.GetText("checker", ranked[i].name) + ", " +
+                             texts.FormatUi("priority", FormatNumber(finding.priority)) + ")")
               << '\n';
   }
-  std::cout << "  " << WhyFirst(ranked, texts) << '\n';
+  std::cout << "  " << ExplainOrder(ranked, texts) << '\n';
 }
 
 }  // namespace
@@ -68,11 +70,11 @@ ExitStatus RunExplain(Session& session) {
     std::cout << '\n';
     PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
     std::cout << '\n';
-    for (const std::string& line : FailedSources(sources, texts)) std::cout << line << '\n';
-    std::cout << style.Faint(SourcesLine(sources, texts)) << std::endl;
+    for (const std::string& line : FormatFailedSources(sources, texts)) std::cout << line << '\n';
+    std::cout << style.Faint(FormatSourcesLine(sources, texts)) << std::endl;
   }
   const Finding rule = ParseAnswer(explanation.reply.document).rule;
-  return StatusOf(VerdictOf(rule), Count(sources));
+  return ChooseExitStatus(JudgeFinding(rule), CountSources(sources));
 }
 
 }  // namespace host

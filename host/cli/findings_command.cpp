@@ -19,25 +19,25 @@ Finding FindingOf(const CatalogueEntry& entry) {
 }
 
 void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
-  const Verdict verdict = VerdictOf(finding);
-  std::cout << style.Severity(verdict, texts.Ui(NameOf(verdict))) << "  "
-            << style.Bold(Advice(finding, "title", texts)) << "  "
-            << style.Faint(texts.Ui("priority", Number(finding.priority)) + ", " +
+  const Verdict verdict = JudgeFinding(finding);
+  std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict))) << "  "
+            << style.Bold(FindAdvice(finding, "title", texts)) << "  "
+            << style.Faint(texts.FormatUi("priority", FormatNumber(finding.priority)) + ", " +
                            AdviceSection(finding))
             << '\n';
   for (const char* key : kAdvice) {
-    const std::string label = texts.Ui(key) + texts.Of("common:colon") + " ";
-    std::cout << style.Hanging(2, "", label + Advice(finding, key, texts)) << '\n';
+    const std::string label = texts.FormatUi(key) + texts.Resolve("common:colon") + " ";
+    std::cout << style.Hanging(2, "", label + FindAdvice(finding, key, texts)) << '\n';
   }
   std::cout << '\n';
 }
 
 void PrintMarkdown(const Finding& finding, const Texts& texts) {
-  std::cout << "\n## " << Advice(finding, "title", texts) << "\n\n"
-            << texts.Ui(NameOf(VerdictOf(finding))) << ", priority " << Number(finding.priority)
-            << ", `" << AdviceSection(finding) << "`\n\n";
+  std::cout << "\n## " << FindAdvice(finding, "title", texts) << "\n\n"
+            << texts.FormatUi(ToString(JudgeFinding(finding))) << ", priority "
+            << FormatNumber(finding.priority) << ", `" << AdviceSection(finding) << "`\n\n";
   for (const char* key : kAdvice) {
-    std::cout << "- **" << texts.Ui(key) << ":** " << Advice(finding, key, texts) << '\n';
+    std::cout << "- **" << texts.FormatUi(key) << ":** " << FindAdvice(finding, key, texts) << '\n';
   }
 }
 
@@ -47,8 +47,8 @@ Json::Value AsJson(const Finding& finding, const Texts& texts) {
   entry["text"] = finding.TextKey();
   entry["type"] = static_cast<int>(finding.type);
   entry["priority"] = finding.priority;
-  entry["title"] = Advice(finding, "title", texts);
-  for (const char* key : kAdvice) entry[key] = Advice(finding, key, texts);
+  entry["title"] = FindAdvice(finding, "title", texts);
+  for (const char* key : kAdvice) entry[key] = FindAdvice(finding, key, texts);
   return entry;
 }
 

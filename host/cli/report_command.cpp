@@ -96,11 +96,12 @@ ExitStatus RunReport(Session& session, const std::string& file) {
     Json::Value written;
     written["file"] = file;
     std::cout << (session.Options().json ? common::WriteCompact(written)
-                                         : session.GetTexts().Ui("report_written", file))
+                                         : session.GetTexts().FormatUi("report_written", file))
               << std::endl;
   }
   const Reply& reply = explanation.reply;
-  return StatusOf(VerdictOf(ParseAnswer(reply.document).rule), Count(reply.sources));
+  return ChooseExitStatus(JudgeFinding(ParseAnswer(reply.document).rule),
+                          CountSources(reply.sources));
 }
 
 }  // namespace host

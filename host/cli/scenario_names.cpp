@@ -24,7 +24,7 @@ Words WordsOf(std::string_view name) {
 
 }  // namespace
 
-std::string ScenarioAdvice(const std::filesystem::path& folder, std::string_view wanted) {
+std::string SuggestScenarios(const std::filesystem::path& folder, std::string_view wanted) {
   const Words words = WordsOf(wanted);
   // Ordered by words that are not shared: few foreign words come first.
   std::vector<std::pair<int, std::string>> names;

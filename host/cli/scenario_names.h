@@ -9,6 +9,6 @@ namespace host {
 
 // A sentence with up to three names in `folder` that share the most words with `wanted`, or
 // with where all names are.
-std::string ScenarioAdvice(const std::filesystem::path& folder, std::string_view wanted);
+std::string SuggestScenarios(const std::filesystem::path& folder, std::string_view wanted);
 
 }  // namespace host

@@ -50,7 +50,7 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   const bool preview = options.demo && session.Options().scenario.empty();
   const SimulatedMachine machine = preview ? session.OpenScenario("healthy") : session.Machine();
   const Host& host = session.GetHost();
-  HealthMethod(host);  // no module, no service
+  FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
   HttpServer server(socket, site, NamesOf(options));
   GiveBackWhatStartingTook();

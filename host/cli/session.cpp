@@ -57,7 +57,7 @@ std::string Session::ScenarioPath(const std::string& nameOrPath) const {
   if (std::filesystem::exists(nameOrPath)) return nameOrPath;
   throw Failure(kNoInput, "There is no scenario \"" + nameOrPath + "\", neither in " +
                               shipped.string() + " nor in the current folder. " +
-                              ScenarioAdvice(shipped, nameOrPath));
+                              SuggestScenarios(shipped, nameOrPath));
 }
 
 SimulatedMachine Session::OpenScenario(const std::string& nameOrPath) {

@@ -17,16 +17,17 @@ Host::Host(const HostFiles& files)
   for (const std::string& path : files.modules) modules_.emplace_back(path);
 }
 
-const APIMethodRow* Host::Find(std::string_view api, std::int64_t version,
-                               std::string_view method) const {
+const APIMethodRow* Host::FindMethod(std::string_view api, std::int64_t version,
+                                     std::string_view method) const {
   for (const Module& module : modules_) {
-    if (const APIMethodRow* row = module.Find(api, version, method)) return row;
+    if (const APIMethodRow* row = module.FindMethod(api, version, method)) return row;
   }
   return nullptr;
 }
 
-std::string Host::AskDocument(const APIMethodRow& method, const SimulatedMachine& machine) const {
-  platform_.Enter(machine);
+std::string Host::CallForDocument(const APIMethodRow& method,
+                                  const SimulatedMachine& machine) const {
+  platform_.StartRequest(machine);
   Response response;
   method.handler(nullptr, &response);  // no method of ours reads its request
   if (response.Text().empty()) {
@@ -36,17 +37,17 @@ std::string Host::AskDocument(const APIMethodRow& method, const SimulatedMachine
   return std::move(response.Text());
 }
 
-Reply Host::Ask(const APIMethodRow& method, const SimulatedMachine& machine) const {
+Reply Host::CallMethod(const APIMethodRow& method, const SimulatedMachine& machine) const {
   Reply reply;
   const ModuleLog log;
-  reply.document = AskDocument(method, machine);
-  platform_.Sources(reply.sources);
+  reply.document = CallForDocument(method, machine);
+  platform_.ReadSources(reply.sources);
   AddLoggedFailures(log.Lines(), reply.sources);
   return reply;
 }
 
-const APIMethodRow& HealthMethod(const Host& host) {
-  const APIMethodRow* row = host.Find(kHealthAPI, kHealthVersion, kHealthMethod);
+const APIMethodRow& FindHealthMethod(const Host& host) {
+  const APIMethodRow* row = host.FindMethod(kHealthAPI, kHealthVersion, kHealthMethod);
   if (row != nullptr) return *row;
   throw Failure(kUnavailable, std::string("The loaded module has no API ") + kHealthAPI +
                                   ", version 1, method get. Name the health module with --module.");

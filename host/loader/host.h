@@ -32,14 +32,15 @@ class Host {
   const Platform& GetPlatform() const { return platform_; }
   const std::vector<Module>& Modules() const { return modules_; }
   // Null when no module has it.
-  const VELA::APIMethodRow* Find(std::string_view api, std::int64_t version,
-                                 std::string_view method) const;
+  const VELA::APIMethodRow* FindMethod(std::string_view api, std::int64_t version,
+                                       std::string_view method) const;
 
   // Runs a handler on this thread; any number of threads may. Throws Failure when it gave
   // no document, and what the module throws: nothing but std::bad_alloc.
-  Reply Ask(const VELA::APIMethodRow& method, const SimulatedMachine& machine) const;
+  Reply CallMethod(const VELA::APIMethodRow& method, const SimulatedMachine& machine) const;
   // The same without the sources' reports.
-  std::string AskDocument(const VELA::APIMethodRow& method, const SimulatedMachine& machine) const;
+  std::string CallForDocument(const VELA::APIMethodRow& method,
+                              const SimulatedMachine& machine) const;
   // The machine as the modules saw it, as a scenario's state.json; only with a recorder, and
   // in the thread of the request.
   std::string Recorded(const std::string& why) const { return recorder_->State(why); }
@@ -55,6 +56,6 @@ constexpr std::int64_t kHealthVersion = 1;
 constexpr const char* kHealthMethod = "get";
 
 // The row of the health API's "get". Throws Failure when no module has it.
-const VELA::APIMethodRow& HealthMethod(const Host& host);
+const VELA::APIMethodRow& FindHealthMethod(const Host& host);
 
 }  // namespace host

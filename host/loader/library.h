@@ -13,7 +13,7 @@ class Library {
 
   // Null when the library does not have it.
   template <typename Function>
-  Function Find(const char* symbol) const {
+  Function FindFunction(const char* symbol) const {
     return reinterpret_cast<Function>(Symbol(symbol));
   }
   const std::string& Path() const { return path_; }

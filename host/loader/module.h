@@ -19,8 +19,8 @@ class Module {
   const VELA::APIMethodRow* begin() const { return begin_; }
   const VELA::APIMethodRow* end() const { return end_; }
   // Null when the module has no such method.
-  const VELA::APIMethodRow* Find(std::string_view api, std::int64_t version,
-                                 std::string_view method) const;
+  const VELA::APIMethodRow* FindMethod(std::string_view api, std::int64_t version,
+                                       std::string_view method) const;
 
  private:
   Library library_;

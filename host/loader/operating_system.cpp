@@ -40,11 +40,11 @@ bool OnlyReads(int directory, int flags) {
 
 }  // namespace
 
-void host::AnswerForOperatingSystem(const VELAOperatingSystem* given) {
+void host::UseOperatingSystem(const VELAOperatingSystem* given) {
   answers = given != nullptr ? given : &kKernel;
 }
 
-const VELAOperatingSystem* host::OperatingSystemAnswers() { return answers; }
+const VELAOperatingSystem* host::GetOperatingSystem() { return answers; }
 
 extern "C" {
 

@@ -7,8 +7,8 @@ struct VELAOperatingSystem;
 namespace host {
 
 // From now on `answers` are asked; null: the real machine. Call it before any thread starts.
-void AnswerForOperatingSystem(const VELAOperatingSystem* answers);
+void UseOperatingSystem(const VELAOperatingSystem* answers);
 // Who is asked now; never null.
-const VELAOperatingSystem* OperatingSystemAnswers();
+const VELAOperatingSystem* GetOperatingSystem();
 
 }  // namespace host

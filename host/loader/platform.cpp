@@ -12,14 +12,14 @@ namespace host {
 Platform::Platform(const std::string& path, Scope scope)
     : library_(path, RTLD_NOW | (scope == Scope::All ? RTLD_GLOBAL : RTLD_LOCAL), "the platform",
                "Build it, or name another with --platform."),
-      reset_(library_.Find<decltype(reset_)>("VELAPlatformSourcesReset")),
-      sources_(library_.Find<decltype(sources_)>("VELAPlatformSources")),
-      open_(library_.Find<decltype(open_)>("VELASimulatorOpen")),
-      close_(library_.Find<decltype(close_)>("VELASimulatorClose")),
-      enter_(library_.Find<decltype(enter_)>("VELASimulatorEnter")) {
+      reset_(library_.FindFunction<decltype(reset_)>("VELAPlatformSourcesReset")),
+      sources_(library_.FindFunction<decltype(sources_)>("VELAPlatformSources")),
+      open_(library_.FindFunction<decltype(open_)>("VELASimulatorOpen")),
+      close_(library_.FindFunction<decltype(close_)>("VELASimulatorClose")),
+      enter_(library_.FindFunction<decltype(enter_)>("VELASimulatorEnter")) {
   using OperatingSystem = decltype(&VELAPlatformOperatingSystem);
-  const auto answers = library_.Find<OperatingSystem>("VELAPlatformOperatingSystem");
-  AnswerForOperatingSystem(answers != nullptr ? answers() : nullptr);
+  const auto answers = library_.FindFunction<OperatingSystem>("VELAPlatformOperatingSystem");
+  UseOperatingSystem(answers != nullptr ? answers() : nullptr);
 }
 
 SimulatedMachine Platform::OpenScenario(const std::string& path) const {
@@ -35,12 +35,12 @@ SimulatedMachine Platform::OpenScenario(const std::string& path) const {
   return {machine, close_};
 }
 
-void Platform::Enter(const SimulatedMachine& machine) const {
+void Platform::StartRequest(const SimulatedMachine& machine) const {
   if (reset_ != nullptr) reset_();
   if (enter_ != nullptr) enter_(machine.get());
 }
 
-void Platform::Sources(std::vector<VELASourceReport>& reports) const {
+void Platform::ReadSources(std::vector<VELASourceReport>& reports) const {
   reports.clear();
   if (sources_ == nullptr) return;
   reports.resize(static_cast<std::size_t>(sources_(nullptr, 0)));

@@ -28,9 +28,9 @@ class Platform {
   SimulatedMachine OpenScenario(const std::string& path) const;
 
   // Starts a request on this thread, on `machine`; null: the platform's own.
-  void Enter(const SimulatedMachine& machine) const;
+  void StartRequest(const SimulatedMachine& machine) const;
   // What the sources of this thread's request said; none on a platform without a voice.
-  void Sources(std::vector<VELASourceReport>& reports) const;
+  void ReadSources(std::vector<VELASourceReport>& reports) const;
 
   const std::string& Path() const { return library_.Path(); }
 

@@ -42,7 +42,7 @@ std::map<Kind, Sample> SamplesOf(const std::set<std::string, std::less<>>& names
   for (const std::string& name : names) {
     if (name.starts_with("failing-")) continue;
     Json::Value rule = RuleOf(folder / name);
-    const Finding finding = FindingFrom(rule);
+    const Finding finding = ParseFinding(rule);
     const Kind kind(finding.id, finding.type, finding.TextKey());
     const auto known = samples.find(kind);
     if (known == samples.end() || name.size() < known->second.scenario.size()) {

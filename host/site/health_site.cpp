@@ -112,12 +112,12 @@ HttpAnswer HealthSite::Ask(const Question& question, std::size_t requests) const
 
 const VELA::APIMethodRow* HealthSite::MethodAt(std::string_view path) const {
   const auto name = ParseMethod(path.substr(kApi.size()));
-  return name ? host_.Find(name->api, name->version, name->method) : nullptr;
+  return name ? host_.FindMethod(name->api, name->version, name->method) : nullptr;
 }
 
 HttpAnswer HealthSite::AskMethod(const VELA::APIMethodRow& method, std::size_t requests) const {
   const auto start = std::chrono::steady_clock::now();
-  std::string document = host_.AskDocument(method, machine_);
+  std::string document = host_.CallForDocument(method, machine_);
   metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
   return NotStored(std::move(document));
 }

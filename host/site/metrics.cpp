@@ -30,7 +30,8 @@ void Add(MetricFamily& family, Labels labels, double value) {
 }
 
 Labels LabelsOf(const Finding& finding) {
-  return {{"id", finding.id}, {"type", NameOf(VerdictOf(finding))}, {"text", finding.TextKey()}};
+  return {
+      {"id", finding.id}, {"type", ToString(JudgeFinding(finding))}, {"text", finding.TextKey()}};
 }
 
 MetricFamily MostUrgent(const Finding& finding) {

@@ -12,7 +12,7 @@ Json::Value SourcesOf(const Reply& reply) {
   for (const VELASourceReport& report : reply.sources) {
     Json::Value source;
     source["name"] = report.name;
-    source["state"] = StateName(report);
+    source["state"] = NameSourceState(report);
     if (report.reason[0] != '\0') source["reason"] = report.reason;
     sources.append(std::move(source));
   }

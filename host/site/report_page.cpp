@@ -39,57 +39,63 @@ std::string Headline(Verdict look, const std::string& sentence, const Texts& tex
   return "<div class=\"headline\"><svg class=\"icon\" viewBox=\"0 0 48 48\" aria-hidden=\"true\">"
          "<path class=\"shape\" d=\"" +
          std::string(icon.shape) + "\"/><path class=\"mark\" d=\"" + icon.mark +
-         "\"/></svg>\n<div>" + Element("p", texts.Ui(NameOf(look)), "class=\"severity\"") +
-         Element("h1", sentence, "class=\"sentence\"") + "</div></div>\n";
+         "\"/></svg>\n<div>" +
+         MakeElement("p", texts.FormatUi(ToString(look)), "class=\"severity\"") +
+         MakeElement("h1", sentence, "class=\"sentence\"") + "</div></div>\n";
 }
 
 std::string AdviceOn(const Finding& finding, const Texts& texts) {
   std::string list;
   for (const char* key : {"meaning", "ignored", "where"}) {
-    list += Element("dt", texts.Ui(key)) + Element("dd", Advice(finding, key, texts));
+    list +=
+        MakeElement("dt", texts.FormatUi(key)) + MakeElement("dd", FindAdvice(finding, key, texts));
   }
-  return Around("div", Element("h2", texts.Ui("do")) + Element("p", Advice(finding, "do", texts)),
-                "class=\"lead\"") +
-         Around("dl", list);
+  return WrapInTag("div",
+                   MakeElement("h2", texts.FormatUi("do")) +
+                       MakeElement("p", FindAdvice(finding, "do", texts)),
+                   "class=\"lead\"") +
+         WrapInTag("dl", list);
 }
 
 std::string Section(const std::string& title, const std::string& markup) {
-  return markup.empty() ? "" : Around("section", Element("h2", title) + markup);
+  return markup.empty() ? "" : WrapInTag("section", MakeElement("h2", title) + markup);
 }
 
-std::string ClassOf(Verdict verdict) { return std::string("class=\"") + NameOf(verdict) + "\""; }
+std::string ClassOf(Verdict verdict) { return std::string("class=\"") + ToString(verdict) + "\""; }
 
 std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Texts& texts) {
   std::string articles;
   for (std::size_t i = 1; i < ranked.size(); ++i) {
     const Finding& finding = *ranked[i].finding;
-    const Verdict verdict = VerdictOf(finding);
-    articles +=
-        Around("article",
-               Around("h3", Element("b", texts.Ui(NameOf(verdict)) + texts.Of("common:colon")) +
-                                Element("bdi", Sentence(finding, texts))) +
-                   Element("p", Advice(finding, "do", texts)),
-               ClassOf(verdict));
+    const Verdict verdict = JudgeFinding(finding);
+    articles += WrapInTag("article",
+                          WrapInTag("h3", MakeElement("b", texts.FormatUi(ToString(verdict)) +
+                                                               texts.Resolve("common:colon")) +
+                                              MakeElement("bdi", RenderSentence(finding, texts))) +
+                              MakeElement("p", FindAdvice(finding, "do", texts)),
+                          ClassOf(verdict));
   }
-  return Section(texts.Ui("further"), articles);
+  return Section(texts.FormatUi("further"), articles);
 }
 
 std::string Check(const CheckerResult& result, const Texts& texts) {
-  const Verdict verdict = result.finding ? VerdictOf(*result.finding) : Verdict::Well;
+  const Verdict verdict = result.finding ? JudgeFinding(*result.finding) : Verdict::Well;
   std::string inputs;
-  for (const InputLine& line : InputLines(result.saw, texts)) {
-    inputs +=
-        Element("li", line.text, line.decides ? "dir=\"auto\" class=\"decides\"" : "dir=\"auto\"");
+  for (const InputLine& line : FormatInputs(result.saw, texts)) {
+    inputs += MakeElement("li", line.text,
+                          line.decides ? "dir=\"auto\" class=\"decides\"" : "dir=\"auto\"");
   }
-  std::string title = Element("b", texts.Word("checker", result.name) + texts.Of("common:colon"));
-  title +=
-      Element("bdi", result.finding ? Sentence(*result.finding, texts) : texts.Ui("nothing_found"));
+  std::string title =
+      MakeElement("b", texts.GetText("checker", result.name) + texts.Resolve("common:colon"));
+  title += MakeElement("bdi", result.finding ? RenderSentence(*result.finding, texts)
+                                             : texts.FormatUi("nothing_found"));
   if (result.finding) {
-    title += Element("span", texts.Ui("priority", Number(result.finding->priority)),
-                     "class=\"priority\"");
+    title += MakeElement("span", texts.FormatUi("priority", FormatNumber(result.finding->priority)),
+                         "class=\"priority\"");
   }
-  return Around("article", Around("h3", title) + (inputs.empty() ? "" : Around("ul", inputs)),
-                ClassOf(verdict));
+  return WrapInTag("article",
+                   WrapInTag("h3", title) + (inputs.empty() ? "" : WrapInTag("ul", inputs)),
+                   ClassOf(verdict));
 }
 
 std::string Checks(const std::vector<CheckerResult>& results,
@@ -97,53 +103,56 @@ std::string Checks(const std::vector<CheckerResult>& results,
   if (results.empty()) return "";  // the module that explains is not there
   std::string articles;
   for (const CheckerResult& result : results) articles += Check(result, texts);
-  return Section(texts.Ui("checks"), Element("p", WhyFirst(ranked, texts)) + articles);
+  return Section(texts.FormatUi("checks"),
+                 MakeElement("p", ExplainOrder(ranked, texts)) + articles);
 }
 
 std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& texts) {
   std::string rows;
   for (const char* column : {"source", "state", "time", "message"})
-    rows += Element("th", texts.Ui(std::string("sources_") + column), "scope=\"col\"");
-  rows = Around("tr", rows);
+    rows += MakeElement("th", texts.FormatUi(std::string("sources_") + column), "scope=\"col\"");
+  rows = WrapInTag("tr", rows);
   for (const VELASourceReport& source : sources) {
-    const std::string state = StateName(source);
+    const std::string state = NameSourceState(source);
     const bool asked = source.microseconds > 0;
-    rows +=
-        Around("tr",
-               Element("td", texts.Word("source", source.name)) + Element("td", texts.Ui(state)) +
-                   Element("td", asked ? Milliseconds(source.microseconds, texts) : "") +
-                   Element("td", source.reason, "dir=\"auto\" lang=\"en\""),
-               "class=\"is-" + state + "\"");
+    rows += WrapInTag(
+        "tr",
+        MakeElement("td", texts.GetText("source", source.name)) +
+            MakeElement("td", texts.FormatUi(state)) +
+            MakeElement("td", asked ? FormatMilliseconds(source.microseconds, texts) : "") +
+            MakeElement("td", source.reason, "dir=\"auto\" lang=\"en\""),
+        "class=\"is-" + state + "\"");
   }
-  return Section(texts.Ui("sources_title"), Element("p", SourcesLine(sources, texts)) +
-                                                (sources.empty() ? "" : Around("table", rows)));
+  return Section(texts.FormatUi("sources_title"),
+                 MakeElement("p", FormatSourcesLine(sources, texts)) +
+                     (sources.empty() ? "" : WrapInTag("table", rows)));
 }
 
 std::string Unread(const std::vector<VELASourceReport>& sources, const Texts& texts) {
   std::string lines;
-  for (const std::string& line : FailedSources(sources, texts)) {
-    lines += Element("div", line, "dir=\"auto\"");
+  for (const std::string& line : FormatFailedSources(sources, texts)) {
+    lines += MakeElement("div", line, "dir=\"auto\"");
   }
-  return lines.empty() ? "" : Around("div", lines, "class=\"stale\"");
+  return lines.empty() ? "" : WrapInTag("div", lines, "class=\"stale\"");
 }
 
 // Whose answer it is, and of when.
 std::string About(const Answer& answer, const std::string& time, const Texts& texts) {
-  std::string about = Escaped(texts.Ui("made_by", time, std::string(VELA_VERSION)));
-  const std::string uptime = UptimeInWords(answer.uptime, texts);
-  if (!uptime.empty()) about = Escaped(texts.Ui("up", uptime)) + " · " + about;
-  if (!answer.hostname.empty()) about = Element("bdi", answer.hostname) + " · " + about;
-  return Around("p", about, "class=\"about\"");
+  std::string about = EscapeHtml(texts.FormatUi("made_by", time, std::string(VELA_VERSION)));
+  const std::string uptime = FormatUptime(answer.uptime, texts);
+  if (!uptime.empty()) about = EscapeHtml(texts.FormatUi("up", uptime)) + " · " + about;
+  if (!answer.hostname.empty()) about = MakeElement("bdi", answer.hostname) + " · " + about;
+  return WrapInTag("p", about, "class=\"about\"");
 }
 
 std::string Network(const std::vector<Interface>& interfaces, const Texts& texts) {
   std::string rows;
   for (const Interface& interface : interfaces) {
-    rows +=
-        Around("tr", Element("td", interface.id, "dir=\"auto\"") + Element("td", interface.type) +
-                         Element("td", interface.ip, "dir=\"ltr\""));
+    rows += WrapInTag("tr", MakeElement("td", interface.id, "dir=\"auto\"") +
+                                MakeElement("td", interface.type) +
+                                MakeElement("td", interface.ip, "dir=\"ltr\""));
   }
-  return Section(texts.Ui("network"), rows.empty() ? "" : Around("table", rows));
+  return Section(texts.FormatUi("network"), rows.empty() ? "" : WrapInTag("table", rows));
 }
 
 // Its lines one by one: a line's end is no harm.
@@ -152,9 +161,9 @@ std::string Document(const std::string& document, const Texts& texts) {
   std::istringstream(document) >> root;
   std::istringstream lines(common::WritePretty(root));
   std::string shown;
-  for (std::string line; std::getline(lines, line);) shown += Escaped(line) + "\n";
-  return Around("details", Element("summary", texts.Ui("document")) +
-                               Around("pre", shown, "dir=\"ltr\" lang=\"en\""));
+  for (std::string line; std::getline(lines, line);) shown += EscapeHtml(line) + "\n";
+  return WrapInTag("details", MakeElement("summary", texts.FormatUi("document")) +
+                                  WrapInTag("pre", shown, "dir=\"ltr\" lang=\"en\""));
 }
 
 std::string Head(const ReportParts& parts, const std::string& title) {
@@ -166,7 +175,7 @@ std::string Head(const ReportParts& parts, const std::string& title) {
          "<meta name=\"color-scheme\" content=\"light dark\">\n"
          "<meta name=\"referrer\" content=\"no-referrer\">\n"
          "<link rel=\"icon\" href=\"data:,\">\n" +
-         Element("title", title) + "<style>\n" + parts.style + "</style>\n</head>\n";
+         MakeElement("title", title) + "<style>\n" + parts.style + "</style>\n</head>\n";
 }
 
 }  // namespace
@@ -176,12 +185,13 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   const Answer answer = ParseAnswer(reply.document);
   const std::vector<CheckerResult>& results = parts.explanation.checkers;
   const std::vector<CheckerResult> ranked = MostUrgentFirst(results);
-  const Verdict verdict = VerdictOf(answer.rule);
-  const bool incomplete = verdict == Verdict::Well && Count(reply.sources).failed > 0;
+  const Verdict verdict = JudgeFinding(answer.rule);
+  const bool incomplete = verdict == Verdict::Well && CountSources(reply.sources).failed > 0;
   const Verdict look = incomplete ? Verdict::Notice : verdict;
 
   std::string body =
-      Headline(look, incomplete ? texts.Ui("incomplete") : Sentence(answer.rule, texts), texts) +
+      Headline(look, incomplete ? texts.FormatUi("incomplete") : RenderSentence(answer.rule, texts),
+               texts) +
       About(answer, parts.time, texts);
   if (verdict != Verdict::Well) body += AdviceOn(answer.rule, texts);
   body += Unread(reply.sources, texts);
@@ -189,9 +199,9 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
           Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
           Document(reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;
-  return Head(parts, texts.Ui("report_title", host)) + "<body>\n" +
-         Around("main", body,
-                std::string("class=\"widget\" data-verdict=\"") + NameOf(look) + "\"") +
+  return Head(parts, texts.FormatUi("report_title", host)) + "<body>\n" +
+         WrapInTag("main", body,
+                   std::string("class=\"widget\" data-verdict=\"") + ToString(look) + "\"") +
          "</body>\n</html>\n";
 }
 

@@ -100,7 +100,7 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
     sources += files_[page.path].plain.whole.body;
   }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
-  for (const Language& language : Languages()) {
+  for (const Language& language : ListLanguages()) {
     const std::string name = std::string("texts/") + language.code + ".json";
     Add("/" + name, "application/json", TextsOfPage(Read(data / name), sources));
   }

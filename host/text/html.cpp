@@ -4,7 +4,7 @@
 
 namespace host {
 
-std::string Escaped(std::string_view text) {
+std::string EscapeHtml(std::string_view text) {
   std::string escaped;
   for (const char c : Sanitize(text)) {
     switch (c) {
@@ -30,14 +30,14 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-std::string Around(std::string_view tag, std::string_view markup, std::string_view attributes) {
+std::string WrapInTag(std::string_view tag, std::string_view markup, std::string_view attributes) {
   std::string element = "<" + std::string(tag);
   if (!attributes.empty()) element.append(" ").append(attributes);
   return element.append(">").append(markup).append("</").append(tag).append(">\n");
 }
 
-std::string Element(std::string_view tag, std::string_view text, std::string_view attributes) {
-  return Around(tag, Escaped(text), attributes);
+std::string MakeElement(std::string_view tag, std::string_view text, std::string_view attributes) {
+  return WrapInTag(tag, EscapeHtml(text), attributes);
 }
 
 }  // namespace host

@@ -28,16 +28,16 @@ std::string_view EnvironmentLocale() {
 
 }  // namespace
 
-const std::vector<Language>& Languages() {
+const std::vector<Language>& ListLanguages() {
   static const std::vector<Language> languages = {{"en", "English"},  {"de", "Deutsch"},
                                                   {"fr", "Français"}, {"es", "Español"},
                                                   {"ja", "日本語"},   {"zh-CN", "简体中文"}};
   return languages;
 }
 
-std::string LanguageFor(std::string_view locale) {
+std::string FindLanguage(std::string_view locale) {
   const std::string tag = PrimaryTag(locale);
-  for (const Language& language : Languages()) {
+  for (const Language& language : ListLanguages()) {
     if (tag == PrimaryTag(language.code)) return language.code;
   }
   return {};
@@ -45,13 +45,13 @@ std::string LanguageFor(std::string_view locale) {
 
 std::string ChooseLanguage(const std::string& wanted) {
   if (!wanted.empty()) {
-    if (std::string code = LanguageFor(wanted); !code.empty()) return code;
+    if (std::string code = FindLanguage(wanted); !code.empty()) return code;
     std::string known;
-    for (const Language& language : Languages()) known += std::string(" ") + language.code;
+    for (const Language& language : ListLanguages()) known += std::string(" ") + language.code;
     throw Failure(
         kUsage, "There are no texts in \"" + wanted + "\". Use --lang with one of:" + known + ".");
   }
-  std::string code = LanguageFor(EnvironmentLocale());
+  std::string code = FindLanguage(EnvironmentLocale());
   return code.empty() ? "en" : code;
 }
 

@@ -12,11 +12,11 @@ struct Language {
   const char* name;  // in itself
 };
 // The languages that the texts exist in; English first.
-const std::vector<Language>& Languages();
+const std::vector<Language>& ListLanguages();
 
 // "de_AT.UTF-8", "de-CH" and "DE" are "de", any Chinese is "zh-CN"; empty when the
 // texts do not exist in it.
-std::string LanguageFor(std::string_view locale);
+std::string FindLanguage(std::string_view locale);
 
 // The one of `wanted` when it is not empty (throws Failure(kUsage) when it is unknown),
 // else of the environment's LC_ALL, LC_MESSAGES or LANG, else English.

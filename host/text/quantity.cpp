@@ -14,12 +14,12 @@ std::string Decimal(double value, int decimals, const Texts& texts) {
   if (point == std::string::npos) return text;
   text.erase(text.find_last_not_of('0') + 1);
   if (text.back() == '.') return text.substr(0, point);
-  return text.replace(point, 1, texts.Ui("decimal_point"));
+  return text.replace(point, 1, texts.FormatUi("decimal_point"));
 }
 
 }  // namespace
 
-std::string Bytes(std::uint64_t bytes, const Texts& texts) {
+std::string FormatBytes(std::uint64_t bytes, const Texts& texts) {
   constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
   auto value = static_cast<double>(bytes);
   std::size_t unit = 0;
@@ -27,17 +27,17 @@ std::string Bytes(std::uint64_t bytes, const Texts& texts) {
   return Decimal(value, value < 100 && unit > 0 ? 1 : 0, texts) + "\u00A0" + kUnits[unit];
 }
 
-std::string Count(std::uint64_t count) {
+std::string FormatCount(std::uint64_t count) {
   std::string digits = std::to_string(count);
   for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, "\u202F");
   return digits;
 }
 
-std::string Milliseconds(std::uint32_t microseconds, const Texts& texts) {
+std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts) {
   return Decimal(microseconds / 1000.0, microseconds < 1000 ? 2 : 1, texts) + "\u00A0ms";
 }
 
-std::string Percent(double share, const Texts& texts) {
+std::string FormatPercent(double share, const Texts& texts) {
   return Decimal(share * 100, 2, texts) + "\u00A0%";
 }
 

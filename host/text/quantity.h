@@ -9,12 +9,12 @@
 namespace host {
 
 // "4.1 GiB", "93.1 GiB", "512 B"; in German "4,1 GiB".
-std::string Bytes(std::uint64_t bytes, const Texts& texts);
+std::string FormatBytes(std::uint64_t bytes, const Texts& texts);
 // 240000000 as "240 000 000", with narrow blanks.
-std::string Count(std::uint64_t count);
+std::string FormatCount(std::uint64_t count);
 // 1234 as "1.2 ms".
-std::string Milliseconds(std::uint32_t microseconds, const Texts& texts);
+std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts);
 // 0.05 as "5 %".
-std::string Percent(double share, const Texts& texts);
+std::string FormatPercent(double share, const Texts& texts);
 
 }  // namespace host

@@ -41,28 +41,28 @@ void Texts::Add(const Json::Value& root) {
   }
 }
 
-const std::string* Texts::Find(std::string_view section, std::string_view key) const {
+const std::string* Texts::FindText(std::string_view section, std::string_view key) const {
   const auto found = sections_.find(section);
   if (found == sections_.end()) return nullptr;
   const auto text = found->second.find(key);
   return text == found->second.end() ? nullptr : &text->second;
 }
 
-std::string Texts::Word(std::string_view section, std::string_view key) const {
-  const std::string* text = Find(section, key);
+std::string Texts::GetText(std::string_view section, std::string_view key) const {
+  const std::string* text = FindText(section, key);
   return text != nullptr ? *text : std::string(key);
 }
 
-std::string Texts::Of(std::string_view reference) const {
+std::string Texts::Resolve(std::string_view reference) const {
   const std::size_t colon = reference.find(':');
   if (colon != std::string_view::npos) {
-    const std::string* text = Find(reference.substr(0, colon), reference.substr(colon + 1));
+    const std::string* text = FindText(reference.substr(0, colon), reference.substr(colon + 1));
     if (text != nullptr) return *text;
   }
   return std::string(reference);
 }
 
-std::string Fill(std::string_view text, const std::vector<std::string>& values) {
+std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values) {
   std::string filled;
   std::size_t at = 0;
   while (const auto placeholder = FindPlaceholder(text, at)) {

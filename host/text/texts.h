@@ -18,14 +18,14 @@ class Texts {
   Texts(const std::filesystem::path& folder, const std::string& language);
 
   // Null when there is no such text.
-  const std::string* Find(std::string_view section, std::string_view key) const;
+  const std::string* FindText(std::string_view section, std::string_view key) const;
   // The text that "section:key" names, else the reference itself: better than nothing.
-  std::string Of(std::string_view reference) const;
+  std::string Resolve(std::string_view reference) const;
   // The text of `key` in `section`, else the key.
-  std::string Word(std::string_view section, std::string_view key) const;
+  std::string GetText(std::string_view section, std::string_view key) const;
   // One of the program's own words (section "ui"), its {0}, {1}, ... filled.
   template <typename... Values>
-  std::string Ui(std::string_view key, const Values&... values) const;
+  std::string FormatUi(std::string_view key, const Values&... values) const;
 
   using Section = std::map<std::string, std::string, std::less<>>;
   const std::map<std::string, Section, std::less<>>& Sections() const { return sections_; }
@@ -38,11 +38,11 @@ class Texts {
 
 // `text` with each "{n}" replaced by element n of `values`; a number without an element
 // stays. What was put in is never looked at again.
-std::string Fill(std::string_view text, const std::vector<std::string>& values);
+std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values);
 
 template <typename... Values>
-std::string Texts::Ui(std::string_view key, const Values&... values) const {
-  return Fill(Of(std::string("ui:").append(key)), {std::string(values)...});
+std::string Texts::FormatUi(std::string_view key, const Values&... values) const {
+  return FillPlaceholders(Resolve(std::string("ui:").append(key)), {std::string(values)...});
 }
 
 }  // namespace host

@@ -70,10 +70,10 @@ TEST(Verdict, IsDecidedByIdAndTypeTogether) {
                {FindingOf(2, "system_health"), "well", kHealthy, kIncomplete}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.verdict);
-    const Verdict verdict = VerdictOf(c.finding);
-    EXPECT_STREQ(NameOf(verdict), c.verdict);
-    EXPECT_EQ(StatusOf(verdict, allRead), c.read);
-    EXPECT_EQ(StatusOf(verdict, oneFailed), c.failed);
+    const Verdict verdict = JudgeFinding(c.finding);
+    EXPECT_STREQ(ToString(verdict), c.verdict);
+    EXPECT_EQ(ChooseExitStatus(verdict, allRead), c.read);
+    EXPECT_EQ(ChooseExitStatus(verdict, oneFailed), c.failed);
   }
 }
 
@@ -83,7 +83,7 @@ TEST(Language, TheOptionComesBeforeTheEnvironmentAndEnglishLast) {
   } cases[] = {{"de", "de"},       {"de_AT.UTF-8", "de"}, {"FR-ca", "fr"}, {"ja_JP@x", "ja"},
                {"zh_TW", "zh-CN"}, {"zh-CN", "zh-CN"},    {"C", ""},       {"", ""},
                {"den", ""}};
-  for (const auto& c : cases) EXPECT_EQ(LanguageFor(c.locale), c.language) << c.locale;
+  for (const auto& c : cases) EXPECT_EQ(FindLanguage(c.locale), c.language) << c.locale;
 
   setenv("LC_ALL", "", 1);
   setenv("LC_MESSAGES", "es_ES.UTF-8", 1);

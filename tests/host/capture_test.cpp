@@ -17,7 +17,8 @@ const Host& RecordedSimulator() {
 
 // What its user can see of one request: the document and what each source said.
 std::string Ask(const SimulatedMachine& machine) {
-  const Reply reply = RecordedSimulator().Ask(HealthMethod(RecordedSimulator()), machine);
+  const Reply reply =
+      RecordedSimulator().CallMethod(FindHealthMethod(RecordedSimulator()), machine);
   std::string all = reply.document;
   for (const VELASourceReport& source : reply.sources) {
     all += std::string("\n") + source.name + " " + std::to_string(source.state) + source.reason;

@@ -26,7 +26,7 @@ TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
     SCOPED_TRACE(c["why"].asString());
     Description description{c["format"].asString(), {}, c["formatted"].asBool()};
     for (const Json::Value& param : c["params"]) description.params.push_back(param.asString());
-    EXPECT_EQ(Render(description, texts), c["text"].asString());
+    EXPECT_EQ(RenderDescription(description, texts), c["text"].asString());
   }
 }
 
@@ -83,10 +83,10 @@ TEST(Style, LongLinesGoOnBelowTheirText) {
 
 TEST(Render, UptimeIsToldInTheTwoUnitsThatMatter) {
   const Texts texts(VELA_TEXTS, "en");
-  EXPECT_EQ(UptimeInWords("0:59:59", texts), "59 min");
-  EXPECT_EQ(UptimeInWords("26:3:4", texts), "26 h 3 min");
-  EXPECT_EQ(UptimeInWords("49:3:4", texts), "2 d 1 h");
-  EXPECT_EQ(UptimeInWords("", texts), "");
+  EXPECT_EQ(FormatUptime("0:59:59", texts), "59 min");
+  EXPECT_EQ(FormatUptime("26:3:4", texts), "26 h 3 min");
+  EXPECT_EQ(FormatUptime("49:3:4", texts), "2 d 1 h");
+  EXPECT_EQ(FormatUptime("", texts), "");
 }
 
 }  // namespace

@@ -48,15 +48,15 @@ std::set<std::size_t> PlaceholdersOf(const std::string& text) {
 TEST(Texts, EveryReachableFindingIsToldInEveryLanguage) {
   const std::vector<Finding> findings = ReachableFindings();
   ASSERT_GT(findings.size(), 100U);
-  for (const Language& language : Languages()) {
+  for (const Language& language : ListLanguages()) {
     const Texts texts(VELA_TEXTS, language.code);
     for (const Finding& finding : findings) {
       SCOPED_TRACE(std::string(language.code) + " " + AdviceSection(finding));
       for (const std::string& reference : ReferencesOf(finding.description)) {
-        EXPECT_NE(texts.Of(reference), reference);
+        EXPECT_NE(texts.Resolve(reference), reference);
       }
       for (const char* key : {"title", "meaning", "ignored", "do", "where"}) {
-        const std::string* advice = texts.Find(AdviceSection(finding), key);
+        const std::string* advice = texts.FindText(AdviceSection(finding), key);
         ASSERT_NE(advice, nullptr) << key;
         EXPECT_NE(*advice, "") << key;
       }
@@ -66,14 +66,14 @@ TEST(Texts, EveryReachableFindingIsToldInEveryLanguage) {
 
 TEST(Texts, EveryLanguageHasTheSameTextsWithTheSamePlaceholders) {
   const Texts english(VELA_TEXTS, "en");
-  for (const Language& language : Languages()) {
+  for (const Language& language : ListLanguages()) {
     const Texts texts(VELA_TEXTS, language.code);
     ASSERT_EQ(texts.Sections().size(), english.Sections().size()) << language.code;
     for (const auto& [section, entries] : english.Sections()) {
       ASSERT_EQ(texts.Sections().find(section)->second.size(), entries.size());
       for (const auto& [key, text] : entries) {
         SCOPED_TRACE(std::string(language.code) + " " + section + ":" + key);
-        const std::string* translated = texts.Find(section, key);
+        const std::string* translated = texts.FindText(section, key);
         ASSERT_NE(translated, nullptr);
         EXPECT_EQ(PlaceholdersOf(*translated), PlaceholdersOf(text));
       }
@@ -85,9 +85,9 @@ TEST(Texts, EverySourceHasANameForPeople) {
   const Texts texts(VELA_TEXTS, "en");
   for (int source = 0; source < source_status::kSourceCount; ++source) {
     const char* name = common::SourceName(static_cast<source_status::Source>(source));
-    EXPECT_NE(texts.Find("source", name), nullptr) << name;
+    EXPECT_NE(texts.FindText("source", name), nullptr) << name;
   }
-  EXPECT_NE(texts.Find("source", "operating system"), nullptr) << "what only the log tells of";
+  EXPECT_NE(texts.FindText("source", "operating system"), nullptr) << "what only the log tells of";
 }
 
 TEST(Catalogue, HoldsExactlyWhatScenariosBringInOrderOfUrgency) {
