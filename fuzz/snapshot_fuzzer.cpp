@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "platform/linux/base/snapshot.h"
-#include "platform/linux/contract/expansion_units.h"
+#include "platform/linux/chassis/expansion_units.h"
 
 using namespace linux_platform;
 
@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require((state == SnapshotState::Failed) == !reason.empty());
   Require((state == SnapshotState::Read) == document.isObject());
   Require(reason.size() < 240);
-  for (const ExpansionUnit& unit : UnitsOf(document, "a1, 0xa2"))
+  for (const ExpansionUnit& unit : ParseExpansionUnits(document, {"a1", "0xa2"}))
     Require(unit.id != "a1" && unit.id != "a2");
   return 0;
 }

@@ -18,6 +18,7 @@
 
 #include "benchmarks/linux/sides.h"
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/md.h"
@@ -99,7 +100,7 @@ void AddArray(const std::string& name, Known& known) {
 
 Known FindOut() {
   Known known;
-  const auto view = ReadStorage();
+  const auto view = linux_platform::ReadStorage(linux_platform::Settings());
   for (const auto& volume : view.volumes) {
     known.volumes.push_back(volume.path);
     if (volume.disks.empty()) continue;

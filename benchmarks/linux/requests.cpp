@@ -8,7 +8,6 @@
 #include "benchmarks/get.h"
 #include "benchmarks/linux/sides.h"
 #include "common/json_reader.h"
-#include "platform/linux/storage/storage_view.h"
 #include "vela_conf.h"
 #include "vela_network.h"
 #include "vela_storage.h"
@@ -30,7 +29,7 @@ void RequestNetwork() {
 }
 
 void RequestStorage() {
-  linux_platform::ForgetStorage();
+  const VelaConf request;
   for (const int volumeClass : {8, 4}) VELAMountVolInfoFree(VELAMountVolAllEnum(0, volumeClass, 0));
   const STORAGE_MANAGER::Space space(23);
   for (const auto* record = space.GetAll(); record != nullptr; record = record->next) {

@@ -1,4 +1,4 @@
-#include "platform/linux/contract/expansion_units.h"
+#include "platform/linux/contract/request.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,10 @@
 
 namespace {
 
-using linux_platform::FailedUnitFans, linux_platform::ForgetUnits;
+unsigned FansOfUnits() {
+  const linux_platform::RequestScope request;
+  return FailedUnitFans(request->GetExpansionUnits().units);
+}
 
 struct Seen {
   std::string name;
@@ -66,7 +69,7 @@ TEST(ExpansionUnits, AUnitTellsItsFansAndSuppliesBitByBit) {
     const MachineSnapshot machine;
     machine.Write("ses", R"("enclosures": [{"id": "5", "product": "JBOD-24", "fans": [)" + c.fans +
                              R"(], "supplies": [)" + c.supplies + "]}]");
-    EXPECT_EQ(FailedUnitFans(), c.fanMask);
+    EXPECT_EQ(FansOfUnits(), c.fanMask);
     const auto units = Enumerate();
     ASSERT_EQ(units.size(), 1U);
     EXPECT_EQ(units[0].name, "JBOD-24");
@@ -93,7 +96,7 @@ TEST(ExpansionUnits, SilentOnesKeepTheirPlaceAndInternalOnesHaveNone) {
   EXPECT_EQ(units[1].slot, 1);
   EXPECT_EQ(units[1].number, 2U);
   EXPECT_EQ(units[2].name, "(none)");
-  EXPECT_EQ(FailedUnitFans(), 2U);
+  EXPECT_EQ(FansOfUnits(), 2U);
   EXPECT_EQ(Voice().state, 2);
   EXPECT_STREQ(Voice().reason, "enclosure E a0: the command timed out");
 }
@@ -109,7 +112,7 @@ TEST(ExpansionUnits, BeyondTheTwentyFourthAFanIsNotWatchedAndThatIsSaid) {
   const auto units = Enumerate();
   ASSERT_EQ(units.size(), 34U);
   EXPECT_EQ(units[33].slot, 31) << "a bit that no mask of component 5 can carry";
-  EXPECT_EQ(FailedUnitFans(), 0x800000U);
+  EXPECT_EQ(FansOfUnits(), 0x800000U);
   EXPECT_STREQ(Voice().reason, "34 units; the fans of only the first 24 are watched");
 }
 
@@ -136,9 +139,8 @@ TEST(ExpansionUnits, WithoutAUsableSnapshotThereIsNoneAndTheVoiceSaysWhy) {
     if (what == "error") machine.Write("ses", R"("error": "no right to open /dev/sg3")");
     if (what == "none") machine.Write("ses", R"("enclosures": {"5": 1})");
     VELAPlatformSourcesReset();
-    ForgetUnits();
     EXPECT_TRUE(Enumerate().empty());
-    EXPECT_EQ(FailedUnitFans(), 0U);
+    EXPECT_EQ(FansOfUnits(), 0U);
     EXPECT_EQ(Voice().state, c.state);
     EXPECT_STREQ(Voice().reason, c.reason);
   }

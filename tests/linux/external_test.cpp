@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "platform/linux/contract/request.h"
 #include "platform/linux/storage/disk_class.h"
 #include "platform/linux/storage/external_choice.h"
 #include "tests/linux/machine_tree.h"
@@ -64,13 +65,15 @@ class ExternalMachine : public testing::Test {
   std::string Chosen(const std::string& mounts) {
     machine.Mounts("1 0 8:1 / / rw - ext4 /dev/none/sda1 rw\n" + mounts);
     std::string text;
-    for (const ExternalVolume& volume : CurrentStorage().external)
+    const RequestScope request;
+    for (const ExternalVolume& volume : request->GetStorage().external)
       text += volume.name + "=" + volume.path + " ";
     return text;
   }
   std::string Internal() {
     std::string text;
-    for (const InternalVolume& volume : CurrentStorage().volumes) text += volume.path + " ";
+    const RequestScope request;
+    for (const InternalVolume& volume : request->GetStorage().volumes) text += volume.path + " ";
     return text;
   }
   MachineTree machine;
@@ -115,7 +118,7 @@ TEST_F(ExternalMachine, AStickThatWasPulledIsNoCrashedVolume) {
                    "3 1 8:97 / /data rw - ext4 /dev/none/sdg1 rw\n"),
             "");
   EXPECT_EQ(Internal(), "/ /data ");
-  EXPECT_EQ(CurrentStorage().volumes.at(1).status, "crashed");
+  EXPECT_EQ(RequestScope()->GetStorage().volumes.at(1).status, "crashed");
 }
 
 TEST_F(ExternalMachine, PortsNamedInTheSettingsAreEsata) {
@@ -164,20 +167,20 @@ TEST_F(ExternalMachine, AProgramsFileSystemHasTheSizesThatTheCollectorSaw) {
 // Run under umockdev-run, which shows libudev a machine of its own.
 TEST(Udev, PropertiesMarkCardReadersAndExternalPorts) {
   if (getenv("UMOCKDEV_DIR") == nullptr) GTEST_SKIP() << "needs umockdev-run";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", "")), DiskClass::Usb);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdc", "")), DiskClass::SdCard);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdd", "")), DiskClass::Esata);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sde", "")), DiskClass::Internal) << "removable, but in a bay";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdf", "")), DiskClass::SdCard);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::Usb);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdc", {})), DiskClass::SdCard);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdd", {})), DiskClass::Esata);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sde", {})), DiskClass::Internal) << "removable, but in a bay";
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdf", {})), DiskClass::SdCard);
 
   // What it said is kept until udev writes its record of the disk anew.
   const TemporaryRoot root;
   std::string number;
   std::ifstream("/sys/class/block/sdb/dev") >> number;
   std::ofstream("/sys/class/block/sdb/uevent", std::ios::app) << "VELA_SDCARD=1\n";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", "")), DiskClass::Usb);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::Usb);
   root.Write("/run/udev/data/b" + number, "");
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", "")), DiskClass::SdCard);
+  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::SdCard);
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ TEST(Fan, ItsLabelSaysWhetherItIsTheProcessors) {
 }
 
 TEST(Fan, TheExpectedOnesAreNamedByChipAndFeature) {
-  const auto fans = ParseExpectedFans(" nct6779-isa-0290:fan2=CPU-Fan,, it8620:fan1 nonsense");
+  const auto fans = ParseExpectedFans({"nct6779-isa-0290:fan2=CPU-Fan", "it8620:fan1", "nonsense"});
   ASSERT_EQ(fans.size(), 2U);
   const ExpectedFan* fan = Expected(fans, "nct6779-isa-0290:fan2");
   ASSERT_NE(fan, nullptr);
@@ -80,7 +80,7 @@ TEST(Fan, TheExpectedOnesAreNamedByChipAndFeature) {
   EXPECT_EQ(Expected(fans, "it8620-isa-0a30:fan11"), nullptr);
   EXPECT_EQ(Expected(fans, "nct6779-isa-0291:fan2"), nullptr);
   EXPECT_EQ(Expected(fans, "no colon"), nullptr);
-  EXPECT_TRUE(ParseExpectedFans("").empty());
+  EXPECT_TRUE(ParseExpectedFans({}).empty());
 }
 
 TEST(FanMemory, RemembersWhatTurnedAndSinceWhenItStands) {

@@ -1,6 +1,6 @@
 // The chassis from its snapshots and, on boards that umockdev makes up, through
 // libsensors as it is.
-#include "platform/linux/contract/hardware.h"
+#include "platform/linux/contract/request.h"
 
 #include <gtest/gtest.h>
 #include <locale.h>
@@ -38,7 +38,6 @@ void PrintTo(const Heard& heard, std::ostream* out) {
 }
 
 Heard Ask() {
-  ForgetHardware();
   VELAPlatformSourcesReset();
   VELA_SYS_STATUS record;
   memset(&record, 0x55, sizeof record);

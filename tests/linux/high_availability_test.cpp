@@ -10,12 +10,12 @@
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
-#include "tests/linux/times_patient.h"
+#include "tests/linux/timeout_factor.h"
 #include "velac.h"
 
 namespace {
 
-using linux_platform::CircuitBreaker, linux_platform::NewRequest;
+using linux_platform::CircuitBreaker;
 
 constexpr const char* kDrbdAlone =
     "version: 8.4.11 (api:1/proto:86-101)\n\n 0: cs:StandAlone ro:Primary/Unknown "
@@ -29,7 +29,6 @@ VELASourceReport Said() {
 
 // What a request makes of both questions; "off" where nothing runs.
 std::string Ask() {
-  NewRequest();
   VELAPlatformSourcesReset();
   if (VELAHAIsRunning() == 0) return "off";
   char text[1024] = {};
@@ -173,7 +172,7 @@ TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {
   EXPECT_EQ(Ask(), "off");
   bus.Say("pacemaker.service", "ActiveState", "active");
   EXPECT_EQ(Ask(), "danger");
-  const TimesPatient few(4);
+  const TimeoutFactor few(4);
   bus.StopDaemon();
   Listen("@pacemakerd");
   EXPECT_EQ(Ask(), "danger") << "its socket tells, and the bus is not waited for for ever";

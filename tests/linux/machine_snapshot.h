@@ -4,7 +4,6 @@
 #include <ctime>
 #include <string>
 
-#include "platform/linux/contract/expansion_units.h"
 #include "tests/linux/temporary_root.h"
 
 class MachineSnapshot : public TemporaryRoot {
@@ -15,6 +14,5 @@ class MachineSnapshot : public TemporaryRoot {
     TemporaryRoot::Write("/run/vela-platform/" + source + ".json",
                          R"({"boot_id": "this-boot", "period": 60, "written": )" +
                              std::to_string(std::time(nullptr) - age) + ", " + members + "}");
-    linux_platform::ForgetUnits();
   }
 };

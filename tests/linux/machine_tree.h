@@ -6,23 +6,18 @@
 #include <string_view>
 
 #include "platform/linux/base/sysfs.h"
-#include "platform/linux/storage/storage_view.h"
 #include "tests/linux/temporary_root.h"
 
 class MachineTree : public TemporaryRoot {
  public:
   MachineTree() {
     linux_platform::SetSysRoot((Path() / "sys").string());
-    linux_platform::ForgetStorage();
     Write("/sys/dev/block/.here", "");
     Write("/sys/class/block/.here", "");
     Write("/sys/block/.here", "");
     Write("/proc/swaps", "Filename Type Size Used Priority\n");
   }
-  ~MachineTree() {
-    linux_platform::SetSysRoot("/sys");
-    linux_platform::ForgetStorage();
-  }
+  ~MachineTree() { linux_platform::SetSysRoot("/sys"); }
 
   // A whole disk `name` on `bus`, a path below /sys/devices, with `partitions`
   // numbered from 1. `number` is its device number: "8:0".
@@ -73,10 +68,7 @@ class MachineTree : public TemporaryRoot {
     }
   }
 
-  void Mounts(const std::string& text) const {
-    Write("/proc/self/mountinfo", text);
-    linux_platform::ForgetStorage();
-  }
+  void Mounts(const std::string& text) const { Write("/proc/self/mountinfo", text); }
   void Link(const std::string& from, const std::string& to) const {
     std::filesystem::create_directories(
         (Path().string() + from).substr(0, (Path().string() + from).rfind('/')));

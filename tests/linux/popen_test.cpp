@@ -21,12 +21,11 @@ namespace {
 
 using namespace std::chrono_literals;
 using linux_platform::Bounds, linux_platform::Child, linux_platform::CircuitBreaker,
-    linux_platform::MayRunSanTool, linux_platform::NewRequest;
+    linux_platform::MayRunSanTool;
 using std::chrono::steady_clock;
 
 // What `script` prints, and the wait status.
 std::string Output(const char* script, int* status = nullptr) {
-  linux_platform::NewRequest();
   FILE* stream = VLIBCPopen("/bin/sh", "r", "-c", script, nullptr);
   if (stream == nullptr) return "not started";
   std::string text;
@@ -132,7 +131,7 @@ TEST(Popen, AToolThatWasStoppedIsTriedBeforeTheModuleSeesItAgain) {
     std::filesystem::permissions(
         root.Write("/usr/local/bin/velaiscsiep", "#!/bin/sh\n" + script + "\n"),
         std::filesystem::perms(0755));
-    NewRequest(), CircuitBreaker::CloseAll();  // as if the pause were over
+    CircuitBreaker::CloseAll();  // as if the pause were over
   };
   const auto run = [] {
     FILE* stream = VLIBCPopen(linux_platform::kSanTool, "r", "--asked", nullptr);

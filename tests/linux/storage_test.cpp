@@ -178,7 +178,6 @@ class MirrorMachine : public testing::Test {
   void Mirror(const char* state, int degraded, const char* second, const char* slot) {
     machine.Array("md0", 0, "raid1", state, 2, degraded,
                   {{"sda1", "in_sync", "0"}, {"sdb1", second, slot}});
-    ForgetStorage();
   }
   static Json::Value Disks() {
     Json::Value disks(Json::arrayValue);
@@ -236,7 +235,6 @@ TEST_F(MirrorMachine, ASpareWaitsUntilItRebuilds) {
                 {{"sda1", "in_sync", "0"}, {"sdd", "spare", "none"}});
   EXPECT_EQ(Disks()[3]["used_by"], "hotspare");
   machine.Write("/sys/devices/virtual/block/md0/md/dev-sdd/slot", "1\n");
-  ForgetStorage();
   EXPECT_EQ(Disks()[3]["used_by"], "md0");
 }
 
@@ -246,13 +244,11 @@ TEST_F(MirrorMachine, AFailingDiskReachesTheOverview) {
       std::string("/sys/devices/") + kSata + "ata1/host0/target0:0:0/0:0:0:0/block/sda/device/";
   machine.Write(disk + "vpd_pg80", std::string("\0\x80\0\x08", 4) + "  SER-1 ");
   machine.Write("/var/lib/vela-platform/smart/SER-1", "Health\n");
-  ForgetStorage();
   EXPECT_EQ(Space::GetOverviewStatus(), "abnormal");
   EXPECT_EQ(Disks()[0]["status"], "warning");
   EXPECT_EQ(Disks()[0]["overview_status"], "abnormal");
   std::filesystem::remove(machine.Path().string() + "/var/lib/vela-platform/smart/SER-1");
   machine.Write(disk + "state", "offline\n");
-  ForgetStorage();
   EXPECT_EQ(Disks()[0]["status"], "crashed");
   EXPECT_EQ(Space::GetOverviewStatus(), "abnormal");
 }
@@ -262,7 +258,6 @@ TEST_F(MirrorMachine, ErrorsThatExt4CountedAreToldAndAVanishedDiskIsACrash) {
   machine.Write("/sys/fs/ext4/md0/errors_count", "3\n");
   machine.Write("/sys/fs/ext4/md0/last_error_time", "2000\n");
   machine.Write("/proc/stat", "btime 1000\n");
-  ForgetStorage();
   EXPECT_EQ(Space::GetOverviewStatus(), "abnormal");
   EXPECT_EQ(Status("/volume1"), "normal");
   machine.Mounts("1 0 9:0 / / rw - ext4 /dev/none/md0 rw,errors=remount-ro\n");
@@ -277,7 +272,6 @@ TEST_F(MirrorMachine, ARemoteDiskIsDisconnectedWhenItsSessionFailed) {
   const auto remote = [] { return Disks()[3]; };
   EXPECT_FALSE(remote().isMember("remote_info"));
   machine.Write("/sys/class/iscsi_session/session1/state", "FAILED\n");
-  ForgetStorage();
   EXPECT_EQ(remote()["remote_info"]["disconnect"], 1);
 }
 
@@ -294,14 +288,12 @@ TEST_F(MirrorMachine, AMappingIsAsTheCollectorSawIt) {
                       ", \"boot_id\": \"boot\", \"period\": 60, \"objects\": "
                       "[{\"device\": \"253:2\", \"health\": \"" +
                       health + "\"}]}");
-    ForgetStorage();
     EXPECT_EQ(Space::GetOverviewStatus(), health);
     EXPECT_EQ(Status("/"), status);
   }
 }
 
 TEST(Storage, TheCapacityIsThatOfTheMountItself) {
-  ForgetStorage();
   const Space space(23);
   for (const auto* record = space.GetAll(); record != nullptr; record = record->next) {
     _tag_volume_usage usage = {};

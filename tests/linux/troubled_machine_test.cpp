@@ -138,7 +138,7 @@ testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
                             const std::string& well, int patience) {
   const int answers = patience == 1 ? trouble.answers : 6;
   const auto lines =
-      machine.Answers(std::to_string(answers), "VELA_PATIENCE=" + std::to_string(patience));
+      machine.Answers(std::to_string(answers), "VELA_TIMEOUT_FACTOR=" + std::to_string(patience));
   testing::Message complaints;
   const auto expect = [&complaints](bool isTrue, const char* what) {
     if (!isTrue) complaints << what << "; ";

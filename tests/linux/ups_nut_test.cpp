@@ -21,7 +21,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using linux_platform::NewRequest;
 
 // Below the range that the kernel gives to clients, and another one for each process: nobody
 // takes it between this look and the server's own start.
@@ -71,7 +70,6 @@ class Daemon {
 // what is tested here.
 VELA_UPS_INFO Ask() {
   linux_platform::CircuitBreaker::CloseAll();
-  NewRequest();
   VELAPlatformSourcesReset();
   VELA_UPS_INFO record = {};
   EXPECT_EQ(VELAUPSInfoGet(&record), 0);

@@ -7,13 +7,14 @@
 #include <filesystem>
 
 #include "platform/linux/base/deadline.h"
+#include "platform/linux/contract/request.h"
 #include "platform/linux/ups/ups_status.h"
 #include "platform/status/source_status.h"
 #include "tests/linux/eventually.h"
 #include "tests/linux/fake_server.h"
 #include "tests/linux/system_log.h"
 #include "tests/linux/temporary_root.h"
-#include "tests/linux/times_patient.h"
+#include "tests/linux/timeout_factor.h"
 #include "velac.h"
 
 namespace {
@@ -82,7 +83,6 @@ VELASourceReport Said() {
 
 // One request of its own.
 VELA_UPS_INFO Ask() {
-  NewRequest();
   VELAPlatformSourcesReset();
   VELA_UPS_INFO record;
   memset(&record, 0x55, sizeof record);
@@ -190,7 +190,7 @@ TEST_F(UpsTest, HalfALineIsNoAnswerAndTheServerIsThenLeftAlone) {
     FakeServer::Line(client), FakeServer::Line(client);
   });
   Monitor(At(server));
-  const TimesPatient usual(1);
+  const TimeoutFactor usual(1);
   EXPECT_EQ(Ask().connected, 0) << "and an answer comes: the library alone would wait for ever";
   Ask();
   EXPECT_TRUE(Eventually([&server] { return server.Clients() > 0; }));
@@ -201,10 +201,12 @@ TEST_F(UpsTest, HalfALineIsNoAnswerAndTheServerIsThenLeftAlone) {
 TEST_F(UpsTest, ASourceThatGotNoTurnIsNotBlamed) {
   FakeServer server([](int client) { ServeStatus(client, "OB", ""); });
   Monitor(At(server));
-  NewRequest(Patient(1510ms));  // what another source took
+  std::optional<RequestScope> request(std::in_place);
+  (*request)->SetWaited(TimesFactor(1510ms));  // what another source took
   VELA_UPS_INFO ups = {};
   EXPECT_EQ(VELAUPSInfoGet(&ups), 0);
   EXPECT_EQ(ups.connected, 0);
+  request.reset();
   EXPECT_EQ(Ask().state, 2) << "the next request asks it";
 }
 
@@ -242,7 +244,7 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
     for (int i = 0; i < 20; ++i) {
       const auto start = steady_clock::now();
       EXPECT_EQ(Ask().connected, 0);
-      EXPECT_LT(steady_clock::now() - start, Patient(900ms));
+      EXPECT_LT(steady_clock::now() - start, TimesFactor(900ms));
       EXPECT_EQ(Said().state, 2);
     }
     EXPECT_EQ(server.Clients(), 20);

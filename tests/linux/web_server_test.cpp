@@ -7,16 +7,17 @@
 
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/snapshot.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/system_log.h"
-#include "tests/linux/times_patient.h"
+#include "tests/linux/timeout_factor.h"
 #include "velac.h"
 
 namespace {
 
-using linux_platform::CircuitBreaker, linux_platform::NewRequest, linux_platform::ReadSnapshot;
+using linux_platform::CircuitBreaker, linux_platform::ReadSnapshot;
 
 VELASourceReport Said() {
   VELASourceReport reports[11];
@@ -29,7 +30,7 @@ enum class Verdict { Well, Failed, Unknown };
 void PrintTo(Verdict verdict, std::ostream* out) { *out << static_cast<int>(verdict); }
 
 Verdict Ask() {
-  NewRequest();
+  const linux_platform::RequestScope request;
   VELAPlatformSourcesReset();
   const int suspicion = VELAServiceIsHttpDefaultConf();
   if (suspicion <= 0) return suspicion < 0 ? Verdict::Unknown : Verdict::Well;
@@ -204,7 +205,7 @@ TEST_F(WebServerOnBusTest, TheCollectorTestsWhatIsUnderSuspicion) {
 
 TEST_F(WebServerOnBusTest, AMuteSystemdIsUnknownUntilItAnswers) {
   const auto mute = [this] {
-    const TimesPatient usual(1);
+    const TimeoutFactor usual(1);
     bus_.Mute(true);
     EXPECT_EQ(Ask(), Verdict::Unknown);
     EXPECT_EQ(Ask(), Verdict::Well);

@@ -10,45 +10,40 @@ namespace {
 
 using std::chrono::milliseconds, std::chrono::seconds, std::chrono::steady_clock;
 
-constexpr auto kPatience = milliseconds(1500);
-constexpr auto kFairTurn = milliseconds(900);
-constexpr auto kRequest = seconds(2);
+constexpr auto kTimeBudget = milliseconds(1500);
+constexpr auto kWholeTurn = milliseconds(900);
 
-thread_local constinit steady_clock::time_point firstWait = {};
 std::atomic<int> generation = 0;
 
-int& Times() {
-  static int times = [] {
-    const char* named = secure_getenv("VELA_PATIENCE");
+int& TimeoutFactor() {
+  static int factor = [] {
+    const char* named = secure_getenv("VELA_TIMEOUT_FACTOR");
     return std::clamp(named != nullptr ? std::atoi(named) : 1, 1, 100);
   }();
-  return times;
+  return factor;
 }
 
 }  // namespace
 
-milliseconds Patient(milliseconds time) { return time * Times(); }
+milliseconds TimesFactor(milliseconds time) { return time * TimeoutFactor(); }
 
-int SetPatience(int times) { return std::exchange(Times(), times); }
+int SetTimeoutFactor(int factor) { return std::exchange(TimeoutFactor(), factor); }
 
-steady_clock::time_point WaitUntil(milliseconds bound) {
+steady_clock::time_point TimeBudget::DeadlineFor(milliseconds bound) {
   const auto now = steady_clock::now();
-  if (now - firstWait > Patient(kRequest)) firstWait = now;
-  return std::min(now + Patient(bound), firstWait + Patient(kPatience));
+  if (!firstWait_) firstWait_ = now;
+  return std::min(now + TimesFactor(bound), *firstWait_ + TimesFactor(kTimeBudget));
 }
 
-bool IsWholeTurn(milliseconds bound) {
+bool TimeBudget::GrantsWholeTurn(milliseconds bound) {
   const auto now = steady_clock::now();
-  return WaitUntil(bound) - now >= Patient(std::min(bound, kFairTurn));
-}
-
-void NewRequest(milliseconds waited) {
-  firstWait = waited.count() == 0 ? steady_clock::time_point() : steady_clock::now() - waited;
+  return DeadlineFor(bound) - now >= TimesFactor(std::min(bound, kWholeTurn));
 }
 
 bool CircuitBreaker::IsOpen(std::string& reason) const {
   const std::lock_guard lock(mutex_);
-  if (generation_ != generation || steady_clock::now() - tripped_ >= Patient(pause_)) return false;
+  if (generation_ != generation || steady_clock::now() - tripped_ >= TimesFactor(pause_))
+    return false;
   reason = *reason_ + "; it is left alone for " +
            std::to_string(std::chrono::duration_cast<seconds>(pause_).count()) + " s";
   return true;

@@ -9,28 +9,33 @@
 
 namespace linux_platform {
 
-// A time that the code names, as long as this process takes it: the same, unless VELA_PATIENCE in
-// the environment says how many times longer everything may wait. That is for tests on a busy
+// `time` as long as this process takes it: the same, unless VELA_TIMEOUT_FACTOR in the
+// environment says how many times longer everything may wait. That is for tests on a busy
 // machine, which starves healthy daemons, too, and for emulated ones.
-std::chrono::milliseconds Patient(std::chrono::milliseconds time);
+std::chrono::milliseconds TimesFactor(std::chrono::milliseconds time);
 
-// For tests: how many times longer from now on; what it was before. Not while another thread asks.
-int SetPatience(int times);
+// For tests: the factor from now on, 1 to 100; what it was before. Not while another thread asks.
+int SetTimeoutFactor(int factor);
 
-// The moment until which the calling thread may wait for a source that deserves `bound`.
-// All waits of one request end within 1.5 s of its first; a thread's wait that begins
-// more than 2 s after that first one belongs to another request.
-std::chrono::steady_clock::time_point WaitUntil(std::chrono::milliseconds bound);
+// What one request may wait in all: 1.5 s, which begin with its first wait.
+class TimeBudget {
+ public:
+  TimeBudget() = default;
+  // For tests: the budget of a request that began to wait so long ago.
+  explicit TimeBudget(std::chrono::milliseconds waited)
+      : firstWait_(std::chrono::steady_clock::now() - waited) {}
 
-// Whether a wait that begins now gets its `bound`, or nine tenths of a second. A source that is
-// silent for less was not given its turn: that proves nothing against it.
-bool IsWholeTurn(std::chrono::milliseconds bound);
+  // The moment until which to wait for a source that deserves `bound`.
+  std::chrono::steady_clock::time_point DeadlineFor(std::chrono::milliseconds bound);
+  // Whether a wait that begins now gets its `bound`, or nine tenths of a second. A source that
+  // is silent for less was not given its turn: that proves nothing against it.
+  bool GrantsWholeTurn(std::chrono::milliseconds bound);
 
-// The calling thread's next wait is the first of a request, or, for tests, of one that has waited
-// so long already.
-void NewRequest(std::chrono::milliseconds waited = {});
+ private:
+  std::optional<std::chrono::steady_clock::time_point> firstWait_;
+};
 
-// Remembers that a source ran into its time bound, so that it costs one time-out in
+// Remembers that a source ran into its deadline, so that it costs one time-out in
 // thirty seconds and not one a request. One object a source, static; any thread may call.
 class CircuitBreaker {
  public:

@@ -4,11 +4,18 @@
 
 namespace linux_platform {
 
-bool FailureLog::Failed(source_status::SourceScope& scope, const std::string& reason) {
+bool LogOnce::Failed(source_status::SourceScope& scope, const std::string& reason) {
   scope.Failed("%s", reason.c_str());
   if (failing_.exchange(true, std::memory_order_relaxed)) return false;
   syslog(LOG_WARNING, "%s: %s (said once until it is read again)", what_, reason.c_str());
   return true;
+}
+
+void LogOnce::Report(source_status::SourceScope& scope, const std::string& reason) {
+  if (reason.empty())
+    Recovered();
+  else
+    Failed(scope, reason);
 }
 
 }  // namespace linux_platform

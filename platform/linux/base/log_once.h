@@ -9,16 +9,18 @@
 namespace linux_platform {
 
 // One object a source, static. Any thread may call.
-class FailureLog {
+class LogOnce {
  public:
   // `what` is static text that the log line begins with: "UPS".
-  explicit constexpr FailureLog(const char* what) : what_(what) {}
+  explicit constexpr LogOnce(const char* what) : what_(what) {}
 
-  // The second voice hears every failure; the system log, at warning priority, only the
-  // first since the last Fine(). True: this is that first one.
+  // The source status hears every failure; the system log, at warning priority, only the
+  // first since the last Recovered(). True: this is that first one.
   bool Failed(source_status::SourceScope& scope, const std::string& reason);
   // The source was read, or is not there: its next failure is news again.
-  void Fine() { failing_.store(false, std::memory_order_relaxed); }
+  void Recovered() { failing_.store(false, std::memory_order_relaxed); }
+  // Failed for a reason in words, Recovered for an empty one.
+  void Report(source_status::SourceScope& scope, const std::string& reason);
 
  private:
   const char* what_;

@@ -179,9 +179,9 @@ int Child::Finish() {
   const pid_t pid = std::exchange(pid_, -1);
   output_ = Descriptor();
   // A program that closed its output is about to exit and may keep its exit status.
-  if (ended_ && cut_ == Cut::None) AwaitDeath(pid, Patient(kReapWait));
+  if (ended_ && cut_ == Cut::None) AwaitDeath(pid, TimesFactor(kReapWait));
   kill(-pid, SIGKILL);
-  if (!AwaitDeath(pid, Patient(kReapWait))) return AllStuck().Add(program_, pid), -1;
+  if (!AwaitDeath(pid, TimesFactor(kReapWait))) return AllStuck().Add(program_, pid), -1;
   int status = -1;
   return waitpid(pid, &status, WNOHANG) == pid ? status : -1;
 }

@@ -2,21 +2,20 @@
 
 #include <sys/wait.h>
 
-#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/root.h"
 
 namespace linux_platform {
 
 using std::chrono::milliseconds, std::chrono::steady_clock;
 
-ProgramEnd RunProgram(std::vector<std::string> arguments, Bounds bounds, std::string& output,
-                      int& status, std::string& reason) {
+ProgramEnd RunProgram(std::vector<std::string> arguments, Bounds bounds, TimeBudget& budget,
+                      std::string& output, int& status, std::string& reason) {
   const std::string name = arguments.at(0);
   arguments[0] = BelowRoot(name);
   output.clear();
-  const bool wholeTurn = IsWholeTurn(bounds.time);
-  bounds.time =
-      std::chrono::duration_cast<milliseconds>(WaitUntil(bounds.time) - steady_clock::now());
+  const bool wholeTurn = budget.GrantsWholeTurn(bounds.time);
+  bounds.time = std::chrono::duration_cast<milliseconds>(budget.DeadlineFor(bounds.time) -
+                                                         steady_clock::now());
   if (bounds.time <= milliseconds(0)) {
     reason = name + " was not run: other sources have used up the request's time";
     return ProgramEnd::NoTurn;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/process.h"
 
 namespace linux_platform {
@@ -17,9 +18,9 @@ enum class ProgramEnd {
 };
 
 // Runs `arguments`, the program's path below the root, and keeps what it prints in
-// `output`. `bounds.time` shrinks to what the request may still wait. `reason` says what
-// else than Exited happened.
-ProgramEnd RunProgram(std::vector<std::string> arguments, Bounds bounds, std::string& output,
-                      int& status, std::string& reason);
+// `output`. `bounds.time` shrinks to what `budget` leaves. `reason` says what else than
+// Exited happened.
+ProgramEnd RunProgram(std::vector<std::string> arguments, Bounds bounds, TimeBudget& budget,
+                      std::string& output, int& status, std::string& reason);
 
 }  // namespace linux_platform

@@ -1,6 +1,7 @@
 #include "platform/linux/base/settings.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -10,6 +11,8 @@ namespace linux_platform {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\f\v";
+constexpr std::string_view kListSeparators = ",; \t";
+constexpr std::array<std::string_view, 3> kYes = {"yes", "true", "1"};
 constexpr const char* kBuiltInDefaults = "supportsystempwarning=\"yes\"\n";
 
 std::string_view Trimmed(std::string_view text) {
@@ -27,6 +30,9 @@ std::string_view Unquoted(std::string_view value) {
 }  // namespace
 
 Settings::Settings(std::string text) : text_(std::move(text)) {
+  const auto placeOf = [this](std::string_view part) {
+    return static_cast<std::size_t>(part.data() - text_.data());
+  };
   std::string_view rest = text_;
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find('\n'), rest.size());
@@ -42,60 +48,57 @@ Settings::Settings(std::string text) : text_(std::move(text)) {
     std::string_view value = Unquoted(Trimmed(line.substr(equals + 1)));
     if (value.data() == nullptr) value = line.substr(equals + 1, 0);
     // What follows a value, if only the text's own end, is never part of anything else.
-    text_[static_cast<std::size_t>(value.data() - text_.data()) + value.size()] = '\0';
-    entries_.push_back({key, value.data()});
+    text_[placeOf(value) + value.size()] = '\0';
+    entries_.push_back({placeOf(key), key.size(), placeOf(value)});
   }
 }
 
-const char* Settings::Value(std::string_view key) const {
-  const auto latest = std::find_if(entries_.rbegin(), entries_.rend(),
-                                   [key](const Entry& entry) { return entry.key == key; });
-  return latest == entries_.rend() ? nullptr : latest->value;
+const char* Settings::Text(std::string_view key) const {
+  const std::string_view text = text_;
+  const auto latest = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
+    return text.substr(entry.key, entry.keySize) == key;
+  });
+  return latest == entries_.rend() ? nullptr : text_.c_str() + latest->value;
 }
 
-namespace {
+bool Settings::Yes(std::string_view key) const {
+  const char* value = Text(key);
+  return value != nullptr && std::ranges::find(kYes, value) != kYes.end();
+}
 
-thread_local constinit const SharedSettings* shared = nullptr;
+std::vector<std::string_view> Settings::List(std::string_view key) const {
+  const char* value = Text(key);
+  return SplitList(value != nullptr ? value : "");
+}
 
-SettingsState ReadAfresh(const char* path, std::string& text, std::string& reason) {
+std::vector<std::string_view> SplitList(std::string_view text) {
+  std::vector<std::string_view> words;
+  for (;;) {
+    text.remove_prefix(std::min(text.find_first_not_of(kListSeparators), text.size()));
+    if (text.empty()) return words;
+    words.push_back(text.substr(0, text.find_first_of(kListSeparators)));
+    text.remove_prefix(words.back().size());
+  }
+}
+
+SettingsFile ReadSettings(const char* path) {
+  std::string text;
   switch (ReadSmallFile(BelowRoot(path).c_str(), kSettingsCap, text)) {
     case ReadResult::Read:
-      return SettingsState::Read;
+      return {SettingsState::Read, {}, Settings(std::move(text))};
     case ReadResult::Missing:
-      if (std::strcmp(path, kFactorySettings) == 0) text = kBuiltInDefaults;
-      return SettingsState::Missing;
+      if (std::strcmp(path, kFactorySettings) != 0) return {};
+      return {SettingsState::Read, {}, Settings(kBuiltInDefaults)};
     case ReadResult::Failed:
-      reason = std::string(path) + " could not be read: " + std::strerror(errno);
-      return SettingsState::Failed;
+      return {SettingsState::Failed,
+              std::string(path) + " could not be read: " + std::strerror(errno), Settings()};
     case ReadResult::TooLarge:
       break;
   }
   text.resize(text.rfind('\n') + 1);
-  reason = std::string(path) + " is larger than 64 KiB; only its beginning was read";
-  return SettingsState::Failed;
-}
-
-}  // namespace
-
-SharedSettings::SharedSettings() {
-  for (File& file : files_) file.state = ReadAfresh(file.path, file.text, file.reason);
-  shared = this;
-}
-
-SharedSettings::~SharedSettings() {
-  if (shared == this) shared = nullptr;
-}
-
-SettingsState ReadSettings(const char* path, std::string& text, std::string& reason) {
-  if (shared != nullptr) {
-    for (const SharedSettings::File& file : shared->files_) {
-      if (std::strcmp(file.path, path) != 0) continue;
-      text = file.text;
-      if (file.state == SettingsState::Failed) reason = file.reason;
-      return file.state;
-    }
-  }
-  return ReadAfresh(path, text, reason);
+  return {SettingsState::Failed,
+          std::string(path) + " is larger than 64 KiB; only its beginning was read",
+          Settings(std::move(text))};
 }
 
 }  // namespace linux_platform

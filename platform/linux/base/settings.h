@@ -19,48 +19,41 @@ class Settings {
  public:
   Settings() = default;
   explicit Settings(std::string text);
-  Settings(const Settings&) = delete;
-  Settings& operator=(const Settings&) = delete;
 
-  // NUL-terminated, and valid while this object lives; null for an unknown key.
-  const char* Value(std::string_view key) const;
+  // NUL-terminated, and valid while this object stays where it is; null for an unknown key.
+  const char* Text(std::string_view key) const;
+  // Whether the value is "yes", "true" or "1"; anything else, like an unknown key, is no.
+  bool Yes(std::string_view key) const;
+  // The words of the value, parted as SplitList does; none for an unknown key.
+  std::vector<std::string_view> List(std::string_view key) const;
+
+  bool IsEmpty() const { return entries_.empty(); }
 
  private:
   struct Entry {
-    std::string_view key;
-    const char* value;
+    std::size_t key, keySize, value;  // places in text_
   };
   std::string text_;  // holds every key and value, each value closed by a NUL in place
   std::vector<Entry> entries_;
 };
 
+// The words of `text`, which any number of commas, semicolons, blanks and tabs part.
+std::vector<std::string_view> SplitList(std::string_view text);
+
 constexpr std::size_t kSettingsCap = std::size_t{64} << 10;
 
 enum class SettingsState { Read, Missing, Failed };
 
-// Reads the settings file `path`, below the root, into `text`. Of a longer file the
-// whole lines of its first 64 KiB count; that, like an unreadable file, is Failed, with
-// the reason in words. When the factory defaults' file is missing, the built-in ones
-// take its place, so that a machine without our package is no failure.
-SettingsState ReadSettings(const char* path, std::string& text, std::string& reason);
-
-// While it lives, ReadSettings in its thread gives what both files held at its beginning:
-// one request reads each once, however many of its sources have settings.
-class SharedSettings {
- public:
-  SharedSettings();
-  ~SharedSettings();
-  SharedSettings(const SharedSettings&) = delete;
-  SharedSettings& operator=(const SharedSettings&) = delete;
-
- private:
-  friend SettingsState ReadSettings(const char* path, std::string& text, std::string& reason);
-  struct File {
-    const char* path;
-    std::string text = {}, reason = {};
-    SettingsState state = SettingsState::Missing;
-  };
-  File files_[2] = {{kCurrentSettings}, {kFactorySettings}};
+struct SettingsFile {
+  SettingsState state = SettingsState::Missing;
+  std::string reason;  // why Failed, in words
+  Settings settings;
 };
+
+// The settings file `path`, below the root. Of a longer file the whole lines of its first
+// 64 KiB count; that, like an unreadable file, is Failed. Where the factory defaults' file
+// is missing, the built-in ones take its place, so that a machine without our package is no
+// failure.
+SettingsFile ReadSettings(const char* path);
 
 }  // namespace linux_platform

@@ -40,20 +40,16 @@ std::optional<bool> IsTooHot(const TemperatureReading& temperature) {
   return temperature.alarm.value_or(false) || (sane && *temperature.input >= *temperature.critical);
 }
 
-std::vector<ExpectedFan> ParseExpectedFans(std::string_view text) {
-  constexpr std::string_view kBetween = ", \t";
+std::vector<ExpectedFan> ParseExpectedFans(const std::vector<std::string_view>& words) {
   std::vector<ExpectedFan> fans;
-  for (;;) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBetween), text.size()));
-    if (text.empty()) return fans;
-    const std::string_view entry = text.substr(0, text.find_first_of(kBetween));
-    text.remove_prefix(entry.size());
-    const std::size_t equals = std::min(entry.find('='), entry.size());
-    const std::size_t colon = entry.substr(0, equals).rfind(':');
+  for (const std::string_view word : words) {
+    const std::size_t equals = std::min(word.find('='), word.size());
+    const std::size_t colon = word.substr(0, equals).rfind(':');
     if (colon == std::string_view::npos) continue;
-    fans.push_back({entry.substr(0, colon), entry.substr(colon + 1, equals - colon - 1),
-                    entry.substr(std::min(equals + 1, entry.size()))});
+    fans.push_back({word.substr(0, colon), word.substr(colon + 1, equals - colon - 1),
+                    word.substr(std::min(equals + 1, word.size()))});
   }
+  return fans;
 }
 
 const ExpectedFan* Expected(const std::vector<ExpectedFan>& fans, std::string_view key) {

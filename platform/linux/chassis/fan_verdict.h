@@ -31,10 +31,9 @@ struct ExpectedFan {
   std::string_view chip, feature, label;  // no label: the chip's own
 };
 
-// The list in the setting "fan.expect": entries "chip:feature" or "chip:feature=label",
-// parted by blanks or commas. The chip is its whole name or what stands before its first
-// "-". Points into `text`.
-std::vector<ExpectedFan> ParseExpectedFans(std::string_view text);
+// The words of the setting "fan.expect": "chip:feature" or "chip:feature=label"; others do
+// not count. The chip is its whole name or what stands before its first "-".
+std::vector<ExpectedFan> ParseExpectedFans(const std::vector<std::string_view>& words);
 // The entry for the fan with this key; null when nobody expects it.
 const ExpectedFan* Expected(const std::vector<ExpectedFan>& fans, std::string_view key);
 

@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/services/web_suspicion.h"
@@ -29,15 +30,16 @@ std::string Verdict(const WebServer& server, std::string& reason) {
 }  // namespace
 
 Json::Value CollectWebServer() {
-  const WebLook look = LookAtWebServer();
-  if (look.unit.empty() || look.answer == UnitsAnswer::NoSystemd) return {};
-  if (look.answer != UnitsAnswer::Read) return Unread(look.reason);
+  TimeBudget budget;
+  const WebServerState web = ReadWebServer(ReadSettings(kCurrentSettings).settings, budget);
+  if (web.unit.empty() || web.answer == UnitsAnswer::NoSystemd) return {};
+  if (web.answer != UnitsAnswer::Read) return Unread(web.reason);
   Json::Value members(Json::objectValue);
-  members["unit"] = look.unit;
-  members["active"] = look.state.active;
-  members["reload"] = look.state.reload;
-  const WebServer* tester = look.Tester();
-  if (!look.IsSuspicious() || tester == nullptr) return members;
+  members["unit"] = web.unit;
+  members["active"] = web.state.active;
+  members["reload"] = web.state.reload;
+  const WebServer* tester = web.Tester();
+  if (!web.IsSuspicious() || tester == nullptr) return members;
   std::string reason;
   members["test"] = Verdict(*tester, reason);
   return reason.empty() ? members : Unread(reason);

@@ -1,18 +1,14 @@
-// The settings in force and the factory defaults, and single values of any such file.
+// The settings in force and the factory defaults, and single values of any such file. The module
+// opens its settings first and closes them last: that is its request.
 #include <sys/stat.h>
 
 #include <cstring>
-#include <memory>
 #include <mutex>
 
-#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/root.h"
-#include "platform/linux/base/settings.h"
 #include "platform/linux/contract/error.h"
-#include "platform/linux/contract/expansion_units.h"
-#include "platform/linux/contract/hardware.h"
 #include "platform/linux/contract/popen.h"
-#include "platform/linux/storage/storage_view.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "vela_conf.h"
 #include "velac.h"
@@ -22,31 +18,42 @@ using source_status::Source, source_status::SourceScope;
 
 namespace {
 
-struct BothFiles {
-  SharedSettings shared;
-  std::unique_ptr<const Settings> current, factory;
-  mutable std::string maxDisks;
-  mutable std::once_flag counted;
+const Settings& Report(const SettingsFile& file, SourceScope& scope) {
+  if (file.state == SettingsState::Failed) scope.Failed("%s", file.reason.c_str());
+  return file.settings;
+}
+
+// What a VelaConf holds: its request, which it keeps open.
+struct Sources {
+  explicit Sources(SourceScope& scope)
+      : current(Report(request->GetCurrentSettings(), scope)),
+        factory(Report(request->GetFactorySettings(), scope)) {}
+
+  RequestScope request;
+  const Settings &current, &factory;
+  mutable std::string maxDisks = {};
+  mutable std::once_flag counted = {};
 };
 
-const char* Current(const void* sources, const char* key) {
-  return key != nullptr ? static_cast<const BothFiles*>(sources)->current->Value(key) : nullptr;
+const char* CurrentText(const void* sources, const char* key) {
+  return key != nullptr ? static_cast<const Sources*>(sources)->current.Text(key) : nullptr;
 }
 
 // A model's factory defaults say how many disks it takes. Where none say so, the
 // number of internal disks that are there stands in.
-const char* Factory(const void* sources, const char* key) {
-  const auto& files = *static_cast<const BothFiles*>(sources);
-  const char* value = key != nullptr ? files.factory->Value(key) : nullptr;
+const char* FactoryText(const void* sources, const char* key) {
+  const auto& both = *static_cast<const Sources*>(sources);
+  const char* value = key != nullptr ? both.factory.Text(key) : nullptr;
   if (value != nullptr || key == nullptr || std::strcmp(key, "maxdisks") != 0) return value;
-  std::call_once(files.counted, [&files] { files.maxDisks = std::to_string(VLIBCMaxDiskGet()); });
-  return files.maxDisks.c_str();
+  std::call_once(both.counted, [&both] { both.maxDisks = std::to_string(VLIBCMaxDiskGet()); });
+  return both.maxDisks.c_str();
 }
 
-std::unique_ptr<const Settings> Load(const char* path, SourceScope& scope) {
-  std::string text, reason;
-  if (ReadSettings(path, text, reason) == SettingsState::Failed) scope.Failed("%s", reason.c_str());
-  return std::make_unique<const Settings>(std::move(text));
+// A request has read its own two already; any other is read into `other`.
+const SettingsFile& GetSettingsFile(const char* path, Request& request, SettingsFile& other) {
+  if (std::strcmp(path, kCurrentSettings) == 0) return request.GetCurrentSettings();
+  if (std::strcmp(path, kFactorySettings) == 0) return request.GetFactorySettings();
+  return other = ReadSettings(path);
 }
 
 const char* OrDefault(const char* value, const char* defaultValue) {
@@ -60,52 +67,40 @@ bool Equal(const char* value, const char* expected) {
 
 }  // namespace
 
-// Opening the settings is the first thing that a request does: what an earlier one of
-// this thread has seen and waited for does not count any more.
 VelaConf::VelaConf() : sources_(nullptr) {
   SourceScope scope(Source::Configuration);
-  NewRequest();
-  ForgetStorage();
-  ForgetHardware();
-  ForgetUnits();
-  auto files = std::make_unique<BothFiles>();
-  files->current = Load(kCurrentSettings, scope);
-  files->factory = Load(kFactorySettings, scope);
-  sources_ = files.release();
+  sources_ = new Sources(scope);
 }
 
-VelaConf::~VelaConf() { delete static_cast<BothFiles*>(sources_); }
+VelaConf::~VelaConf() { delete static_cast<Sources*>(sources_); }
 
 const char* VelaConf::Info(const char* key, const char* defaultValue) const {
-  return OrDefault(Current(sources_, key), defaultValue);
+  return OrDefault(CurrentText(sources_, key), defaultValue);
 }
 const char* VelaConf::Def(const char* key, const char* defaultValue) const {
-  return OrDefault(Factory(sources_, key), defaultValue);
+  return OrDefault(FactoryText(sources_, key), defaultValue);
 }
 bool VelaConf::InfoCheckValue(const char* key, const char* value, bool) const {
-  return Equal(Current(sources_, key), value);
+  return Equal(CurrentText(sources_, key), value);
 }
 bool VelaConf::DefCheckValue(const char* key, const char* value, bool) const {
-  return Equal(Factory(sources_, key), value);
+  return Equal(FactoryText(sources_, key), value);
 }
 
 int VLIBCFileGetKeyValue(const char* path, const char* key, char* buffer, int size, int) {
   SourceScope scope(Source::Configuration);
   if (path == nullptr || key == nullptr || buffer == nullptr || size <= 0)
-    return SetError(Error::BadArgument), -1;
+    return SetError(Error::BadArgument);
 
-  std::string text, reason;
-  const SettingsState state = ReadSettings(path, text, reason);
-  if (state == SettingsState::Failed) {
-    scope.Failed("%s", reason.c_str());
-    return SetError(Error::FileUnread), -1;
-  }
-  const bool missing = state == SettingsState::Missing && text.empty();
-  const Settings settings(std::move(text));
-  const char* value = settings.Value(key);
-  if (value == nullptr) return SetError(missing ? Error::NoSuchFile : Error::NoSuchKey), -1;
+  const RequestScope request;
+  SettingsFile other;
+  const SettingsFile& file = GetSettingsFile(path, *request, other);
+  if (Report(file, scope); file.state == SettingsState::Failed) return SetError(Error::FileUnread);
+  const char* value = file.settings.Text(key);
+  if (value == nullptr)
+    return SetError(file.state == SettingsState::Missing ? Error::NoSuchFile : Error::NoSuchKey);
   const std::size_t needed = std::strlen(value) + 1;
-  if (needed > static_cast<std::size_t>(size)) return SetError(Error::TooLong), -1;
+  if (needed > static_cast<std::size_t>(size)) return SetError(Error::TooLong);
   std::memcpy(buffer, value, needed);
   return static_cast<int>(needed - 1);
 }

@@ -14,7 +14,10 @@ thread_local constinit Record last;
 
 }  // namespace
 
-void SetError(Error error, const char* file, int line) { last = {error, file, line}; }
+int SetError(Error error, const char* file, int line) {
+  last = {error, file, line};
+  return -1;
+}
 
 }  // namespace linux_platform
 

@@ -17,7 +17,8 @@ enum class Error : unsigned {
   SourceFailed = 0x0C00,  // a daemon, library or device did not answer
 };
 
-// Records `error` with the place that calls this. Keeps `errno` as it was.
-void SetError(Error error, const char* file = __builtin_FILE(), int line = __builtin_LINE());
+// Records `error` with the place that calls this, and returns -1, which most of the
+// interface's functions then do, too. Keeps `errno` as it was.
+int SetError(Error error, const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
 }  // namespace linux_platform

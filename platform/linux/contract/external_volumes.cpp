@@ -6,8 +6,7 @@
 #include "common/json_reader.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/snapshot.h"
-#include "platform/linux/storage/capacity.h"
-#include "platform/linux/storage/storage_view.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "vela_storage.h"
 #include "velac.h"
@@ -20,7 +19,7 @@ namespace {
 
 constexpr int kUsbClass = 4, kEsataClass = 8;
 
-constinit FailureLog usbFailures("USB volumes"), esataFailures("eSATA volumes");
+constinit LogOnce usbFailures("USB volumes"), esataFailures("eSATA volumes");
 
 bool IsOfClass(DiskClass kind, int volumeClass) {
   return volumeClass == (kind == DiskClass::Esata ? kEsataClass : kUsbClass);
@@ -29,8 +28,8 @@ bool IsOfClass(DiskClass kind, int volumeClass) {
 // A program's file system is asked by the collector alone, which may wait for it.
 class CollectedSizes {
  public:
-  bool Find(const std::string& path, Capacity& capacity, std::string& reason) {
-    if (!asked_) state_ = ReadSnapshot("fuseblk", document_, failure_), asked_ = true;
+  bool FindCapacity(const std::string& path, Capacity& capacity, std::string& reason) {
+    if (!state_) state_ = ReadSnapshot("fuseblk", document_, failure_);
     if (const Json::Value* mounts = FindMember(document_, "mounts");
         mounts != nullptr && mounts->isArray())
       for (const Json::Value& mount : *mounts) {
@@ -47,15 +46,14 @@ class CollectedSizes {
   }
 
  private:
-  bool asked_ = false;
-  SnapshotState state_ = SnapshotState::Absent;
+  std::optional<SnapshotState> state_;  // none: not read yet
   Json::Value document_;
   std::string failure_;
 };
 
 bool Measure(const ExternalVolume& volume, CollectedSizes& collected, Capacity& capacity,
              std::string& reason) {
-  if (volume.isProgram) return collected.Find(volume.path, capacity, reason);
+  if (volume.isProgram) return collected.FindCapacity(volume.path, capacity, reason);
   if (ReadCapacity(volume.path, volume.device, capacity)) return true;
   reason = std::strerror(errno);
   return false;
@@ -65,7 +63,8 @@ bool Measure(const ExternalVolume& volume, CollectedSizes& collected, Capacity& 
 
 VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   SourceScope scope(Source::ExternalVolumes);
-  const StorageView& view = CurrentStorage();
+  const RequestScope request;
+  const StorageView& view = request->GetStorage();
   std::string failure = view.failure;
 
   auto records = std::make_unique<VELA_MOUNT_VOL_INFO[]>(view.external.size());
@@ -86,11 +85,8 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
     if (count > 0) records[count - 1].next = &record;
     ++count;
   }
-  FailureLog& failures = volumeClass == kUsbClass ? usbFailures : esataFailures;
-  if (failure.empty())
-    failures.Fine();
-  else
-    failures.Failed(scope, failure);
+  LogOnce& failures = volumeClass == kUsbClass ? usbFailures : esataFailures;
+  failures.Report(scope, failure);
   return count > 0 ? records.release() : nullptr;
 }
 

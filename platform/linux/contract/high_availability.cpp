@@ -14,9 +14,8 @@
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/error.h"
+#include "platform/linux/contract/request.h"
 #include "platform/linux/services/ha_state.h"
-#include "platform/linux/services/pacemaker.h"
-#include "platform/linux/services/systemd_units.h"
 #include "platform/status/source_status.h"
 #include "velac.h"
 
@@ -26,43 +25,18 @@ using source_status::Source, source_status::SourceScope;
 
 namespace {
 
-constexpr const char* kDrbd = "/proc/drbd";
 constexpr Bounds kMonitorBounds = {std::chrono::seconds(2), std::size_t{1} << 20};
 constexpr std::size_t kDrbdCap = std::size_t{256} << 10;
-constexpr auto kFresh = std::chrono::milliseconds(500);
 
-constinit FailureLog failures("high availability");
+constinit LogOnce failures("high availability");
 constinit CircuitBreaker monitorBreaker;
-
-// What runs here, kept for the question that follows at once in the same thread.
-struct Running {
-  std::chrono::steady_clock::time_point taken;
-  bool pacemaker, drbd;
-};
-thread_local constinit Running running = {};
-
-// systemd knows; where it does not run, or cannot be asked, Pacemaker's own socket tells.
-bool PacemakerRuns() {
-  if (access(BelowRoot(kClusterMonitor).c_str(), X_OK) != 0) return false;
-  std::vector<UnitState> states;
-  std::string reason;
-  if (ReadUnits({"pacemaker.service"}, states, reason) == UnitsAnswer::Read)
-    return states[0].active == "active";
-  return PacemakerListens();
-}
-
-void LookAfresh() {
-  running.pacemaker = PacemakerRuns();
-  running.drbd = access(BelowRoot(kDrbd).c_str(), F_OK) == 0;
-  running.taken = std::chrono::steady_clock::now();
-}
 
 // Pacemaker answers root and its group, whose members alone may enter this folder.
 bool MayAskCluster() {
   return access(BelowRoot("/var/lib/pacemaker/cib").c_str(), X_OK) == 0 || errno != EACCES;
 }
 
-std::optional<HaState> AskCollector(SourceScope& scope, std::string& reason) {
+std::optional<HaState> ReadCollectedState(SourceScope& scope, std::string& reason) {
   Json::Value seen;
   switch (ReadSnapshot("cluster", seen, reason)) {
     case SnapshotState::Absent:
@@ -81,18 +55,19 @@ std::optional<HaState> AskCollector(SourceScope& scope, std::string& reason) {
   return state;
 }
 
-std::optional<HaState> AskCluster(SourceScope& scope, std::string& reason) {
-  if (!MayAskCluster()) return AskCollector(scope, reason);
+std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, std::string& reason) {
+  if (!MayAskCluster()) return ReadCollectedState(scope, reason);
   if (monitorBreaker.IsOpen(reason)) return std::nullopt;
   std::string xml;
   int status = 0;
-  const ProgramEnd end = RunProgram(ClusterQuestion(), kMonitorBounds, xml, status, reason);
+  const ProgramEnd end =
+      RunProgram(ClusterQuestion(), kMonitorBounds, request.GetTimeBudget(), xml, status, reason);
   if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
   if (end != ProgramEnd::Exited) return std::nullopt;
   return ClusterState(xml, reason);  // which tells a failure better than the exit status
 }
 
-std::optional<HaState> AskDrbd(std::string& reason) {
+std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
   std::string text;
   bool isVersion8 = false;
   if (ReadSmallFile(BelowRoot(kDrbd).c_str(), kDrbdCap, text) != ReadResult::Read) {
@@ -100,7 +75,7 @@ std::optional<HaState> AskDrbd(std::string& reason) {
     return std::nullopt;
   }
   const std::optional<HaState> state = DrbdState(text, isVersion8);
-  if (!isVersion8 && running.pacemaker) return HaState::Normal;  // which watches it
+  if (!isVersion8 && pacemakerRuns) return HaState::Normal;  // which watches it
   if (!isVersion8) {
     reason = "DRBD 9 and later do not tell their state in /proc/drbd";
     return std::nullopt;
@@ -110,11 +85,12 @@ std::optional<HaState> AskDrbd(std::string& reason) {
 
 // The worse of both. A part that could not be asked leaves the other's trouble standing, but
 // never makes the whole "normal".
-std::optional<HaState> Overview(SourceScope& scope, std::string& reason) {
+std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, std::string& reason) {
+  const ClusterServices& running = request.GetClusterServices();
   std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
   std::string drbdReason;
-  if (running.pacemaker) cluster = AskCluster(scope, reason);
-  if (running.drbd) drbd = AskDrbd(drbdReason);
+  if (running.pacemaker) cluster = ReadClusterState(request, scope, reason);
+  if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdReason);
   if (reason.empty()) reason = drbdReason;
   if (cluster && drbd) return std::max(*cluster, *drbd);
   const HaState known = cluster ? *cluster : drbd.value_or(HaState::Normal);
@@ -125,30 +101,30 @@ std::optional<HaState> Overview(SourceScope& scope, std::string& reason) {
 
 int VELAHAIsRunning(void) {
   SourceScope scope(Source::HighAvailability);
-  LookAfresh();
+  const RequestScope request;
+  const ClusterServices& running = request->GetClusterServices();
   if (running.pacemaker || running.drbd) return 1;
   scope.Absent("neither Pacemaker nor DRBD runs here");
-  return failures.Fine(), 0;
+  failures.Recovered();
+  return 0;
 }
 
 int VELAHAGetOverviewStatusDL(char* buffer, int size) {
   SourceScope scope(Source::HighAvailability);
-  if (buffer == nullptr || size <= 0) return SetError(Error::BadArgument), -1;
+  if (buffer == nullptr || size <= 0) return SetError(Error::BadArgument);
   buffer[0] = '\0';
-  if (std::chrono::steady_clock::now() - running.taken > kFresh) LookAfresh();
+  const RequestScope request;
+  const ClusterServices& running = request->GetClusterServices();
   if (!running.pacemaker && !running.drbd) {
     scope.Absent("neither Pacemaker nor DRBD runs here");
     return -1;
   }
   std::string reason;
-  const std::optional<HaState> state = Overview(scope, reason);
-  if (reason.empty())
-    failures.Fine();
-  else
-    failures.Failed(scope, reason);
-  if (!state) return SetError(Error::SourceFailed), -1;
+  const std::optional<HaState> state = ReadOverview(*request, scope, reason);
+  failures.Report(scope, reason);
+  if (!state) return SetError(Error::SourceFailed);
   const char* text = HaText(*state);
-  if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong), -1;
+  if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong);
   std::strcpy(buffer, text);
   return 0;
 }

@@ -1,15 +1,13 @@
 // The interfaces that carry the machine's addresses, and the details of each.
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <chrono>
 #include <cstring>
 
 #include <unistd.h>
 
 #include "platform/linux/base/root.h"
 #include "platform/linux/contract/error.h"
-#include "platform/linux/network/netlink.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "vela_network.h"
 #include "velac.h"
@@ -20,23 +18,6 @@ using source_status::Source, source_status::SourceScope;
 namespace {
 
 constexpr int kMostShown = 32;
-constexpr auto kListingFresh = std::chrono::milliseconds(500);
-
-struct Details {
-  char name[16];  // the kernel's limit
-  char address[sizeof(VELA_NETIF_INFO::address)];
-  int type;
-};
-
-// A request lists the interfaces and then asks for each one's details. Both come out of
-// the listing's two dumps: questions that follow it at once, in its thread, are
-// answered from here. Any other question reads afresh.
-struct Listing {
-  std::chrono::steady_clock::time_point taken;
-  int count;
-  std::array<Details, kMostShown> shown;
-};
-thread_local constinit Listing listing = {};
 
 // Only a device of this network namespace counts: /sys may show another one's.
 bool IsWireless(const Link& link) {
@@ -49,85 +30,66 @@ bool IsWireless(const Link& link) {
   return index == link.index;
 }
 
-Details DetailsOf(const Interface& interface) {
-  Details details = {};
-  const Link& link = interface.link;
-  link.name.copy(details.name, sizeof details.name - 1);
-  if (interface.addressRank >= 0)
-    AddressText(interface.address).copy(details.address, sizeof details.address - 1);
-  details.type = TypeOf(link, link.kind.empty() && IsWireless(link));
-  return details;
-}
-
-bool Read(std::vector<Interface>& interfaces, SourceScope& scope) {
+const std::vector<Interface>* GetInterfaces(Request& request, SourceScope& scope) {
   std::string reason;
-  if (ReadInterfaces(interfaces, reason)) return true;
+  const std::vector<Interface>* interfaces = request.GetInterfaces(reason);
+  if (interfaces != nullptr) return interfaces;
   scope.Failed("%s", reason.c_str());
   SetError(Error::Netlink);
-  return false;
+  return nullptr;
 }
 
-// Lists those that are `fit`, `most` at most.
-void List(const std::vector<Interface>& interfaces, bool (*fit)(const Link&, bool), int most) {
+// Any interface, shown or not; null with the error set.
+const Interface* FindInterface(const char* name, Request& request, SourceScope& scope) {
+  if (name == nullptr) {
+    SetError(Error::BadArgument);
+    return nullptr;
+  }
+  const std::vector<Interface>* interfaces = GetInterfaces(request, scope);
+  if (interfaces == nullptr) return nullptr;
+  const auto found =
+      std::ranges::find(*interfaces, std::string_view(name),
+                        [](const Interface& each) { return std::string_view(each.link.name); });
+  if (found != interfaces->end()) return &*found;
+  SetError(Error::NoSuchInterface);
+  return nullptr;
+}
+
+// Lists those that are `fit`, as far as there are entries; how many.
+int ListNames(const std::vector<Interface>& interfaces, bool (*fit)(const Link&, bool),
+              VLIB_NET_INTERFACE* entries, int most) {
+  int count = 0;
   for (const Interface& interface : interfaces) {
-    if (listing.count == most) return;
+    if (count == most) break;
     if (!fit(interface.link, interface.hasAddress)) continue;
-    listing.shown[static_cast<std::size_t>(listing.count++)] = DetailsOf(interface);
+    VLIB_NET_INTERFACE& entry = entries[count++] = {};
+    interface.link.name.copy(entry.name, sizeof entry.name - 1);
   }
-}
-
-const Details* InListing(const char* name) {
-  if (std::chrono::steady_clock::now() - listing.taken > kListingFresh) return nullptr;
-  const auto end = listing.shown.begin() + listing.count;
-  const auto found = std::find_if(listing.shown.begin(), end, [name](const Details& details) {
-    return std::strcmp(details.name, name) == 0;
-  });
-  return found == end ? nullptr : &*found;
-}
-
-// The details of any interface, shown or not.
-bool Find(const char* name, SourceScope& scope, Details& details) {
-  if (name == nullptr) return SetError(Error::BadArgument), false;
-  if (const Details* known = InListing(name)) {
-    details = *known;
-    return true;
-  }
-  std::vector<Interface> interfaces;
-  if (!Read(interfaces, scope)) return false;
-  const auto found = std::ranges::find(interfaces, std::string_view(name),
-                                       [](const Interface& each) { return each.link.name; });
-  if (found == interfaces.end()) return SetError(Error::NoSuchInterface), false;
-  details = DetailsOf(*found);
-  return true;
+  return count;
 }
 
 }  // namespace
 
 int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
   SourceScope scope(Source::Network);
-  listing.count = 0;
-  if (entries == nullptr || count < 0) return SetError(Error::BadArgument), -1;
-  std::vector<Interface> interfaces;
-  if (!Read(interfaces, scope)) return -1;
-
+  if (entries == nullptr || count < 0) return SetError(Error::BadArgument);
+  const RequestScope request;
+  const std::vector<Interface>* interfaces = GetInterfaces(*request, scope);
+  if (interfaces == nullptr) return -1;
   const int most = std::min(count, kMostShown);
-  List(interfaces, IsShown, most);
-  if (listing.count == 0) List(interfaces, IsContainersOwn, most);
-  for (std::size_t place = 0; place < static_cast<std::size_t>(listing.count); ++place) {
-    entries[place] = {};
-    std::memcpy(entries[place].name, listing.shown[place].name, sizeof(Details::name));
-  }
-  listing.taken = std::chrono::steady_clock::now();
-  return listing.count;
+  const int shown = ListNames(*interfaces, IsShown, entries, most);
+  return shown > 0 ? shown : ListNames(*interfaces, IsContainersOwn, entries, most);
 }
 
 int VELANetIFGetInfoEx(const char* name, int, VELA_NETIF_INFO* record) {
   SourceScope scope(Source::Network);
-  if (record == nullptr) return SetError(Error::BadArgument), -1;
-  Details details;
-  if (!Find(name, scope, details)) return -1;
-  static_assert(sizeof record->address == sizeof details.address);
-  std::memcpy(record->address, details.address, sizeof details.address);
+  if (record == nullptr) return SetError(Error::BadArgument);
+  const RequestScope request;
+  const Interface* interface = FindInterface(name, *request, scope);
+  if (interface == nullptr) return -1;
+  std::memset(record->address, 0, sizeof record->address);
+  if (interface->addressRank >= 0)
+    AddressText(interface->address).copy(record->address, sizeof record->address - 1);
   return 0;
 }
 
@@ -135,8 +97,11 @@ namespace vela::network {
 
 int GetIfType(const char* name, void*) {
   SourceScope scope(Source::Network);
-  Details details;
-  return Find(name, scope, details) ? details.type : -1;
+  const RequestScope request;
+  const Interface* interface = FindInterface(name, *request, scope);
+  if (interface == nullptr) return -1;
+  const Link& link = interface->link;
+  return TypeOf(link, link.kind.empty() && IsWireless(link));
 }
 
 const char* GetTypeString(int type) { return TypeText(type); }

@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/process.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/contract/error.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "velac.h"
 
@@ -37,11 +37,11 @@ constexpr std::size_t kMost = std::size_t{16} << 20;
 constexpr std::size_t kBuffer = std::size_t{64} << 10;  // a pipe's capacity
 
 constinit CircuitBreaker breaker;
-constinit FailureLog failures("SAN");
+constinit LogOnce failures("SAN");
 
 struct Stream {
-  Stream(const std::vector<std::string>& command, milliseconds patience, std::string& reason)
-      : arguments(command), time(patience), child(arguments, {time, kMost}, reason) {}
+  Stream(const std::vector<std::string>& command, milliseconds bound, std::string& reason)
+      : arguments(command), time(bound), child(arguments, {time, kMost}, reason) {}
 
   const std::string& Program() const { return arguments.front(); }
 
@@ -98,9 +98,12 @@ ssize_t OnRead(void* cookie, char* buffer, std::size_t size) {
 // What a run that came to its end, or was stopped, teaches about the next one.
 void Learn(const Stream& stream) {
   const Child::Cut cut = stream.child.WasCut();
-  if (cut == Child::Cut::None) return failures.Fine(), StoppedTool().Set({});
-  // With little left of the request's patience, being late proves nothing.
-  if (cut == Child::Cut::Late && stream.time < Patient(kFairTry)) return;
+  if (cut == Child::Cut::None) {
+    failures.Recovered();
+    return StoppedTool().Set({});
+  }
+  // With little left of the request's time, being late proves nothing.
+  if (cut == Child::Cut::Late && stream.time < TimesFactor(kFairTry)) return;
   breaker.Trip(WhyCut(stream));
   StoppedTool().Set(stream.arguments);
 }
@@ -113,16 +116,18 @@ int OnClose(void* cookie) {
   return 0;
 }
 
-milliseconds Patience() {
-  return std::chrono::ceil<milliseconds>(WaitUntil(kLongest) - steady_clock::now());
+// How long the tool may run, for all that the request has waited already.
+milliseconds RemainingTime(Request& request) {
+  const auto deadline = request.GetTimeBudget().DeadlineFor(kLongest);
+  return std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
 }
 
 // A tool that was stopped is tried without the module, which would log each time that it is
 // stopped again. False: it still is not well.
-bool PassesTrial(std::string& reason) {
+bool PassesTrial(milliseconds time, std::string& reason) {
   const std::vector<std::string> arguments = StoppedTool().Get();
   if (arguments.empty() || access(arguments[0].c_str(), F_OK) != 0) return true;
-  Stream trial(arguments, Patience(), reason);
+  Stream trial(arguments, time, reason);
   if (!trial.child.Started()) return false;
   while (trial.child.Read(trial.buffer.get(), kBuffer) > 0) continue;
   Learn(trial);
@@ -135,7 +140,9 @@ bool PassesTrial(std::string& reason) {
 
 bool linux_platform::MayRunSanTool(std::string& reason) {
   if (breaker.IsOpen(reason)) return false;
-  if (Patience() >= kShortest) return PassesTrial(reason);
+  const RequestScope request;
+  const milliseconds time = RemainingTime(*request);
+  if (time >= kShortest) return PassesTrial(time, reason);
   reason = std::string(kSanTool) + " was not run: other sources have used up the request's time";
   return false;
 }
@@ -144,7 +151,8 @@ FILE* VLIBCPopen(const char* path, const char* mode, ...) {
   SourceScope scope(Source::San);
   if (path == nullptr || mode == nullptr || std::strcmp(mode, "r") != 0) {
     errno = EINVAL;
-    return SetError(Error::BadArgument), nullptr;
+    SetError(Error::BadArgument);
+    return nullptr;
   }
   std::vector<std::string> arguments = {BelowRoot(path)};
   std::va_list list;
@@ -155,22 +163,25 @@ FILE* VLIBCPopen(const char* path, const char* mode, ...) {
   std::string reason;
   if (breaker.IsOpen(reason)) {
     scope.Failed("%s was not started: %s", path, reason.c_str());
-    return SetError(Error::NotStarted), nullptr;
+    SetError(Error::NotStarted);
+    return nullptr;
   }
-  auto stream = std::make_unique<Stream>(arguments, Patience(), reason);
+  const RequestScope request;
+  auto stream = std::make_unique<Stream>(arguments, RemainingTime(*request), reason);
   FILE* file = nullptr;
   if (stream->child.Started())
     file = fopencookie(stream.get(), "r", {OnRead, nullptr, nullptr, OnClose});
   if (file == nullptr) {
     scope.Failed("%s", reason.empty() ? "no memory for the tool's output" : reason.c_str());
-    return SetError(Error::NotStarted), nullptr;
+    SetError(Error::NotStarted);
+    return nullptr;
   }
   setvbuf(file, stream.release()->buffer.get(), _IOFBF, kBuffer);
   return file;
 }
 
 int VLIBCPclose(FILE* stream) {
-  if (stream == nullptr) return SetError(Error::BadArgument), -1;
+  if (stream == nullptr) return SetError(Error::BadArgument);
   lastStatus = -1;
   fclose(stream);
   return lastStatus;

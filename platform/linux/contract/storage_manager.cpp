@@ -5,8 +5,7 @@
 
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/contract/error.h"
-#include "platform/linux/storage/capacity.h"
-#include "platform/linux/storage/storage_view.h"
+#include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
 #include "vela_storage.h"
 #include "velac.h"
@@ -18,8 +17,8 @@ namespace {
 
 constexpr std::int32_t kVolume = 1;
 
-const InternalVolume* Find(const char* path) {
-  const auto& volumes = CurrentStorage().volumes;
+const InternalVolume* FindVolume(Request& request, const char* path) {
+  const auto& volumes = request.GetStorage().volumes;
   const auto found = std::ranges::find(volumes, std::string_view(path), &InternalVolume::path);
   return found == volumes.end() ? nullptr : &*found;
 }
@@ -43,26 +42,23 @@ Json::Value ToJson(const WholeDisk& disk) {
   return object;
 }
 
-constinit FailureLog volumeFailures("volumes"), diskFailures("disks");
+constinit LogOnce volumeFailures("volumes"), diskFailures("disks");
 
-std::string FailureOf(const InternalVolume& volume) {
+std::string DescribeFailure(const InternalVolume& volume) {
   return "the capacity of " + volume.path + " could not be read: " + std::strerror(volume.error);
 }
 
 // The first thing that could not be read; empty when all could.
-std::string FailureOf(const StorageView& view) {
+std::string DescribeFailure(const StorageView& view) {
   const auto failed = std::ranges::find_if(view.volumes, &InternalVolume::error);
   if (!view.failure.empty()) return view.failure;
-  return failed == view.volumes.end() ? view.hidden : FailureOf(*failed);
+  return failed == view.volumes.end() ? view.hidden : DescribeFailure(*failed);
 }
 
-const StorageView& AskDisks(SourceScope& scope) {
-  const StorageView& view = CurrentStorage();
+const StorageView& ReportDisks(Request& request, SourceScope& scope) {
+  const StorageView& view = request.GetStorage();
   if (!view.listsDisks) scope.Absent("/sys/block lists no disks");
-  if (view.diskFailure.empty())
-    diskFailures.Fine();
-  else
-    diskFailures.Failed(scope, view.diskFailure);
+  diskFailures.Report(scope, view.diskFailure);
   return view;
 }
 
@@ -72,7 +68,8 @@ namespace VELA::ZRT {
 
 bool STORAGE_WEBUTILS::Volume::IsSystemVolCrashed() {
   SourceScope scope(Source::Volumes);
-  const StorageView& view = CurrentStorage();
+  const RequestScope request;
+  const StorageView& view = request->GetStorage();
   if (!view.failure.empty()) scope.Failed("%s", view.failure.c_str());
   return view.systemCrashed;
 }
@@ -81,12 +78,10 @@ namespace STORAGE_MANAGER {
 
 Space::Space(int) : list_(nullptr) {
   SourceScope scope(Source::Volumes);
-  const StorageView& view = CurrentStorage();
-  const std::string reason = FailureOf(view);
-  if (reason.empty())
-    volumeFailures.Fine();
-  else
-    volumeFailures.Failed(scope, reason);
+  const RequestScope request;
+  const StorageView& view = request->GetStorage();
+  const std::string reason = DescribeFailure(view);
+  volumeFailures.Report(scope, reason);
   if (view.volumes.empty()) return;
   auto records = std::make_unique<SpaceRecord[]>(view.volumes.size());
   for (std::size_t i = 0; i < view.volumes.size(); ++i) {
@@ -103,8 +98,9 @@ const SpaceRecord* Space::GetAll() const { return static_cast<const SpaceRecord*
 
 std::string Space::GetOverviewStatus() {
   SourceScope scope(Source::Disks);
+  const RequestScope request;
   constexpr const char* kTexts[] = {"normal", "abnormal", "danger"};
-  return kTexts[static_cast<std::size_t>(AskDisks(scope).overview)];
+  return kTexts[static_cast<std::size_t>(ReportDisks(*request, scope).overview)];
 }
 
 Disk::Disk(bool, bool) : state_(nullptr) {}
@@ -112,29 +108,34 @@ Disk::~Disk() {}
 
 bool Disk::DumpDisks(const Space&, Json::Value& array) {
   SourceScope scope(Source::Disks);
-  for (const WholeDisk& disk : AskDisks(scope).disks) array.append(ToJson(disk));
+  const RequestScope request;
+  for (const WholeDisk& disk : ReportDisks(*request, scope).disks) array.append(ToJson(disk));
   return true;
 }
 
 bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO*& info) {
   SourceScope scope(Source::Volumes);
+  const RequestScope request;
   info = nullptr;
-  const InternalVolume* volume = Find(path);
+  const InternalVolume* volume = FindVolume(*request, path);
   if (volume != nullptr && volume->error == 0) {
     usage = ToUsage(volume->capacity);
     return true;
   }
-  if (volume != nullptr) scope.Failed("%s", FailureOf(*volume).c_str());
-  return SetError(Error::SourceFailed), false;
+  if (volume != nullptr) scope.Failed("%s", DescribeFailure(*volume).c_str());
+  SetError(Error::SourceFailed);
+  return false;
 }
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
-  const InternalVolume* volume = Find(record.path);
+  const RequestScope request;
+  const InternalVolume* volume = FindVolume(*request, record.path);
   return volume != nullptr ? volume->status : "crashed";
 }
 
 std::string StorageUtil::ToUISpaceID(int, const char* path) {
-  const InternalVolume* volume = Find(path);
+  const RequestScope request;
+  const InternalVolume* volume = FindVolume(*request, path);
   return volume != nullptr ? "volume_" + std::to_string(volume->number) : std::string();
 }
 
@@ -142,7 +143,8 @@ std::string StorageUtil::ToUISpaceID(int, const char* path) {
 }  // namespace VELA::ZRT
 
 float VELAVolumeCapWarnPctGet(const char* path) {
-  const InternalVolume* volume = Find(path);
+  const RequestScope request;
+  const InternalVolume* volume = FindVolume(*request, path);
   return volume != nullptr ? volume->warningLevel : 0.05F;
 }
 
@@ -150,5 +152,6 @@ void FSInfoFree(FS_INFO*) {}  // none is ever handed out
 
 int VLIBCMaxDiskGet(void) {
   SourceScope scope(Source::Disks);
-  return static_cast<int>(AskDisks(scope).disks.size());
+  const RequestScope request;
+  return static_cast<int>(ReportDisks(*request, scope).disks.size());
 }

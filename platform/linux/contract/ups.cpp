@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/root.h"
-#include "platform/linux/base/settings.h"
 #include "platform/linux/contract/error.h"
+#include "platform/linux/contract/request.h"
 #include "platform/linux/ups/nut_client.h"
 #include "platform/linux/ups/ups_status.h"
 #include "platform/status/source_status.h"
@@ -22,7 +21,7 @@ constexpr const char* kNutMode = "/etc/nut/nut.conf";
 constexpr const char* kNutMonitors = "/etc/nut/upsmon.conf";
 constexpr auto kBound = std::chrono::seconds(1);
 
-constinit FailureLog failures("UPS");
+constinit LogOnce failures("UPS");
 constinit CircuitBreaker breaker;
 
 // The packaged nut.conf says MODE=none: NUT is there, but nobody set it up. Only root and
@@ -30,16 +29,14 @@ constinit CircuitBreaker breaker;
 enum class Nut { NotSetUp, SetUp, Unreadable };
 
 Nut ReadNutMode() {
-  std::string text, reason;
-  if (ReadSettings(kNutMode, text, reason) == SettingsState::Failed && text.empty())
-    return Nut::Unreadable;
-  const Settings nut(std::move(text));
-  const char* mode = nut.Value("MODE");
+  const SettingsFile file = ReadSettings(kNutMode);
+  if (file.state == SettingsState::Failed && file.settings.IsEmpty()) return Nut::Unreadable;
+  const char* mode = file.settings.Text("MODE");
   return mode == nullptr || std::strcmp(mode, "none") == 0 ? Nut::NotSetUp : Nut::SetUp;
 }
 
 // Without monitor lines, or leave to read them, the server's first UPS is asked for.
-std::vector<UpsAddress> Monitored() {
+std::vector<UpsAddress> ReadMonitors() {
   std::string text;
   if (ReadSmallFile(BelowRoot(kNutMonitors).c_str(), kSettingsCap, text) == ReadResult::Failed)
     text.clear();
@@ -48,11 +45,20 @@ std::vector<UpsAddress> Monitored() {
   return monitors;
 }
 
+// The UPSes that the settings name, else those that NUT monitors.
+std::vector<UpsAddress> ChooseAddresses(const Settings& settings) {
+  std::vector<UpsAddress> addresses;
+  for (const std::string_view word : settings.List("ups.monitor"))
+    addresses.push_back(ParseUpsAddress(word));
+  return settings.Text("ups.monitor") != nullptr ? addresses : ReadMonitors();
+}
+
 // Asks each; the worst state counts. The reason is that of the last one that failed.
 // False: not even a server was there.
-bool Ask(const std::vector<UpsAddress>& addresses, VELA_UPS_INFO& record, std::string& reason) {
-  const bool wholeTurn = IsWholeTurn(kBound);
-  const auto deadline = WaitUntil(kBound);
+bool ReadStates(const std::vector<UpsAddress>& addresses, TimeBudget& budget, VELA_UPS_INFO& record,
+                std::string& reason) {
+  const bool wholeTurn = budget.GrantsWholeTurn(kBound);
+  const auto deadline = budget.DeadlineFor(kBound);
   bool server = false;
   for (const UpsAddress& address : addresses) {
     if (address.host.empty()) {
@@ -71,33 +77,31 @@ bool Ask(const std::vector<UpsAddress>& addresses, VELA_UPS_INFO& record, std::s
   return server;
 }
 
-void Absent(SourceScope& scope) {
+int ReportAbsent(SourceScope& scope) {
   scope.Absent("no UPS is set up: neither MODE in %s nor ups.monitor in %s", kNutMode,
                kCurrentSettings);
-  failures.Fine();
+  failures.Recovered();
+  return 0;
 }
 
 }  // namespace
 
 int VELAUPSInfoGet(VELA_UPS_INFO* record) {
   SourceScope scope(Source::Ups);
-  if (record == nullptr) return SetError(Error::BadArgument), -1;
+  if (record == nullptr) return SetError(Error::BadArgument);
   *record = {};
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  const Settings settings(std::move(text));
-  const char* chosen = settings.Value("ups.monitor");
-  const Nut nut = chosen != nullptr ? Nut::SetUp : ReadNutMode();
-  if (nut == Nut::NotSetUp) return Absent(scope), 0;
+  const RequestScope request;
+  const Settings& settings = request->GetCurrentSettings().settings;
+  const Nut nut = settings.Text("ups.monitor") != nullptr ? Nut::SetUp : ReadNutMode();
+  if (nut == Nut::NotSetUp) return ReportAbsent(scope);
 
-  reason.clear();
+  std::string reason;
   bool server = true;
   if (!breaker.IsOpen(reason))
-    server = Ask(chosen != nullptr ? ParseUpsList(chosen) : Monitored(), *record, reason);
-  if (nut == Nut::Unreadable && !server) return Absent(scope), 0;
+    server = ReadStates(ChooseAddresses(settings), request->GetTimeBudget(), *record, reason);
+  if (nut == Nut::Unreadable && !server) return ReportAbsent(scope);
   record->enabled = 1;
-  if (reason.empty()) return failures.Fine(), 0;
-  SetError(Error::SourceFailed);
-  failures.Failed(scope, reason);
+  if (!reason.empty()) SetError(Error::SourceFailed);
+  failures.Report(scope, reason);
   return 0;
 }

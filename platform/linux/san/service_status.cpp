@@ -33,12 +33,7 @@ bool IsServiceActive() {
 }
 
 bool IsLowCapacityWriteOn() {
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  const Settings settings(std::move(text));
-  const char* value = settings.Value("san.low_capacity_write");
-  constexpr std::array<std::string_view, 3> kYes = {"yes", "true", "1"};
-  return value != nullptr && std::ranges::find(kYes, value) != kYes.end();
+  return ReadSettings(kCurrentSettings).settings.Yes("san.low_capacity_write");
 }
 
 void LookAtBacking(const Lun& lun, LunEvidence& evidence) {

@@ -1,8 +1,11 @@
 #include "platform/linux/services/pacemaker.h"
 
+#include <unistd.h>
+
 #include <string_view>
 
 #include "platform/linux/base/root.h"
+#include "platform/linux/services/systemd_units.h"
 
 namespace linux_platform {
 
@@ -20,6 +23,23 @@ bool PacemakerListens() {
     if (end == text.size() || text[end] == '@' || text[end] == '\n') return true;
   }
   return false;
+}
+
+namespace {
+
+bool PacemakerRuns(TimeBudget& budget) {
+  if (access(BelowRoot(kClusterMonitor).c_str(), X_OK) != 0) return false;
+  std::vector<UnitState> states;
+  std::string reason;
+  if (ReadUnits({"pacemaker.service"}, budget, states, reason) == UnitsAnswer::Read)
+    return states[0].active == "active";
+  return PacemakerListens();
+}
+
+}  // namespace
+
+ClusterServices ReadClusterServices(TimeBudget& budget) {
+  return {PacemakerRuns(budget), access(BelowRoot(kDrbd).c_str(), F_OK) == 0};
 }
 
 }  // namespace linux_platform

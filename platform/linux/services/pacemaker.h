@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/deadline.h"
+
 namespace linux_platform {
 
 constexpr const char* kClusterMonitor = "/usr/sbin/crm_mon";
@@ -14,5 +16,14 @@ std::vector<std::string> ClusterQuestion();
 
 // Pacemaker's own listening socket, which everybody sees.
 bool PacemakerListens();
+
+struct ClusterServices {
+  bool pacemaker = false, drbd = false;
+};
+constexpr const char* kDrbd = "/proc/drbd";
+
+// What runs here. systemd knows of Pacemaker; where it does not run, or cannot be asked
+// within `budget`, its socket tells.
+ClusterServices ReadClusterServices(TimeBudget& budget);
 
 }  // namespace linux_platform

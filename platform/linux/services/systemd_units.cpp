@@ -12,7 +12,6 @@
 #include <cstring>
 #include <memory>
 
-#include "platform/linux/base/deadline.h"
 #include "platform/linux/base/root.h"
 
 namespace linux_platform {
@@ -110,15 +109,15 @@ int Drive(sd_bus* bus, const Answers& answers, steady_clock::time_point deadline
 
 }  // namespace
 
-UnitsAnswer ReadUnits(const std::vector<std::string>& names, std::vector<UnitState>& states,
-                      std::string& reason) {
+UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
+                      std::vector<UnitState>& states, std::string& reason) {
   if (access(BelowRoot(kBooted).c_str(), F_OK) != 0) {
     reason = "systemd does not run this machine";
     return UnitsAnswer::NoSystemd;
   }
   if (breaker.IsOpen(reason)) return UnitsAnswer::Late;
-  const bool wholeTurn = IsWholeTurn(kBound);
-  const auto deadline = WaitUntil(kBound);
+  const bool wholeTurn = budget.GrantsWholeTurn(kBound);
+  const auto deadline = budget.DeadlineFor(kBound);
   states.assign(names.size(), {});
   Answers answers;
   std::vector<Question> questions;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/deadline.h"
+
 namespace linux_platform {
 
 struct UnitState {
@@ -19,9 +21,9 @@ enum class UnitsAnswer {
   Late,       // no answer in time, now or within the last thirty seconds
 };
 
-// Asks for all `names` at once; `states` has their states in the same order. Bounded to
-// half a second, whatever the bus does. `reason` says what else than Read happened.
-UnitsAnswer ReadUnits(const std::vector<std::string>& names, std::vector<UnitState>& states,
-                      std::string& reason);
+// Asks for all `names` at once; `states` has their states in the same order. Takes half a
+// second of `budget` at most, whatever the bus does. `reason` says what else than Read happened.
+UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
+                      std::vector<UnitState>& states, std::string& reason);
 
 }  // namespace linux_platform

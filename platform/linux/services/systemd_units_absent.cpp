@@ -2,7 +2,7 @@
 
 namespace linux_platform {
 
-UnitsAnswer ReadUnits(const std::vector<std::string>&, std::vector<UnitState>&,
+UnitsAnswer ReadUnits(const std::vector<std::string>&, TimeBudget&, std::vector<UnitState>&,
                       std::string& reason) {
   reason = "this platform was built without sd-bus";
   return UnitsAnswer::NoSystemd;

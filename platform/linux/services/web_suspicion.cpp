@@ -17,11 +17,8 @@ constexpr std::array<WebServer, 3> kServers = {{
     {"lighttpd.service", {"/usr/sbin/lighttpd", "-tt", "-f", "/etc/lighttpd/lighttpd.conf"}},
 }};
 
-std::vector<std::string> Units() {
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  const Settings settings(std::move(text));
-  if (const char* named = settings.Value("web.unit")) return {named};
+std::vector<std::string> Units(const Settings& settings) {
+  if (const char* named = settings.Text("web.unit")) return {named};
   std::vector<std::string> units;
   for (const WebServer& server : kServers)
     if (server.IsInstalled()) units.emplace_back(server.unit);
@@ -46,26 +43,26 @@ std::vector<std::string> WebServer::Test() const {
   return arguments;
 }
 
-bool WebLook::IsSuspicious() const {
+bool WebServerState::IsSuspicious() const {
   return state.active == "failed" || (!state.reload.empty() && state.reload != "success");
 }
 
-const WebServer* WebLook::Tester() const {
+const WebServer* WebServerState::Tester() const {
   const auto found = std::ranges::find(
       kServers, unit, [](const WebServer& server) { return std::string_view(server.unit); });
   return found != kServers.end() && found->IsInstalled() ? &*found : nullptr;
 }
 
-WebLook LookAtWebServer() {
-  WebLook look;
-  const std::vector<std::string> units = Units();
-  if (units.empty()) return look;
+WebServerState ReadWebServer(const Settings& settings, TimeBudget& budget) {
+  WebServerState server;
+  const std::vector<std::string> units = Units(settings);
+  if (units.empty()) return server;
   std::vector<UnitState> states;
-  look.answer = ReadUnits(units, states, look.reason);
-  const std::size_t used = look.answer == UnitsAnswer::Read ? InUse(states) : 0;
-  look.unit = units[used];
-  if (look.answer == UnitsAnswer::Read) look.state = std::move(states[used]);
-  return look;
+  server.answer = ReadUnits(units, budget, states, server.reason);
+  const std::size_t used = server.answer == UnitsAnswer::Read ? InUse(states) : 0;
+  server.unit = units[used];
+  if (server.answer == UnitsAnswer::Read) server.state = std::move(states[used]);
+  return server;
 }
 
 }  // namespace linux_platform

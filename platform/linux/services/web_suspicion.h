@@ -10,6 +10,8 @@
 
 namespace linux_platform {
 
+class Settings;
+
 struct WebServer {
   const char* unit;
   std::array<const char*, 4> test;  // the program and what makes it test its configuration
@@ -18,7 +20,7 @@ struct WebServer {
   std::vector<std::string> Test() const;  // the program's path first, not below the root
 };
 
-struct WebLook {
+struct WebServerState {
   UnitsAnswer answer = UnitsAnswer::Read;
   std::string reason;  // what else than Read happened
   std::string unit;    // empty: no web server is installed
@@ -32,6 +34,6 @@ struct WebLook {
 };
 
 // The unit that the site names (web.unit), else of the installed servers the first in use.
-WebLook LookAtWebServer();
+WebServerState ReadWebServer(const Settings& settings, TimeBudget& budget);
 
 }  // namespace linux_platform

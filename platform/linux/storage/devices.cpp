@@ -18,7 +18,7 @@ void Join(Stack& stack, const Stack& other) {
 
 }  // namespace
 
-Devices::Devices(const std::vector<Mount>& mounts, std::string esataPorts)
+Devices::Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts)
     : mounts_(mounts), esataPorts_(std::move(esataPorts)) {
   FindSystemDisks();
 }

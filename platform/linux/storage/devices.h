@@ -18,8 +18,8 @@ namespace linux_platform {
 class Devices {
  public:
   // Keeps a reference to `mounts`; all that are asked about are of them. `esataPorts` as for
-  // ReadDiskFacts.
-  Devices(const std::vector<Mount>& mounts, std::string esataPorts);
+  // ReadDiskFacts; their text must outlive this.
+  Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts);
 
   // What lies under a mount; for btrfs all of its members.
   const Stack& Under(const Mount& mount);
@@ -45,7 +45,7 @@ class Devices {
   void FindSystemDisks();
 
   const std::vector<Mount>& mounts_;
-  std::string esataPorts_;
+  std::vector<std::string_view> esataPorts_;
   std::map<Key, FileSystem> fileSystems_;
   std::map<std::string, DiskFacts> facts_;
   std::set<std::string> systemDisks_;

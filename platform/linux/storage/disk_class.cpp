@@ -47,7 +47,7 @@ std::string NumbersIn(std::string_view path) {
   return numbers;
 }
 
-DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
+DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_view>& esataPorts) {
   DiskFacts facts;
   const std::string path = facts.path = LinkTarget(Sys("/class/block/", name));
   const std::string_view port = AtaPort(path);
@@ -58,7 +58,7 @@ DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts) {
   // What udev's rules say counts for these two only.
   if (!facts.usb && !facts.ata) return facts;
 
-  facts.markedEsata = facts.ata && HasWord(esataPorts, port, ", ");
+  facts.markedEsata = facts.ata && std::ranges::find(esataPorts, port) != esataPorts.end();
   const auto marks = ReadUdevMarks(path);
   if (!marks) return facts;
   facts.cardReader = marks->cardReader;

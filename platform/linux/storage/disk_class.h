@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace linux_platform {
 
@@ -27,8 +28,8 @@ struct DiskFacts {
 DiskClass ClassOf(const DiskFacts& facts);
 
 // The facts that /sys and udev's database hold about the whole disk `name`.
-// `esataPorts`: ATA port numbers, parted by commas or blanks.
-DiskFacts ReadDiskFacts(const std::string& name, std::string_view esataPorts);
+// `esataPorts`: ATA port numbers.
+DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_view>& esataPorts);
 
 // The numbers in `path`, each padded so that comparing the texts compares the numbers.
 std::string NumbersIn(std::string_view path);

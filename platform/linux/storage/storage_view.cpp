@@ -1,10 +1,8 @@
 #include "platform/linux/storage/storage_view.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <map>
-#include <memory>
 
 #include "common/json_reader.h"
 #include "platform/linux/base/memo.h"
@@ -23,23 +21,12 @@ namespace {
 
 using common::FindMember, common::TextMember;
 
-constexpr auto kRequestLife = std::chrono::milliseconds(500);
 constexpr std::size_t kTableCap = std::size_t{256} << 10;
 
 std::string TextOf(const char* path) {
   std::string text;
   ReadSmallFile(BelowRoot(path).c_str(), kTableCap, text);
   return text;
-}
-
-bool IsYes(const char* value) {
-  return value != nullptr && (std::strcmp(value, "yes") == 0 || std::strcmp(value, "1") == 0);
-}
-
-std::unique_ptr<const Settings> CurrentSettings() {
-  std::string text, reason;
-  ReadSettings(kCurrentSettings, text, reason);
-  return std::make_unique<const Settings>(std::move(text));
 }
 
 bool IsNamed(const std::string& text, const std::string& array) {
@@ -57,13 +44,13 @@ bool IsExpected(const std::string& target, const std::vector<std::string>& fstab
 
 class StorageReader {
  public:
-  StorageReader() : settings_(CurrentSettings()), fstab_(TextOf("/etc/fstab")) {}
+  explicit StorageReader(const Settings& settings)
+      : settings_(settings), fstab_(TextOf("/etc/fstab")) {}
 
   StorageView Read() {
     if (!ReadMounts(mounts_))
       view_.failure = std::string("the mount table could not be read: ") + std::strerror(errno);
-    const char* ports = settings_->Value("esata.ports");
-    Devices devices(*mounts_, ports != nullptr ? ports : "");
+    Devices devices(*mounts_, settings_.List("esata.ports"));
     devices_ = &devices;
     const std::vector<std::string> blockNames = BlockNames();
     view_.listsDisks = !blockNames.empty();
@@ -186,7 +173,7 @@ class StorageReader {
       if (stack.gone && stack.disks.empty()) return IsExpected(mount.target, fstab);
       return devices_->Class(stack) == DiskClass::Internal;
     };
-    const bool skipRoot = IsYes(settings_->Value("volume.skip_root"));
+    const bool skipRoot = settings_.Yes("volume.skip_root");
     const VolumeChoice choice = ChooseVolumes(*mounts_, skipRoot, isInternal);
     if (!choice.hidden.empty()) view_.hidden = WhyHidden(*choice.hidden.front());
     std::vector<std::string> paths;
@@ -194,7 +181,7 @@ class StorageReader {
       view_.volumes.push_back(Describe(*mount));
       paths.push_back(mount->target);
     }
-    const std::vector<int> numbers = NumberVolumes(paths, fstab, *settings_);
+    const std::vector<int> numbers = NumberVolumes(paths, fstab, settings_);
     for (std::size_t i = 0; i < numbers.size(); ++i) view_.volumes[i].number = numbers[i];
   }
 
@@ -209,7 +196,7 @@ class StorageReader {
     volume.path = mount.target;
     volume.type = mount.type;
     volume.device = mount.device;
-    volume.warningLevel = WarningLevel(*settings_, mount.target);
+    volume.warningLevel = WarningLevel(settings_, mount.target);
     volume.disks = devices_->Under(mount).disks;
     const Health beneath = HealthBeneath(mount);
     const Looked& looked = LookAt(mount, beneath);
@@ -226,7 +213,7 @@ class StorageReader {
     return volume;
   }
 
-  std::unique_ptr<const Settings> settings_;
+  const Settings& settings_;
   std::string fstab_;
   MountTable mounts_;
   StorageView view_;
@@ -236,26 +223,8 @@ class StorageReader {
   std::map<int, Looked> looked_;          // by mount
 };
 
-struct Remembered {
-  std::chrono::steady_clock::time_point taken;
-  std::unique_ptr<const StorageView> view;
-};
-thread_local Remembered remembered;
-
 }  // namespace
 
-StorageView ReadStorage() { return StorageReader().Read(); }
-
-const StorageView& CurrentStorage() {
-  using std::chrono::steady_clock;
-  if (!remembered.view || steady_clock::now() - remembered.taken > kRequestLife) {
-    remembered.view = std::make_unique<const StorageView>(ReadStorage());
-    // A machine that reads slowly must not for that reason read again for every question.
-    remembered.taken = steady_clock::now();
-  }
-  return *remembered.view;
-}
-
-void ForgetStorage() { remembered.view.reset(); }
+StorageView ReadStorage(const Settings& settings) { return StorageReader(settings).Read(); }
 
 }  // namespace linux_platform

@@ -12,6 +12,8 @@
 
 namespace linux_platform {
 
+class Settings;
+
 struct InternalVolume {
   std::string path, type;
   dev_t device = 0;
@@ -44,12 +46,7 @@ struct StorageView {
   std::string diskFailure;  // the same of what the collector says about mappings
 };
 
-// The view of this thread's request: read afresh when the last one is older than half a
-// second, or belongs to an earlier request.
-const StorageView& CurrentStorage();
-void ForgetStorage();
-
 // Reads everything. Waits for no other process, opens no device.
-StorageView ReadStorage();
+StorageView ReadStorage(const Settings& settings);
 
 }  // namespace linux_platform

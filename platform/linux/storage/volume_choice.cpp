@@ -48,7 +48,7 @@ std::optional<int> VolumeNumber(std::string_view text) {
 }
 
 std::optional<int> OwnNumber(std::string_view path, const Settings& settings) {
-  if (const char* pinned = settings.Value("volume.id." + std::string(path)))
+  if (const char* pinned = settings.Text("volume.id." + std::string(path)))
     if (const auto number = VolumeNumber(pinned)) return number;
   constexpr std::string_view kNumbered = "/volume";
   return path.starts_with(kNumbered) ? VolumeNumber(path.substr(kNumbered.size())) : std::nullopt;
@@ -113,8 +113,8 @@ std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
 
 float WarningLevel(const Settings& settings, std::string_view path) {
   constexpr float kDefault = 0.05F;
-  const char* text = settings.Value("volume.warn." + std::string(path));
-  if (text == nullptr) text = settings.Value("volume_warning_percent");
+  const char* text = settings.Text("volume.warn." + std::string(path));
+  if (text == nullptr) text = settings.Text("volume_warning_percent");
   if (text == nullptr) return kDefault;
   float level = 0;
   const auto [end, error] = std::from_chars(text, text + std::strlen(text), level);

@@ -62,13 +62,6 @@ UpsAddress ParseUpsAddress(std::string_view text) {
   return address;
 }
 
-std::vector<UpsAddress> ParseUpsList(std::string_view text) {
-  std::vector<UpsAddress> addresses;
-  for (std::string_view word; !(word = NextWord(text)).empty();)
-    addresses.push_back(ParseUpsAddress(word));
-  return addresses;
-}
-
 std::vector<UpsAddress> ParseMonitors(std::string_view text) {
   std::vector<UpsAddress> addresses;
   while (!text.empty()) {

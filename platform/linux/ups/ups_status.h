@@ -25,9 +25,6 @@ struct UpsAddress {
 // addresses and "localhost" become a host: no request waits for a name or the network.
 UpsAddress ParseUpsAddress(std::string_view text);
 
-// The addresses in blank-separated `text`.
-std::vector<UpsAddress> ParseUpsList(std::string_view text);
-
 // The UPSes of the MONITOR lines of upsmon.conf.
 std::vector<UpsAddress> ParseMonitors(std::string_view text);
 

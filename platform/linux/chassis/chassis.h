@@ -1,24 +1,28 @@
-// What is wrong with the chassis: fans, supplies, temperature.
+// What is wrong with the chassis: fans, supplies, temperature; by live sensor chips, and by
+// what the collector last heard from the management controller.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace linux_platform {
 
+class Settings;
+
 constexpr std::size_t kWatchedSupplies = 24;  // as many bits as a supply mask has
 
 struct Chassis {
+  bool absent = false;  // no sensor chips, management controller or second mains adapter
+  std::string trouble;  // the first thing that could not be read, in words
   bool fanFailed = false;
   bool processorFanFailed = false;
   int supplies = 0;                  // that are there
   std::uint32_t failedSupplies = 0;  // bit n: supply n + 1
-  std::uint32_t failedUnitFans = 0;  // bit n: the expansion unit at slot n
   std::optional<bool> tooHot;        // none: nothing to judge it by
 };
 
-// For tests: the calling thread looks afresh.
-void ForgetHardware();
+Chassis ReadChassis(const Settings& settings);
 
 }  // namespace linux_platform

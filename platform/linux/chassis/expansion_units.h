@@ -1,0 +1,49 @@
+// Expansion units: enclosures with fans or power supplies of their own, as the collector
+// last saw them.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <json/value.h>
+
+#include "platform/linux/base/snapshot.h"
+
+namespace linux_platform {
+
+class Settings;
+
+constexpr std::size_t kWatchedUnits = 24;  // as many bits as a fan mask has
+
+struct ExpansionUnit {
+  std::string id, product;  // "500a0b0c0d0e0f10", "JBOD-24"
+  std::string unread;       // why it did not answer; then the rest is not known
+  bool fanFailed = false;
+  bool hasSupplies = false;
+  bool firstSupplyFailed = false;
+  bool otherSupplyFailed = false;  // any but the first
+};
+
+// The units of a snapshot of the source "ses", in its order, without the enclosures whose
+// identifier is one of the words `internal`, with or without "0x". Members of the wrong type
+// count as missing.
+std::vector<ExpansionUnit> ParseExpansionUnits(const Json::Value& snapshot,
+                                               const std::vector<std::string_view>& internal);
+
+// Not Read: there are no units, or they cannot be known.
+struct ExpansionUnits {
+  SnapshotState state = SnapshotState::Absent;
+  std::vector<ExpansionUnit> units;
+  std::string trouble;  // why Failed, or what part of them could not be read, in words
+};
+
+// Without those that the setting "ebox.internal" names. One small file is read, two where
+// there are units.
+ExpansionUnits ReadExpansionUnits(const Settings& settings);
+
+// Bit n is set when a fan of the unit at slot n has failed; at most bits 0 to 23.
+unsigned FailedUnitFans(const std::vector<ExpansionUnit>& units);
+
+}  // namespace linux_platform

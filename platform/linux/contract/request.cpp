@@ -1,0 +1,54 @@
+#include "platform/linux/contract/request.h"
+
+namespace linux_platform {
+namespace {
+
+// Weak: a scope that ends in another thread than it began in leaves nothing behind.
+thread_local constinit std::weak_ptr<Request> threadsRequest;
+
+template <typename Value, typename Read>
+const Value& ReadOnce(std::optional<Value>& value, const Read& read) {
+  if (!value) value.emplace(read());
+  return *value;
+}
+
+}  // namespace
+
+RequestScope::RequestScope() : request_(threadsRequest.lock()) {
+  if (!request_) threadsRequest = request_ = std::make_shared<Request>();
+}
+
+const SettingsFile& Request::GetCurrentSettings() {
+  return ReadOnce(current_, [] { return ReadSettings(kCurrentSettings); });
+}
+
+const SettingsFile& Request::GetFactorySettings() {
+  return ReadOnce(factory_, [] { return ReadSettings(kFactorySettings); });
+}
+
+const StorageView& Request::GetStorage() {
+  return ReadOnce(storage_, [this] { return ReadStorage(Current()); });
+}
+
+const Chassis& Request::GetChassis() {
+  return ReadOnce(chassis_, [this] { return ReadChassis(Current()); });
+}
+
+const ExpansionUnits& Request::GetExpansionUnits() {
+  return ReadOnce(expansionUnits_, [this] { return ReadExpansionUnits(Current()); });
+}
+
+const WebServerState& Request::GetWebServer() {
+  return ReadOnce(webServer_, [this] { return ReadWebServer(Current(), timeBudget_); });
+}
+
+const ClusterServices& Request::GetClusterServices() {
+  return ReadOnce(clusterServices_, [this] { return ReadClusterServices(timeBudget_); });
+}
+
+const std::vector<Interface>* Request::GetInterfaces(std::string& reason) {
+  if (!interfaces_ && !ReadInterfaces(interfaces_.emplace(), reason)) interfaces_.reset();
+  return interfaces_ ? &*interfaces_ : nullptr;
+}
+
+}  // namespace linux_platform
