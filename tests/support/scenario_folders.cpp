@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 #include <json/reader.h>
+#include <json/writer.h>
+
+#include "tests/support/own_folder.h"
 
 namespace scenarios {
 
@@ -27,6 +30,20 @@ Json::Value Read(const std::filesystem::path& file) {
   EXPECT_TRUE(stream && Json::parseFromStream(Json::CharReaderBuilder(), stream, &value, &errors))
       << file << ": " << errors;
   return value;
+}
+
+Json::Value WholeAnswer(const Json::Value& expected) {
+  Json::Value whole = Read(Folder("healthy") / "expected.json");
+  for (const std::string& name : expected.getMemberNames()) whole[name] = expected[name];
+  return whole;
+}
+
+Json::Value Boundaries() { return Read(Folder("../tests/fixtures/boundaries.json")); }
+
+std::filesystem::path WriteState(const Json::Value& state) {
+  const std::filesystem::path file = test_support::OwnFolder() + "state.json";
+  std::ofstream(file) << state;
+  return file;
 }
 
 }  // namespace scenarios
