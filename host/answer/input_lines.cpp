@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
-#include "host/answer/advice.h"
-#include "host/answer/render.h"
+#include "host/answer/finding_text.h"
+#include "host/text/escape.h"
 #include "host/text/quantity.h"
-#include "host/text/sanitize.h"
 
 namespace host {
 namespace {

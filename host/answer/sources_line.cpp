@@ -1,8 +1,8 @@
 #include "host/answer/sources_line.h"
 
-#include "host/answer/render.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
-#include "host/text/sanitize.h"
+#include "host/text/escape.h"
 
 namespace host {
 

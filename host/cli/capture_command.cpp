@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "common/json_writer.h"
-#include "host/answer/advice.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/cli/new_folder.h"
 #include "host/cli/terminal.h"

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "common/json_writer.h"
-#include "host/answer/advice.h"
 #include "host/answer/explanation.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
 

@@ -3,10 +3,11 @@
 #include <iostream>
 
 #include "common/json_writer.h"
-#include "host/answer/advice.h"
 #include "host/answer/catalogue.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
+#include "host/text/quantity.h"
 
 namespace host {
 namespace {

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "common/json_writer.h"
-#include "host/answer/advice.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/site/report_page.h"
 
@@ -77,7 +77,7 @@ void Replace(const std::string& file, const std::string& page) {
 
 std::string Page(Session& session, const Explanation& explanation) {
   const fs::path& data = session.GetPlaces().Data();
-  const std::string style = Contents(data / "www/style.css") + Contents(data / "report/report.css");
+  const std::string style = Contents(data / "www/style.css") + Contents(data / "www/report.css");
   return ReportPage({explanation, session.LanguageCode(), style, Now()}, session.GetTexts());
 }
 

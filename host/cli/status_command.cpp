@@ -2,13 +2,13 @@
 
 #include <iostream>
 
-#include "host/answer/advice.h"
 #include "host/answer/explanation.h"
-#include "host/answer/render.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/sources_line.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
-#include "host/text/sanitize.h"
+#include "host/text/escape.h"
+#include "host/text/quantity.h"
 
 namespace host {
 namespace {

@@ -2,13 +2,19 @@
 
 #include <utility>
 
+#include "common/json_writer.h"
 #include "host/loader/module_log.h"
-#include "host/loader/response.h"
 #include "host/text/failure.h"
 
 namespace host {
 
 using VELA::APIMethodRow;
+
+// The server's half of VELA::APIResponse: what a handler's answer becomes.
+class Response : public VELA::APIResponse {
+ public:
+  std::string text;  // the document as JSON on one line; empty until the handler answered
+};
 
 Host::Host(const HostFiles& files)
     : platform_(files.platform,
@@ -30,11 +36,11 @@ std::string Host::CallForDocument(const APIMethodRow& method,
   platform_.StartRequest(machine);
   Response response;
   method.handler(nullptr, &response);  // no method of ours reads its request
-  if (response.Text().empty()) {
+  if (response.text.empty()) {
     throw Failure(kInternal, std::string("The module gave no answer to ") + method.api + " " +
                                  method.method + ".");
   }
-  return std::move(response.Text());
+  return std::move(response.text);
 }
 
 Reply Host::CallMethod(const APIMethodRow& method, const SimulatedMachine& machine) const {
@@ -54,3 +60,8 @@ const APIMethodRow& FindHealthMethod(const Host& host) {
 }
 
 }  // namespace host
+
+// The document is the handler's and gone after the call, so its text is made here.
+void VELA::APIResponse::SetSuccess(const Json::Value& document) {
+  static_cast<host::Response*>(this)->text = common::WriteCompact(document);
+}

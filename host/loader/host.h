@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/loader/module.h"
+#include "host/loader/library.h"
 #include "host/loader/platform.h"
-#include "host/loader/recorder.h"
 
 namespace host {
 

@@ -3,11 +3,15 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/text/failure.h"
 
 namespace host {
+
+using VELA::APIMethodRow;
+
 namespace {
 
 // glibc's own words: "FILE: undefined symbol: NAME" (", version V" may follow).
@@ -49,5 +53,25 @@ Library::Library(std::string path, int flags, const std::string& role, const std
 }
 
 void* Library::Symbol(const char* name) const { return dlsym(handle_, name); }
+
+Module::Module(const std::string& path)
+    : library_(path, RTLD_NOW, "the module", "Build it, or name another with --module.") {
+  const auto table = library_.FindFunction<const APIMethodRow* (*)()>("GetAPITable");
+  if (table == nullptr) {
+    throw Failure(kUnavailable, "Cannot use " + path +
+                                    " as a module: it is a library, but has no function "
+                                    "GetAPITable. Name a module with --module.");
+  }
+  begin_ = end_ = table();
+  while (end_ != nullptr && end_->api != nullptr) ++end_;
+}
+
+const APIMethodRow* Module::FindMethod(std::string_view api, std::int64_t version,
+                                       std::string_view method) const {
+  const auto* row = std::find_if(begin_, end_, [&](const APIMethodRow& candidate) {
+    return candidate.version == version && candidate.api == api && candidate.method == method;
+  });
+  return row == end_ ? nullptr : row;
+}
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// The platform library: the only door to the machine.
+// The platform library, the only door to the machine, and the recorder in front of it.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/loader/library.h"
+#include "platform/recorder/recorder.h"
 #include "platform/simulator/simulator.h"
 #include "platform/status/source_status.h"
 
@@ -29,7 +30,7 @@ class Platform {
 
   // Starts a request on this thread, on `machine`; null: the platform's own.
   void StartRequest(const SimulatedMachine& machine) const;
-  // What the sources of this thread's request said; none on a platform without a voice.
+  // What the sources of this thread's request said; none on a platform that tells nothing.
   void ReadSources(std::vector<VELASourceReport>& reports) const;
 
   const std::string& Path() const { return library_.Path(); }
@@ -41,6 +42,21 @@ class Platform {
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;
+};
+
+// What stands between a platform and the modules, and keeps what the machine answered.
+class Recorder {
+ public:
+  // Opens it for all later libraries; `platform` must not be theirs to find. From then on it
+  // answers for the operating system, too. Throws Failure.
+  Recorder(const std::string& path, const Platform& platform);
+
+  // A scenario's state.json; see VELARecorderState.
+  std::string State(const std::string& why) const;
+
+ private:
+  Library library_;
+  decltype(&VELARecorderState) state_;
 };
 
 }  // namespace host

@@ -5,11 +5,11 @@
 #include <sstream>
 
 #include "common/json_writer.h"
-#include "host/answer/advice.h"
+#include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
 #include "host/answer/sources_line.h"
 #include "host/answer/verdict.h"
-#include "host/text/html.h"
+#include "host/text/escape.h"
 #include "host/text/quantity.h"
 
 namespace host {

@@ -18,4 +18,19 @@ std::optional<Placeholder> FindPlaceholder(std::string_view text, std::size_t fr
   return std::nullopt;
 }
 
+std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values) {
+  std::string filled;
+  std::size_t at = 0;
+  while (const auto placeholder = FindPlaceholder(text, at)) {
+    filled += text.substr(at, placeholder->begin - at);
+    if (placeholder->number < values.size()) {
+      filled += values[placeholder->number];
+    } else {
+      filled += text.substr(placeholder->begin, placeholder->end - placeholder->begin);
+    }
+    at = placeholder->end;
+  }
+  return filled.append(text.substr(at));
+}
+
 }  // namespace host

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace host {
 
@@ -14,5 +16,9 @@ struct Placeholder {
 
 // The first one at or after `from`.
 std::optional<Placeholder> FindPlaceholder(std::string_view text, std::size_t from);
+
+// `text` with each "{n}" replaced by element n of `values`; a number without an element
+// stays. What was put in is never looked at again.
+std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values);
 
 }  // namespace host

@@ -1,6 +1,7 @@
 #include "host/text/quantity.h"
 
 #include <cstdio>
+#include <sstream>
 
 namespace host {
 namespace {
@@ -39,6 +40,22 @@ std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts) {
 
 std::string FormatPercent(double share, const Texts& texts) {
   return Decimal(share * 100, 2, texts) + "\u00A0%";
+}
+
+std::string FormatNumber(double value) {
+  std::ostringstream text;
+  text << value;
+  return text.str();
+}
+
+std::string FormatUptime(const std::string& uptime, const Texts& texts) {
+  int hours = 0, minutes = 0, seconds = 0;
+  if (std::sscanf(uptime.c_str(), "%d:%d:%d", &hours, &minutes, &seconds) != 3) return {};
+  if (hours >= 48) {
+    return texts.FormatUi("days", std::to_string(hours / 24), std::to_string(hours % 24));
+  }
+  if (hours > 0) return texts.FormatUi("hours", std::to_string(hours), std::to_string(minutes));
+  return texts.FormatUi("minutes", std::to_string(minutes));
 }
 
 }  // namespace host

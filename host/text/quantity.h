@@ -16,5 +16,9 @@ std::string FormatCount(std::uint64_t count);
 std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts);
 // 0.05 as "5 %".
 std::string FormatPercent(double share, const Texts& texts);
+// 2.2 as "2.2", 40 as "40".
+std::string FormatNumber(double value);
+// "26:3:4" (hours, minutes, seconds) as "26 h 3 min"; empty when it is not known.
+std::string FormatUptime(const std::string& uptime, const Texts& texts);
 
 }  // namespace host

@@ -5,7 +5,6 @@
 #include <fstream>
 
 #include "host/text/failure.h"
-#include "host/text/placeholder.h"
 
 namespace host {
 namespace {
@@ -60,21 +59,6 @@ std::string Texts::Resolve(std::string_view reference) const {
     if (text != nullptr) return *text;
   }
   return std::string(reference);
-}
-
-std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values) {
-  std::string filled;
-  std::size_t at = 0;
-  while (const auto placeholder = FindPlaceholder(text, at)) {
-    filled += text.substr(at, placeholder->begin - at);
-    if (placeholder->number < values.size()) {
-      filled += values[placeholder->number];
-    } else {
-      filled += text.substr(placeholder->begin, placeholder->end - placeholder->begin);
-    }
-    at = placeholder->end;
-  }
-  return filled.append(text.substr(at));
 }
 
 }  // namespace host

@@ -5,9 +5,10 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <json/value.h>
+
+#include "host/text/placeholder.h"
 
 namespace host {
 
@@ -35,10 +36,6 @@ class Texts {
 
   std::map<std::string, Section, std::less<>> sections_;
 };
-
-// `text` with each "{n}" replaced by element n of `values`; a number without an element
-// stays. What was put in is never looked at again.
-std::string FillPlaceholders(std::string_view text, const std::vector<std::string>& values);
 
 template <typename... Values>
 std::string Texts::FormatUi(std::string_view key, const Values&... values) const {

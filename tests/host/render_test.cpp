@@ -1,5 +1,6 @@
-#include "host/answer/render.h"
-#include "host/text/sanitize.h"
+#include "host/answer/finding_text.h"
+#include "host/text/escape.h"
+#include "host/text/quantity.h"
 
 #include <gtest/gtest.h>
 #include <json/reader.h>
@@ -8,7 +9,6 @@
 #include <fstream>
 #include <utility>
 
-#include "host/answer/advice.h"
 #include "host/cli/terminal.h"
 #include "host/site/report_page.h"
 #include "tests/support/own_folder.h"

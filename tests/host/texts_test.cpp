@@ -9,9 +9,8 @@
 #include <sstream>
 #include <tuple>
 
-#include "host/answer/advice.h"
 #include "host/answer/catalogue.h"
-#include "host/answer/render.h"
+#include "host/answer/finding_text.h"
 #include "host/text/language.h"
 #include "host/text/placeholder.h"
 #include "platform/status/source_status.h"

@@ -1,8 +1,9 @@
-#include "host/answer/render.h"
+#include "host/answer/finding_text.h"
 
 #include <cctype>
 #include <vector>
 
+#include "host/text/escape.h"
 #include "host/text/placeholder.h"
 
 namespace host {
@@ -88,6 +89,17 @@ std::string RenderDescription(const Description& description, const Texts& texts
   for (const std::string& reference : description.params)
     values.push_back(texts.Resolve(reference));
   return Compose(description.format, values);
+}
+
+std::string RenderSentence(const Finding& finding, const Texts& texts) {
+  return Sanitize(RenderDescription(finding.description, texts));
+}
+
+std::string AdviceSection(const Finding& finding) { return finding.id + "/" + finding.TextKey(); }
+
+std::string FindAdvice(const Finding& finding, std::string_view key, const Texts& texts) {
+  const std::string* text = texts.FindText(AdviceSection(finding), key);
+  return text != nullptr ? *text : texts.FormatUi("unknown_finding");
 }
 
 }  // namespace host

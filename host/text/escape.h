@@ -1,4 +1,4 @@
-// Text for a page.
+// Text of unknown origin, made safe to show on a terminal or a page.
 #pragma once
 
 #include <string>
@@ -6,8 +6,10 @@
 
 namespace host {
 
-// Shown as it is, in an element or in a quoted attribute, whatever it holds; what could turn
-// the direction of writing or control a terminal is U+FFFD, as on the terminal.
+// Control characters, and those that turn the direction of writing, become U+FFFD.
+std::string Sanitize(std::string_view text);
+
+// Sanitized, and shown by a browser as it is, in an element or in a quoted attribute.
 std::string EscapeHtml(std::string_view text);
 // <tag attributes>text</tag>, the text escaped.
 std::string MakeElement(std::string_view tag, std::string_view text,
