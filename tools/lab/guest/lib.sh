@@ -41,9 +41,9 @@ ask() {
   echo "--- says: $GOT ($GOT_FORMAT)"
 }
 
-# await FINDING FORMAT: asks until the appliance says so, PATIENCE seconds at most.
+# await FINDING FORMAT: asks until the appliance says so, AWAIT_SECONDS seconds at most.
 await() {
-  local wanted=${FINDINGS[$1]:?no finding is called $1} until=$((SECONDS + PATIENCE))
+  local wanted=${FINDINGS[$1]:?no finding is called $1} until=$((SECONDS + AWAIT_SECONDS))
   while :; do
     ask
     [ "$GOT" != "$wanted" ] || [[ -n $2 && $GOT_FORMAT != "$2" ]] || return 0
@@ -87,8 +87,8 @@ gone() {
   SEEN=()
 }
 
-# harmless NAME: a source may be gone (exit status 3), but that is no reason for alarm.
-harmless() { no_alarm "$1" '[03]'; }
+# no_finding NAME: a source may be gone (exit status 3), but that is no reason for alarm.
+no_finding() { no_alarm "$1" '[03]'; }
 
 # quiet NAME: a healthy machine: every source is read or not there, and not a word in the system log.
 quiet() { no_alarm "$1" 0 log; }
@@ -97,7 +97,7 @@ quiet() { no_alarm "$1" 0 log; }
 # for a daemon's bound: a source that was unread is asked for once more, an alarm is one at once.
 no_alarm() {
   local said='' try
-  echo "--- harmless: $1"
+  echo "--- no finding: $1"
   for try in 1 2 3; do
     [ -z "${3-}" ] || journal_lines >/dev/null
     ask

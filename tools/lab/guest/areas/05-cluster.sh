@@ -45,7 +45,7 @@ cat >/var/lib/pacemaker/cib/cib.xml <<CIB
 <constraints/></configuration><status/></cib>
 CIB
 chown hacluster:haclient /var/lib/pacemaker/cib/cib.xml && chmod 600 /var/lib/pacemaker/cib/cib.xml
-export PATIENCE=45
+export AWAIT_SECONDS=45
 shows() { crm_mon -1 | grep -E "$1"; }
 
 systemctl start corosync pacemaker
@@ -64,7 +64,7 @@ nsenter --mount --target "$(pgrep -P "$partner")" rm -f /run/Dummy-service.state
 state "cluster with a failed resource" cluster
 # Pacemaker lets only root and the members of its group ask; the service is neither.
 serve
-harmless "cluster with a failed resource, a service that may not ask about it, and no collector"
+no_finding "cluster with a failed resource, a service that may not ask about it, and no collector"
 collects cluster
 state "cluster with a failed resource, seen by the collector and said by the service" cluster
 crm_resource --cleanup --resource service

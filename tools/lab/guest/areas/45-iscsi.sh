@@ -95,14 +95,14 @@ gone
 umount /mnt/lun
 wipefs -aq "$disk"
 disconnect
-harmless "iSCSI disk without a use, disconnected"
+no_finding "iSCSI disk without a use, disconnected"
 connect
 modprobe raid1
 mdadm --create /dev/md1 --run --assume-clean --size=32768 --level=1 --raid-devices=2 --spare-devices=1 \
   "$(by LABSCSI0)" "$(by LABSCSI1)" "$disk"
 udevadm settle
 disconnect
-harmless "iSCSI disk as a hot spare, disconnected"
+no_finding "iSCSI disk as a hot spare, disconnected"
 connect
 mdadm --stop /dev/md1
 mdadm --zero-superblock "$(by LABSCSI0)" "$(by LABSCSI1)" "$disk"

@@ -36,6 +36,6 @@ kill "$(cat /run/nut/dummy-ups-ups.pid)"
 until_is 15 '' status
 gone
 kill "$(cat /run/nut/upsd.pid)"
-harmless "UPS server gone"
+no_finding "UPS server gone"
 echo MODE=none >$conf/nut.conf
 quiet "no UPS"

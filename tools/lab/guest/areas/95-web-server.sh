@@ -26,7 +26,7 @@ serve
 quiet "web server, asked about by the service"
 echo 'server { listen 80; nonsense on; }' >$bad
 systemctl reload nginx
-harmless "web server with a refused configuration that nobody has tested"
+no_finding "web server with a refused configuration that nobody has tested"
 collects web_server
 state "web server with a refused configuration, tested by the collector and said by the service" web_server
 rm $bad
@@ -40,7 +40,7 @@ serve_no_more
 systemctl restart nginx
 systemctl kill -s KILL nginx
 until_is 10 failed systemctl is-active nginx
-harmless "web server killed, configuration good"
+no_finding "web server killed, configuration good"
 systemctl reset-failed nginx
 systemctl stop nginx
 quiet "web server switched off"

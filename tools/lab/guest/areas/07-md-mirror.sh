@@ -1,0 +1,58 @@
+# shellcheck shell=bash disable=SC1091,SC2154
+# Mirrors and stripes of software RAID: degraded, rebuilding, failed; and what they do when well.
+. "$LAB/md.sh"
+
+make md1 1 "$D" "$E"
+quiet "md raid1, well"
+mdadm /dev/md1 --fail "$E"
+state "md raid1, degraded" storage_warning
+put_in md1 "$E"
+state "md raid1, rebuilding" storage_warning
+whole md1
+gone
+slow md1
+echo check >/sys/block/md1/md/sync_action
+quiet "md raid1, being checked"
+echo idle >/sys/block/md1/md/sync_action
+mdadm /dev/md1 --add "$F"
+quiet "md raid1, with a hot spare"
+mdadm /dev/md1 --remove "$F"
+mdadm /dev/md1 --fail "$E"
+mdadm /dev/md1 --fail "$D"
+state "md raid1, last member failed" storage_danger
+scrap md1 "$D" "$E" "$F"
+gone
+
+echo 500 >/proc/sys/dev/raid/speed_limit_max
+build_array md1 1 --raid-devices=2 "$D" "$E"
+until_is 5 resync of md1 sync_action
+quiet "md raid1, initialising"
+scrap md1 "$D" "$E"
+echo 200000 >/proc/sys/dev/raid/speed_limit_max
+
+make md2 1 "$D" "$E"
+mkswap /dev/md2
+swapon /dev/md2
+mdadm /dev/md2 --fail "$E"
+state "member of the swap array, failed" disk_crashed
+put_in md2 "$E"
+whole md2
+gone
+swapoff /dev/md2
+scrap md2 "$D" "$E"
+
+make md0 0 "$F" "$G"
+mkfs.ext4 -q /dev/md0
+mkdir -p /mnt/md0
+mount /dev/md0 /mnt/md0
+tear_out "$G"
+echo x >/mnt/md0/file
+sync
+state "md raid0, disk torn out" storage_danger
+umount /mnt/md0
+scrap md0 "$F"
+put_back
+# udev has made an array of the lone member.
+mdadm --stop --scan
+mdadm --zero-superblock "$(by LABSCSI3)"
+gone
