@@ -6,11 +6,10 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "host/http/allowed_hosts.h"
 #include "host/http/http_server.h"
 #include "host/http/listen_address.h"
+#include "host/http/request_check.h"
 #include "host/site/health_site.h"
-#include "host/site/resident.h"
 
 namespace host {
 namespace {
@@ -23,14 +22,14 @@ sigset_t StopSignals() {
   return signals;
 }
 
-ListenAddress AddressOf(const ServeOptions& options) {
+ListenAddress ParseAddress(const ServeOptions& options) {
   ListenAddress address = ParseListenAddress(options.listen);
   if (options.port >= 0) address.port = static_cast<std::uint16_t>(options.port);
   return address;
 }
 
 // A name to listen on is one to be asked under.
-HostNames NamesOf(const ServeOptions& options) {
+AllowedHosts ParseAllowedHosts(const ServeOptions& options) {
   std::vector<std::string> names = options.hostNames;
   names.push_back(ParseListenAddress(options.listen).host);
   return {options.allowRemote, names};
@@ -46,14 +45,14 @@ void HoldStopSignals() {
 
 ExitStatus RunServe(Session& session, const ServeOptions& options) {
   mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
-  const ListenSocket socket(AddressOf(options), options.allowRemote);
+  const ListenSocket socket(ParseAddress(options), options.allowRemote);
   const bool preview = options.demo && session.Options().scenario.empty();
   const SimulatedMachine machine = preview ? session.OpenScenario("healthy") : session.Machine();
   const Host& host = session.GetHost();
   FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
-  HttpServer server(socket, site, NamesOf(options));
-  GiveBackWhatStartingTook();
+  HttpServer server(socket, site, ParseAllowedHosts(options));
+  malloc_trim(0);  // what reading the texts and starting took
   std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
 
   const sigset_t signals = StopSignals();

@@ -1,6 +1,8 @@
-// A request and its answer, apart from any server.
+// A request, its answer and who answers, apart from any server library.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,18 +12,12 @@
 namespace host {
 
 struct HttpRequest {
-  std::string_view path;  // decoded, without the query
-  // Of the query; null when it is not there.
-  const char* (*argument)(const void* connection, const char* name) = nullptr;
-  const char* (*header)(const void* connection, const char* name) = nullptr;
-  const void* connection = nullptr;
+  // By name; null when the request has none.
+  using Lookup = std::function<const char*(const char* name)>;
 
-  const char* Argument(const char* name) const {
-    return argument == nullptr ? nullptr : argument(connection, name);
-  }
-  const char* Header(const char* name) const {
-    return header == nullptr ? nullptr : header(connection, name);
-  }
+  std::string_view path;  // decoded, without the query string
+  Lookup argument;        // of the query string
+  Lookup header;
 };
 
 struct HttpAnswer {
@@ -29,31 +25,32 @@ struct HttpAnswer {
   const char* contentType = "text/plain; charset=utf-8";
   std::string body;
   std::vector<std::pair<const char*, std::string>> headers = {};  // beside the usual ones
-  bool operator==(const HttpAnswer&) const = default;
 };
+
+// An error answer: application/problem+json (RFC 9457). `available` names what the caller could
+// ask for instead; left out when empty.
+HttpAnswer Problem(unsigned status, const char* title, const std::string& detail,
+                   const std::vector<std::string>& available = {});
 
 // What the machine is to be asked: all of a request that its answer depends on. Requests with
-// equal questions that wait together may get one answer.
-struct Question {
+// equal queries may share one answer.
+struct MachineQuery {
   std::string path;
   std::string scenario = {};  // of a demo; empty: none
-  bool operator==(const Question&) const = default;
+  bool operator==(const MachineQuery&) const = default;
 };
 
-// From memory: an answer made for this request, or one that is always the same and lives as long
-// as the site. Else the question that the answer takes.
-using Reaction = std::variant<HttpAnswer, const HttpAnswer*, Question>;
-
-// What a server serves. Both throw only std::bad_alloc and Failure; the server makes a problem
-// of either.
+// What a server serves. Both functions throw only std::bad_alloc and Failure; the server makes an
+// error answer of either.
 class Site {
  public:
   virtual ~Site() = default;
-  // Never waits. Called by one thread at a time.
-  virtual Reaction React(const HttpRequest& request) const = 0;
-  // May wait for hardware, and is called from several threads at once. So many requests,
-  // one or more, get the answer.
-  virtual HttpAnswer Ask(const Question& question, std::size_t requests) const = 0;
+  // The answer if it needs no machine, else what the machine is to be asked. The server's one
+  // thread calls it, so it never waits.
+  virtual std::variant<HttpAnswer, MachineQuery> Route(const HttpRequest& request) const = 0;
+  // May wait for hardware, and is called by several threads at once. `requests`, one or more,
+  // is how many get the answer.
+  virtual HttpAnswer AskMachine(const MachineQuery& query, std::size_t requests) const = 0;
 };
 
 }  // namespace host

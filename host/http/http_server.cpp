@@ -1,42 +1,30 @@
 #include "host/http/http_server.h"
 
 #include <microhttpd.h>
-#include <poll.h>
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <new>
 #include <system_error>
+#include <thread>
 #include <utility>
+#include <variant>
 
-#include "host/http/http_refusal.h"
-#include "host/http/problem.h"
 #include "host/text/failure.h"
 
 namespace host {
 namespace {
 
-constexpr unsigned kWorkers = 4;
-constexpr std::size_t kWaiting = 64;  // half a minute's work when each answer takes two seconds
+using std::chrono::seconds;
+
 constexpr unsigned kConnections = 512;
-constexpr unsigned kConnectionsOfOne = 256;  // of one address: no client takes all places
+constexpr unsigned kConnectionsOfOneAddress = 256;  // no client takes all places
 constexpr unsigned kIdleSeconds = 30;
-constexpr std::chrono::seconds kNextRequest(30);
-constexpr std::chrono::seconds kOneRequest(60);
+constexpr seconds kFirstHead(10), kNextHead(30), kOneRequest(60), kGracePeriod(10);
+// Not with epoll, with which version 0.9.75 stands still when exactly 128 events come at once: it
+// waits for more before it looks at them, as when 128 clients ask again together.
+constexpr unsigned kOneThread = MHD_USE_POLL_INTERNAL_THREAD;
 // Request line and headers of one connection, and the head of its answer.
 constexpr std::size_t kConnectionMemory = 8192;
-constexpr std::chrono::seconds kPatience(10);
-// The library takes about ten new connections a turn; a burst gets in before it is worked on.
-constexpr int kTurnsOfOneBurst = 8;
-
-constexpr unsigned long long kLongestPoll = 60000;
-
-template <MHD_ValueKind Kind>
-const char* ValueOf(const void* connection, const char* name) {
-  auto* mutableConnection = static_cast<MHD_Connection*>(const_cast<void*>(connection));
-  return MHD_lookup_connection_value(mutableConnection, Kind, name);
-}
 
 HttpAnswer TooBusy() {
   HttpAnswer answer =
@@ -45,54 +33,69 @@ HttpAnswer TooBusy() {
   return answer;
 }
 
+HttpAnswer NoAnswer(const Failure& failure) { return Problem(500, "No answer", failure.what()); }
+
 // Without NULs, at which a path would seem to end: such an escape stays as it is.
 std::size_t Unescape(void*, MHD_Connection*, char* text) {
   return std::strstr(text, "%00") == nullptr ? MHD_http_unescape(text) : std::strlen(text);
 }
 
-ConnectionWatch::Connection* WatchedOf(MHD_Connection* connection) {
-  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
-  return static_cast<ConnectionWatch::Connection*>(info->socket_context);
+int GetSocket(MHD_Connection* connection) {
+  return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+}
+
+HttpRequest::Lookup LookUpIn(MHD_Connection* connection, MHD_ValueKind kind) {
+  return [connection, kind](const char* name) {
+    return MHD_lookup_connection_value(connection, kind, name);
+  };
+}
+
+std::variant<HttpAnswer, MachineQuery> Route(const Site& site, MHD_Connection* connection,
+                                             const char* path) {
+  try {
+    return site.Route(
+        {path, LookUpIn(connection, MHD_GET_ARGUMENT_KIND), LookUpIn(connection, MHD_HEADER_KIND)});
+  } catch (const Failure& failure) {
+    return NoAnswer(failure);
+  }
 }
 
 }  // namespace
 
-struct HttpServer::Exchange {
-  std::shared_ptr<Waiter> waiter = nullptr;
-};
-
-// All within the leader's turn.
+// Their false or MHD_NO closes the connection.
 struct HttpServer::Callbacks {
-  static void OnConnection(void* self, MHD_Connection* connection, void** context,
+  static void OnConnection(void* self, MHD_Connection* connection, void**,
                            MHD_ConnectionNotificationCode code) {
     auto& server = *static_cast<HttpServer*>(self);
     if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
-      server.watch_.Closed(static_cast<ConnectionWatch::Connection*>(*context));
-      return;
+      server.deadlines_->Remove(GetSocket(connection));
+    } else {
+      SetDeadline(server, connection, kFirstHead);
     }
-    const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-    *context = server.watch_.Opened(info->connect_fd);
-    server.connected_ = true;
   }
 
-  // Called for the head of a request, again when the whole request is there, and for one that
-  // waits once more in each turn and when its answer is there. An answer to the head alone ends
-  // the connection.
+  static void SetDeadline(HttpServer& server, MHD_Connection* connection, seconds time) {
+    try {
+      server.deadlines_->Set(GetSocket(connection), time);
+    } catch (const std::bad_alloc&) {  // then only the library's own timeout holds
+    }
+  }
+
+  // Called for the head of a request, again when the whole request is there, and once more when
+  // the machine has answered it.
   static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path,
                               const char* method, const char*, const char*, std::size_t*,
                               void** state) {
     auto& server = *static_cast<HttpServer*>(self);
-    auto* exchange = static_cast<Exchange*>(*state);
+    auto* request = static_cast<RequestInFlight*>(*state);
     bool alive = true;
     try {
-      if (exchange == nullptr) {
-        alive = Start(server, connection, method, state);
-      } else if (exchange->waiter != nullptr) {
-        const auto answer =
-            server.room_.AnswerOf(*exchange->waiter, server.threads_.WorkFollowsTurn());
-        if (answer) alive = answer->SendTo(connection);
+      if (request == nullptr) {
+        alive = Begin(server, connection, method, state);
+      } else if (request->answer) {
+        alive = request->answer->SendTo(connection);
       } else {
-        alive = React(server, connection, path, *exchange);
+        alive = Answer(server, *request, path);
       }
     } catch (const std::bad_alloc&) {
       alive = server.outOfMemory_.SendTo(connection);
@@ -100,70 +103,56 @@ struct HttpServer::Callbacks {
     return alive ? MHD_YES : MHD_NO;
   }
 
-  static bool Start(HttpServer& server, MHD_Connection* connection, const char* method,
+  // An answer to the head alone ends the connection, so a body is never read.
+  static bool Begin(HttpServer& server, MHD_Connection* connection, const char* method,
                     void** state) {
-    *state = new Exchange();
-    ++server.running_;
-    WatchedOf(connection)->MustEndWithin(kOneRequest);
-    std::optional<HttpAnswer> refusal = Refusal(connection, method, server.names_);
+    *state = new RequestInFlight{connection};
+    ++server.running_;  // before the look at stopping_, so that Stop sees the one or we the other
+    if (server.stopping_) return false;
+    SetDeadline(server, connection, kOneRequest);
+    std::optional<HttpAnswer> refusal = RefuseRequest(connection, method, server.hosts_);
     return !refusal || PreparedAnswer(std::move(*refusal)).SendTo(connection);
   }
 
-  static bool React(HttpServer& server, MHD_Connection* connection, const char* path,
-                    Exchange& exchange) {
-    const HttpRequest request{path, &ValueOf<MHD_GET_ARGUMENT_KIND>, &ValueOf<MHD_HEADER_KIND>,
-                              connection};
-    Reaction reaction = ReactionOf(server.site_, request);
-    if (const auto* fixed = std::get_if<const HttpAnswer*>(&reaction)) {
-      return server.fixed_.Prepared(**fixed).SendTo(connection);
+  static bool Answer(HttpServer& server, RequestInFlight& request, const char* path) {
+    auto route = Route(server.site_, request.connection, path);
+    if (auto* query = std::get_if<MachineQuery>(&route)) {
+      return server.inFlight_->Add(std::move(*query), request) ||
+             server.tooBusy_.SendTo(request.connection);
     }
-    if (auto* answer = std::get_if<HttpAnswer>(&reaction)) {
-      return PreparedAnswer(std::move(*answer)).SendTo(connection);
-    }
-    if (server.IsFull()) return server.tooBusy_.SendTo(connection);
-    exchange.waiter = server.room_.Enter(connection, std::get<Question>(std::move(reaction)));
-    if (!server.threads_.WorkFollowsTurn()) server.room_.AnswerOf(*exchange.waiter, false);
-    return true;
-  }
-
-  static Reaction ReactionOf(const Site& site, const HttpRequest& request) {
-    try {
-      return site.React(request);
-    } catch (const Failure& failure) {
-      return Problem(500, "No answer", failure.what());
-    }
+    return PreparedAnswer(std::get<HttpAnswer>(std::move(route))).SendTo(request.connection);
   }
 
   static void OnCompleted(void* self, MHD_Connection* connection, void** state,
                           MHD_RequestTerminationCode) {
     if (*state == nullptr) return;
-    WatchedOf(connection)->MustEndWithin(kNextRequest);
-    delete static_cast<Exchange*>(*state);
-    *state = nullptr;
-    --static_cast<HttpServer*>(self)->running_;
+    auto& server = *static_cast<HttpServer*>(self);
+    delete static_cast<RequestInFlight*>(std::exchange(*state, nullptr));
+    SetDeadline(server, connection, kNextHead);
+    --server.running_;
   }
 };
 
-HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames names)
+HttpServer::HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts)
     : site_(site),
-      names_(std::move(names)),
+      hosts_(std::move(hosts)),
       outOfMemory_(HttpAnswer{503, "text/plain; charset=utf-8", "Out of memory\n"}),
-      tooBusy_(TooBusy()),
-      room_(bell_),
-      threads_(*this, kWorkers) {
-  daemon_ = MHD_start_daemon(
-      MHD_USE_EPOLL | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
-      &Callbacks::OnRequest, this, MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(),
-      MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
-      kConnectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds,
-      MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory, MHD_OPTION_NOTIFY_CONNECTION,
-      &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::OnCompleted, this,
-      MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr, MHD_OPTION_STRICT_FOR_CLIENT, 1,
-      MHD_OPTION_END);
+      tooBusy_(TooBusy()) {
   try {
-    if (daemon_ != nullptr) threads_.Start();
+    deadlines_.emplace();
+    inFlight_.emplace([this](const MachineQuery& query, std::size_t requests) {
+      return AskMachine(query, requests);
+    });
+    daemon_ = MHD_start_daemon(
+        kOneThread | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::OnRequest, this,
+        MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(), MHD_OPTION_CONNECTION_LIMIT, kConnections,
+        MHD_OPTION_PER_IP_CONNECTION_LIMIT, kConnectionsOfOneAddress, MHD_OPTION_CONNECTION_TIMEOUT,
+        kIdleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
+        MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
+        &Callbacks::OnCompleted, this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr,
+        MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END);
   } catch (const std::system_error&) {
-    MHD_stop_daemon(std::exchange(daemon_, nullptr));
+    daemon_ = nullptr;
   }
   if (daemon_ == nullptr) {
     throw Failure(kUnavailable,
@@ -172,55 +161,33 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site, HostNames n
   }
 }
 
-HttpServer::~HttpServer() { Stop(); }
-
-bool HttpServer::IsFull() const {
-  return room_.Waiting() >= kWaiting && !threads_.WorkFollowsTurn();
-}
-
-// The library by itself does not learn of connections that others resumed.
-void HttpServer::AwaitEvents() {
-  unsigned long long due = 0;  // milliseconds
-  const bool bounded = MHD_get_timeout(daemon_, &due) == MHD_YES;
-  if (bounded && due == 0) return;
-  const auto* info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
-  pollfd events[] = {{info->epoll_fd, POLLIN, 0}, {bell_.Descriptor(), POLLIN, 0}};
-  poll(events, std::size(events), bounded ? static_cast<int>(std::min(due, kLongestPoll)) : -1);
-  if (events[1].revents != 0) bell_.Hush();
-}
-
-bool HttpServer::Turn() {
-  AwaitEvents();
-  MHD_run(daemon_);
-  for (int more = 0; std::exchange(connected_, false) && more < kTurnsOfOneBurst; ++more) {
-    MHD_run(daemon_);
+HttpServer::~HttpServer() {
+  while (!Stop()) {
   }
-  if (!stopping_) return true;
-  if (!std::exchange(quiet_, true)) MHD_quiesce_daemon(daemon_);
-  return running_ > 0;
 }
 
-void HttpServer::Work() {
-  const std::optional<Query> query = room_.Begin();
-  if (!query) return;
+PreparedAnswer HttpServer::AskMachine(const MachineQuery& query, std::size_t requests) const {
   try {
-    HttpAnswer answer;
     try {
-      answer = site_.Ask(query->question, query->waiters.size());
+      return PreparedAnswer(site_.AskMachine(query, requests));
     } catch (const Failure& failure) {
-      answer = Problem(500, "No answer", failure.what());
+      return PreparedAnswer(NoAnswer(failure));
     }
-    room_.End(*query, repeated_.Prepared(std::move(answer)));
   } catch (const std::bad_alloc&) {
-    room_.End(*query, outOfMemory_);
+    return outOfMemory_;
   }
 }
 
+// The library must not be stopped while a connection is suspended.
 bool HttpServer::Stop() {
   if (daemon_ == nullptr) return true;
   stopping_ = true;
-  bell_.Ring();
-  if (!threads_.JoinWithin(kPatience)) return false;
+  MHD_quiesce_daemon(daemon_);
+  const auto deadline = std::chrono::steady_clock::now() + kGracePeriod;
+  while (running_ > 0) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   MHD_stop_daemon(std::exchange(daemon_, nullptr));
   return true;
 }

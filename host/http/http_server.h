@@ -1,62 +1,48 @@
-// A site on a socket, through libmicrohttpd: one thread leads its loop at a time, everything is
-// bounded.
+// A site on a socket, by libmicrohttpd: its one thread reads, routes and sends; what needs the
+// machine is done by RequestsInFlight's workers meanwhile. Everything is bounded.
 #pragma once
 
 #include <atomic>
-#include <memory>
+#include <optional>
 
-#include "host/http/allowed_hosts.h"
-#include "host/http/bell.h"
-#include "host/http/connection_watch.h"
+#include "host/http/connection_deadlines.h"
 #include "host/http/http.h"
 #include "host/http/http_response.h"
-#include "host/http/leader_followers.h"
 #include "host/http/listen_address.h"
-#include "host/http/waiting_room.h"
+#include "host/http/request_check.h"
+#include "host/http/requests_in_flight.h"
 
 struct MHD_Daemon;
 
 namespace host {
 
-class HttpServer : private Loop {
+class HttpServer {
  public:
-  // Serves until Stop. Throws Failure(kUnavailable) when no thread can be started.
-  HttpServer(const ListenSocket& socket, const Site& site, HostNames names);
-  ~HttpServer() override;
+  // Serves until Stop; socket and site live as long. Throws Failure(kUnavailable) when the
+  // system gives no more threads or open files.
+  HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts);
+  // Waits for the running requests, however long they take.
+  ~HttpServer();
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
 
-  // Takes no new connection and lets the running requests finish, for at most ten
-  // seconds. False when one is still running then: the process must end without us.
+  // Takes no new connection or request, and lets the running ones finish, within a grace period
+  // of ten seconds. False when one still runs then: the process must end without us.
   bool Stop();
 
  private:
-  struct Exchange;  // one request on its way; libmicrohttpd keeps the pointer for us
-  struct Callbacks;
+  struct Callbacks;  // what libmicrohttpd calls, in its thread
 
-  bool Turn() override;
-  void AwaitEvents();
-  bool HasWork() const override { return room_.Waiting() > 0; }
-  void Work() override;
-  bool IsFull() const;
+  PreparedAnswer AskMachine(const MachineQuery& query, std::size_t requests) const;
 
   const Site& site_;
-  const HostNames names_;
-  const PreparedAnswer outOfMemory_, tooBusy_;
-  ConnectionWatch watch_;
-  const Bell bell_;  // for the leader
-  WaitingRoom room_;
-  RepeatedAnswer repeated_;
+  const AllowedHosts hosts_;
+  const PreparedAnswer outOfMemory_, tooBusy_;  // made before they are needed
+  std::atomic<int> running_{0};                 // requests
   std::atomic<bool> stopping_{false};
+  std::optional<ConnectionDeadlines> deadlines_;
+  std::optional<RequestsInFlight> inFlight_;
   MHD_Daemon* daemon_ = nullptr;
-
-  // The leader's.
-  FixedAnswers fixed_;
-  int running_ = 0;  // requests
-  bool connected_ = false;
-  bool quiet_ = false;  // no longer listens
-
-  LeaderFollowers threads_;
 };
 
 }  // namespace host

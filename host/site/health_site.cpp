@@ -4,9 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "host/http/gzip.h"
-#include "host/http/problem.h"
-#include "host/site/page_answer.h"
+#include "common/json_writer.h"
+#include "host/answer/explanation.h"
+#include "host/answer/verdict.h"
 
 namespace host {
 namespace {
@@ -42,14 +42,7 @@ std::optional<MethodName> ParseMethod(std::string_view path) {
   return name;
 }
 
-const HttpAnswer* FileAnswer(const HttpRequest& request, const StaticFile& file) {
-  const StaticFile::Form& form =
-      AcceptsGzip(request.Header("Accept-Encoding")) ? file.gzip : file.plain;
-  const char* known = request.Header("If-None-Match");
-  return known != nullptr && known == form.tag ? &form.unchanged : &form.whole;
-}
-
-std::vector<std::string> Available(const Host& host) {
+std::vector<std::string> ListPaths(const Host& host) {
   std::vector<std::string> paths;
   for (const Module& module : host.Modules()) {
     for (const VELA::APIMethodRow& row : module) {
@@ -60,6 +53,35 @@ std::vector<std::string> Available(const Host& host) {
   return paths;
 }
 
+Json::Value ToJson(const std::vector<VELASourceReport>& reports) {
+  Json::Value sources(Json::arrayValue);
+  for (const VELASourceReport& report : reports) {
+    Json::Value source;
+    source["name"] = report.name;
+    source["state"] = NameSourceState(report);
+    if (report.reason[0] != '\0') source["reason"] = report.reason;
+    sources.append(std::move(source));
+  }
+  return sources;
+}
+
+Json::Value ListFurtherFindings(const std::vector<CheckerResult>& checkers) {
+  Json::Value findings(Json::arrayValue);
+  const auto results = MostUrgentFirst(checkers);
+  for (std::size_t i = 1; i < results.size(); ++i) findings.append(results[i].rule);
+  return findings;
+}
+
+// What the page asks for: {"answer": the document of "get" as it is, "findings": the rules after
+// the winner, most urgent first, "sources": [{"name", "state": "read", "failed" or "absent",
+// "reason" if there is one}]}.
+std::string AskForPage(const Host& host, const SimulatedMachine& machine) {
+  const Explanation explanation = AskExplanation(host, machine);
+  return "{\"answer\":" + explanation.reply.document +
+         ",\"findings\":" + common::WriteCompact(ListFurtherFindings(explanation.checkers)) +
+         ",\"sources\":" + common::WriteCompact(ToJson(explanation.reply.sources)) + "}";
+}
+
 }  // namespace
 
 HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
@@ -68,27 +90,27 @@ HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
   if (demo) demo_.emplace(host.GetPlatform(), data / "scenarios");
 }
 
-Reaction HealthSite::React(const HttpRequest& request) const {
+std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& request) const {
   if (request.path.starts_with(kApi)) {
-    if (MethodAt(request.path) != nullptr) return Question{std::string(request.path)};
+    if (FindMethod(request.path) != nullptr) return MachineQuery{std::string(request.path)};
     return Problem(404, "No such method",
                    "No loaded module has the API, version and method " +
                        std::string(request.path.substr(kApi.size())) + ".",
-                   Available(host_));
+                   ListPaths(host_));
   }
-  if (request.path == kPage || request.path == kAnswer) return ReactToPage(request);
-  if (const StaticFile* file = files_.Find(request.path)) return FileAnswer(request, *file);
-  if (request.path == kMetrics) return Question{std::string(kMetrics)};
-  if (request.path == kHealthz) return &alive_;
+  if (request.path == kPage || request.path == kAnswer) return RoutePage(request);
+  if (auto file = files_.Answer(request)) return *std::move(file);
+  if (request.path == kMetrics) return MachineQuery{std::string(kMetrics)};
+  if (request.path == kHealthz) return HttpAnswer{200, "text/plain; charset=utf-8", "ok\n"};
   if (demo_ && request.path == kGallery) {
     return HttpAnswer{200, "application/json", demo_->Gallery()};
   }
   return Problem(404, "Not found", "There is nothing at " + std::string(request.path) + ".",
-                 Available(host_));
+                 ListPaths(host_));
 }
 
-Reaction HealthSite::ReactToPage(const HttpRequest& request) const {
-  const char* argument = request.Argument("scenario");
+std::variant<HttpAnswer, MachineQuery> HealthSite::RoutePage(const HttpRequest& request) const {
+  const char* argument = request.argument("scenario");
   const std::string scenario = argument == nullptr ? "" : argument;
   if (argument != nullptr && !demo_) {
     return Problem(404, "No preview", "Scenarios are shown only by vela-health serve --demo.");
@@ -98,24 +120,23 @@ Reaction HealthSite::ReactToPage(const HttpRequest& request) const {
         404, "No such scenario",
         "No scenario has the name \"" + scenario + "\". The page /gallery lists all of them.");
   }
-  if (request.path == kPage) return FileAnswer(request, *files_.Find(kPage));
-  return Question{std::string(kAnswer), scenario};
+  if (request.path == kPage) return *files_.Answer(request);
+  return MachineQuery{std::string(kAnswer), scenario};
 }
 
-HttpAnswer HealthSite::Ask(const Question& question, std::size_t requests) const {
-  if (question.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
-  if (question.path != kAnswer) return AskMethod(*MethodAt(question.path), requests);
-  const SimulatedMachine machine =
-      question.scenario.empty() ? machine_ : demo_->Open(question.scenario);
-  return NotStored(PageAnswer(host_, machine));
+HttpAnswer HealthSite::AskMachine(const MachineQuery& query, std::size_t requests) const {
+  if (query.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
+  if (query.path != kAnswer) return AskMethod(*FindMethod(query.path), requests);
+  return NotStored(
+      AskForPage(host_, query.scenario.empty() ? machine_ : demo_->Open(query.scenario)));
 }
 
-const VELA::APIMethodRow* HealthSite::MethodAt(std::string_view path) const {
+const VELA::APIMethodRow* HealthSite::FindMethod(std::string_view path) const {
   const auto name = ParseMethod(path.substr(kApi.size()));
   return name ? host_.FindMethod(name->api, name->version, name->method) : nullptr;
 }
 
-HttpAnswer HealthSite::AskMethod(const VELA::APIMethodRow& method, std::size_t requests) const {
+HttpAnswer HealthSite::AskMethod(const MethodRow& method, std::size_t requests) const {
   const auto start = std::chrono::steady_clock::now();
   std::string document = host_.CallForDocument(method, machine_);
   metrics_.Answered(std::chrono::steady_clock::now() - start, requests);

@@ -3,7 +3,8 @@
 
 #include <filesystem>
 #include <optional>
-#include <string>
+#include <string_view>
+#include <variant>
 
 #include "host/http/http.h"
 #include "host/loader/host.h"
@@ -20,20 +21,21 @@ class HealthSite : public Site {
   HealthSite(const Host& host, SimulatedMachine machine, const std::filesystem::path& data,
              bool demo);
 
-  Reaction React(const HttpRequest& request) const override;
-  HttpAnswer Ask(const Question& question, std::size_t requests) const override;
+  std::variant<HttpAnswer, MachineQuery> Route(const HttpRequest& request) const override;
+  HttpAnswer AskMachine(const MachineQuery& query, std::size_t requests) const override;
 
  private:
-  const VELA::APIMethodRow* MethodAt(std::string_view path) const;
-  Reaction ReactToPage(const HttpRequest& request) const;
-  HttpAnswer AskMethod(const VELA::APIMethodRow& method, std::size_t requests) const;
+  using MethodRow = VELA::APIMethodRow;
+
+  const MethodRow* FindMethod(std::string_view path) const;
+  std::variant<HttpAnswer, MachineQuery> RoutePage(const HttpRequest& request) const;
+  HttpAnswer AskMethod(const MethodRow& method, std::size_t requests) const;
 
   const Host& host_;
   const SimulatedMachine machine_;
   const StaticFiles files_;
   std::optional<Demo> demo_;
   const Metrics metrics_;
-  const HttpAnswer alive_{200, "text/plain; charset=utf-8", "ok\n"};
 };
 
 }  // namespace host

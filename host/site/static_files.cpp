@@ -2,15 +2,16 @@
 
 #include <json/reader.h>
 #include <json/writer.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <new>
 #include <sstream>
 #include <utility>
 
-#include "host/http/gzip.h"
 #include "host/text/failure.h"
 #include "host/text/language.h"
 
@@ -34,7 +35,7 @@ constexpr PageFile kDemo[] = {
     {"/gallery.js", "gallery.js", "text/javascript; charset=utf-8"},
 };
 
-std::string Read(const std::filesystem::path& path) {
+std::string ReadFile(const std::filesystem::path& path) {
   const std::ifstream in(path, std::ios::binary);
   std::ostringstream bytes;
   if (in) bytes << in.rdbuf();
@@ -45,20 +46,20 @@ std::string Read(const std::filesystem::path& path) {
   return std::move(bytes).str();
 }
 
-// Without what only a reader of the source needs: indentation and lines that are a comment.
-std::string Lean(const std::string& source) {
+// Leaves out what only a reader of the source needs: indentation and lines that are a comment.
+std::string Minify(const std::string& source) {
   std::istringstream lines(source);
-  std::string lean;
+  std::string minified;
   for (std::string line; std::getline(lines, line);) {
     line.erase(0, line.find_first_not_of(' '));
-    if (!line.empty() && !line.starts_with("//")) lean += line + '\n';
+    if (!line.empty() && !line.starts_with("//")) minified += line + '\n';
   }
-  return lean;
+  return minified;
 }
 
-// What the page shows: without the catalogue's titles, advice on what needs none, words that
-// `page` never names, the blanks that make the source readable, and escapes.
-std::string TextsOfPage(const std::string& json, const std::string& page) {
+// Leaves out what the page never shows: the catalogue's titles, advice on what needs none, words
+// that `page` never names, the blanks that make the source readable, and escapes.
+std::string MinifyTexts(const std::string& json, const std::string& page) {
   std::istringstream in(json);
   Json::Value value;
   in >> value;
@@ -75,51 +76,79 @@ std::string TextsOfPage(const std::string& json, const std::string& page) {
   return Json::writeString(builder, value);
 }
 
-StaticFile::Form FormOf(const char* contentType, const std::string& name, std::string bytes) {
-  const std::string tag = '"' + name + '"';
-  const HttpAnswer unchanged = {
-      304,
-      contentType,
-      {},
-      {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}, {"ETag", tag}}};
-  StaticFile::Form form = {tag, unchanged, unchanged};
-  form.whole.status = 200;
-  form.whole.body = std::move(bytes);
-  return form;
+// As small as it gets.
+std::string Gzip(const std::string& bytes) {
+  constexpr int kGzip = 15 + 16;  // the largest window, with gzip's head and sum
+  constexpr int kMemory = 9;
+  z_stream stream = {};
+  if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, kGzip, kMemory, Z_DEFAULT_STRATEGY) !=
+      Z_OK) {
+    throw std::bad_alloc();  // nothing else can go wrong with these settings
+  }
+  std::string packed(deflateBound(&stream, bytes.size()), '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+  stream.avail_in = static_cast<uInt>(bytes.size());
+  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+  stream.avail_out = static_cast<uInt>(packed.size());
+  deflate(&stream, Z_FINISH);
+  packed.resize(stream.total_out);
+  deflateEnd(&stream);
+  return packed;
+}
+
+// Whether an Accept-Encoding names gzip and does not refuse it with "q=0"; null: none was sent.
+bool AcceptsGzip(const char* acceptEncoding) {
+  if (acceptEncoding == nullptr) return false;
+  const std::string_view accepted = acceptEncoding;
+  const std::size_t gzip = accepted.find("gzip");
+  if (gzip == std::string_view::npos) return false;
+  std::string weight(accepted.substr(gzip, accepted.find(',', gzip) - gzip));
+  std::erase(weight, ' ');
+  return !weight.starts_with("gzip;q=0") || weight.find_first_of("123456789") != weight.npos;
 }
 
 }  // namespace
 
 StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   const auto add = [&](const PageFile& page) {
-    Add(page.path, page.contentType, Lean(Read(data / "www" / page.file)));
+    Add(page.path, page.contentType, Minify(ReadFile(data / "www" / page.file)));
   };
   std::string sources;
   for (const PageFile& page : kPage) {
     add(page);
-    sources += files_[page.path].plain.whole.body;
+    sources += files_[page.path].plain.bytes;
   }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
   for (const Language& language : ListLanguages()) {
     const std::string name = std::string("texts/") + language.code + ".json";
-    Add("/" + name, "application/json", TextsOfPage(Read(data / name), sources));
+    Add("/" + name, "application/json", MinifyTexts(ReadFile(data / name), sources));
   }
 }
 
 void StaticFiles::Add(const std::string& path, const char* contentType, std::string bytes) {
+  const std::string tag = std::to_string(std::hash<std::string>()(bytes));
   std::string gzipped = Gzip(bytes);
-  // Its last bytes are a sum over `bytes` and their number.
-  const std::size_t sum =
-      std::hash<std::string_view>()(std::string_view(gzipped).substr(gzipped.size() - 8));
-  StaticFile& file = files_[path];
-  file.plain = FormOf(contentType, std::to_string(sum), std::move(bytes));
-  file.gzip = FormOf(contentType, std::to_string(sum) + "-gzip", std::move(gzipped));
-  file.gzip.whole.headers.emplace_back("Content-Encoding", "gzip");
+  files_[path] = {contentType,
+                  {'"' + tag + '"', std::move(bytes)},
+                  {'"' + tag + "-gzip\"", std::move(gzipped)}};
 }
 
-const StaticFile* StaticFiles::Find(std::string_view path) const {
-  const auto found = files_.find(path);
-  return found == files_.end() ? nullptr : &found->second;
+std::optional<HttpAnswer> StaticFiles::Answer(const HttpRequest& request) const {
+  const auto found = files_.find(request.path);
+  if (found == files_.end()) return std::nullopt;
+  const bool packed = AcceptsGzip(request.header("Accept-Encoding"));
+  const File::Form& form = packed ? found->second.gzip : found->second.plain;
+  HttpAnswer answer{
+      304,
+      found->second.contentType,
+      {},
+      {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}, {"ETag", form.tag}}};
+  const char* known = request.header("If-None-Match");
+  if (known != nullptr && known == form.tag) return answer;
+  answer.status = 200;
+  answer.body = form.bytes;
+  if (packed) answer.headers.emplace_back("Content-Encoding", "gzip");
+  return answer;
 }
 
 }  // namespace host

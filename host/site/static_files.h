@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,28 +11,29 @@
 
 namespace host {
 
-struct StaticFile {
-  // As it is, or packed.
-  struct Form {
-    std::string tag;  // changes with the bytes
-    HttpAnswer whole, unchanged;
-  };
-  Form plain, gzip;
-};
-
 class StaticFiles {
  public:
   // The page in `data`/www and the texts in `data`/texts. Throws Failure when one is missing.
   // With `demo` the gallery, too.
   StaticFiles(const std::filesystem::path& data, bool demo);
 
-  // By path: "/", "/widget.js", "/texts/de.json"; null when there is none.
-  const StaticFile* Find(std::string_view path) const;
+  // The file at the request's path ("/", "/widget.js", "/texts/de.json"), packed for who can
+  // unpack it, or that it is what the client already has; none when there is no such file.
+  std::optional<HttpAnswer> Answer(const HttpRequest& request) const;
 
  private:
+  struct File {
+    struct Form {
+      std::string tag;  // changes with the bytes
+      std::string bytes;
+    };
+    const char* contentType;
+    Form plain, gzip;
+  };
+
   void Add(const std::string& path, const char* contentType, std::string bytes);
 
-  std::map<std::string, StaticFile, std::less<>> files_;
+  std::map<std::string, File, std::less<>> files_;
 };
 
 }  // namespace host

@@ -1,4 +1,4 @@
-#include "host/http/problem.h"
+#include "host/http/http.h"
 
 #include "common/json_writer.h"
 

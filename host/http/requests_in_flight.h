@@ -1,0 +1,63 @@
+// The requests that wait for the machine, and the few threads that ask it. Requests that wait
+// together with equal queries share one answer. All of them arrived before the machine was asked,
+// so nobody gets an answer that is older than the request.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "host/http/http.h"
+#include "host/http/http_response.h"
+
+namespace host {
+
+// From the request's head until it was answered or its connection closed.
+struct RequestInFlight {
+  MHD_Connection* connection;
+  std::optional<PreparedAnswer> answer = {};  // the machine's, once it is there
+};
+
+class RequestsInFlight {
+ public:
+  // Asks the machine for so many requests. Throws nothing.
+  using Ask = std::function<PreparedAnswer(const MachineQuery& query, std::size_t requests)>;
+
+  // Throws std::system_error when the system gives no more threads.
+  explicit RequestsInFlight(Ask ask);
+  // No request may be in flight any more.
+  ~RequestsInFlight();
+  RequestsInFlight(const RequestsInFlight&) = delete;
+  RequestsInFlight& operator=(const RequestsInFlight&) = delete;
+
+  // Within the connection's handler, which is called again when the answer is there. Until then
+  // the connection is suspended, so the request cannot end. False when too many wait already.
+  bool Add(MachineQuery query, RequestInFlight& request);
+
+ private:
+  struct Query {
+    const MachineQuery query;
+    std::vector<RequestInFlight*> waiting;  // for the machine to be asked (once more)
+    bool running;                           // asked just now, by one worker, for earlier requests
+  };
+
+  void Work();
+  std::list<Query>::iterator FindDueQuery();
+  void AskMachine(std::list<Query>::iterator due, std::unique_lock<std::mutex>& lock);
+  void EndWorkers();
+
+  const Ask ask_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::list<Query> queries_;  // one each; who waits longest comes first
+  std::size_t waiting_ = 0;   // requests, over all queries
+  bool ending_ = false;
+  std::vector<std::thread> workers_;
+};
+
+}  // namespace host
