@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/linux/base/settings.h"
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/md.h"
 #include "platform/linux/storage/mounts.h"
 #include "platform/linux/storage/volume_choice.h"
@@ -26,10 +26,10 @@ void Tables(const std::string& text) {
   for (const Mount* mount :
        ChooseVolumes(mounts, false, [](const Mount&) { return true; }).reachable) {
     Require(mount->target.size() < sizeof VELA::ZRT::STORAGE_MANAGER::SpaceRecord::path);
-    Require(HangingAbove(mounts, *mount) == nullptr);
-    const float level = WarningLevel(settings, mount->target);
+    Require(FindHangingParent(mounts, *mount) == nullptr);
+    const float level = GetWarningLevel(settings, mount->target);
     Require(level >= 0 && level <= 1);
-    SignsInMount(*mount);
+    FindCrashSigns(*mount);
     paths.push_back(mount->target);
   }
   std::vector<int> numbers = NumberVolumes(paths, fstab, settings);

@@ -109,7 +109,7 @@ Known FindOut() {
     known.attributes.push_back(Sys("/block/" + volume.disks.front() + "/size"));
     known.attributes.push_back(Sys("/fs/ext4/" + volume.disks.front() + "/errors_count"));
   }
-  for (const std::string& name : BlockNames())
+  for (const std::string& name : ListBlockDevices())
     if (name.starts_with("md")) AddArray(name, known);
   for (const auto& disk : view.disks) {
     known.links.push_back(Sys("/class/block/" + disk.device));

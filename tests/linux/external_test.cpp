@@ -36,9 +36,9 @@ TEST(DiskClass, TheBusAndTheMarksDecideNotRemovability) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
-    EXPECT_EQ(ClassOf(c.facts), c.kind);
+    EXPECT_EQ(ClassifyDisk(c.facts), c.kind);
   }
-  EXPECT_LT(NumbersIn("/usb2/2-9/"), NumbersIn("/usb2/2-10/"));
+  EXPECT_LT(ToSortKey("/usb2/2-9/"), ToSortKey("/usb2/2-10/"));
 }
 
 TEST(External, AShareNameHasANumberAndPerhapsAPartition) {
@@ -167,20 +167,20 @@ TEST_F(ExternalMachine, AProgramsFileSystemHasTheSizesThatTheCollectorSaw) {
 // Run under umockdev-run, which shows libudev a machine of its own.
 TEST(Udev, PropertiesMarkCardReadersAndExternalPorts) {
   if (getenv("UMOCKDEV_DIR") == nullptr) GTEST_SKIP() << "needs umockdev-run";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::Usb);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdc", {})), DiskClass::SdCard);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdd", {})), DiskClass::Esata);
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sde", {})), DiskClass::Internal) << "removable, but in a bay";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdf", {})), DiskClass::SdCard);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdb", {})), DiskClass::Usb);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdc", {})), DiskClass::SdCard);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdd", {})), DiskClass::Esata);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sde", {})), DiskClass::Internal) << "removable, but in a bay";
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdf", {})), DiskClass::SdCard);
 
   // What it said is kept until udev writes its record of the disk anew.
   const TemporaryRoot root;
   std::string number;
   std::ifstream("/sys/class/block/sdb/dev") >> number;
   std::ofstream("/sys/class/block/sdb/uevent", std::ios::app) << "VELA_SDCARD=1\n";
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::Usb);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdb", {})), DiskClass::Usb);
   root.Write("/run/udev/data/b" + number, "");
-  EXPECT_EQ(ClassOf(ReadDiskFacts("sdb", {})), DiskClass::SdCard);
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdb", {})), DiskClass::SdCard);
 }
 
 }  // namespace

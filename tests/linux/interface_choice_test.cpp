@@ -42,7 +42,7 @@ TEST(InterfaceChoice, KindAndAddressDecideWhatIsShownAndHowItIsCalled) {
     link.hardware = c.hardware;
     EXPECT_EQ(IsShown(link, false), c.shown);
     EXPECT_EQ(IsShown(link, true), c.shownWithAddress);
-    EXPECT_STREQ(TypeText(TypeOf(link, false)), c.type);
+    EXPECT_STREQ(GetTypeName(GetTypeNumber(link, false)), c.type);
     link.master = 7;
     EXPECT_FALSE(IsShown(link, true)) << "a member of a bond or bridge";
     link.master = 0;
@@ -54,11 +54,11 @@ TEST(InterfaceChoice, KindAndAddressDecideWhatIsShownAndHowItIsCalled) {
 TEST(InterfaceChoice, OnlyADeviceIsWireless) {
   Link link;
   link.hardware = ARPHRD_ETHER;
-  EXPECT_STREQ(TypeText(TypeOf(link, true)), "wifi");
+  EXPECT_STREQ(GetTypeName(GetTypeNumber(link, true)), "wifi");
   link.kind = "vlan";
-  EXPECT_STREQ(TypeText(TypeOf(link, true)), "vlan");
-  EXPECT_STREQ(TypeText(-1), "other");
-  EXPECT_STREQ(TypeText(1000), "other");
+  EXPECT_STREQ(GetTypeName(GetTypeNumber(link, true)), "vlan");
+  EXPECT_STREQ(GetTypeName(-1), "other");
+  EXPECT_STREQ(GetTypeName(1000), "other");
 }
 
 TEST(InterfaceChoice, TheAddressIsGlobalV4ThenGlobalV6ThenLinkLocal) {
@@ -86,12 +86,12 @@ TEST(InterfaceChoice, TheAddressIsGlobalV4ThenGlobalV6ThenLinkLocal) {
     address.scope = c.scope;
     address.flags = c.flags;
     ASSERT_EQ(inet_pton(c.family, c.text, address.bytes), 1);
-    EXPECT_EQ(AddressRank(address), c.rank);
-    EXPECT_EQ(AddressText(address), c.text);
+    EXPECT_EQ(RankAddress(address), c.rank);
+    EXPECT_EQ(FormatAddress(address), c.text);
   }
   Address other;
   other.family = AF_MPLS;
-  EXPECT_EQ(AddressRank(other), -1);
+  EXPECT_EQ(RankAddress(other), -1);
 }
 
 }  // namespace

@@ -35,12 +35,12 @@ TEST(LunStatus, TheFirstEvidenceThatHoldsDecides) {
 
 TEST(Target, TheBackingFileIsFoundInTheObjectsOwnWords) {
   EXPECT_EQ(
-      BackingInInfo("Status: ACTIVATED  Max Queue Depth: 0  SectorSize: 512\n        TCM FILEIO "
+      ParseBackingPath("Status: ACTIVATED  Max Queue Depth: 0  SectorSize: 512\n        TCM FILEIO "
                     "ID: 0        File: /volume1/a  b.img  Size: 67108864  Mode: Buffered\n"),
       "/volume1/a  b.img");
-  EXPECT_EQ(BackingInInfo("Status: ACTIVATED\n        iBlock device: sdb  UDEV PATH: /dev/sdb\n"),
+  EXPECT_EQ(ParseBackingPath("Status: ACTIVATED\n        iBlock device: sdb  UDEV PATH: /dev/sdb\n"),
             "");
-  EXPECT_EQ(BackingInInfo(" Size: 1 File: "), "");
+  EXPECT_EQ(ParseBackingPath(" Size: 1 File: "), "");
 }
 
 TEST(Target, ASavedConfigurationOfAnyShapeIsReadOrRefused) {

@@ -2,7 +2,7 @@
 
 #include "platform/linux/base/settings.h"
 #include "platform/linux/storage/disk_class.h"
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/volume_choice.h"
 #include "tests/linux/machine_tree.h"
 #include "vela_conf.h"
@@ -104,12 +104,12 @@ TEST(VolumeChoice, NumbersStayWithTheirVolumes) {
 
 TEST(VolumeChoice, TheWarningLevelIsAFractionHoweverItIsWritten) {
   const Settings settings("volume.warn./a=0.2\nvolume.warn./b=7\nvolume_warning_percent=\"0.1\"\n");
-  EXPECT_FLOAT_EQ(WarningLevel(settings, "/a"), 0.2F);
-  EXPECT_FLOAT_EQ(WarningLevel(settings, "/b"), 0.07F);
-  EXPECT_FLOAT_EQ(WarningLevel(settings, "/c"), 0.1F);
+  EXPECT_FLOAT_EQ(GetWarningLevel(settings, "/a"), 0.2F);
+  EXPECT_FLOAT_EQ(GetWarningLevel(settings, "/b"), 0.07F);
+  EXPECT_FLOAT_EQ(GetWarningLevel(settings, "/c"), 0.1F);
   for (const char* odd : {"", "x", "-1", "101", "nan"}) {
     SCOPED_TRACE(odd);
-    EXPECT_FLOAT_EQ(WarningLevel(Settings("volume_warning_percent=" + std::string(odd)), "/"),
+    EXPECT_FLOAT_EQ(GetWarningLevel(Settings("volume_warning_percent=" + std::string(odd)), "/"),
                     0.05F);
   }
 }
@@ -130,7 +130,7 @@ TEST(CrashSigns, AForcedReadOnlyStateIsACrashAndAChosenOneIsNot) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.why);
-    EXPECT_EQ(SignsInMount(ParseMountInfo(c.line).at(0)).Any(), c.crashed);
+    EXPECT_EQ(FindCrashSigns(ParseMountInfo(c.line).at(0)).Any(), c.crashed);
   }
   const Mount stops = ParseMountInfo("1 0 8:1 / / rw - ext4 /dev/a rw,errors=remount-ro").at(0);
   const Mount goesOn = ParseMountInfo("1 0 8:1 / / rw - ext4 /dev/a rw").at(0);
@@ -161,7 +161,10 @@ TEST(FileSystems, BtrfsAndZfsTellOfTheirMembers) {
       {"ONLINE", Health::Normal},   {"DEGRADED", Health::Abnormal}, {"OFFLINE", Health::Abnormal},
       {"FAULTED", Health::Danger},  {"UNAVAIL", Health::Danger},    {"REMOVED", Health::Danger},
       {"SUSPENDED", Health::Danger}};
-  for (const auto& [state, health] : states) EXPECT_EQ(JudgeZpoolState(state), health) << state;
+  for (const auto& [state, health] : states) {
+    machine.Write("/proc/spl/kstat/zfs/tank/state", std::string(state) + "\n");
+    EXPECT_EQ(ReadZpool("tank"), health) << state;
+  }
 }
 
 // Two disks in a mirror that holds the data, a third for the system.

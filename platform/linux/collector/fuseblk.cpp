@@ -13,7 +13,7 @@
 #include "platform/linux/collector/children.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/mounts.h"
 
 namespace linux_platform {
@@ -31,7 +31,7 @@ std::string DeviceOf(const Mount& mount) {
 std::vector<Mount> ProgramMounts(const std::vector<Mount>& all) {
   std::vector<Mount> mounts;
   for (const Mount& mount : all)
-    if (mount.type == "fuseblk" && MountAt(all, mount.target) == &mount &&
+    if (mount.type == "fuseblk" && FindMount(all, mount.target) == &mount &&
         mounts.size() < kMostMounts)
       mounts.push_back(mount);
   return mounts;

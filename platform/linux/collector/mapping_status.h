@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/storage/health.h"
+#include "platform/linux/storage/block.h"
 
 namespace linux_platform {
 

@@ -17,7 +17,7 @@
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
 #include "platform/linux/storage/block.h"
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/md.h"
 
 namespace linux_platform {
@@ -44,9 +44,9 @@ bool WasMadeInThisBoot(const std::string& array) {
 Json::Value CollectMd() {
   const Json::Value before = LastSnapshot("md");
   Json::Value arrays(Json::objectValue);
-  for (const std::string& name : BlockNames()) {
+  for (const std::string& name : ListBlockDevices()) {
     if (!name.starts_with("md") || !PathExists(Sys("/block/") + name + "/md")) continue;
-    const bool first = BuildOf(before, name) != Build::Done &&
+    const bool first = GetBuildState(before, name) != Build::Done &&
                        LooksLikeFirstBuild(ReadMdArray(name)) && WasMadeInThisBoot(name);
     arrays[name] = first ? "first build" : "built";
   }

@@ -89,7 +89,7 @@ int VELANetIFGetInfoEx(const char* name, int, VELA_NETIF_INFO* record) {
   if (interface == nullptr) return -1;
   std::memset(record->address, 0, sizeof record->address);
   if (interface->addressRank >= 0)
-    AddressText(interface->address).copy(record->address, sizeof record->address - 1);
+    FormatAddress(interface->address).copy(record->address, sizeof record->address - 1);
   return 0;
 }
 
@@ -101,9 +101,9 @@ int GetIfType(const char* name, void*) {
   const Interface* interface = FindInterface(name, *request, scope);
   if (interface == nullptr) return -1;
   const Link& link = interface->link;
-  return TypeOf(link, link.kind.empty() && IsWireless(link));
+  return GetTypeNumber(link, link.kind.empty() && IsWireless(link));
 }
 
-const char* GetTypeString(int type) { return TypeText(type); }
+const char* GetTypeString(int type) { return GetTypeName(type); }
 
 }  // namespace vela::network

@@ -50,7 +50,7 @@ bool IsContainersOwn(const Link& link, bool hasAddress) {
   return link.kind == "veth" && link.master == 0 && hasAddress;
 }
 
-int AddressRank(const Address& address) {
+int RankAddress(const Address& address) {
   constexpr unsigned kUnfit = IFA_F_DEPRECATED | IFA_F_TENTATIVE | IFA_F_DADFAILED;
   if ((address.flags & kUnfit) != 0) return -1;
   const bool v4 = address.family == AF_INET;
@@ -63,13 +63,13 @@ int AddressRank(const Address& address) {
   return -1;
 }
 
-std::string AddressText(const Address& address) {
+std::string FormatAddress(const Address& address) {
   char text[INET6_ADDRSTRLEN] = {};
   inet_ntop(address.family, address.bytes, text, sizeof text);
   return text;
 }
 
-int TypeOf(const Link& link, bool wireless) {
+int GetTypeNumber(const Link& link, bool wireless) {
   if (link.hardware == ARPHRD_PPP) return static_cast<int>(kPpp - kKinds.begin());
   if (!link.kind.empty()) {
     const auto kind = KindOf(link);
@@ -79,7 +79,7 @@ int TypeOf(const Link& link, bool wireless) {
   return link.hardware == ARPHRD_ETHER ? kLan : kOther;
 }
 
-const char* TypeText(int type) {
+const char* GetTypeName(int type) {
   if (type == kLan) return "lan";
   if (type == kWifi) return "wifi";
   const bool isKind = type >= 0 && type < static_cast<int>(kKinds.size());

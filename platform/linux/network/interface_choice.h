@@ -37,13 +37,13 @@ bool IsContainersOwn(const Link& link, bool hasAddress);
 // Lower is preferred; negative: not fit to be shown. Global IPv4 (no secondary one),
 // global IPv6 (no temporary one), link-local IPv4, link-local IPv6. Addresses that are
 // deprecated, or not confirmed to be this machine's own, are never shown.
-int AddressRank(const Address& address);
+int RankAddress(const Address& address);
 
 // Dotted or colon text without a zone.
-std::string AddressText(const Address& address);
+std::string FormatAddress(const Address& address);
 
 // An index into a fixed table of type names. `wireless` counts for devices only.
-int TypeOf(const Link& link, bool wireless);
-const char* TypeText(int type);  // "other" for what is not an index
+int GetTypeNumber(const Link& link, bool wireless);
+const char* GetTypeName(int type);  // "other" for what is not an index
 
 }  // namespace linux_platform

@@ -80,7 +80,7 @@ void TakeAddress(Interfaces& interfaces, nlmsghdr* header) {
   const auto index = [](const Interface& each) { return each.link.index; };
   const auto owner = std::ranges::lower_bound(interfaces, address.index, {}, index);
   if (owner == interfaces.end() || owner->link.index != address.index) return;
-  const int rank = AddressRank(address);
+  const int rank = RankAddress(address);
   owner->hasAddress = true;
   if (rank < 0 || (owner->addressRank >= 0 && rank >= owner->addressRank)) return;
   owner->address = address;

@@ -11,7 +11,7 @@ namespace linux_platform {
 struct Interface {
   Link link;
   Address address;       // the preferred one
-  int addressRank = -1;  // its AddressRank; negative: none fit to be shown
+  int addressRank = -1;  // its RankAddress; negative: none fit to be shown
   bool hasAddress = false;
 };
 

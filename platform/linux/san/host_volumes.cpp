@@ -8,7 +8,7 @@
 #include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/storage/block.h"
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/md.h"
 
 namespace linux_platform {
@@ -22,8 +22,8 @@ bool IsUnreadable(const std::string& target) {
 }
 
 bool HasCrashed(const Mount& mount) {
-  CrashSigns signs = SignsInMount(mount);
-  const Stack stack = StackOf(mount.device);
+  CrashSigns signs = FindCrashSigns(mount);
+  const Stack stack = ReadStack(mount.device);
   signs.unreadable = IsUnreadable(BelowRoot(mount.target));
   signs.deviceGone = stack.gone;
   for (const std::string& layer : stack.layers)
@@ -62,7 +62,7 @@ const HostVolume* HostVolumes::Of(std::string_view path) {
 HostVolume HostVolumes::Ask(const Mount& mount) const {
   HostVolume volume;
   volume.path = mount.target;
-  volume.mayHang = MayHang(mount.type) || HangingAbove(mounts_, mount) != nullptr;
+  volume.mayHang = MayHang(mount.type) || FindHangingParent(mounts_, mount) != nullptr;
   if (volume.mayHang) return volume;
   volume.isCrashed = HasCrashed(mount);
   ReadCapacity(BelowRoot(mount.target), mount.device, volume.capacity);

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/linux/storage/capacity.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/mounts.h"
 
 namespace linux_platform {

@@ -41,7 +41,7 @@ void LookAtBacking(const Lun& lun, LunEvidence& evidence) {
   if (stat(BelowRoot(lun.backing).c_str(), &status) != 0) {
     evidence.hasStorage = errno != ENOENT && errno != ENOTDIR && errno != ENXIO && errno != EIO;
   } else if (S_ISBLK(status.st_mode)) {
-    evidence.hasStorage = !StackOf(status.st_rdev).gone;
+    evidence.hasStorage = !ReadStack(status.st_rdev).gone;
   } else {
     evidence.hasStorage = status.st_size > 0;
     evidence.isThin = std::int64_t{status.st_blocks} * 512 < status.st_size;

@@ -18,7 +18,7 @@ Lun ReadLun(const std::string& object) {
   Lun lun;
   lun.name = LastComponent(object);
   lun.backing = Attribute(object + "/udev_path");
-  if (lun.backing.empty()) lun.backing = BackingInInfo(Attribute(object + "/info"));
+  if (lun.backing.empty()) lun.backing = ParseBackingPath(Attribute(object + "/info"));
   lun.isEnabled = Attribute(object + "/enable") != "0" &&
                   Attribute(object + "/statistics/scsi_lu/status") != "notavailable";
   return lun;
@@ -112,7 +112,7 @@ bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns) {
   return true;
 }
 
-std::string BackingInInfo(std::string_view info) {
+std::string ParseBackingPath(std::string_view info) {
   constexpr std::string_view kBefore = "File: ", kAfter = " Size: ";
   const std::size_t begin = info.find(kBefore), end = info.rfind(kAfter);
   if (begin == std::string_view::npos || end == std::string_view::npos || end < begin) return {};

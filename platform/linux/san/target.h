@@ -29,6 +29,6 @@ Target ReadTarget();
 bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns);
 
 // The path in an object's "info" text: "... File: /volume1/a b.img  Size: 67108864 ...".
-std::string BackingInInfo(std::string_view info);
+std::string ParseBackingPath(std::string_view info);
 
 }  // namespace linux_platform

@@ -20,10 +20,15 @@ void Descend(const std::string& folder, Stack& stack, int depth) {
   if (depth > kDeepest) return;
   const std::string_view name = LastComponent(folder);
   AddOnce(stack.layers, std::string(name));
-  if (IsDiskName(name)) return AddOnce(stack.disks, std::string(name));
+  if (IsDiskName(name)) {
+    AddOnce(stack.disks, std::string(name));
+    return;
+  }
   // Of a disk or of an array, which has its own members.
-  if (PathExists(Within(folder, "partition")))
-    return Descend(folder.substr(0, folder.rfind('/')), stack, depth + 1);
+  if (PathExists(Within(folder, "partition"))) {
+    Descend(folder.substr(0, folder.rfind('/')), stack, depth + 1);
+    return;
+  }
   const std::string slaves = Within(folder, "slaves");
   const std::vector<std::string> below = NamesIn(slaves);
   for (const std::string& slave : below) {
@@ -33,8 +38,9 @@ void Descend(const std::string& folder, Stack& stack, int depth) {
   if (below.empty()) AddOnce(stack.disks, std::string(name));
 }
 
-// Below `links`, a folder that is missing where /sys lists no devices at all.
-Stack StackAt(const std::string& links, std::string_view name) {
+// The stack under the device that `name` in the folder `links` leads to. The folder is missing
+// where /sys lists no devices at all.
+Stack ReadStackFrom(const std::string& links, std::string_view name) {
   Stack stack;
   const std::string folder = LinkTarget(Within(links, name));
   if (folder.empty()) {
@@ -46,33 +52,33 @@ Stack StackAt(const std::string& links, std::string_view name) {
   return stack;
 }
 
-std::string NumberText(dev_t device) {
+std::string FormatNumber(dev_t device) {
   return std::to_string(major(device)) + ":" + std::to_string(minor(device));
 }
 
-// The digits after `prefix`, as long as there are some, and what follows them.
-std::string_view AfterDigits(std::string_view text) {
+// What follows the digits that `text` begins with.
+std::string_view SkipDigits(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of("0123456789"), text.size()));
 }
 
 }  // namespace
 
-Stack StackOf(dev_t device) { return StackAt(Sys("/dev/block"), NumberText(device)); }
+Stack ReadStack(dev_t device) { return ReadStackFrom(Sys("/dev/block"), FormatNumber(device)); }
 
-Stack StackOf(std::string_view node) {
+Stack ReadStack(std::string_view node) {
   struct stat status = {};
   if (node.starts_with("/dev/") && stat(std::string(node).c_str(), &status) == 0 &&
-      S_ISBLK(status.st_mode) && PathExists(Sys("/dev/block/", NumberText(status.st_rdev))))
-    return StackOf(status.st_rdev);
-  return StackAt(Sys("/class/block"), LastComponent(node));
+      S_ISBLK(status.st_mode) && PathExists(Sys("/dev/block/", FormatNumber(status.st_rdev))))
+    return ReadStack(status.st_rdev);
+  return ReadStackFrom(Sys("/class/block"), LastComponent(node));
 }
 
-std::string DiskOf(const std::string& folder) {
+std::string GetWholeDisk(const std::string& folder) {
   if (!PathExists(Within(folder, "partition"))) return std::string(LastComponent(folder));
   return std::string(LastComponent(std::string_view(folder).substr(0, folder.rfind('/'))));
 }
 
-std::vector<std::string> BlockNames() { return NamesIn(Sys("/block")); }
+std::vector<std::string> ListBlockDevices() { return NamesIn(Sys("/block")); }
 
 bool IsDiskName(std::string_view name) {
   for (const std::string_view prefix : {"sd", "vd", "xvd"}) {
@@ -81,10 +87,10 @@ bool IsDiskName(std::string_view name) {
         letters.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string_view::npos)
       return true;
   }
-  if (name.starts_with("mmcblk")) return name.size() > 6 && AfterDigits(name.substr(6)).empty();
+  if (name.starts_with("mmcblk")) return name.size() > 6 && SkipDigits(name.substr(6)).empty();
   if (!name.starts_with("nvme")) return false;
-  const std::string_view rest = AfterDigits(name.substr(4));
-  return rest.size() > 1 && rest.front() == 'n' && AfterDigits(rest.substr(1)).empty();
+  const std::string_view rest = SkipDigits(name.substr(4));
+  return rest.size() > 1 && rest.front() == 'n' && SkipDigits(rest.substr(1)).empty();
 }
 
 }  // namespace linux_platform

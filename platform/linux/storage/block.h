@@ -3,11 +3,17 @@
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace linux_platform {
+
+// How an internal storage object is, worst last.
+enum class Health { Normal, Abnormal, Danger };
+
+inline Health Worse(Health a, Health b) { return std::max(a, b); }
 
 // What lies under a file system, swap area or array.
 struct Stack {
@@ -17,16 +23,17 @@ struct Stack {
 };
 
 // The stack under the device number. `gone` only where /sys lists devices at all.
-Stack StackOf(dev_t device);
+Stack ReadStack(dev_t device);
 // The stack under a device node or kernel name: /dev/mapper/a, /dev/sda1, sda1. A node
 // that does not exist below /dev is looked for by its last component.
-Stack StackOf(std::string_view node);
+Stack ReadStack(std::string_view node);
 
-// The whole disk of a device's folder in /sys: the folder above it for a partition.
-std::string DiskOf(const std::string& folder);
+// The kernel name of the whole disk of a device, whose folder in /sys is given. A partition's
+// folder lies in its disk's.
+std::string GetWholeDisk(const std::string& folder);
 
 // The whole disks and arrays that /sys/block lists, sorted.
-std::vector<std::string> BlockNames();
+std::vector<std::string> ListBlockDevices();
 
 // Of a kind that disks have (sd, nvme, vd, xvd, mmcblk), not a partition and not the
 // boot or protected areas of a memory card.

@@ -23,62 +23,62 @@ Devices::Devices(const std::vector<Mount>& mounts, std::vector<std::string_view>
   FindSystemDisks();
 }
 
-Devices::FileSystem& Devices::Of(const Mount& mount) {
+const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
   const bool btrfs = mount.type == "btrfs";
   const bool bySource = btrfs || mount.type == "fuseblk";  // their device number is anonymous
   const auto [place, isNew] =
-      fileSystems_.try_emplace(bySource ? Key(0, mount.source) : Key(mount.device, {}));
+      fileSystems_.try_emplace(bySource ? Key{0, mount.source} : Key{mount.device, {}});
   FileSystem& found = place->second;
   if (!isNew || (!bySource && major(mount.device) == 0)) return found;
-  found.stack = bySource ? StackOf(std::string_view(mount.source)) : StackOf(mount.device);
+  found.stack = bySource ? ReadStack(std::string_view(mount.source)) : ReadStack(mount.device);
   if (!btrfs || found.stack.layers.empty()) return found;
 
   const Btrfs whole = ReadBtrfs(found.stack.layers.front());
   found.btrfs = whole.health;
   for (const std::string& member : whole.members)
-    Join(found.stack, StackOf(std::string_view(member)));
+    Join(found.stack, ReadStack(std::string_view(member)));
   return found;
 }
 
-const Stack& Devices::Under(const Mount& mount) { return Of(mount).stack; }
-Health Devices::BtrfsHealth(const Mount& mount) { return Of(mount).btrfs; }
+const Stack& Devices::GetStack(const Mount& mount) { return GetFileSystem(mount).stack; }
+Health Devices::GetBtrfsHealth(const Mount& mount) { return GetFileSystem(mount).btrfs; }
 
 void Devices::FindSystemDisks() {
   for (const std::string_view target : {"/", "/var", "/boot", "/boot/efi"}) {
-    const Mount* mount = MountAt(mounts_, target);
+    const Mount* mount = FindMount(mounts_, target);
     if (mount == nullptr) continue;
-    const Stack& stack = Under(*mount);
+    const Stack& stack = GetStack(*mount);
     systemDisks_.insert(stack.disks.begin(), stack.disks.end());
     if (target == "/") rootAndSwap_.push_back(stack);
   }
   std::string swaps;
   ReadSmallFile(BelowRoot("/proc/swaps").c_str(), std::size_t{64} << 10, swaps);
   for (const std::string& area : ParseSwaps(swaps)) {
-    Stack stack = StackOf(std::string_view(area));
+    Stack stack = ReadStack(std::string_view(area));
     systemDisks_.insert(stack.disks.begin(), stack.disks.end());
     rootAndSwap_.push_back(std::move(stack));
   }
 }
 
-const DiskFacts& Devices::Facts(const std::string& disk) {
+const DiskFacts& Devices::GetFacts(const std::string& disk) {
   const auto [place, isNew] = facts_.try_emplace(disk);
   DiskFacts& facts = place->second;
   if (!isNew) return facts;
   facts = ReadDiskFacts(disk, esataPorts_);
   facts.carriesSystem = CarriesSystem(disk);
   if (!facts.ata) return facts;
-  facts.mountedAsMedia = std::ranges::any_of(mounts_, [&](const Mount& mount) {
-    if (!mount.target.starts_with("/media/") && !mount.target.starts_with("/run/media/"))
-      return false;
-    return std::ranges::find(Under(mount).disks, disk) != Under(mount).disks.end();
-  });
+  for (const Mount& mount : mounts_) {
+    if (!mount.target.starts_with("/media/") && !mount.target.starts_with("/run/media/")) continue;
+    const std::vector<std::string>& below = GetStack(mount).disks;
+    if (std::ranges::find(below, disk) != below.end()) facts.mountedAsMedia = true;
+  }
   return facts;
 }
 
-DiskClass Devices::Class(const Stack& stack) {
+DiskClass Devices::Classify(const Stack& stack) {
   if (stack.disks.empty()) return DiskClass::Internal;
-  const DiskClass first = Class(stack.disks.front());
-  const auto differs = [&](const std::string& disk) { return Class(disk) != first; };
+  const DiskClass first = Classify(stack.disks.front());
+  const auto differs = [&](const std::string& disk) { return Classify(disk) != first; };
   return std::ranges::any_of(stack.disks, differs) ? DiskClass::Internal : first;
 }
 

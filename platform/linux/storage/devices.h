@@ -5,43 +5,45 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/disk_class.h"
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/mounts.h"
 
 namespace linux_platform {
 
 class Devices {
  public:
-  // Keeps a reference to `mounts`; all that are asked about are of them. `esataPorts` as for
-  // ReadDiskFacts; their text must outlive this.
-  Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts);
+  // Keeps a reference to `mounts`; every mount asked for is one of them. `esataPorts` as for
+  // ReadDiskFacts.
+  Devices(const std::vector<Mount>& mounts, std::string esataPorts);
 
   // What lies under a mount; for btrfs all of its members.
-  const Stack& Under(const Mount& mount);
-  // Of the btrfs that the mount belongs to.
-  Health BtrfsHealth(const Mount& mount);
+  const Stack& GetStack(const Mount& mount);
+  // The health of the btrfs that is mounted there; Normal for another file system.
+  Health GetBtrfsHealth(const Mount& mount);
 
-  const DiskFacts& Facts(const std::string& disk);
-  DiskClass Class(const std::string& disk) { return ClassOf(Facts(disk)); }
+  const DiskFacts& GetFacts(const std::string& disk);
+  DiskClass Classify(const std::string& disk) { return ClassifyDisk(GetFacts(disk)); }
   // The one class that all the disks of the stack share; Internal otherwise.
-  DiskClass Class(const Stack& stack);
+  DiskClass Classify(const Stack& stack);
   bool CarriesSystem(const std::string& disk) const { return systemDisks_.contains(disk); }
   // The stacks of "/" and of the swap areas.
-  const std::vector<Stack>& RootAndSwap() const { return rootAndSwap_; }
+  const std::vector<Stack>& GetRootAndSwap() const { return rootAndSwap_; }
 
  private:
   struct FileSystem {
     Stack stack;
     Health btrfs = Health::Normal;
   };
-  // A device number or, where that is anonymous, the mount's source.
-  using Key = std::pair<dev_t, std::string_view>;
-  FileSystem& Of(const Mount& mount);
+  struct Key {
+    dev_t device;             // 0 where it is anonymous: then the source tells
+    std::string_view source;  // of the mount
+    auto operator<=>(const Key&) const = default;
+  };
+  const FileSystem& GetFileSystem(const Mount& mount);
   void FindSystemDisks();
 
   const std::vector<Mount>& mounts_;

@@ -8,15 +8,15 @@
 namespace linux_platform {
 namespace {
 
-// Whatever is below a root hub ("/usb2/") hangs on USB. libudev would look at every folder
-// above the disk to say so.
+// Whether the path lies below a root hub ("/usb2/"). libudev would look at every folder above the
+// disk to say so.
 bool HasUsbHub(std::string_view path) {
   const std::size_t hub = path.find("/usb");
   return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
 }
 
 // "3" of ".../ata3/host2/..."; empty without an ATA port.
-std::string_view AtaPort(std::string_view path) {
+std::string_view GetAtaPort(std::string_view path) {
   const std::size_t ata = path.find("/ata");
   if (ata == std::string_view::npos) return {};
   const std::string_view rest = path.substr(ata + 4);
@@ -25,7 +25,7 @@ std::string_view AtaPort(std::string_view path) {
 
 }  // namespace
 
-DiskClass ClassOf(const DiskFacts& facts) {
+DiskClass ClassifyDisk(const DiskFacts& facts) {
   if (facts.carriesSystem) return DiskClass::Internal;
   if (facts.memoryCard) return DiskClass::SdCard;
   if (facts.usb) return facts.cardReader ? DiskClass::SdCard : DiskClass::Usb;
@@ -33,7 +33,7 @@ DiskClass ClassOf(const DiskFacts& facts) {
   return DiskClass::Internal;
 }
 
-std::string NumbersIn(std::string_view path) {
+std::string ToSortKey(std::string_view path) {
   constexpr std::size_t kWidth = 10;
   std::string numbers;
   numbers.reserve(path.size() * 2);
@@ -50,8 +50,8 @@ std::string NumbersIn(std::string_view path) {
 DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_view>& esataPorts) {
   DiskFacts facts;
   const std::string path = facts.path = LinkTarget(Sys("/class/block/", name));
-  const std::string_view port = AtaPort(path);
-  facts.place = NumbersIn(path);
+  const std::string_view port = GetAtaPort(path);
+  facts.place = ToSortKey(path);
   facts.ata = !port.empty();
   facts.usb = HasUsbHub(path);
   if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(Within(path, "device/type")) == "SD";

@@ -11,7 +11,7 @@ enum class DiskClass { Internal, Usb, SdCard, Esata };
 
 // What decides. Not "removable": hot-plug bays say 1, USB disks say 0.
 struct DiskFacts {
-  bool usb = false;         // hangs on a USB device
+  bool usb = false;         // connected by USB
   bool memoryCard = false;  // an mmc device of type SD (eMMC is type MMC)
   bool cardReader = false;  // USB with a flash-drive property, or VELA_SDCARD=1
   bool ata = false;
@@ -24,14 +24,14 @@ struct DiskFacts {
   std::string place = {};
 };
 
-// A disk that carries the system is internal wherever it hangs.
-DiskClass ClassOf(const DiskFacts& facts);
+// A disk that carries the system is internal wherever it is connected.
+DiskClass ClassifyDisk(const DiskFacts& facts);
 
 // The facts that /sys and udev's database hold about the whole disk `name`.
 // `esataPorts`: ATA port numbers.
 DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_view>& esataPorts);
 
-// The numbers in `path`, each padded so that comparing the texts compares the numbers.
-std::string NumbersIn(std::string_view path);
+// The numbers in `path`, each padded so that comparing two such keys compares the numbers.
+std::string ToSortKey(std::string_view path);
 
 }  // namespace linux_platform

@@ -1,6 +1,7 @@
 #include "platform/linux/storage/disks.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
@@ -8,10 +9,10 @@
 namespace linux_platform {
 namespace {
 
-std::string DiskHolding(const std::string& device) {
+std::string FindDiskHolding(const std::string& device) {
   if (IsDiskName(device)) return device;
   const std::string folder = LinkTarget(Sys("/class/block/", device));
-  return folder.empty() ? device : DiskOf(folder);
+  return folder.empty() ? device : GetWholeDisk(folder);
 }
 
 // What the arrays say of one disk.
@@ -22,36 +23,32 @@ struct Membership {
 };
 
 bool CarriesRootOrSwap(const Devices& devices, const std::string& array) {
-  return std::ranges::any_of(devices.RootAndSwap(), [&array](const Stack& stack) {
+  return std::ranges::any_of(devices.GetRootAndSwap(), [&array](const Stack& stack) {
     return std::ranges::find(stack.layers, array) != stack.layers.end();
   });
 }
 
-std::map<std::string, Membership> Memberships(const Devices& devices,
-                                              const std::vector<MdArray>& arrays) {
-  std::map<std::string, Membership> all;
-  for (const MdArray& array : arrays) {
-    for (const MdMember& member : array.members) {
-      Membership& of = all[DiskHolding(member.device)];
-      if (of.array.empty()) of.array = array.name;
-      (member.IsHotSpare() ? of.waits : of.serves) = true;
-      if (!member.Has("faulty")) continue;
-      of.faulty = true;
-      if (CarriesRootOrSwap(devices, array.name)) of.faultyInSystem = true;
-    }
-  }
-  return all;
+void AddMember(const MdArray& array, const MdMember& member, bool isSystem, Membership& disk) {
+  if (disk.array.empty()) disk.array = array.name;
+  (member.IsHotSpare() ? disk.waits : disk.serves) = true;
+  if (!member.Has("faulty")) return;
+  disk.faulty = true;
+  disk.faultyInSystem = disk.faultyInSystem || isSystem;
 }
 
-// An array, volume, "system" or mapping; empty for a disk that nothing uses.
-std::string UserOf(const std::string& device, const Membership& membership, const Devices& devices,
-                   const StorageView& view) {
-  if (membership.serves) return membership.array;
-  if (membership.waits) return "hotspare";
-  for (const InternalVolume& volume : view.volumes)
-    if (std::ranges::find(volume.disks, device) != volume.disks.end())
-      return "volume_" + std::to_string(volume.number);
-  if (devices.CarriesSystem(device)) return "system";
+std::map<std::string, Membership> ListMemberships(const Devices& devices,
+                                                  const std::vector<MdArray>& arrays) {
+  std::map<std::string, Membership> memberships;
+  for (const MdArray& array : arrays) {
+    const bool isSystem = CarriesRootOrSwap(devices, array.name);
+    for (const MdMember& member : array.members)
+      AddMember(array, member, isSystem, memberships[FindDiskHolding(member.device)]);
+  }
+  return memberships;
+}
+
+// The first device that has been made of the disk or of one of its partitions; "" for none.
+std::string FindHolder(const std::string& device) {
   const std::string folder = Sys("/block/", device);
   std::vector<std::string> holders = NamesIn(Within(folder, "holders"));
   for (const std::string& entry : NamesIn(folder))
@@ -73,45 +70,65 @@ bool IsDisconnected(const std::string& device, const std::string& path) {
          Attribute(Within(path, "device/state")) != "live";
 }
 
-// The bay that an enclosure reports, before all disks without one; then by path.
-std::string Place(const std::string& device, const DiskFacts& facts, bool enclosures) {
+// The serial number that the kernel keeps of the disk whose folder in /sys is `path`: no command
+// is sent.
+std::string ReadSerialNumber(const std::string& device, const std::string& path) {
+  if (!device.starts_with("sd")) {
+    const std::string serial =
+        Attribute(Within(path, device.starts_with("vd") ? "serial" : "device/serial"));
+    return serial.substr(std::min(serial.find_first_not_of(' '), serial.size()));
+  }
+  // A SCSI page: four bytes of header, then the text, padded with blanks.
+  const std::string page = Attribute(Within(path, "device/vpd_pg80"));
+  const std::size_t first = page.find_first_not_of(' ', std::min<std::size_t>(4, page.size()));
+  return first == std::string::npos ? std::string() : page.substr(first);
+}
+
+// Sorts disks in bays before the others. A bay shows as a link in the disk's SCSI device:
+// "enclosure_device:Slot 04".
+std::string MakePlaceKey(const std::string& device, const DiskFacts& facts, bool enclosures) {
   if (enclosures)
     for (const std::string& entry : NamesIn(Within(facts.path, "device")))
-      if (entry.starts_with("enclosure_device:")) return Joined("bay ", NumbersIn(entry));
+      if (entry.starts_with("enclosure_device:")) return Joined("bay ", ToSortKey(entry));
   return Joined("path ", facts.place, device);
 }
 
 class DiskReader {
  public:
-  DiskReader(Devices& devices, const std::vector<MdArray>& arrays, StorageView& view)
+  DiskReader(Devices& devices, const std::vector<MdArray>& arrays,
+             const std::vector<InternalVolume>& volumes)
       : devices_(devices),
-        view_(view),
-        memberships_(Memberships(devices, arrays)),
-        smart_(NamesIn(BelowRoot("/var/lib/vela-platform/smart"))) {}
+        volumes_(volumes),
+        memberships_(ListMemberships(devices, arrays)),
+        failing_(NamesIn(BelowRoot("/var/lib/vela-platform/smart"))) {}
 
-  void Read(const std::vector<std::string>& blockNames) {
+  std::vector<WholeDisk> Read(const std::vector<std::string>& blockDevices) {
     const bool enclosures = PathExists(Sys("/class/enclosure"));
-    std::vector<std::pair<std::string, std::string>> placed;
-    for (const std::string& name : blockNames)
-      if (IsDiskName(name) && devices_.Class(name) == DiskClass::Internal)
-        placed.emplace_back(Place(name, devices_.Facts(name), enclosures), name);
-    std::ranges::sort(placed);
-    for (const auto& [place, name] : placed) {
-      WholeDisk disk = Describe(name);
-      disk.name = "Disk " + std::to_string(view_.disks.size() + 1);
-      view_.overview = Worse(view_.overview, disk.health);
-      view_.disks.push_back(std::move(disk));
+    struct Placed {
+      std::string key, device;
+    };
+    std::vector<Placed> placed;
+    for (const std::string& name : blockDevices)
+      if (IsDiskName(name) && devices_.Classify(name) == DiskClass::Internal)
+        placed.push_back({MakePlaceKey(name, devices_.GetFacts(name), enclosures), name});
+    std::ranges::sort(placed, {},
+                      [](const Placed& disk) { return std::tie(disk.key, disk.device); });
+    std::vector<WholeDisk> disks;
+    for (const Placed& disk : placed) {
+      disks.push_back(Describe(disk.device));
+      disks.back().name = "Disk " + std::to_string(disks.size());
     }
+    return disks;
   }
 
  private:
   WholeDisk Describe(const std::string& device) {
     const auto known = memberships_.find(device);
     const Membership membership = known == memberships_.end() ? Membership() : known->second;
-    const std::string& path = devices_.Facts(device).path;
+    const std::string& path = devices_.GetFacts(device).path;
     WholeDisk disk;
     disk.device = device;
-    disk.usedBy = UserOf(device, membership, devices_, view_);
+    disk.usedBy = FindUser(device, membership);
     disk.disconnected = IsDisconnected(device, path);
     const bool scsi = device.starts_with("sd");
     const bool offline = scsi && Attribute(Within(path, "device/state")) == "offline";
@@ -124,35 +141,34 @@ class DiskReader {
     return disk;
   }
 
-  // The serial number is asked for only when the daemon's hook has recorded any.
+  // An array, volume, "system" or mapping; empty for a disk that nothing uses.
+  std::string FindUser(const std::string& device, const Membership& membership) const {
+    if (membership.serves) return membership.array;
+    if (membership.waits) return "hotspare";
+    for (const InternalVolume& volume : volumes_)
+      if (std::ranges::find(volume.disks, device) != volume.disks.end())
+        return "volume_" + std::to_string(volume.number);
+    return devices_.CarriesSystem(device) ? "system" : FindHolder(device);
+  }
+
+  // The serial number is read only when the daemon's hook has recorded any.
   bool IsFailing(const std::string& device, const std::string& path) const {
-    if (smart_.empty()) return false;
-    return std::ranges::find(smart_, SerialOf(device, path)) != smart_.end();
+    if (failing_.empty()) return false;
+    return std::ranges::find(failing_, ReadSerialNumber(device, path)) != failing_.end();
   }
 
   Devices& devices_;
-  StorageView& view_;
+  const std::vector<InternalVolume>& volumes_;
   std::map<std::string, Membership> memberships_;
-  std::vector<std::string> smart_;  // serial numbers of failing disks
+  std::vector<std::string> failing_;  // serial numbers
 };
 
 }  // namespace
 
-std::string SerialOf(const std::string& device, const std::string& path) {
-  if (!device.starts_with("sd")) {
-    const std::string serial =
-        Attribute(Within(path, device.starts_with("vd") ? "serial" : "device/serial"));
-    return serial.substr(std::min(serial.find_first_not_of(' '), serial.size()));
-  }
-  // A SCSI page: four bytes of header, then the text, padded with blanks.
-  const std::string page = Attribute(Within(path, "device/vpd_pg80"));
-  const std::size_t first = page.find_first_not_of(' ', std::min<std::size_t>(4, page.size()));
-  return first == std::string::npos ? std::string() : page.substr(first);
-}
-
-void ReadDisks(Devices& devices, const std::vector<std::string>& blockNames,
-               const std::vector<MdArray>& arrays, StorageView& view) {
-  DiskReader(devices, arrays, view).Read(blockNames);
+std::vector<WholeDisk> ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
+                                 const std::vector<MdArray>& arrays,
+                                 const std::vector<InternalVolume>& volumes) {
+  return DiskReader(devices, arrays, volumes).Read(blockDevices);
 }
 
 }  // namespace linux_platform

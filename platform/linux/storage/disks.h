@@ -1,22 +1,29 @@
 // The internal disks: where they sit, what they serve and how they are.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "platform/linux/storage/devices.h"
 #include "platform/linux/storage/md.h"
-#include "platform/linux/storage/storage_view.h"
+#include "platform/linux/storage/volumes.h"
 
 namespace linux_platform {
 
-// Fills `view.disks` and lets their health count in the overview; reads
-// `view.volumes`. A disk counts as failing while the monitoring daemon's hook keeps a
-// record of its serial number below /var/lib/vela-platform/smart.
-void ReadDisks(Devices& devices, const std::vector<std::string>& blockNames,
-               const std::vector<MdArray>& arrays, StorageView& view);
+struct WholeDisk {
+  std::string device;             // kernel name
+  std::string name;               // for people: "Disk 2"
+  const char* status = "normal";  // or "warning", "crashed", "system_crashed"; static
+  std::string usedBy;             // an array's or volume's name, "hotspare", or ""
+  Health health = Health::Normal;
+  bool disconnected = false;  // a remote one that lost its session
+};
 
-// The serial number that the kernel keeps of the disk whose folder in /sys is `path`: no
-// command is sent.
-std::string SerialOf(const std::string& device, const std::string& path);
+// The internal ones among `blockDevices`, by bay, then by place. A disk counts as failing while
+// the monitoring daemon's hook keeps a record of its serial number below
+// /var/lib/vela-platform/smart.
+std::vector<WholeDisk> ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
+                                 const std::vector<MdArray>& arrays,
+                                 const std::vector<InternalVolume>& volumes);
 
 }  // namespace linux_platform

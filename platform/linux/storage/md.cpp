@@ -10,14 +10,14 @@ bool IsMirror(const MdArray& array) { return array.level == "raid1"; }
 
 // A mirror with more empty slots than members was made that way.
 bool IsSparseMirror(const MdArray& array) {
-  const auto has = [](const char* word) {
-    return [word](const MdMember& member) { return member.Has(word); };
+  const auto count = [&array](const char* word) {
+    return std::ranges::count_if(array.members, [word](auto& each) { return each.Has(word); });
   };
-  if (!IsMirror(array) || std::ranges::any_of(array.members, has("faulty"))) return false;
-  const auto inSync = std::ranges::count_if(array.members, has("in_sync"));
-  return inSync >= 2 && array.disks - inSync > inSync;
+  const auto inSync = count("in_sync");
+  return IsMirror(array) && count("faulty") == 0 && inSync >= 2 && array.disks - inSync > inSync;
 }
 
+// Nothing to be judged: a container, an array that is being taken apart, a sparse mirror.
 bool IsNoArray(const MdArray& array) {
   if (array.state == "clear" || array.level == "container") return true;
   const bool firmware = array.metadata == "external:imsm" || array.metadata == "external:ddf";
@@ -75,7 +75,7 @@ bool LooksLikeFirstBuild(const MdArray& array) {
   return whole == array.disks - 1 && filling == 1;
 }
 
-Build BuildOf(const Json::Value& snapshot, const std::string& array) {
+Build GetBuildState(const Json::Value& snapshot, const std::string& array) {
   using common::FindMember, common::TextMember;
   const Json::Value* arrays = FindMember(snapshot, "arrays");
   if (arrays == nullptr) return Build::Unknown;

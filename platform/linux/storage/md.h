@@ -7,7 +7,7 @@
 
 #include <json/value.h>
 
-#include "platform/linux/storage/health.h"
+#include "platform/linux/storage/block.h"
 
 namespace linux_platform {
 
@@ -41,9 +41,9 @@ bool LooksLikeFirstBuild(const MdArray& array);
 // What the collector's snapshot "md" (null: there is none) knows of the array's first build.
 // Unseen: it has appeared since the collector last looked.
 enum class Build { Unknown, Unseen, First, Done };
-Build BuildOf(const Json::Value& snapshot, const std::string& array);
+Build GetBuildState(const Json::Value& snapshot, const std::string& array);
 
-// `expected`: the array is named in mdadm.conf or fstab, so that it ought to run.
+// `expected`: the array is named in mdadm.conf or fstab, so it ought to run.
 // Containers, arrays being taken apart and mirrors made with empty slots on purpose
 // are Normal. Resync, check and reshape are no fault while no member is missing.
 Health JudgeMd(const MdArray& array, bool expected);

@@ -65,7 +65,7 @@ bool ReadMounts(MountTable& mounts) {
   return result == ReadResult::Read;
 }
 
-const Mount* MountAt(const std::vector<Mount>& mounts, std::string_view target) {
+const Mount* FindMount(const std::vector<Mount>& mounts, std::string_view target) {
   const auto last = std::find_if(mounts.rbegin(), mounts.rend(),
                                  [target](const Mount& mount) { return mount.target == target; });
   return last == mounts.rend() ? nullptr : &*last;
@@ -79,7 +79,7 @@ bool MayHang(std::string_view type) {
   return type.starts_with("fuse") || std::ranges::find(kRemote, type) != std::end(kRemote);
 }
 
-const Mount* HangingAbove(const std::vector<Mount>& mounts, const Mount& mount) {
+const Mount* FindHangingParent(const std::vector<Mount>& mounts, const Mount& mount) {
   const Mount* each = &mount;
   // The table may be torn: no more steps than it has rows.
   for (std::size_t step = 0; step < mounts.size(); ++step) {

@@ -21,21 +21,21 @@ struct Mount {
   std::string type, source;
 };
 
-// Of a text in the format of /proc/self/mountinfo, in its order. Lines that are none
-// are left out.
+// The mounts in a text in the format of /proc/self/mountinfo, in its order. Lines that are not of
+// that format are left out.
 std::vector<Mount> ParseMountInfo(const std::string& text);
 
-// Of /proc/self/mountinfo below the root: read every time, parsed when it has changed.
+// The mounts in /proc/self/mountinfo below the root: read every time, parsed when it has changed.
 // False: errno says why, and `mounts` has what could be read.
 using MountTable = std::shared_ptr<const std::vector<Mount>>;
 bool ReadMounts(MountTable& mounts);
 
 // The mount that a path equal to `target` leads to: the last one made there.
-const Mount* MountAt(const std::vector<Mount>& mounts, std::string_view target);
+const Mount* FindMount(const std::vector<Mount>& mounts, std::string_view target);
 
 // The mount above it that may hang and has to be passed to reach it: a network, FUSE or
 // autofs mount; null when there is none. Even statfs of a healthy ext4 below a dead NFS waits.
-const Mount* HangingAbove(const std::vector<Mount>& mounts, const Mount& mount);
+const Mount* FindHangingParent(const std::vector<Mount>& mounts, const Mount& mount);
 bool MayHang(std::string_view fileSystemType);
 
 // Mounted at its own root, or at the subvolume that it was asked for: not a bind mount,

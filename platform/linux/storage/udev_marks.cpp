@@ -20,15 +20,15 @@ using Device = std::unique_ptr<udev_device, udev_device* (*)(udev_device*)>;
 
 constexpr std::size_t kMostKept = 1024;  // disks come and go for as long as the host runs
 
-// Which writing of udev's record of a block device it is; all 0 when there is none.
-struct Edition {
+// Which version of udev's record of a block device it is; all 0 when there is none.
+struct RecordVersion {
   ino_t inode = 0;
   time_t seconds = 0;
   long nanoseconds = 0;
-  bool operator==(const Edition&) const = default;
+  bool operator==(const RecordVersion&) const = default;
 };
 
-Edition EditionOf(dev_t device) {
+RecordVersion ReadRecordVersion(dev_t device) {
   const std::string record = BelowRoot("/run/udev/data/b", std::to_string(major(device)), ":",
                                        std::to_string(minor(device)));
   struct stat status = {};
@@ -38,7 +38,7 @@ Edition EditionOf(dev_t device) {
 
 struct Answer {
   dev_t device = 0;
-  Edition edition;
+  RecordVersion version;
   std::optional<UdevMarks> marks;
 };
 
@@ -56,7 +56,7 @@ bool HasFlashProperty(udev_device* device) {
   return false;
 }
 
-Answer Ask(const std::string& path) {
+Answer AskUdev(const std::string& path) {
   Answer answer;
   const Udev context(udev_new(), udev_unref);
   const Device disk(context ? udev_device_new_from_syspath(context.get(), path.c_str()) : nullptr,
@@ -64,7 +64,7 @@ Answer Ask(const std::string& path) {
   if (!disk) return answer;
   answer.device = udev_device_get_devnum(disk.get());
   // Before the record is read: a later one must not be taken for it.
-  answer.edition = EditionOf(answer.device);
+  answer.version = ReadRecordVersion(answer.device);
   UdevMarks& marks = answer.marks.emplace();
   marks.cardReader = HasProperty(disk.get(), "VELA_SDCARD", "1") || HasFlashProperty(disk.get());
   marks.esata =
@@ -72,9 +72,9 @@ Answer Ask(const std::string& path) {
   return answer;
 }
 
-class Answers {
+class KeptAnswers {
  public:
-  bool Find(const std::string& path, Answer& answer) {
+  bool Get(const std::string& path, Answer& answer) {
     const std::lock_guard lock(mutex_);
     const auto found = all_.find(path);
     if (found != all_.end()) answer = found->second;
@@ -94,10 +94,11 @@ class Answers {
 }  // namespace
 
 std::optional<UdevMarks> ReadUdevMarks(const std::string& path) {
-  static Answers answers;
+  static KeptAnswers answers;
   Answer answer;
-  if (answers.Find(path, answer) && answer.edition == EditionOf(answer.device)) return answer.marks;
-  answer = Ask(path);
+  if (answers.Get(path, answer) && answer.version == ReadRecordVersion(answer.device))
+    return answer.marks;
+  answer = AskUdev(path);
   if (answer.device != 0) answers.Keep(path, answer);
   return answer.marks;
 }

@@ -11,9 +11,10 @@ struct UdevMarks {
   bool esata = false;       // VELA_BAY=esata or UDISKS_SYSTEM=0
 };
 
-// Of the disk whose folder in /sys is `path`; none when udev knows no such disk. libudev takes more
-// than a hundred system calls for that, so its answer is kept in the process for as long as udev's
-// own record of the disk stays the same: one system call. Any thread may call.
+// The marks of the disk whose folder in /sys is `path`; none when udev knows no such disk. libudev
+// takes more than a hundred system calls for that. So its answer is kept in the process for as long
+// as udev's own record of the disk stays the same, which takes one call to see. Any thread may
+// call.
 std::optional<UdevMarks> ReadUdevMarks(const std::string& path);
 
 }  // namespace linux_platform

@@ -30,7 +30,7 @@ bool IsBelow(std::string_view path, std::string_view folder) {
 
 // What mounts of one file system have in common. btrfs gives each mount a number of its
 // own, ZFS each dataset; their source tells.
-std::string FileSystemKey(const Mount& mount) {
+std::string MakeFileSystemKey(const Mount& mount) {
   if (mount.type == "zfs") return "zfs " + mount.source.substr(0, mount.source.find('/'));
   if (mount.type == "btrfs" || major(mount.device) == 0) return mount.type + " " + mount.source;
   return std::to_string(mount.device);
@@ -41,17 +41,18 @@ bool IsPreferred(const Mount& a, const Mount& b) {
   return a.target.size() < b.target.size();
 }
 
-std::optional<int> VolumeNumber(std::string_view text) {
+std::optional<int> ParseVolumeNumber(std::string_view text) {
   const auto number = ToNumber(text);
   if (!number || *number < 1 || *number > 1'000'000) return {};
   return static_cast<int>(*number);
 }
 
-std::optional<int> OwnNumber(std::string_view path, const Settings& settings) {
+std::optional<int> GetOwnNumber(std::string_view path, const Settings& settings) {
   if (const char* pinned = settings.Text("volume.id." + std::string(path)))
-    if (const auto number = VolumeNumber(pinned)) return number;
+    if (const auto number = ParseVolumeNumber(pinned)) return number;
   constexpr std::string_view kNumbered = "/volume";
-  return path.starts_with(kNumbered) ? VolumeNumber(path.substr(kNumbered.size())) : std::nullopt;
+  return path.starts_with(kNumbered) ? ParseVolumeNumber(path.substr(kNumbered.size()))
+                                     : std::nullopt;
 }
 
 }  // namespace
@@ -70,10 +71,11 @@ VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
                            const std::function<bool(const Mount&)>& isInternal) {
   std::map<std::string, const Mount*> chosen, behind;
   for (const Mount& mount : mounts) {
-    if (!MayBeVolume(mount, skipRoot) || MountAt(mounts, mount.target) != &mount) continue;
-    const bool reachable = HangingAbove(mounts, mount) == nullptr;
+    if (!MayBeVolume(mount, skipRoot) || FindMount(mounts, mount.target) != &mount) continue;
+    const bool reachable = FindHangingParent(mounts, mount) == nullptr;
     if (!reachable && !IsOwnMount(mount)) continue;  // a part of one: a container's own files
-    const auto place = (reachable ? chosen : behind).emplace(FileSystemKey(mount), &mount).first;
+    const auto place =
+        (reachable ? chosen : behind).emplace(MakeFileSystemKey(mount), &mount).first;
     if (IsPreferred(mount, *place->second)) place->second = &mount;
   }
   VolumeChoice choice;
@@ -90,28 +92,30 @@ std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
                                const std::vector<std::string>& fstab, const Settings& settings) {
   std::vector<int> numbers(paths.size());
   std::set<int> taken;
-  std::vector<std::size_t> open;
+  struct Unnumbered {
+    std::ptrdiff_t fstabLine;
+    std::string_view path;
+    std::size_t index;
+    auto operator<=>(const Unnumbered&) const = default;
+  };
+  std::vector<Unnumbered> rest;
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    const auto own = OwnNumber(paths[i], settings);
+    const auto own = GetOwnNumber(paths[i], settings);
     if (own && taken.insert(*own).second)
       numbers[i] = *own;
     else
-      open.push_back(i);
+      rest.push_back({std::ranges::find(fstab, paths[i]) - fstab.begin(), paths[i], i});
   }
-  const auto order = [&](std::size_t i) {
-    const auto line = std::ranges::find(fstab, paths[i]) - fstab.begin();
-    return std::pair(line, std::string_view(paths[i]));
-  };
-  std::ranges::sort(open, {}, order);
+  std::ranges::sort(rest);
   int next = 1;
-  for (const std::size_t i : open) {
+  for (const Unnumbered& volume : rest) {
     while (!taken.insert(next).second) ++next;
-    numbers[i] = next;
+    numbers[volume.index] = next;
   }
   return numbers;
 }
 
-float WarningLevel(const Settings& settings, std::string_view path) {
+float GetWarningLevel(const Settings& settings, std::string_view path) {
   constexpr float kDefault = 0.05F;
   const char* text = settings.Text("volume.warn." + std::string(path));
   if (text == nullptr) text = settings.Text("volume_warning_percent");

@@ -1,10 +1,17 @@
-#include "platform/linux/storage/filesystem_errors.h"
+#include "platform/linux/storage/filesystem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/vfs.h>
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <thread>
 
+#include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 
@@ -30,7 +37,32 @@ bool HasTrouble(const std::string& member) {
          CountsAnything(Attribute(member + "/error_stats"));
 }
 
+Health JudgeZpoolState(const std::string& state) {
+  constexpr std::array kLost = {"FAULTED", "UNAVAIL", "REMOVED", "SUSPENDED"};
+  if (state.empty() || state == "ONLINE") return Health::Normal;
+  return IsOneOf(state, kLost) ? Health::Danger : Health::Abnormal;
+}
+
 }  // namespace
+
+bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity) {
+  const Descriptor root(open(path.c_str(), O_PATH | O_CLOEXEC));
+  struct stat status = {};
+  struct statfs figures = {};
+  if (!root || fstat(root.Get(), &status) != 0) return false;
+  if (major(device) != 0 && status.st_dev != device) {
+    errno = ENODEV;
+    return false;
+  }
+  if (fstatfs(root.Get(), &figures) != 0) return false;
+  const auto unit = static_cast<std::uint64_t>(figures.f_frsize);
+  capacity.size = figures.f_blocks * unit;
+  capacity.free = figures.f_bfree * unit;
+  capacity.available = figures.f_bavail * unit;
+  capacity.files = figures.f_files;
+  capacity.freeFiles = figures.f_ffree;
+  return true;
+}
 
 Ext4Errors ReadExt4Errors(const std::string& name) {
   const std::string folder = Sys("/fs/ext4/", name);
@@ -56,12 +88,6 @@ Btrfs ReadBtrfs(const std::string& device) {
   return {};
 }
 
-Health JudgeZpoolState(const std::string& state) {
-  constexpr std::array kLost = {"FAULTED", "UNAVAIL", "REMOVED", "SUSPENDED"};
-  if (state.empty() || state == "ONLINE") return Health::Normal;
-  return IsOneOf(state, kLost) ? Health::Danger : Health::Abnormal;
-}
-
 Health ReadZpool(const std::string& pool) {
   const std::string state = BelowRoot("/proc/spl/kstat/zfs/", pool, "/state");
   if (JudgeZpoolState(Attribute(state)) == Health::Normal) return Health::Normal;
@@ -69,7 +95,7 @@ Health ReadZpool(const std::string& pool) {
   return JudgeZpoolState(Attribute(state));
 }
 
-CrashSigns SignsInMount(const Mount& mount) {
+CrashSigns FindCrashSigns(const Mount& mount) {
   constexpr std::array kStopsAtErrors = {"ext4", "xfs", "btrfs", "f2fs"};
   CrashSigns signs;
   signs.emergencyReadOnly =

@@ -1,15 +1,27 @@
-// What ext4, btrfs and ZFS have recorded about their own troubles, and what the mount
-// table gives away. No device is opened.
+// A mounted file system: its capacity, what ext4, btrfs and ZFS have recorded about their own
+// troubles, and what the mount table gives away. No device is opened.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "platform/linux/storage/health.h"
+#include "platform/linux/storage/block.h"
 #include "platform/linux/storage/mounts.h"
 
 namespace linux_platform {
+
+struct Capacity {
+  std::uint64_t size = 0, free = 0, available = 0;  // bytes; available: without root's reserve
+  std::uint64_t files = 0, freeFiles = 0;           // both 0 where there is no limit
+};
+
+// The capacity of the file system mounted at `path`, through O_PATH, which triggers no automount
+// and wakes no disk. False: errno says why. It is ENODEV when another device than `device` is
+// mounted there by now; a device without a major number (btrfs, ZFS) is not compared.
+bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity);
 
 // Errors counted by ext4 for the device `name`; `last` in seconds since 1970.
 struct Ext4Errors {
@@ -26,9 +38,8 @@ struct Btrfs {
 };
 Btrfs ReadBtrfs(const std::string& device);
 
-// The ZFS pools' states from /proc/spl/kstat/zfs. A pool that is not ONLINE is asked
-// again after 10 ms: the state flickers while a pool changes.
-Health JudgeZpoolState(const std::string& state);
+// The health of a ZFS pool, from its state in /proc/spl/kstat/zfs. A pool that is not ONLINE is
+// read again after 10 ms: the state flickers while a pool changes.
 Health ReadZpool(const std::string& pool);
 
 // The signs that a mounted file system has stopped working. A plain read-only mount is
@@ -47,8 +58,8 @@ struct CrashSigns {
   }
 };
 
-// The signs that the table's own words give.
-CrashSigns SignsInMount(const Mount& mount);
+// The signs that the mount table shows.
+CrashSigns FindCrashSigns(const Mount& mount);
 // errors=remount-ro and an error since `boot` (seconds since 1970).
 bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot);
 

@@ -1,0 +1,27 @@
+// The machine's arrays and mappings, and how well each is.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/linux/storage/block.h"
+#include "platform/linux/storage/md.h"
+
+namespace linux_platform {
+
+struct Redundancy {
+  std::vector<MdArray> arrays;
+  std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
+  Health worst = Health::Normal;
+  std::string failure;  // what the collector could not say of the mappings, in words
+
+  // The worst of the arrays and mappings that are a layer of the stack.
+  Health GetHealth(const Stack& stack) const;
+};
+
+// `blockDevices` as from ListBlockDevices; `fstab` is the table's text. The mappings' health comes
+// from the collector: they answer only root, and may block.
+Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab);
+
+}  // namespace linux_platform

@@ -1,0 +1,153 @@
+#include "platform/linux/storage/volumes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
+
+#include "platform/linux/base/memo.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/volume_choice.h"
+
+namespace linux_platform {
+namespace {
+
+// A device that is gone does not tell any more whether it was a disk in its bay or a stick
+// that somebody pulled out.
+bool IsExpected(const std::string& target, const std::vector<std::string>& fstab) {
+  return target == "/" || target.starts_with("/volume") ||
+         std::ranges::find(fstab, target) != fstab.end();
+}
+
+bool IsSystem(const Mount& mount) { return mount.target == "/" || mount.target == "/var"; }
+
+std::int64_t ReadBootTime() {
+  std::string text;
+  ReadSmallFile(BelowRoot("/proc/stat").c_str(), std::size_t{256} << 10, text);
+  return ParseBootTime(text);
+}
+
+class VolumeReader {
+ public:
+  VolumeReader(const std::vector<Mount>& mounts, const Settings& settings, Devices& devices,
+               const Redundancy& redundancy)
+      : mounts_(mounts), settings_(settings), devices_(devices), redundancy_(redundancy) {}
+
+  InternalVolumes Read(const std::vector<std::string>& fstab) {
+    ReadSystem();
+    const bool skipRoot = settings_.Yes("volume.skip_root");
+    const VolumeChoice choice = ChooseVolumes(
+        mounts_, skipRoot, [&](const Mount& mount) { return IsInternal(mount, fstab); });
+    if (!choice.hidden.empty()) volumes_.hidden = ExplainHidden(*choice.hidden.front());
+    std::vector<std::string> paths;
+    for (const Mount* mount : choice.reachable) {
+      volumes_.all.push_back(Describe(*mount));
+      paths.push_back(mount->target);
+    }
+    const std::vector<int> numbers = NumberVolumes(paths, fstab, settings_);
+    for (std::size_t i = 0; i < numbers.size(); ++i) volumes_.all[i].number = numbers[i];
+    return std::move(volumes_);
+  }
+
+ private:
+  bool IsInternal(const Mount& mount, const std::vector<std::string>& fstab) {
+    const Stack& stack = devices_.GetStack(mount);
+    if (stack.gone && stack.disks.empty()) return IsExpected(mount.target, fstab);
+    return devices_.Classify(stack) == DiskClass::Internal;
+  }
+
+  Health ReadHealthBeneath(const Mount& mount) {
+    const Health own = mount.type == "zfs"
+                           ? ReadZpool(mount.source.substr(0, mount.source.find('/')))
+                           : devices_.GetBtrfsHealth(mount);
+    return Worse(own, redundancy_.GetHealth(devices_.GetStack(mount)));
+  }
+
+  struct State {
+    Health beneath = Health::Normal;  // of the arrays, mappings and members that hold it
+    Capacity capacity;
+    int error = 0;  // why the capacity could not be read: errno
+    bool crashed = false;
+  };
+
+  // "/" is asked about twice, as the system volume and as a volume.
+  const State& ReadState(const Mount& mount) {
+    const auto [place, isNew] = states_.try_emplace(mount.id);
+    State& state = place->second;
+    if (!isNew) return state;
+    state.beneath = ReadHealthBeneath(mount);
+    if (!ReadCapacity(mount.target, mount.device, state.capacity)) state.error = errno;
+    CrashSigns signs = FindCrashSigns(mount);
+    signs.deviceGone = devices_.GetStack(mount).gone;
+    signs.deviceFailed = state.beneath == Health::Danger;
+    signs.unreadable = state.error == EIO;  // all that shows of an XFS that has shut down
+    const Ext4Errors errors = ReadErrors(mount);
+    if (errors.count > 0) {
+      volumes_.worst = Worse(volumes_.worst, Health::Abnormal);
+      signs.errorsStoppedIt = ErrorsStoppedIt(mount, errors, ReadBootTime());
+    }
+    state.crashed = signs.Any();
+    return state;
+  }
+
+  Ext4Errors ReadErrors(const Mount& mount) {
+    const Stack& stack = devices_.GetStack(mount);
+    if (!mount.type.starts_with("ext") || stack.layers.empty()) return {};
+    return ReadExt4Errors(stack.layers.front());
+  }
+
+  void ReadSystem() {
+    for (const char* target : {"/", "/var"}) {
+      const Mount* mount = FindMount(mounts_, target);
+      if (mount == nullptr || MayHang(mount->type)) continue;
+      if (FindHangingParent(mounts_, *mount) != nullptr) continue;
+      if (ReadState(*mount).crashed) volumes_.systemCrashed = true;
+    }
+  }
+
+  std::string ExplainHidden(const Mount& mount) const {
+    const Mount* above = FindHangingParent(mounts_, mount);
+    return mount.target + " was not looked at: it lies behind " + above->target + " (" +
+           above->type + "), which may hang";
+  }
+
+  InternalVolume Describe(const Mount& mount) {
+    const State& state = ReadState(mount);
+    InternalVolume volume;
+    volume.path = mount.target;
+    volume.type = mount.type;
+    volume.device = mount.device;
+    volume.warningLevel = GetWarningLevel(settings_, mount.target);
+    volume.disks = devices_.GetStack(mount).disks;
+    volume.capacity = state.capacity;
+    volume.error = state.error;
+    volume.status = state.crashed                       ? "crashed"
+                    : HasWord(mount.superOptions, "ro") ? "read_only"
+                    : state.beneath == Health::Abnormal ? "degraded"
+                                                        : "normal";
+    // The crash of a system volume is told by itself, not by the storage overview.
+    const Health own = state.crashed && !IsSystem(mount) ? Health::Danger : state.beneath;
+    volumes_.worst = Worse(volumes_.worst, own);
+    return volume;
+  }
+
+  const std::vector<Mount>& mounts_;
+  const Settings& settings_;
+  Devices& devices_;
+  const Redundancy& redundancy_;
+  std::map<int, State> states_;  // by mount
+  InternalVolumes volumes_;
+};
+
+}  // namespace
+
+InternalVolumes ReadVolumes(const std::vector<Mount>& mounts, const Settings& settings,
+                            const std::string& fstab, Devices& devices,
+                            const Redundancy& redundancy) {
+  static Memo<std::vector<std::string>> memo;
+  const auto targets = memo.Of(fstab, ParseFstabTargets);
+  return VolumeReader(mounts, settings, devices, redundancy).Read(*targets);
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,38 @@
+// The internal volumes and the system volume, and how each is.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/storage/devices.h"
+#include "platform/linux/storage/filesystem.h"
+#include "platform/linux/storage/redundancy.h"
+
+namespace linux_platform {
+
+class Settings;
+
+struct InternalVolume {
+  std::string path, type;
+  dev_t device = 0;
+  int number = 0;          // as in "volume_1"
+  float warningLevel = 0;  // a fraction
+  std::string status;      // "normal", "degraded", "read_only" or "crashed"
+  std::vector<std::string> disks;
+  Capacity capacity;
+  int error = 0;  // why the capacity could not be read: errno
+};
+
+struct InternalVolumes {
+  std::vector<InternalVolume> all;
+  bool systemCrashed = false;  // the file system of "/" or "/var" has stopped working
+  Health worst = Health::Normal;
+  std::string hidden;  // why the first volume that may not be looked at was not, in words
+};
+
+// `devices` are those of `mounts`; `fstab` is the table's text.
+InternalVolumes ReadVolumes(const std::vector<Mount>& mounts, const Settings& settings,
+                            const std::string& fstab, Devices& devices,
+                            const Redundancy& redundancy);
+
+}  // namespace linux_platform
