@@ -7,7 +7,6 @@
 #include <filesystem>
 
 #include "common/json_reader.h"
-#include "platform/linux/san/lun_status.h"
 #include "platform/linux/san/target.h"
 #include "tests/linux/temporary_root.h"
 
@@ -15,23 +14,6 @@ namespace {
 
 using namespace linux_platform;
 namespace fs = std::filesystem;
-
-TEST(LunStatus, TheFirstEvidenceThatHoldsDecides) {
-  const struct {
-    LunEvidence lun;
-    const char* status;
-  } cases[] = {
-      {{}, "normal"},
-      {{.isThin = true}, "normal"},
-      {{.isHostFull = true}, "normal"},
-      {{.isThin = true, .isHostFull = true}, "low_space"},
-      {{.isEnabled = false, .isThin = true, .isHostFull = true}, "unavailabling"},
-      {{.isHostCrashed = true, .isEnabled = false}, "Unhealthy"},
-      {{.hasStorage = false, .isEnabled = false}, "Unhealthy"},
-      {{.isConfigured = false}, "Unhealthy"},
-  };
-  for (const auto& c : cases) EXPECT_STREQ(StatusOf(c.lun), c.status) << &c - cases;
-}
 
 TEST(Target, TheBackingFileIsFoundInTheObjectsOwnWords) {
   EXPECT_EQ(

@@ -32,7 +32,7 @@ constexpr std::array kKinds = {
 constexpr int kLan = kKinds.size(), kWifi = kLan + 1, kOther = kLan + 2;
 constexpr auto kPpp = std::ranges::find(kKinds, std::string_view("ppp"), &Kind::name);
 
-auto KindOf(const Link& link) {
+auto FindKind(const Link& link) {
   return std::ranges::find(kKinds, std::string_view(link.kind), &Kind::name);
 }
 
@@ -41,7 +41,7 @@ auto KindOf(const Link& link) {
 bool IsShown(const Link& link, bool hasAddress) {
   if ((link.flags & IFF_LOOPBACK) != 0 || link.master != 0) return false;
   if (link.kind.empty()) return true;
-  const auto kind = KindOf(link);
+  const auto kind = FindKind(link);
   if (kind == kKinds.end() || kind->shown == Shown::Never) return false;
   return kind->shown == Shown::Always || hasAddress;
 }
@@ -72,7 +72,7 @@ std::string FormatAddress(const Address& address) {
 int GetTypeNumber(const Link& link, bool wireless) {
   if (link.hardware == ARPHRD_PPP) return static_cast<int>(kPpp - kKinds.begin());
   if (!link.kind.empty()) {
-    const auto kind = KindOf(link);
+    const auto kind = FindKind(link);
     return kind == kKinds.end() ? kOther : static_cast<int>(kind - kKinds.begin());
   }
   if (wireless) return kWifi;

@@ -34,16 +34,17 @@ bool IsShown(const Link& link, bool hasAddress);
 // pair with an address. On the machine itself such ends are the other halves of containers.
 bool IsContainersOwn(const Link& link, bool hasAddress);
 
-// Lower is preferred; negative: not fit to be shown. Global IPv4 (no secondary one),
-// global IPv6 (no temporary one), link-local IPv4, link-local IPv6. Addresses that are
-// deprecated, or not confirmed to be this machine's own, are never shown.
+// How preferable the address is: lower is better; negative: not fit to be shown. Global IPv4 (no
+// secondary one), global IPv6 (no temporary one), link-local IPv4, link-local IPv6. Addresses that
+// are deprecated, or not confirmed to be this machine's own, are never shown.
 int RankAddress(const Address& address);
 
 // Dotted or colon text without a zone.
 std::string FormatAddress(const Address& address);
 
-// An index into a fixed table of type names. `wireless` counts for devices only.
+// The number of the link's type, which GetTypeName puts into words: "lan", "wifi", "bond".
+// `wireless` counts for devices only.
 int GetTypeNumber(const Link& link, bool wireless);
-const char* GetTypeName(int type);  // "other" for what is not an index
+const char* GetTypeName(int type);  // "other" for what is no type's number
 
 }  // namespace linux_platform

@@ -23,7 +23,7 @@ using Interfaces = std::vector<Interface>;
 
 constexpr int kAttempts = 3;  // the kernel says so when the list changed under a dump
 
-std::string KindIn(const nlattr* nest) {
+std::string ParseKind(const nlattr* nest) {
   const nlattr* kind =
       nla_find(static_cast<const nlattr*>(nla_data(nest)), nla_len(nest), IFLA_INFO_KIND);
   return kind != nullptr ? nla_get_string(kind) : "";
@@ -41,7 +41,7 @@ Link ParseLink(nlmsghdr* header) {
     const int type = nla_type(each);
     if (type == IFLA_IFNAME) link.name = nla_get_string(each);
     if (type == IFLA_MASTER) link.master = static_cast<int>(nla_get_u32(each));
-    if (type == IFLA_LINKINFO) link.kind = KindIn(each);
+    if (type == IFLA_LINKINFO) link.kind = ParseKind(each);
   }
   return link;
 }
@@ -70,11 +70,11 @@ Address ParseAddress(nlmsghdr* header) {
   return address;
 }
 
-void TakeLink(Interfaces& interfaces, nlmsghdr* header) {
+void AddLink(Interfaces& interfaces, nlmsghdr* header) {
   if (header->nlmsg_type == RTM_NEWLINK) interfaces.emplace_back().link = ParseLink(header);
 }
 
-void TakeAddress(Interfaces& interfaces, nlmsghdr* header) {
+void AddAddress(Interfaces& interfaces, nlmsghdr* header) {
   if (header->nlmsg_type != RTM_NEWADDR) return;
   const Address address = ParseAddress(header);
   const auto index = [](const Interface& each) { return each.link.index; };
@@ -87,7 +87,7 @@ void TakeAddress(Interfaces& interfaces, nlmsghdr* header) {
   owner->addressRank = rank;
 }
 
-using Take = void (*)(Interfaces&, nlmsghdr*);
+using AddRecord = void (*)(Interfaces&, nlmsghdr*);
 
 // Sends the request for every record of `type`: the same bytes serve both dumps, since
 // only the first byte of either header, the family, is looked at.
@@ -110,9 +110,9 @@ bool SendRequest(int socket, std::uint16_t type, std::uint32_t sequence) {
 
 enum class Part { More, Done, Failed };
 
-// Hands the records of one received part to `take`. Failed: errno tells.
-Part TakePart(char* buffer, int size, std::uint32_t sequence, bool& interrupted,
-              Interfaces& interfaces, Take take) {
+// Hands the records of one received part to `addRecord`. Failed: errno tells.
+Part ReadPart(char* buffer, int size, std::uint32_t sequence, bool& interrupted,
+              Interfaces& interfaces, AddRecord addRecord) {
   auto* header = reinterpret_cast<nlmsghdr*>(buffer);
   for (; nlmsg_ok(header, size); header = nlmsg_next(header, &size)) {
     if (header->nlmsg_seq != sequence) continue;
@@ -122,13 +122,14 @@ Part TakePart(char* buffer, int size, std::uint32_t sequence, bool& interrupted,
       errno = -static_cast<const nlmsgerr*>(nlmsg_data(header))->error;
       return Part::Failed;
     }
-    take(interfaces, header);
+    addRecord(interfaces, header);
   }
   return Part::More;
 }
 
-// Asks for every record of `type` and hands each to `take`. False: errno tells.
-bool RunDump(int socket, std::uint16_t type, bool& interrupted, Interfaces& interfaces, Take take) {
+// Asks for every record of `type` and hands each to `addRecord`. False: errno tells.
+bool RunDump(int socket, std::uint16_t type, bool& interrupted, Interfaces& interfaces,
+             AddRecord addRecord) {
   // As large as the kernel's largest part of a dump.
   alignas(nlmsghdr) std::array<char, std::size_t{32} << 10> buffer;
   const std::uint32_t sequence = type;
@@ -137,8 +138,8 @@ bool RunDump(int socket, std::uint16_t type, bool& interrupted, Interfaces& inte
     const ssize_t got = recv(socket, buffer.data(), buffer.size(), 0);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return false;
-    const Part part =
-        TakePart(buffer.data(), static_cast<int>(got), sequence, interrupted, interfaces, take);
+    const Part part = ReadPart(buffer.data(), static_cast<int>(got), sequence, interrupted,
+                               interfaces, addRecord);
     if (part != Part::More) return part == Part::Done;
   }
 }
@@ -146,10 +147,10 @@ bool RunDump(int socket, std::uint16_t type, bool& interrupted, Interfaces& inte
 bool ReadOnce(int socket, bool& interrupted, Interfaces& interfaces) {
   interrupted = false;
   interfaces.clear();
-  if (!RunDump(socket, RTM_GETLINK, interrupted, interfaces, TakeLink)) return false;
+  if (!RunDump(socket, RTM_GETLINK, interrupted, interfaces, AddLink)) return false;
   // The kernel goes through a hash table.
   std::ranges::sort(interfaces, {}, [](const Interface& each) { return each.link.index; });
-  return RunDump(socket, RTM_GETADDR, interrupted, interfaces, TakeAddress);
+  return RunDump(socket, RTM_GETADDR, interrupted, interfaces, AddAddress);
 }
 
 }  // namespace

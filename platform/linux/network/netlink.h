@@ -11,13 +11,12 @@ namespace linux_platform {
 struct Interface {
   Link link;
   Address address;       // the preferred one
-  int addressRank = -1;  // its RankAddress; negative: none fit to be shown
+  int addressRank = -1;  // its rank (RankAddress); negative: none fit to be shown
   bool hasAddress = false;
 };
 
 // Reads every interface, by ascending index: one dump of the links, one of the
-// addresses. On failure returns false with the reason in words. Kernel-local: it waits
-// for no other process.
+// addresses. On failure returns false with the reason in words. Waits for no other process.
 bool ReadInterfaces(std::vector<Interface>& interfaces, std::string& reason);
 
 }  // namespace linux_platform

@@ -44,13 +44,13 @@ HostVolumes::HostVolumes(std::vector<Mount> mounts) : mounts_(std::move(mounts))
   for (const Mount& mount : mounts_) byTarget_[mount.target] = &mount;
 }
 
-const HostVolume* HostVolumes::Of(std::string_view path) {
+const HostVolume* HostVolumes::FindVolume(std::string_view path) {
   if (!path.starts_with('/')) return nullptr;
   for (;;) {
     const auto mount = byTarget_.find(path);
     if (mount != byTarget_.end()) {
-      const auto [place, isNew] = asked_.try_emplace(mount->second->target);
-      if (isNew) place->second = Ask(*mount->second);
+      const auto [place, isNew] = volumes_.try_emplace(mount->second->target);
+      if (isNew) place->second = ReadVolume(*mount->second);
       return &place->second;
     }
     if (path == "/") return nullptr;
@@ -59,7 +59,7 @@ const HostVolume* HostVolumes::Of(std::string_view path) {
   }
 }
 
-HostVolume HostVolumes::Ask(const Mount& mount) const {
+HostVolume HostVolumes::ReadVolume(const Mount& mount) const {
   HostVolume volume;
   volume.path = mount.target;
   volume.mayHang = MayHang(mount.type) || FindHangingParent(mounts_, mount) != nullptr;

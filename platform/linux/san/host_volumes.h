@@ -1,4 +1,4 @@
-// The file systems that hold LUNs' files, each asked once.
+// The file systems that hold LUNs' files, each read once.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@ namespace linux_platform {
 
 struct HostVolume {
   std::string path;  // its mount point
-  // A network's or a program's file system, or one behind such: it may hang and is not asked.
+  // A network's or a program's file system, or one behind such: it may hang and is not read.
   bool mayHang = false;
   bool isCrashed = false;
   Capacity capacity;  // zero when it is not known
@@ -29,18 +29,18 @@ class HostVolumes {
   HostVolumes(const HostVolumes&) = delete;
   HostVolumes& operator=(const HostVolumes&) = delete;
 
-  // The one that the absolute `path` lies in; null when none does. Symbolic links are not
+  // The volume that the absolute `path` lies in; null when none does. Symbolic links are not
   // followed, as that could hang.
-  const HostVolume* Of(std::string_view path);
-  // All that were asked for, by path.
-  const std::map<std::string, HostVolume>& Asked() const { return asked_; }
+  const HostVolume* FindVolume(std::string_view path);
+  // All that were found, by path.
+  const std::map<std::string, HostVolume>& GetVolumes() const { return volumes_; }
 
  private:
-  HostVolume Ask(const Mount& mount) const;
+  HostVolume ReadVolume(const Mount& mount) const;
 
   std::vector<Mount> mounts_;
   std::unordered_map<std::string_view, const Mount*> byTarget_;
-  std::map<std::string, HostVolume> asked_;
+  std::map<std::string, HostVolume> volumes_;
 };
 
 }  // namespace linux_platform

@@ -20,10 +20,15 @@ enum Exit { kDone = 0, kIncomplete = 1, kUsage = 64 };
 constexpr const char* kUsageText =
     "Usage: velaiscsiep --get_service_status [--root DIR]\n"
     "Prints the state of the iSCSI target's LUNs, and of the volumes that hold them, as JSON.\n"
-    "  --get_service_status  the only question that there is\n"
+    "  --get_service_status  print that document\n"
     "  --root DIR            the folder that /etc, /proc, /run, /sys and the LUNs' files are in\n"
-    "Exit state: 0 complete; 1 something could not be read, the rest is printed; 64 the\n"
+    "Exit status: 0 complete; 1 something could not be read, the rest is printed; 64 the\n"
     "arguments are wrong.\n";
+
+int PrintUsage(std::ostream& stream, Exit status) {
+  stream << kUsageText;
+  return status;
+}
 
 int PrintServiceStatus() {
   std::string trouble;
@@ -45,11 +50,13 @@ int main(int count, char** arguments) {
                                  {}};
   bool asked = false;
   for (int found; (found = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
-    if (found == 'h') return std::cout << kUsageText, kDone;
-    if (found == '?') return std::cerr << kUsageText, kUsage;
+    if (found == 'h') return PrintUsage(std::cout, kDone);
+    if (found == '?') return PrintUsage(std::cerr, kUsage);
     if (found == 's') asked = true;
-    if (found == 'r') SetRoot(optarg), SetSysRoot(std::string(optarg) + "/sys");
+    if (found != 'r') continue;
+    SetRoot(optarg);
+    SetSysRoot(std::string(optarg) + "/sys");
   }
-  if (!asked || optind != count) return std::cerr << kUsageText, kUsage;
+  if (!asked || optind != count) return PrintUsage(std::cerr, kUsage);
   return PrintServiceStatus();
 }

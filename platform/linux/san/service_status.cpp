@@ -11,7 +11,6 @@
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/san/host_volumes.h"
-#include "platform/linux/san/lun_status.h"
 #include "platform/linux/san/target.h"
 #include "platform/linux/storage/block.h"
 
@@ -36,7 +35,25 @@ bool IsLowCapacityWriteOn() {
   return ReadSettings(kCurrentSettings).settings.Yes("san.low_capacity_write");
 }
 
-void LookAtBacking(const Lun& lun, LunEvidence& evidence) {
+struct LunEvidence {
+  bool isConfigured = true;    // the kernel has it; false: only the saved configuration does
+  bool hasStorage = true;      // its file or device is there and not empty
+  bool isHostCrashed = false;  // the file system that holds its file has stopped working
+  bool isEnabled = true;       // the kernel exports it
+  bool isThin = false;         // its file has fewer bytes on disk than the LUN promises
+  bool isHostFull = false;     // a tenth or less of that file system is free
+};
+
+// The first that holds decides. Only a LUN that is not "normal" can be reported for its volume's
+// lack of space.
+const char* ChooseStatus(const LunEvidence& lun) {
+  if (!lun.isConfigured || !lun.hasStorage || lun.isHostCrashed) return "Unhealthy";
+  if (!lun.isEnabled) return "unavailabling";
+  if (lun.isThin && lun.isHostFull) return "low_space";
+  return "normal";
+}
+
+void ReadBacking(const Lun& lun, LunEvidence& evidence) {
   struct stat status = {};
   if (stat(BelowRoot(lun.backing).c_str(), &status) != 0) {
     evidence.hasStorage = errno != ENOENT && errno != ENOTDIR && errno != ENXIO && errno != EIO;
@@ -48,26 +65,26 @@ void LookAtBacking(const Lun& lun, LunEvidence& evidence) {
   }
 }
 
-Json::Value EntryOf(const Lun& lun, bool isConfigured, HostVolumes& volumes) {
+Json::Value DescribeLun(const Lun& lun, bool isConfigured, HostVolumes& volumes) {
   LunEvidence evidence;
   evidence.isConfigured = isConfigured;
   evidence.isEnabled = lun.isEnabled;
-  // What lies below /dev is a device, and in no volume.
+  // A path below /dev names a device, which lies in no volume.
   const bool isFile = !lun.backing.empty() && !lun.backing.starts_with("/dev/");
-  const HostVolume* volume = isFile ? volumes.Of(lun.backing) : nullptr;
+  const HostVolume* volume = isFile ? volumes.FindVolume(lun.backing) : nullptr;
   if (volume != nullptr) {
     evidence.isHostCrashed = volume->isCrashed;
     evidence.isHostFull = volume->IsFull();
   }
-  if (!lun.backing.empty() && (volume == nullptr || !volume->mayHang)) LookAtBacking(lun, evidence);
+  if (!lun.backing.empty() && (volume == nullptr || !volume->mayHang)) ReadBacking(lun, evidence);
   Json::Value entry(Json::objectValue);
   entry["name"] = lun.name;
-  entry["status"] = StatusOf(evidence);
+  entry["status"] = ChooseStatus(evidence);
   entry["location"] = volume != nullptr ? volume->path : "";
   return entry;
 }
 
-std::vector<Lun> SavedLuns(std::string& trouble) {
+std::vector<Lun> ReadSavedLuns(std::string& trouble) {
   std::vector<Lun> luns;
   std::string text;
   const ReadResult result = ReadSmallFile(BelowRoot(kSaved).c_str(), kSavedCap, text);
@@ -90,15 +107,15 @@ Json::Value ReadServiceStatus(std::string& trouble) {
   document["low_capacity_write_on"] = IsLowCapacityWriteOn();
   Json::Value& luns = document["luns"] = Json::Value(Json::arrayValue);
   const Target target = ReadTarget();
-  for (const Lun& lun : target.luns) luns.append(EntryOf(lun, true, volumes));
+  for (const Lun& lun : target.luns) luns.append(DescribeLun(lun, true, volumes));
   // A target that was stopped has no LUNs; one that runs ought to have all that were saved.
   if (target.isServing || IsServiceActive())
-    for (const Lun& lun : SavedLuns(trouble))
+    for (const Lun& lun : ReadSavedLuns(trouble))
       if (!std::ranges::binary_search(target.names, lun.name))
-        luns.append(EntryOf(lun, false, volumes));
+        luns.append(DescribeLun(lun, false, volumes));
 
   Json::Value& list = document["volumes"] = Json::Value(Json::arrayValue);
-  for (const auto& [path, volume] : volumes.Asked()) {
+  for (const auto& [path, volume] : volumes.GetVolumes()) {
     Json::Value entry(Json::objectValue);
     entry["path"] = path;
     entry["free_size"] = Json::UInt64{volume.capacity.available};

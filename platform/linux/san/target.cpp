@@ -12,7 +12,7 @@ namespace {
 
 using common::FindMember, common::ParseJson, common::TextMember;
 
-std::string Configuration(const std::string& path) { return Sys("/kernel/config/target/") + path; }
+std::string GetConfigPath(const std::string& path) { return Sys("/kernel/config/target/") + path; }
 
 Lun ReadLun(const std::string& object) {
   Lun lun;
@@ -25,13 +25,13 @@ Lun ReadLun(const std::string& object) {
 }
 
 // The object's folder that a link in a LUN's folder leads to; "" when it is no such link.
-std::string LinkedObject(const std::string& link) {
+std::string ReadLinkedObject(const std::string& link) {
   constexpr std::string_view kCore = "/core/";
   std::error_code error;
   const std::string leads = std::filesystem::read_symlink(link, error);
   const std::size_t core = leads.rfind(kCore);
   if (error || core == std::string::npos) return {};
-  return Configuration("core/" + leads.substr(core + kCore.size()));
+  return GetConfigPath("core/" + leads.substr(core + kCore.size()));
 }
 
 // A LUN's folder holds attributes, and one link to its storage object.
@@ -39,12 +39,12 @@ void AddLuns(const std::string& portalGroup, std::map<std::string, Lun>& byObjec
   const std::string luns = portalGroup + "/lun";
   for (const std::string& lun : NamesIn(luns))
     for (const std::string& entry : NamesIn(Within(luns, lun))) {
-      const std::string object = LinkedObject(Within(Within(luns, lun), entry));
+      const std::string object = ReadLinkedObject(Within(Within(luns, lun), entry));
       if (!object.empty() && !byObject.contains(object)) byObject[object] = ReadLun(object);
     }
 }
 
-const Json::Value& ListMember(const Json::Value& value, const char* name) {
+const Json::Value& GetList(const Json::Value& value, const char* name) {
   static const Json::Value kNone(Json::arrayValue);
   const Json::Value* member = FindMember(value, name);
   return member != nullptr && member->isArray() ? *member : kNone;
@@ -58,9 +58,9 @@ bool IsTrue(const Json::Value& value, const char* name) {
 void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::string>& backings,
                   std::map<std::string, Lun>& byObject) {
   if (TextMember(target, "fabric") != "iscsi") return;
-  for (const Json::Value& group : ListMember(target, "tpgs")) {
+  for (const Json::Value& group : GetList(target, "tpgs")) {
     if (!IsTrue(group, "enable")) continue;
-    for (const Json::Value& lun : ListMember(group, "luns")) {
+    for (const Json::Value& lun : GetList(group, "luns")) {
       const std::string object = TextMember(lun, "storage_object");
       if (object.empty()) continue;
       const auto backing = backings.find(object);
@@ -70,7 +70,7 @@ void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::st
   }
 }
 
-std::vector<Lun> ByName(std::map<std::string, Lun>&& byObject) {
+std::vector<Lun> SortByName(std::map<std::string, Lun>&& byObject) {
   std::vector<Lun> luns;
   for (auto& [object, lun] : byObject) luns.push_back(std::move(lun));
   std::ranges::stable_sort(luns, {}, &Lun::name);
@@ -82,7 +82,7 @@ std::vector<Lun> ByName(std::map<std::string, Lun>&& byObject) {
 Target ReadTarget() {
   Target target;
   std::map<std::string, Lun> byObject;
-  const std::string iscsi = Configuration("iscsi");
+  const std::string iscsi = GetConfigPath("iscsi");
   for (const std::string& name : NamesIn(iscsi))
     for (const std::string& group : NamesIn(Within(iscsi, name))) {
       const std::string folder = Within(Within(iscsi, name), group);
@@ -90,9 +90,9 @@ Target ReadTarget() {
       target.isServing = true;
       AddLuns(folder, byObject);
     }
-  target.luns = ByName(std::move(byObject));
-  for (const std::string& adapter : NamesIn(Configuration("core")))
-    for (std::string& object : NamesIn(Configuration("core/") + adapter))
+  target.luns = SortByName(std::move(byObject));
+  for (const std::string& adapter : NamesIn(GetConfigPath("core")))
+    for (std::string& object : NamesIn(GetConfigPath("core/") + adapter))
       target.names.push_back(std::move(object));
   std::ranges::sort(target.names);
   return target;
@@ -102,13 +102,13 @@ bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns) {
   Json::Value saved;
   if (!ParseJson(text, saved) || !saved.isObject()) return false;
   std::map<std::string, std::string> backings;
-  for (const Json::Value& object : ListMember(saved, "storage_objects"))
+  for (const Json::Value& object : GetList(saved, "storage_objects"))
     backings["/backstores/" + TextMember(object, "plugin") + "/" + TextMember(object, "name")] =
         TextMember(object, "dev");
   std::map<std::string, Lun> byObject;
-  for (const Json::Value& target : ListMember(saved, "targets"))
+  for (const Json::Value& target : GetList(saved, "targets"))
     AddSavedLuns(target, backings, byObject);
-  luns = ByName(std::move(byObject));
+  luns = SortByName(std::move(byObject));
   return true;
 }
 

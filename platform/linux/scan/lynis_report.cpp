@@ -11,24 +11,25 @@ namespace {
 
 using common::FindMember;
 
-constexpr std::time_t kPatience = std::time_t{14} * 24 * 60 * 60;
+constexpr std::time_t kUpdateGrace = std::time_t{14} * 24 * 60 * 60;  // seconds
 constexpr std::string_view kWarning = "warning[]=", kPackage = "vulnerable_package[]=";
-constexpr const char* kUnnamed = "(not named)";  // a tool that only counts them
+constexpr const char* kUnnamed = "(not named)";  // where the scan only counts them
 
 // Several accounts with UID 0; accounts without a password, by three tests; malware.
 constexpr std::array<std::string_view, 5> kDangers = {"AUTH-9204", "AUTH-9218", "AUTH-9254",
                                                       "AUTH-9283", "MALW-"};
 constexpr std::string_view kVulnerable = "PKGS-7392";
 
-std::time_t Since(const Json::Value& before, const std::string& package, std::time_t now) {
+std::time_t FindKnownSince(const Json::Value& before, const std::string& package, std::time_t now) {
   const Json::Value* times = FindMember(before, "vulnerableSince");
   const Json::Value* since = times != nullptr ? FindMember(*times, package.c_str()) : nullptr;
   const bool known = since != nullptr && since->isInt64() && since->asInt64() >= 0;
   return known ? std::min<std::time_t>(since->asInt64(), now) : now;
 }
 
-// "AUTH-9204|Multiple users with UID 0 found in passwd file|-|-|" in words.
-std::string Words(std::string_view warning) {
+// "AUTH-9204|Multiple users with UID 0 found in passwd file|-|-|" becomes
+// "AUTH-9204: Multiple users with UID 0 found in passwd file".
+std::string DescribeWarning(std::string_view warning) {
   const std::size_t bar = std::min(warning.find('|'), warning.size());
   std::string words(warning.substr(0, bar));
   const std::string_view text = warning.substr(std::min(bar + 1, warning.size()));
@@ -45,7 +46,7 @@ Json::Value ConvertLynisReport(std::string_view report, const Json::Value& befor
   bool finished = false, danger = false, countsHoles = false;
   Json::Value reasons(Json::arrayValue), since(Json::objectValue);
   const auto remember = [&](const std::string& package) {
-    since[package] = Json::Int64{Since(before, package, now)};
+    since[package] = Json::Int64{FindKnownSince(before, package, now)};
   };
   while (!report.empty()) {
     const std::size_t end = std::min(report.find('\n'), report.size());
@@ -55,7 +56,7 @@ Json::Value ConvertLynisReport(std::string_view report, const Json::Value& befor
     if (line.starts_with(kPackage)) remember(std::string(line.substr(kPackage.size())));
     if (!line.starts_with(kWarning)) continue;
     const std::string_view warning = line.substr(kWarning.size());
-    reasons.append(Words(warning));
+    reasons.append(DescribeWarning(warning));
     danger = danger || std::ranges::any_of(kDangers, [warning](std::string_view test) {
                return warning.starts_with(test);
              });
@@ -64,7 +65,7 @@ Json::Value ConvertLynisReport(std::string_view report, const Json::Value& befor
   if (!finished) return {};
   if (countsHoles && since.empty()) remember(kUnnamed);
   for (auto package = since.begin(); package != since.end(); ++package)
-    danger = danger || now - package->asInt64() > kPatience;
+    danger = danger || now - package->asInt64() > kUpdateGrace;
   Json::Value result(Json::objectValue);
   result["sysStatus"] = danger ? "danger" : reasons.empty() ? "safe" : "warning";
   result["reasons"] = std::move(reasons);

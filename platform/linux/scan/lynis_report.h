@@ -10,7 +10,7 @@ namespace linux_platform {
 
 // {"sysStatus": "safe" | "warning" | "danger", "reasons": [texts],
 //  "vulnerableSince": {package: seconds since 1970}}; null when the report is not of a
-// scan that ran to its end. Danger is what smells of an intruder or lets one in: several
+// scan that ran to its end. Danger is what points to an intruder or lets one in: several
 // accounts with the rights of root, accounts without a password, malware, and packages
 // with known holes that wait for their update for more than 14 days. Any other warning is
 // "warning". `before` is the last result, of any shape, from which the packages' times

@@ -24,11 +24,17 @@ constexpr const char* kUsageText =
     "Turns the report of a finished lynis scan into the security scan's result.\n"
     "  --report FILE  by default /var/log/lynis-report.dat\n"
     "  --result FILE  by default /var/lib/securityscan/systemResult.json\n"
-    "Exit state: 0 written; 1 no finished report, or the result could not be written: what\n"
+    "Exit status: 0 written; 1 no finished report, or the result could not be written: what\n"
     "was there stays; 64 the arguments are wrong.\n";
 
 int Fail(const std::string& words) {
-  return std::cerr << "vela-lynis-result: " << words << "\n", kNoResult;
+  std::cerr << "vela-lynis-result: " << words << "\n";
+  return kNoResult;
+}
+
+int PrintUsage(std::ostream& stream, Exit status) {
+  stream << kUsageText;
+  return status;
 }
 
 int Convert(const std::string& report, const std::string& result) {
@@ -58,11 +64,11 @@ int main(int count, char** arguments) {
   std::string report = "/var/log/lynis-report.dat";
   std::string result = "/var/lib/securityscan/systemResult.json";
   for (int found; (found = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
-    if (found == 'h') return std::cout << kUsageText, kDone;
-    if (found == '?') return std::cerr << kUsageText, kUsage;
+    if (found == 'h') return PrintUsage(std::cout, kDone);
+    if (found == '?') return PrintUsage(std::cerr, kUsage);
     (found == 'r' ? report : result) = optarg;
   }
   if (optind != count || result.find('/') == std::string::npos)
-    return std::cerr << kUsageText, kUsage;
+    return PrintUsage(std::cerr, kUsage);
   return Convert(report, result);
 }
