@@ -170,7 +170,8 @@ TEST(Udev, PropertiesMarkCardReadersAndExternalPorts) {
   EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdb", {})), DiskClass::Usb);
   EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdc", {})), DiskClass::SdCard);
   EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdd", {})), DiskClass::Esata);
-  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sde", {})), DiskClass::Internal) << "removable, but in a bay";
+  EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sde", {})), DiskClass::Internal)
+      << "removable, but in a bay";
   EXPECT_EQ(ClassifyDisk(ReadDiskFacts("sdf", {})), DiskClass::SdCard);
 
   // What it said is kept until udev writes its record of the disk anew.

@@ -17,8 +17,8 @@ namespace linux_platform {
 class Devices {
  public:
   // Keeps a reference to `mounts`; every mount asked for is one of them. `esataPorts` as for
-  // ReadDiskFacts.
-  Devices(const std::vector<Mount>& mounts, std::string esataPorts);
+  // ReadDiskFacts; their text must outlive this.
+  Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts);
 
   // What lies under a mount; for btrfs all of its members.
   const Stack& GetStack(const Mount& mount);
