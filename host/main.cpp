@@ -2,7 +2,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "host/cli/command_line.h"
+#include "host/cli/commands.h"
 #include "host/cli/serve_command.h"
 
 int main(int count, char** arguments) {

@@ -1,5 +1,7 @@
 #include "host/answer/verdict.h"
 
+#include "host/answer/sources.h"
+
 namespace host {
 
 Verdict JudgeFinding(const Finding& finding) {
@@ -22,23 +24,11 @@ const char* ToString(Verdict verdict) {
   return "well";
 }
 
-const char* NameSourceState(const VELASourceReport& source) {
-  constexpr const char* kNames[] = {"absent", "read", "failed"};
-  return kNames[source.state == 1 || source.state == 2 ? source.state : 0];
-}
-
-SourceCount CountSources(const std::vector<VELASourceReport>& sources) {
-  SourceCount count;
-  for (const VELASourceReport& source : sources) {
-    ++(source.state == 1 ? count.read : source.state == 2 ? count.failed : count.absent);
-  }
-  return count;
-}
-
-ExitStatus ChooseExitStatus(Verdict verdict, const SourceCount& sources) {
+ExitStatus ChooseExitStatus(const Finding& finding, const std::vector<VELASourceReport>& sources) {
+  const Verdict verdict = JudgeFinding(finding);
   if (verdict == Verdict::Danger) return kDanger;
   if (verdict != Verdict::Well) return kAttention;
-  return sources.failed > 0 ? kIncomplete : kHealthy;
+  return CountSources(sources).failed > 0 ? kIncomplete : kHealthy;
 }
 
 }  // namespace host

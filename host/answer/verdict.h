@@ -1,4 +1,4 @@
-// One word on a finding, and what the exit state says of an answer.
+// One word on a finding, and what the exit status says of an answer.
 #pragma once
 
 #include <vector>
@@ -15,16 +15,7 @@ Verdict JudgeFinding(const Finding& finding);
 // "danger", "warning", "notice" or "well".
 const char* ToString(Verdict verdict);
 
-// "read", "failed" or "absent".
-const char* NameSourceState(const VELASourceReport& source);
-
-// How many sources were read, failed, and are not on this machine.
-struct SourceCount {
-  int read = 0, failed = 0, absent = 0;
-  int Present() const { return read + failed; }
-};
-SourceCount CountSources(const std::vector<VELASourceReport>& sources);
-
-ExitStatus ChooseExitStatus(Verdict verdict, const SourceCount& sources);
+// kIncomplete: nothing was found, and a source failed.
+ExitStatus ChooseExitStatus(const Finding& finding, const std::vector<VELASourceReport>& sources);
 
 }  // namespace host

@@ -1,4 +1,4 @@
-#include "host/cli/capture_command.h"
+#include "host/cli/commands.h"
 
 #include <json/reader.h>
 
@@ -9,7 +9,7 @@
 #include "common/json_writer.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
-#include "host/cli/new_folder.h"
+#include "host/cli/new_files.h"
 #include "host/cli/terminal.h"
 
 namespace host {
@@ -36,7 +36,7 @@ std::string Today() {
 
 std::string WhyOf(const Finding& finding, const Texts& texts) {
   return "Captured by vela-health " VELA_VERSION " on " + Today() + ": " +
-         texts.FormatUi(ToString(JudgeFinding(finding))) + texts.Resolve("common:colon") + " " +
+         texts.AddColon(texts.FormatUi(ToString(JudgeFinding(finding)))) + " " +
          RenderSentence(finding, texts);
 }
 

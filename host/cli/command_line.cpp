@@ -1,18 +1,11 @@
-#include "host/cli/command_line.h"
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <functional>
 #include <iostream>
 
-#include "host/cli/capture_command.h"
-#include "host/cli/diff_command.h"
-#include "host/cli/explain_command.h"
-#include "host/cli/findings_command.h"
-#include "host/cli/report_command.h"
+#include "host/cli/commands.h"
 #include "host/cli/serve_command.h"
-#include "host/cli/status_command.h"
 #include "host/text/failure.h"
 
 namespace host {
@@ -21,7 +14,7 @@ namespace {
 constexpr const char* kDescription =
     "Is this machine healthy, and if not, which one thing matters most?";
 constexpr const char* kFooter =
-    "Exit state: 0 healthy, 1 a warning or notice, 2 danger, 3 healthy as far as could\n"
+    "Exit status: 0 healthy, 1 a warning or notice, 2 danger, 3 healthy as far as could\n"
     "be read, 64 and up when the question could not be asked.";
 
 void AddCommonOptions(CLI::App& app, CommonOptions& options) {

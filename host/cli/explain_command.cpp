@@ -1,11 +1,11 @@
-#include "host/cli/explain_command.h"
+#include "host/cli/commands.h"
 
 #include <iostream>
 
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
-#include "host/answer/sources_line.h"
+#include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
 #include "host/text/quantity.h"
@@ -14,7 +14,7 @@ namespace host {
 namespace {
 
 void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& style) {
-  const std::string name = texts.GetText("checker", result.name) + texts.Resolve("common:colon");
+  const std::string name = texts.AddColon(texts.GetText("checker", result.name));
   if (result.finding) {
     const Verdict verdict = JudgeFinding(*result.finding);
     std::cout << style.Severity(verdict, name) << ' '
@@ -74,7 +74,7 @@ ExitStatus RunExplain(Session& session) {
     std::cout << style.Faint(FormatSourcesLine(sources, texts)) << std::endl;
   }
   const Finding rule = ParseAnswer(explanation.reply.document).rule;
-  return ChooseExitStatus(JudgeFinding(rule), CountSources(sources));
+  return ChooseExitStatus(rule, sources);
 }
 
 }  // namespace host

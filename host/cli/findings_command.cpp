@@ -1,4 +1,4 @@
-#include "host/cli/findings_command.h"
+#include "host/cli/commands.h"
 
 #include <iostream>
 
@@ -27,7 +27,7 @@ void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
                            AdviceSection(finding))
             << '\n';
   for (const char* key : kAdvice) {
-    const std::string label = texts.FormatUi(key) + texts.Resolve("common:colon") + " ";
+    const std::string label = texts.AddColon(texts.FormatUi(key)) + " ";
     std::cout << style.Hanging(2, "", label + FindAdvice(finding, key, texts)) << '\n';
   }
   std::cout << '\n';

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "host/cli/scenario_names.h"
-#include "host/text/failure.h"
 #include "host/text/language.h"
 
 namespace host {
@@ -26,18 +24,18 @@ std::string Session::PlatformFile() const {
   if (IsPath(options_.platform)) return options_.platform;
   const std::string fallback = simulated_ ? "simulator" : "linux";
   const std::string& name = options_.platform.empty() ? fallback : options_.platform;
-  return places_.Library("libvela-platform-" + name + ".so");
+  return places_.FindLibrary("libvela-platform-" + name + ".so");
 }
 
 const Host& Session::GetHost() {
   if (!host_) {
     const std::string module =
-        options_.module.empty() ? places_.Library(kModuleFile).string() : options_.module;
+        options_.module.empty() ? places_.FindLibrary(kModuleFile).string() : options_.module;
     std::vector<std::string> modules = {module};
     // Ours, for reasons and for the findings that lost; a health answer does not need it.
-    const std::filesystem::path explain = places_.Library(kExplainFile);
+    const std::filesystem::path explain = places_.FindLibrary(kExplainFile);
     if (std::filesystem::exists(explain)) modules.push_back(explain);
-    const std::string recorder = recorded_ ? places_.Library(kRecorderFile).string() : "";
+    const std::string recorder = recorded_ ? places_.FindLibrary(kRecorderFile).string() : "";
     host_.emplace(HostFiles{PlatformFile(), modules, recorder});
   }
   return *host_;
@@ -48,20 +46,8 @@ const Texts& Session::GetTexts() {
   return *texts_;
 }
 
-// A name is first looked up among the shipped scenarios, so that a folder of the same
-// name in the current directory does not get in the way.
-std::string Session::ScenarioPath(const std::string& nameOrPath) const {
-  if (IsPath(nameOrPath)) return nameOrPath;
-  const std::filesystem::path shipped = places_.Data() / "scenarios";
-  if (std::filesystem::exists(shipped / nameOrPath)) return shipped / nameOrPath;
-  if (std::filesystem::exists(nameOrPath)) return nameOrPath;
-  throw Failure(kNoInput, "There is no scenario \"" + nameOrPath + "\", neither in " +
-                              shipped.string() + " nor in the current folder. " +
-                              SuggestScenarios(shipped, nameOrPath));
-}
-
 SimulatedMachine Session::OpenScenario(const std::string& nameOrPath) {
-  const std::string path = ScenarioPath(nameOrPath);
+  const std::string path = places_.FindScenario(nameOrPath);
   simulated_ = true;
   return GetHost().GetPlatform().OpenScenario(path);
 }

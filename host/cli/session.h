@@ -39,7 +39,6 @@ class Session {
 
  private:
   std::string PlatformFile() const;
-  std::string ScenarioPath(const std::string& nameOrPath) const;
 
   CommonOptions options_;
   Places places_;

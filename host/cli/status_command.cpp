@@ -1,10 +1,10 @@
-#include "host/cli/status_command.h"
+#include "host/cli/commands.h"
 
 #include <iostream>
 
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
-#include "host/answer/sources_line.h"
+#include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
 #include "host/text/escape.h"
@@ -21,11 +21,10 @@ std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& t
   return line;
 }
 
-void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
+void Print(const Answer& answer, const Reply& reply, ExitStatus status, const Texts& texts) {
   const Style style = Style::ForStandardOutput();
   const Verdict verdict = JudgeFinding(answer.rule);
-  const bool incomplete = verdict == Verdict::Well && CountSources(reply.sources).failed > 0;
-  if (incomplete) {
+  if (status == kIncomplete) {
     std::cout << style.Severity(Verdict::Notice, texts.FormatUi("incomplete")) << '\n';
   } else {
     std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict)))
@@ -33,7 +32,7 @@ void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
               << style.Bold(RenderSentence(answer.rule, texts)) << '\n';
   }
   if (verdict != Verdict::Well) {
-    const std::string label = texts.FormatUi("do") + texts.Resolve("common:colon") + " ";
+    const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
     std::cout << style.Hanging(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
   }
   for (const std::string& line : FormatFailedSources(reply.sources, texts)) {
@@ -47,16 +46,15 @@ void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
 ExitStatus RunStatus(Session& session) {
   const SimulatedMachine machine = session.Machine();
   const Host& host = session.GetHost();
-  const bool json = session.Options().json;
-  const Reply reply =
-      json ? host.CallMethod(FindHealthMethod(host), machine) : AskExplanation(host, machine).reply;
+  const Reply reply = host.CallMethod(FindHealthMethod(host), machine);
   const Answer answer = ParseAnswer(reply.document);
-  if (json) {
+  const ExitStatus status = ChooseExitStatus(answer.rule, reply.sources);
+  if (session.Options().json) {
     std::cout << reply.document << std::endl;
   } else {
-    Print(answer, reply, session.GetTexts());
+    Print(answer, reply, status, session.GetTexts());
   }
-  return ChooseExitStatus(JudgeFinding(answer.rule), CountSources(reply.sources));
+  return status;
 }
 
 }  // namespace host

@@ -9,12 +9,12 @@
 namespace host {
 namespace {
 
-struct Look {
+struct Mark {
   const char* symbol;
   const char* code;
 };
 
-Look LookOf(Verdict verdict) {
+Mark ChooseMark(Verdict verdict) {
   switch (verdict) {
     case Verdict::Danger:
       return {"✖ ", "1;31"};
@@ -30,18 +30,18 @@ Look LookOf(Verdict verdict) {
 
 // How many columns a character takes that begins with `first`: three bytes and more are those
 // of East Asia for the most part. Too wide breaks a line early, which is no harm.
-std::size_t WidthOf(unsigned char first) {
+std::size_t MeasureWidth(unsigned char first) {
   if ((first & 0xC0U) == 0x80U) return 0;  // goes on
   return first >= 0xE3U && first <= 0xEFU ? 2 : 1;
 }
 
-std::size_t WidthOf(std::string_view text) {
+std::size_t MeasureWidth(std::string_view text) {
   std::size_t width = 0;
-  for (const char c : text) width += WidthOf(static_cast<unsigned char>(c));
+  for (const char c : text) width += MeasureWidth(static_cast<unsigned char>(c));
   return width;
 }
 
-std::size_t TerminalColumns() {
+std::size_t ReadTerminalColumns() {
   winsize size = {};
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
@@ -56,24 +56,24 @@ bool IsSet(const char* variable) {
 Style Style::ForStandardOutput() {
   const char* terminal = std::getenv("TERM");
   const bool dumb = terminal == nullptr || std::string_view(terminal) == "dumb";
-  return Style(isatty(STDOUT_FILENO) != 0 && !dumb && !IsSet("NO_COLOR"), TerminalColumns());
+  return Style(isatty(STDOUT_FILENO) != 0 && !dumb && !IsSet("NO_COLOR"), ReadTerminalColumns());
 }
 
 std::string Style::Severity(Verdict verdict, std::string_view word) const {
   if (!decorated_) return std::string(word);
-  const Look look = LookOf(verdict);
-  return Wrap(look.code, std::string(look.symbol).append(word));
+  const Mark mark = ChooseMark(verdict);
+  return Decorate(mark.code, std::string(mark.symbol).append(word));
 }
 
 std::string Style::Hanging(std::size_t indent, std::string_view mark, std::string_view text) const {
-  const std::size_t margin = indent + WidthOf(mark);
+  const std::size_t margin = indent + MeasureWidth(mark);
   std::string lines = std::string(indent, ' ').append(mark);
   std::size_t column = margin;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t end = std::min(text.find(' ', at), text.size());
     const std::string_view word = text.substr(at, end - at);
     const bool first = column == margin;
-    if (!first && columns_ > 0 && column + 1 + WidthOf(word) > columns_) {
+    if (!first && columns_ > 0 && column + 1 + MeasureWidth(word) > columns_) {
       lines.append("\n").append(margin, ' ');
       column = margin;
     } else if (!first) {
@@ -81,13 +81,13 @@ std::string Style::Hanging(std::size_t indent, std::string_view mark, std::strin
       ++column;
     }
     lines += word;
-    column += WidthOf(word);
+    column += MeasureWidth(word);
     at = end + 1;
   }
   return lines;
 }
 
-std::string Style::Wrap(std::string_view code, std::string_view text) const {
+std::string Style::Decorate(std::string_view code, std::string_view text) const {
   if (!decorated_) return std::string(text);
   return std::string("\033[").append(code).append("m").append(text).append("\033[0m");
 }

@@ -19,14 +19,14 @@ class Style {
 
   // "Warning" with symbol and colour of its severity.
   std::string Severity(Verdict verdict, std::string_view word) const;
-  std::string Bold(std::string_view text) const { return Wrap("1", text); }
-  std::string Faint(std::string_view text) const { return Wrap("2", text); }
+  std::string Bold(std::string_view text) const { return Decorate("1", text); }
+  std::string Faint(std::string_view text) const { return Decorate("2", text); }
   // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes
   // on below the text.
   std::string Hanging(std::size_t indent, std::string_view mark, std::string_view text) const;
 
  private:
-  std::string Wrap(std::string_view code, std::string_view text) const;
+  std::string Decorate(std::string_view code, std::string_view text) const;
 
   bool decorated_;
   std::size_t columns_;

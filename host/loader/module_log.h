@@ -1,4 +1,4 @@
-// The module's own voice: what it writes to the system log while it answers.
+// What the module writes to the system log while it answers.
 #pragma once
 
 #include <string>

@@ -6,7 +6,7 @@
 
 #include "common/json_writer.h"
 #include "host/answer/explanation.h"
-#include "host/answer/verdict.h"
+#include "host/answer/sources.h"
 
 namespace host {
 namespace {

@@ -7,7 +7,7 @@
 #include "common/json_writer.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
-#include "host/answer/sources_line.h"
+#include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/text/escape.h"
 #include "host/text/quantity.h"
@@ -186,7 +186,7 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   const std::vector<CheckerResult>& results = parts.explanation.checkers;
   const std::vector<CheckerResult> ranked = MostUrgentFirst(results);
   const Verdict verdict = JudgeFinding(answer.rule);
-  const bool incomplete = verdict == Verdict::Well && CountSources(reply.sources).failed > 0;
+  const bool incomplete = ChooseExitStatus(answer.rule, reply.sources) == kIncomplete;
   const Verdict look = incomplete ? Verdict::Notice : verdict;
 
   std::string body =

@@ -6,7 +6,7 @@
 
 namespace host {
 
-// The program's exit states. 64 and up are those of sysexits.h: the question could
+// The program's exit statuses. 64 and up are those of sysexits.h: the question could
 // not be asked, so nothing is said about the machine's health.
 enum ExitStatus : int {
   kHealthy = 0,     // the healthy default, every source read or not on this machine

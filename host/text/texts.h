@@ -24,6 +24,8 @@ class Texts {
   std::string Resolve(std::string_view reference) const;
   // The text of `key` in `section`, else the key.
   std::string GetText(std::string_view section, std::string_view key) const;
+  // A label: the words and the language's colon.
+  std::string AddColon(const std::string& words) const { return words + Resolve("common:colon"); }
   // One of the program's own words (section "ui"), its {0}, {1}, ... filled.
   template <typename... Values>
   std::string FormatUi(std::string_view key, const Values&... values) const;

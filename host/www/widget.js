@@ -71,7 +71,7 @@ function showSources(sources) {
   const count = (wanted) => sources.filter((source) => source.state === wanted).length;
   const failed = sources.filter((source) => source.state === "failed");
   fillList("failed", failed.map((source) => [ui("source_failed", state.texts.source[source.name] ?? source.name, source.reason)]));
-  if (sources.length === 0) return show("sources", ui("no_voice"));
+  if (sources.length === 0) return show("sources", ui("sources_unknown"));
   const absent = count("absent") > 0 ? `, ${ui("sources_absent", count("absent"))}` : "";
   return show("sources", ui("sources", count("read"), count("read") + failed.length) + absent);
 }

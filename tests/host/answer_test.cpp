@@ -59,7 +59,8 @@ TEST(Answer, WhatIsNoAnswerIsRefusedWithTheMemberThatIsWrong) {
 }
 
 TEST(Verdict, IsDecidedByIdAndTypeTogether) {
-  const SourceCount allRead{11, 0, 0}, oneFailed{10, 1, 0};
+  const std::vector<VELASourceReport> allRead = {{"UPS", 1, 0, ""}, {"SAN", 0, 0, ""}},
+                                      oneFailed = {{"UPS", 1, 0, ""}, {"SAN", 2, 0, ""}};
   const struct {
     Finding finding;
     const char* verdict;
@@ -70,10 +71,9 @@ TEST(Verdict, IsDecidedByIdAndTypeTogether) {
                {FindingOf(2, "system_health"), "well", kHealthy, kIncomplete}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.verdict);
-    const Verdict verdict = JudgeFinding(c.finding);
-    EXPECT_STREQ(ToString(verdict), c.verdict);
-    EXPECT_EQ(ChooseExitStatus(verdict, allRead), c.read);
-    EXPECT_EQ(ChooseExitStatus(verdict, oneFailed), c.failed);
+    EXPECT_STREQ(ToString(JudgeFinding(c.finding)), c.verdict);
+    EXPECT_EQ(ChooseExitStatus(c.finding, allRead), c.read);
+    EXPECT_EQ(ChooseExitStatus(c.finding, oneFailed), c.failed);
   }
 }
 

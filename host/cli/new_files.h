@@ -1,14 +1,16 @@
-// A folder that is there with all its files, or not at all.
+// What is there whole, or not at all. All throw Failure(kCannotWrite).
 #pragma once
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace host {
 
+// A folder with all its files.
 class NewFolder {
  public:
-  // Throws Failure(kCannotWrite) when `path` is there already and not an empty folder, or when
+  // Fails when `path` is there already and not an empty folder, or when
   // nothing can be written beside it.
   explicit NewFolder(const std::filesystem::path& path);
   // Unless finished, nothing stays.
@@ -16,7 +18,6 @@ class NewFolder {
   NewFolder(const NewFolder&) = delete;
   NewFolder& operator=(const NewFolder&) = delete;
 
-  // Both throw Failure(kCannotWrite).
   void Write(const std::string& file, const std::string& text);
   void Finish();
 
@@ -24,5 +25,10 @@ class NewFolder {
   const std::filesystem::path path_;
   const std::filesystem::path staging_;  // beside it
 };
+
+// Fails when `file` is there already and does not begin with `mark`.
+void ExpectReplaceable(const std::filesystem::path& file, std::string_view mark);
+// By a file beside it that is renamed: readers see the old one or the new one, whole.
+void ReplaceFile(const std::filesystem::path& file, std::string_view text);
 
 }  // namespace host

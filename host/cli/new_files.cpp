@@ -1,5 +1,6 @@
-#include "host/cli/new_folder.h"
+#include "host/cli/new_files.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -25,6 +26,20 @@ namespace fs = std::filesystem;
 fs::path Absolute(const fs::path& path) {
   const fs::path absolute = fs::absolute(path).lexically_normal();
   return absolute.has_filename() ? absolute : absolute.parent_path();
+}
+
+// Creates the file; nothing that is there already, a link neither, is written to.
+std::error_code WriteNew(const fs::path& file, std::string_view text) {
+  const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+  if (out < 0) return {errno, std::generic_category()};
+  std::error_code error;
+  while (!text.empty() && !error) {
+    const ssize_t written = write(out, text.data(), text.size());
+    if (written < 0) error = {errno, std::generic_category()};
+    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  if (close(out) != 0 && !error) error = {errno, std::generic_category()};
+  return error;
 }
 
 fs::path Beside(const fs::path& path) {
@@ -64,6 +79,27 @@ void NewFolder::Finish() {
   std::error_code error;
   fs::rename(staging_, path_, error);
   if (error) CannotWrite(path_, error);
+}
+
+void ExpectReplaceable(const fs::path& file, std::string_view mark) {
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(file, error))) return;
+  std::string start(mark.size(), '\0');
+  std::ifstream in(file, std::ios::binary);
+  if (fs::is_regular_file(file, error) && in.read(start.data(), std::ssize(start)) && start == mark)
+    return;
+  CannotWrite(file, "it is there already, and is no report", "Name a new file.");
+}
+
+void ReplaceFile(const fs::path& file, std::string_view text) {
+  const std::string beside = file.string() + ".new-" + std::to_string(getpid());
+  std::error_code error = WriteNew(beside, text);
+  const bool ours = error != std::errc::file_exists;
+  if (!error) fs::rename(beside, file, error);
+  if (!error) return;
+  std::error_code gone;
+  if (ours) fs::remove(beside, gone);
+  CannotWrite(file, error.message(), "Name a file in a folder that this user may write to.");
 }
 
 }  // namespace host

@@ -1,0 +1,35 @@
+// The command line and its commands. All print to standard output and throw Failure.
+#pragma once
+
+#include <string>
+
+#include "host/cli/session.h"
+#include "host/text/failure.h"
+
+namespace host {
+
+// From arguments to exit status; says on standard error what went wrong.
+int RunCommandLine(int count, const char* const* arguments);
+
+// The most urgent finding in words, what to do about it, and what was read.
+ExitStatus RunStatus(Session& session);
+
+// What each check saw and found, and why this finding won.
+ExitStatus RunExplain(Session& session);
+
+// The verdicts of two machines side by side: each is a scenario or a file with a saved answer.
+// The exit status is b's.
+ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b);
+
+// The catalogue, on the terminal or as a Markdown page; as JSON with --json.
+ExitStatus RunFindings(Session& session, bool markdown);
+
+// Makes the folder with state.json, whose `why` is the line for people (empty: when and what
+// was captured), and expected.json, the answer. When it throws there is no folder.
+ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why);
+
+// The answer as one page; "-" is standard output. A file that is there is replaced only when it
+// is a report, too; when it throws the file is what it was.
+ExitStatus RunReport(Session& session, const std::string& file);
+
+}  // namespace host
