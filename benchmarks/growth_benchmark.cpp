@@ -25,7 +25,7 @@ void Disks(benchmark::State& state) {
   Machine machine;
   const auto count = static_cast<std::size_t>(state.range(0));
   while (machine.disks.Size() < count)
-    machine.disks.Append(simulator::Disk("Disk 9", "normal", "volume_1"));
+    machine.disks.Append(simulator::MakeDisk("Disk 9", "normal", "volume_1"));
   Measure(state, machine);
 }
 

@@ -41,7 +41,7 @@ simulator::ExpansionUnit AnyUnit(FuzzedDataProvider& data) {
 }
 
 Json::Value AnyDisk(FuzzedDataProvider& data) {
-  Json::Value disk = simulator::Disk(Text(data), Text(data), Text(data));
+  Json::Value disk = simulator::MakeDisk(Text(data), Text(data), Text(data));
   if (data.ConsumeBool()) disk["remote_info"]["disconnect"] = data.ConsumeIntegral<Json::Int64>();
   if (data.ConsumeBool()) disk["remote_info"] = Text(data);
   return data.ConsumeBool() ? disk : Json::Value(Text(data));

@@ -218,7 +218,7 @@ TEST_F(Collectors, UsageWarningsFollowTheFloatingPoint) {
 TEST_F(Collectors, DisksAreReadMemberByMember) {
   Simulated().disks.Clear();
   const auto add = [this](const char* usedBy, const Json::Value& remote) {
-    Json::Value disk = simulator::Disk("d", "normal", usedBy);
+    Json::Value disk = simulator::MakeDisk("d", "normal", usedBy);
     disk["remote_info"] = remote;
     Simulated().disks.Append(disk);
   };

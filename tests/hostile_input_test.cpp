@@ -227,7 +227,7 @@ TEST_F(HostileInput, EveryEntryOfALongListIsNamed) {
   machine.units.assign(many, {.name = "RX", .power = {{1, 4}}});
   EXPECT_EQ(pieces(Verdict()), 2 * many - 1);
   for (std::size_t i = 0; i < many; ++i)
-    machine.disks.Append(simulator::Disk("d", "system_crashed", ""));
+    machine.disks.Append(simulator::MakeDisk("d", "system_crashed", ""));
   EXPECT_EQ(Verdict(), "{0} widget:storage_is_warning");
 }
 

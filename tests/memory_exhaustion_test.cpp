@@ -133,7 +133,7 @@ Machine EverythingIsWrong() {
   machine.webServerApplies = false;
   machine.upsState = 3;
   machine.overview = "abnormal";
-  Json::Value disk = simulator::Disk(text, "system_crashed", "volume_" + text);
+  Json::Value disk = simulator::MakeDisk(text, "system_crashed", "volume_" + text);
   disk["remote_info"]["disconnect"] = 1;
   machine.disks.Append(disk);
   for (auto& volume : machine.volumes) volume.used = volume.total;

@@ -14,7 +14,7 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
-#include "platform/recorder/below.h"
+#include "platform/recorder/recording.h"
 #include "platform/simulator/scenario_writer.h"
 #include "platform/simulator/simulator.h"
 #include "platform/status/source_status.h"
@@ -24,13 +24,13 @@ namespace {
 
 constexpr int kUnavailable = 69;          // as sysexits(3) has it
 constexpr off_t kLargestFile = 16 << 20;  // beyond, the module does not read it
-constexpr int kNotTheirs = -2;            // not a file of the platform's
+constexpr int kNotSimulated = -2;         // not a file of a simulated machine
 
 void* platform = nullptr;
-const VELAOperatingSystem* below = nullptr;
+const VELAOperatingSystem* operatingSystem = nullptr;
 
 // The file's bytes; none of what the module would not read either.
-std::string BytesOf(int file) {
+std::string ReadBytes(int file) {
   struct stat status = {};
   if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return {};
   std::string bytes(static_cast<std::size_t>(std::min(status.st_size, kLargestFile + 1)), '\0');
@@ -41,25 +41,26 @@ std::string BytesOf(int file) {
 }
 
 int HostName(char* name, std::size_t size) {
-  const int result = below->gethostname(name, size);
-  auto& seen = Seen().hostName;
-  seen = result == 0 ? std::optional(std::string(name, strnlen(name, size))) : std::nullopt;
+  const int result = operatingSystem->gethostname(name, size);
+  Recording().hostName =
+      result == 0 ? std::optional(std::string(name, strnlen(name, size))) : std::nullopt;
   return result;
 }
 
 int SystemRecord(struct sysinfo* record) {
-  const int result = below->sysinfo(record);
-  Seen().uptime = result == 0 ? std::optional<long>(record->uptime) : std::nullopt;
+  const int result = operatingSystem->sysinfo(record);
+  Recording().uptime = result == 0 ? std::optional<long>(record->uptime) : std::nullopt;
   return result;
 }
 
 int OpenFile(const char* path) {
-  int file = below->open(path);
+  int file = operatingSystem->open(path);
   if (std::strcmp(path, simulator::kSecurityScanFile) != 0) return file;
   constexpr int kToRead = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   // Not openat: the executable's would come back here.
-  if (file == kNotTheirs) file = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, kToRead, 0));
-  Seen().securityScan = file >= 0 ? std::optional(BytesOf(file)) : std::nullopt;
+  if (file == kNotSimulated)
+    file = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, kToRead, 0));
+  Recording().securityScan = file >= 0 ? std::optional(ReadBytes(file)) : std::nullopt;
   return file;
 }
 
@@ -69,14 +70,14 @@ bool IsUsual(const VELASourceReport& report) {
   return report.state == (oftenAbsent ? 0 : 1);
 }
 
-// A platform without a voice has said nothing.
-void KeepSources(simulator::Machine& machine) {
-  const auto ask =
+// A platform may not report on its sources.
+void RecordSources(simulator::Machine& machine) {
+  const auto copyReports =
       reinterpret_cast<decltype(&VELAPlatformSources)>(dlsym(platform, "VELAPlatformSources"));
-  if (ask == nullptr) return;
+  if (copyReports == nullptr) return;
   constexpr const char* kStates[] = {"absent", "read", "failed"};
   std::array<VELASourceReport, source_status::kSourceCount> reports = {};
-  ask(reports.data(), static_cast<int>(reports.size()));
+  copyReports(reports.data(), static_cast<int>(reports.size()));
   for (const VELASourceReport& report : reports) {
     if (!IsUsual(report)) machine.sources[report.name] = {kStates[report.state], report.reason};
   }
@@ -84,12 +85,12 @@ void KeepSources(simulator::Machine& machine) {
 
 }  // namespace
 
-simulator::Machine& Seen() {
+simulator::Machine& Recording() {
   static simulator::Machine machine;
   return machine;
 }
 
-void* Symbol(const char* name) {
+void* FindSymbol(const char* name) {
   void* symbol = dlsym(platform, name);
   if (symbol != nullptr) return symbol;
   std::fprintf(stderr, "vela-health: the platform has no function %s\n", name);
@@ -102,8 +103,8 @@ using namespace recorder;
 
 void VELARecorderStart(const char* path, const VELAOperatingSystem* answers) {
   platform = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
-  if (answers != VELARecorderOperatingSystem()) below = answers;  // started once more
-  Seen() = simulator::Machine();
+  if (answers != VELARecorderOperatingSystem()) operatingSystem = answers;  // started once more
+  Recording() = simulator::Machine();
 }
 
 const VELAOperatingSystem* VELARecorderOperatingSystem() {
@@ -113,8 +114,8 @@ const VELAOperatingSystem* VELARecorderOperatingSystem() {
 
 const char* VELARecorderState(const char* why) {
   static std::string state;
-  simulator::Machine machine = Seen();
-  KeepSources(machine);
+  simulator::Machine machine = Recording();
+  RecordSources(machine);
   state = simulator::WriteScenario(machine, why);
   return state.c_str();
 }

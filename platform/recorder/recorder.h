@@ -11,9 +11,9 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 // Records one request over the platform library at `path`, which is open already, so that no
-// other library found its functions. `below` answers for the C library.
-void VELARecorderStart(const char* path, const VELAOperatingSystem* below);
-// Hands on to `below`, and keeps its answers, too.
+// other library found its functions. `system` answers for the C library.
+void VELARecorderStart(const char* path, const VELAOperatingSystem* system);
+// Hands on to `system`, and keeps its answers, too.
 const VELAOperatingSystem* VELARecorderOperatingSystem(void);
 // The machine as the module saw it since the start: the text of a state.json, valid until the
 // next call. Ask in the thread of the request: what its sources said is that thread's.

@@ -10,18 +10,18 @@
 #include <velac.h>
 
 #include "common/text.h"
-#include "platform/recorder/below.h"
+#include "platform/recorder/recording.h"
 
 using common::ViewText;
-using recorder::Below;
-using recorder::Seen;
+using recorder::FindFunction;
+using recorder::Recording;
 
 namespace {
 
 // A volume that nobody listed has no place in the machine.
 simulator::Volume& VolumeAt(std::string_view path) {
   static simulator::Volume unlisted;
-  for (auto& volume : Seen().volumes)
+  for (auto& volume : Recording().volumes)
     if (volume.path == path) return volume;
   return unlisted;
 }
@@ -75,12 +75,12 @@ namespace VELA::ZRT {
 namespace STORAGE_WEBUTILS {
 
 bool Volume::IsSystemVolCrashed() {
-  return Seen().systemVolumeCrashed =
-             Below<bool()>("_ZN4VELA3ZRT16STORAGE_WEBUTILS6Volume18IsSystemVolCrashedEv")();
+  return Recording().systemVolumeCrashed =
+             FindFunction<bool()>("_ZN4VELA3ZRT16STORAGE_WEBUTILS6Volume18IsSystemVolCrashedEv")();
 }
 
 std::string Volume::ToUIUsbSataVolumeStr(const std::string& name) {
-  return Below<std::string(const std::string&)>(
+  return FindFunction<std::string(const std::string&)>(
       "_ZN4VELA3ZRT16STORAGE_WEBUTILS6Volume20ToUIUsbSataVolumeStrERKNSt7__cxx1112basic_"
       "stringIcSt11char_traitsIcESaIcEEE")(name);
 }
@@ -90,17 +90,17 @@ std::string Volume::ToUIUsbSataVolumeStr(const std::string& name) {
 namespace STORAGE_MANAGER {
 
 Space::Space(int selection) {
-  Below<void(Space*, int)>("_ZN4VELA3ZRT15STORAGE_MANAGER5SpaceC1Ei")(this, selection);
+  FindFunction<void(Space*, int)>("_ZN4VELA3ZRT15STORAGE_MANAGER5SpaceC1Ei")(this, selection);
 }
 
-Space::~Space() { Below<void(Space*)>("_ZN4VELA3ZRT15STORAGE_MANAGER5SpaceD1Ev")(this); }
+Space::~Space() { FindFunction<void(Space*)>("_ZN4VELA3ZRT15STORAGE_MANAGER5SpaceD1Ev")(this); }
 
 const SpaceRecord* Space::GetAll() const {
-  const auto* list = Below<const SpaceRecord*(const Space*)>(
+  const auto* list = FindFunction<const SpaceRecord*(const Space*)>(
       "_ZNK4VELA3ZRT15STORAGE_MANAGER5Space6GetAllEv")(this);
-  Seen().volumes.clear();
+  Recording().volumes.clear();
   for (const SpaceRecord* record = list; record != nullptr; record = record->next) {
-    auto& volume = Seen().volumes.emplace_back();
+    auto& volume = Recording().volumes.emplace_back();
     volume.path = ViewText(record->path);
     volume.type = record->type;
   }
@@ -108,30 +108,31 @@ const SpaceRecord* Space::GetAll() const {
 }
 
 std::string Space::GetOverviewStatus() {
-  return Seen().overview = Below<std::string()>(
+  return Recording().overview = FindFunction<std::string()>(
              "_ZN4VELA3ZRT15STORAGE_MANAGER5Space17GetOverviewStatusB5cxx11Ev")();
 }
 
 Disk::Disk(bool first, bool second) {
-  Below<void(Disk*, bool, bool)>("_ZN4VELA3ZRT15STORAGE_MANAGER4DiskC1Ebb")(this, first, second);
+  FindFunction<void(Disk*, bool, bool)>("_ZN4VELA3ZRT15STORAGE_MANAGER4DiskC1Ebb")(this, first,
+                                                                                   second);
 }
 
-Disk::~Disk() { Below<void(Disk*)>("_ZN4VELA3ZRT15STORAGE_MANAGER4DiskD1Ev")(this); }
+Disk::~Disk() { FindFunction<void(Disk*)>("_ZN4VELA3ZRT15STORAGE_MANAGER4DiskD1Ev")(this); }
 
 bool Disk::DumpDisks(const Space& space, Json::Value& array) {
   const Json::ArrayIndex before = array.isArray() ? array.size() : 0;
-  const bool dumped = Below<bool(Disk*, const Space&, Json::Value&)>(
+  const bool dumped = FindFunction<bool(Disk*, const Space&, Json::Value&)>(
       "_ZN4VELA3ZRT15STORAGE_MANAGER4Disk9DumpDisksERKNS1_5SpaceERN4Json5ValueE")(this, space,
                                                                                   array);
-  Seen().disksFail = !dumped;
-  Seen().disks.Clear();
+  Recording().disksFail = !dumped;
+  Recording().disks.Clear();
   for (Json::ArrayIndex i = before; array.isArray() && i < array.size(); ++i)
-    Seen().disks.Append(array[i]);
+    Recording().disks.Append(array[i]);
   return dumped;
 }
 
 bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO*& info) {
-  const bool read = Below<bool(const char*, _tag_volume_usage&, FS_INFO*&)>(
+  const bool read = FindFunction<bool(const char*, _tag_volume_usage&, FS_INFO*&)>(
       "_ZN4VELA3ZRT15STORAGE_MANAGER6Volume15GetVolumeFSInfoEPKcR17_tag_volume_usageRP7FS_INFO")(
       path, usage, info);
   auto& volume = VolumeAt(path);
@@ -145,13 +146,13 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
 }
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
-  return VolumeAt(ViewText(record.path)).status = Below<std::string(const SpaceRecord&)>(
+  return VolumeAt(ViewText(record.path)).status = FindFunction<std::string(const SpaceRecord&)>(
              "_ZN4VELA3ZRT15STORAGE_MANAGER6Volume17ToJsonSpaceStatusB5cxx11ERKNS1_"
              "11SpaceRecordE")(record);
 }
 
 std::string StorageUtil::ToUISpaceID(int type, const char* path) {
-  return VolumeAt(path).spaceId = Below<std::string(int, const char*)>(
+  return VolumeAt(path).spaceId = FindFunction<std::string(int, const char*)>(
              "_ZN4VELA3ZRT15STORAGE_MANAGER11StorageUtil11ToUISpaceIDB5cxx11EiPKc")(type, path);
 }
 
@@ -159,16 +160,16 @@ std::string StorageUtil::ToUISpaceID(int type, const char* path) {
 }  // namespace VELA::ZRT
 
 float VELAVolumeCapWarnPctGet(const char* path) {
-  return VolumeAt(path).warningShare = Below<float(const char*)>(__func__)(path);
+  return VolumeAt(path).warningShare = FindFunction<float(const char*)>(__func__)(path);
 }
 
-void FSInfoFree(FS_INFO* info) { Below<void(FS_INFO*)>(__func__)(info); }
+void FSInfoFree(FS_INFO* info) { FindFunction<void(FS_INFO*)>(__func__)(info); }
 
-int VLIBCMaxDiskGet() { return Seen().maxDisks = Below<int()>(__func__)(); }
+int VLIBCMaxDiskGet() { return Recording().maxDisks = FindFunction<int()>(__func__)(); }
 
 VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int first, int volumeClass, int last) {
-  auto* list = Below<decltype(VELAMountVolAllEnum)>(__func__)(first, volumeClass, last);
-  auto& volumes = volumeClass == 8 ? Seen().esata : Seen().usb;
+  auto* list = FindFunction<decltype(VELAMountVolAllEnum)>(__func__)(first, volumeClass, last);
+  auto& volumes = volumeClass == 8 ? Recording().esata : Recording().usb;
   volumes.clear();
   // The simulator's records carry the name that people see.
   for (const auto* record = list; record != nullptr; record = record->next) {
@@ -180,34 +181,34 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int first, int volumeClass, int last) {
 }
 
 void VELAMountVolInfoFree(VELA_MOUNT_VOL_INFO* list) {
-  Below<decltype(VELAMountVolInfoFree)>(__func__)(list);
+  FindFunction<decltype(VELAMountVolInfoFree)>(__func__)(list);
 }
 
 int VELAUsbIsCardreader(const char* name) {
-  const int result = Below<decltype(VELAUsbIsCardreader)>(__func__)(name);
+  const int result = FindFunction<decltype(VELAUsbIsCardreader)>(__func__)(name);
   const bool card = result != 0;
-  for (auto& volume : Seen().usb)
+  for (auto& volume : Recording().usb)
     if (volume.name == name && card != simulator::IsNamedLikeACard(name)) volume.cardReader = card;
   return result;
 }
 
 int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {
-  const int result = Below<decltype(VELAEBoxInfoEnum)>(__func__)(list);
-  Seen().unitsFail = result == -1;
-  Seen().units.clear();
+  const int result = FindFunction<decltype(VELAEBoxInfoEnum)>(__func__)(list);
+  Recording().unitsFail = result == -1;
+  Recording().units.clear();
   for (auto* record = result == -1 ? nullptr : *list; record != nullptr; record = record->next)
-    Seen().units.push_back(FromRecord(*record));
+    Recording().units.push_back(FromRecord(*record));
   return result;
 }
 
 void VELAEBoxInfoEnumFree(VELA_EBOX_INFO* list) {
-  Below<decltype(VELAEBoxInfoEnumFree)>(__func__)(list);
+  FindFunction<decltype(VELAEBoxInfoEnumFree)>(__func__)(list);
 }
 
 int VLIBCFileExist(const char* path) {
-  const int exists = Below<decltype(VLIBCFileExist)>(__func__)(path);
-  Seen().sanOutput.reset();
-  Seen().sanFails = exists != 0;  // until it has been started
+  const int exists = FindFunction<decltype(VLIBCFileExist)>(__func__)(path);
+  Recording().sanOutput.reset();
+  Recording().sanFails = exists != 0;  // until it has been started
   return exists;
 }
 
@@ -219,13 +220,13 @@ FILE* VLIBCPopen(const char* path, const char* mode, ...) {
   for (std::size_t i = 0; i + 1 < arguments.size(); ++i)
     if ((arguments[i] = va_arg(given, const char*)) == nullptr) break;
   va_end(given);
-  FILE* stream = Below<decltype(VLIBCPopen)>(__func__)(path, mode, arguments[0], arguments[1],
-                                                       arguments[2], arguments[3]);
+  FILE* stream = FindFunction<decltype(VLIBCPopen)>(__func__)(
+      path, mode, arguments[0], arguments[1], arguments[2], arguments[3]);
   if (stream == nullptr) return nullptr;
   std::unique_ptr<Replay> replay(new Replay{ReadAll(stream)});
-  Below<decltype(VLIBCPclose)>("VLIBCPclose")(stream);
-  Seen().sanFails = false;
-  Seen().sanOutput = replay->bytes;
+  FindFunction<decltype(VLIBCPclose)>("VLIBCPclose")(stream);
+  Recording().sanFails = false;
+  Recording().sanOutput = replay->bytes;
   FILE* again = fopencookie(replay.get(), "r", {ReadReplay, nullptr, nullptr, CloseReplay});
   if (again == nullptr) throw std::bad_alloc();
   (void)replay.release();  // the stream's now

@@ -14,6 +14,6 @@ using Texts = std::set<std::string, std::less<>>;
 
 // A copy whose keys and texts stand in `texts`, which must outlive it: a simulated machine
 // answers without copying its texts each time. Texts that hold a NUL are copied.
-Json::Value Borrowed(const Json::Value& source, Texts& texts);
+Json::Value Borrow(const Json::Value& source, Texts& texts);
 
 }  // namespace simulator

@@ -31,7 +31,7 @@ void DiskList::Clear() {
   texts_.clear();
 }
 
-void DiskList::Append(const Json::Value& disk) { disks_.append(simulator::Borrowed(disk, texts_)); }
+void DiskList::Append(const Json::Value& disk) { disks_.append(Borrow(disk, texts_)); }
 
 Machine::Machine()
     : interfaces{{"eth0", "192.168.1.20"},
@@ -44,13 +44,14 @@ Machine::Machine()
   securityScan = R"({"sysStatus": "safe"})";
   for (int number = 1; number <= 4; ++number) volumes.push_back(HealthyVolume(number));
   for (int number = 1; number <= 8; ++number)
-    disks.Append(Disk("Disk " + std::to_string(number), "normal",
-                      "volume_" + std::to_string((number + 1) / 2)));
+    disks.Append(MakeDisk("Disk " + std::to_string(number), "normal",
+                          "volume_" + std::to_string((number + 1) / 2)));
 }
 
 bool IsNamedLikeACard(std::string_view volume) { return volume.starts_with("sdshare"); }
 
-Json::Value Disk(const std::string& name, const std::string& status, const std::string& usedBy) {
+Json::Value MakeDisk(const std::string& name, const std::string& status,
+                     const std::string& usedBy) {
   Json::Value disk(Json::objectValue);
   disk["name"] = name;
   disk["status"] = status;

@@ -60,13 +60,13 @@ struct ExpansionUnit {
   bool operator==(const ExpansionUnit&) const = default;
 };
 
-// What a source says of itself in the platform's second voice, whatever its calls answer.
-struct SourceStatement {
+// What a source reports of itself, whatever its calls answer.
+struct StatedStatus {
   std::string state = "failed";  // "read", "absent" or "failed"
   std::string reason;
-  bool operator==(const SourceStatement&) const = default;
+  bool operator==(const StatedStatus&) const = default;
 };
-using Sources = std::map<std::string, SourceStatement, std::less<>>;
+using Sources = std::map<std::string, StatedStatus, std::less<>>;
 
 // The disks as the storage manager dumps them: an array that points to its texts, so that
 // an answer copies none of them.
@@ -81,7 +81,7 @@ class DiskList {
   std::size_t Size() const { return disks_.size(); }
 
   // An array; valid while this list neither changes nor goes.
-  const Json::Value& Borrowed() const { return disks_; }
+  const Json::Value& View() const { return disks_; }
   bool operator==(const DiskList& other) const { return disks_ == other.disks_; }
 
  private:
@@ -176,14 +176,14 @@ struct Machine {
   std::optional<std::string> sanOutput;  // the tool's bytes; none: no tool
   bool sanFails = false;                 // the tool is there and cannot be started
 
-  // --- The second voice; by default what the calls that were answered amount to.
+  // --- The status of the sources; by default what the calls that were answered amount to.
   Sources sources;
 
   Ledger ledger;
 };
 
 // One disk as the storage manager dumps it.
-Json::Value Disk(const std::string& name, const std::string& status, const std::string& usedBy);
+Json::Value MakeDisk(const std::string& name, const std::string& status, const std::string& usedBy);
 
 // The machine that answers this thread: the one it entered, or one for the process.
 Machine& Simulated();

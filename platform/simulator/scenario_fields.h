@@ -54,9 +54,9 @@ void Describe(Fields& fields, std::type_identity<ExpansionUnit>) {
 }
 
 template <typename Fields>
-void Describe(Fields& fields, std::type_identity<SourceStatement>) {
-  fields("state", &SourceStatement::state);
-  fields("reason", &SourceStatement::reason);
+void Describe(Fields& fields, std::type_identity<StatedStatus>) {
+  fields("state", &StatedStatus::state);
+  fields("reason", &StatedStatus::reason);
 }
 
 template <typename Fields>

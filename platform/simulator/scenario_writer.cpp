@@ -110,11 +110,11 @@ class FieldWriter {
     for (const Element& element : list) elements.append(WriteFields(element, Element()));
     return elements;
   }
-  static Json::Value Write(const DiskList& disks, const DiskList&) { return disks.Borrowed(); }
+  static Json::Value Write(const DiskList& disks, const DiskList&) { return disks.View(); }
   static Json::Value Write(const Sources& sources, const Sources&) {
     Json::Value members(Json::objectValue);
     for (const auto& [name, statement] : sources)
-      members[name] = WriteFields(statement, SourceStatement{"", ""});
+      members[name] = WriteFields(statement, StatedStatus{"", ""});
     return members;
   }
   using Texts = std::map<std::string, std::string, std::less<>>;

@@ -10,11 +10,11 @@ struct VELASimulatedMachine {
   simulator::Machine machine;
 };
 
-VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::size_t room) {
+VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::size_t capacity) {
   try {
     return new VELASimulatedMachine{simulator::LoadScenario(path)};
   } catch (const std::exception& error) {
-    std::snprintf(message, room, "%s", error.what());
+    std::snprintf(message, capacity, "%s", error.what());
     return nullptr;
   }
 }

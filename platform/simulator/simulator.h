@@ -13,7 +13,7 @@ struct VELASimulatedMachine;
 
 // Loads a scenario: a folder that holds state.json, or such a file. Null on failure,
 // with `message` saying file, line and member. The machine may serve many threads.
-VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::size_t room);
+VELASimulatedMachine* VELASimulatorOpen(const char* path, char* message, std::size_t capacity);
 void VELASimulatorClose(VELASimulatedMachine* machine);
 // Makes `machine` the one that answers this thread; null: the healthy machine.
 void VELASimulatorEnter(VELASimulatedMachine* machine);

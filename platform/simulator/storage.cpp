@@ -19,7 +19,7 @@ struct FS_INFO {};
 
 namespace {
 
-const simulator::Volume* Find(const Machine& machine, std::string_view path) {
+const simulator::Volume* FindVolume(const Machine& machine, std::string_view path) {
   for (const auto& volume : machine.volumes)
     if (volume.path == path) return &volume;
   return nullptr;
@@ -27,7 +27,7 @@ const simulator::Volume* Find(const Machine& machine, std::string_view path) {
 
 // A list of one record for each element, in one array; null when there is none.
 template <typename Record, typename Element, typename Fill>
-Record* ListOf(const std::vector<Element>& elements, Fill fill) {
+Record* MakeList(const std::vector<Element>& elements, Fill fill) {
   if (elements.empty()) return nullptr;
   // What no field names is left as it is: it is the platform's, and nobody may read it.
   auto records = std::make_unique_for_overwrite<Record[]>(elements.size());
@@ -39,7 +39,7 @@ Record* ListOf(const std::vector<Element>& elements, Fill fill) {
 }
 
 // A record's private context holds a pointer to its unit.
-const simulator::ExpansionUnit& UnitOf(void* context) {
+const simulator::ExpansionUnit& GetUnit(void* context) {
   const simulator::ExpansionUnit* unit = nullptr;
   std::memcpy(&unit, context, sizeof unit);
   return *unit;
@@ -47,13 +47,13 @@ const simulator::ExpansionUnit& UnitOf(void* context) {
 
 const char* UnitName(void* context) {
   Call call(Source::ExpansionUnits, "VELA_EBOX_INFO::name");
-  const auto& name = UnitOf(context).name;
+  const auto& name = GetUnit(context).name;
   return name ? name->c_str() : nullptr;
 }
 
 int UnitPower(void* context, unsigned* word) {
   Call call(Source::ExpansionUnits, "VELA_EBOX_INFO::power");
-  const auto& power = UnitOf(context).power;
+  const auto& power = GetUnit(context).power;
   *word = power->word;
   return power->result;
 }
@@ -79,8 +79,8 @@ namespace STORAGE_MANAGER {
 
 Space::Space(int) : list_(nullptr) {
   Call call(Source::Volumes, "Space::Space");
-  list_ = ListOf<SpaceRecord>(call->volumes, [](const auto& volume, SpaceRecord& record) {
-    simulator::Put(volume.path, record.path);
+  list_ = MakeList<SpaceRecord>(call->volumes, [](const auto& volume, SpaceRecord& record) {
+    simulator::CopyToField(volume.path, record.path);
     record.type = volume.type;
   });
   ++call->ledger.objects;
@@ -109,13 +109,13 @@ bool Disk::DumpDisks(const Space&, Json::Value& array) {
     call.Fail("dumping the disks failed");
     return false;
   }
-  for (const Json::Value& disk : call->disks.Borrowed()) array.append(disk);
+  for (const Json::Value& disk : call->disks.View()) array.append(disk);
   return true;
 }
 
 bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO*& info) {
   Call call(Source::Volumes, "Volume::GetVolumeFSInfo");
-  const auto* volume = Find(*call, path);
+  const auto* volume = FindVolume(*call, path);
   ++call->ledger.lists;
   static FS_INFO opaque;
   info = &opaque;
@@ -129,13 +129,13 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
 
 std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
   Call call(Source::Volumes, "Volume::ToJsonSpaceStatus");
-  const auto* volume = Find(*call, common::ViewText(record.path));
+  const auto* volume = FindVolume(*call, common::ViewText(record.path));
   return volume != nullptr ? volume->status : "";
 }
 
 std::string StorageUtil::ToUISpaceID(int, const char* path) {
   Call call(Source::Volumes, "StorageUtil::ToUISpaceID");
-  const auto* volume = Find(*call, path);
+  const auto* volume = FindVolume(*call, path);
   return volume != nullptr ? volume->spaceId : "";
 }
 
@@ -144,7 +144,7 @@ std::string StorageUtil::ToUISpaceID(int, const char* path) {
 
 float VELAVolumeCapWarnPctGet(const char* path) {
   Call call(Source::Volumes, __func__);
-  const auto* volume = Find(*call, path);
+  const auto* volume = FindVolume(*call, path);
   return volume != nullptr ? volume->warningShare : 0.05F;
 }
 
@@ -156,9 +156,9 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   Call call(Source::ExternalVolumes, __func__);
   static const std::vector<ExternalVolume> none;
   const auto& volumes = volumeClass == 4 ? call->usb : volumeClass == 8 ? call->esata : none;
-  auto* list = ListOf<VELA_MOUNT_VOL_INFO>(
+  auto* list = MakeList<VELA_MOUNT_VOL_INFO>(
       volumes, [](const ExternalVolume& volume, VELA_MOUNT_VOL_INFO& record) {
-        simulator::Put(volume.name, record.name);
+        simulator::CopyToField(volume.name, record.name);
         record.freeSize = volume.free;
         record.totalSize = volume.total;
       });
@@ -185,15 +185,15 @@ int VELAEBoxInfoEnum(VELA_EBOX_INFO** list) {
     call.Fail("listing the expansion units failed");
     return -1;
   }
-  *list = ListOf<VELA_EBOX_INFO>(call->units,
-                                 [](const simulator::ExpansionUnit& unit, VELA_EBOX_INFO& record) {
-                                   record.slotIndex = unit.slot;
-                                   record.unitNumber = unit.number;
-                                   const auto* context = &unit;
-                                   std::memcpy(record.context, &context, sizeof context);
-                                   record.name = unit.naming ? UnitName : nullptr;
-                                   record.power = unit.power ? UnitPower : nullptr;
-                                 });
+  *list = MakeList<VELA_EBOX_INFO>(
+      call->units, [](const simulator::ExpansionUnit& unit, VELA_EBOX_INFO& record) {
+        record.slotIndex = unit.slot;
+        record.unitNumber = unit.number;
+        const auto* context = &unit;
+        std::memcpy(record.context, &context, sizeof context);
+        record.name = unit.naming ? UnitName : nullptr;
+        record.power = unit.power ? UnitPower : nullptr;
+      });
   return 0;
 }
 

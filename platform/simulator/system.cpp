@@ -20,12 +20,12 @@ namespace {
 
 using Settings = std::map<std::string, std::string, std::less<>>;
 
-const char* Find(const Settings& settings, const char* key, const char* defaultValue) {
+const char* FindSetting(const Settings& settings, const char* key, const char* defaultValue) {
   const auto found = settings.find(std::string_view(key));
   return found != settings.end() ? found->second.c_str() : defaultValue;
 }
 
-bool Holds(const Settings& settings, const char* key, const char* value) {
+bool HoldsValue(const Settings& settings, const char* key, const char* value) {
   const auto found = settings.find(std::string_view(key));
   return found != settings.end() && found->second == value;
 }
@@ -38,7 +38,7 @@ struct Component {
   unsigned detail;
 };
 
-Component ComponentOf(const Machine& machine, int component) {
+Component GetComponent(const Machine& machine, int component) {
   switch (component) {
     case 1:
       return {machine.fanFailed, 0};
@@ -67,7 +67,7 @@ int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
   }
   const int filled = std::min(count, static_cast<int>(call->interfaces.size()));
   for (int i = 0; i < filled; ++i)
-    simulator::Put(call->interfaces[static_cast<std::size_t>(i)].name, entries[i].name);
+    simulator::CopyToField(call->interfaces[static_cast<std::size_t>(i)].name, entries[i].name);
   return filled;
 }
 
@@ -76,7 +76,7 @@ int VELANetIFGetInfoEx(const char* name, int, VELA_NETIF_INFO* record) {
   for (const auto& interface : call->interfaces) {
     if (interface.name != name) continue;
     if (interface.fails) break;
-    simulator::Put(interface.address, record->address);
+    simulator::CopyToField(interface.address, record->address);
     return 0;
   }
   call.Fail("reading an interface failed");
@@ -107,22 +107,22 @@ VelaConf::~VelaConf() { --static_cast<Machine*>(sources_)->ledger.objects; }
 
 const char* VelaConf::Info(const char* key, const char* defaultValue) const {
   Call call(Source::Configuration, "VelaConf::Info");
-  return Find(call->settings, key, defaultValue);
+  return FindSetting(call->settings, key, defaultValue);
 }
 
 const char* VelaConf::Def(const char* key, const char* defaultValue) const {
   Call call(Source::Configuration, "VelaConf::Def");
-  return Find(call->defaults, key, defaultValue);
+  return FindSetting(call->defaults, key, defaultValue);
 }
 
 bool VelaConf::InfoCheckValue(const char* key, const char* value, bool) const {
   Call call(Source::Configuration, "VelaConf::InfoCheckValue");
-  return Holds(call->settings, key, value);
+  return HoldsValue(call->settings, key, value);
 }
 
 bool VelaConf::DefCheckValue(const char* key, const char* value, bool) const {
   Call call(Source::Configuration, "VelaConf::DefCheckValue");
-  return Holds(call->defaults, key, value);
+  return HoldsValue(call->defaults, key, value);
 }
 
 int VLIBCFileGetKeyValue(const char*, const char* key, char* buffer, int size, int) {
@@ -131,7 +131,7 @@ int VLIBCFileGetKeyValue(const char*, const char* key, char* buffer, int size, i
     call.Fail("reading the factory defaults failed");
     return -1;
   }
-  const char* value = Find(call->defaults, key, nullptr);
+  const char* value = FindSetting(call->defaults, key, nullptr);
   if (value == nullptr || std::strlen(value) >= static_cast<std::size_t>(size)) return -1;
   std::strcpy(buffer, value);
   return 0;
@@ -151,7 +151,7 @@ int VELASysStatusGet(VELA_SYS_STATUS* record) {
 int VELAIsComponentFail(const VELA_SYS_STATUS* record, int component, unsigned* detail) {
   Call call(Source::Hardware, __func__);
   if (record->opaque[0] != kFilled) return -1;
-  const Component state = ComponentOf(*call, component);
+  const Component state = GetComponent(*call, component);
   *detail = state.detail;
   return state.failed ? 1 : 0;
 }

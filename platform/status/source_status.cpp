@@ -20,11 +20,11 @@ struct Statement {
 
 thread_local std::array<Statement, kSourceCount> statements;
 
-Statement& Of(Source source) { return statements[static_cast<std::size_t>(source)]; }
+Statement& GetStatement(Source source) { return statements[static_cast<std::size_t>(source)]; }
 
 // The words of the first failure stay: later ones usually follow from it.
 void Say(Source source, std::int32_t state, const char* format, std::va_list arguments) {
-  Statement& statement = Of(source);
+  Statement& statement = GetStatement(source);
   const bool adds = state == kRead && statement.state == kRead && statement.reason[0] == '\0';
   if (statement.asked && statement.state >= state && !adds) return;
   statement.asked = true;
@@ -35,7 +35,7 @@ void Say(Source source, std::int32_t state, const char* format, std::va_list arg
 }  // namespace
 
 void SayRead(Source source) {
-  Statement& statement = Of(source);
+  Statement& statement = GetStatement(source);
   if (statement.asked && statement.state >= kRead) return;
   statement.asked = true;
   statement.state = kRead;
@@ -60,7 +60,7 @@ SourceScope::SourceScope(Source source)
     : source_(source), start_(std::chrono::steady_clock::now()) {}
 
 SourceScope::~SourceScope() {
-  Of(source_).time += std::chrono::steady_clock::now() - start_;
+  GetStatement(source_).time += std::chrono::steady_clock::now() - start_;
   if (!said_) SayRead(source_);
 }
 
@@ -92,10 +92,10 @@ void SourceScope::Failed(const char* format, ...) {
 
 void VELAPlatformSourcesReset(void) { source_status::statements = {}; }
 
-int VELAPlatformSources(VELASourceReport* reports, int room) {
+int VELAPlatformSources(VELASourceReport* reports, int capacity) {
   using namespace source_status;
   using std::chrono::duration_cast, std::chrono::microseconds;
-  for (int i = 0; i < std::min(room, kSourceCount); ++i) {
+  for (int i = 0; i < std::min(capacity, kSourceCount); ++i) {
     const auto index = static_cast<std::size_t>(i);
     const Statement& statement = statements[index];
     VELASourceReport& report = reports[i];

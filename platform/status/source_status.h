@@ -1,6 +1,6 @@
-// The platform's second voice. By contract a source that fails looks healthy to the
-// module; here a platform tells what it really met: which sources it read, which are
-// not there, which failed and why. Per thread, since the last reset.
+// The status of the sources. By contract a source that fails looks healthy to the module; here
+// a platform reports what it really met: which sources it read, which are absent, which failed
+// and why. Per thread, since the last reset.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 #include "common/sources.h"
 
-// --- The border to the host, found with dlsym. A platform without it has no voice.
+// --- The border to the host, found with dlsym. A platform may lack it.
 
 struct VELASourceReport {
   const char* name;            // static text: "UPS"
@@ -19,10 +19,11 @@ struct VELASourceReport {
 static_assert(sizeof(VELASourceReport) == 256);
 
 extern "C" {
-// Forgets what this thread's sources said.
+// Forgets what this thread's sources reported.
 __attribute__((visibility("default"))) void VELAPlatformSourcesReset(void);
-// Copies up to `room` reports, in a fixed order, and returns how many sources there are.
-__attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport* reports, int room);
+// Copies up to `capacity` reports, in a fixed order, and returns how many sources there are.
+__attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport* reports,
+                                                               int capacity);
 }
 
 // --- The platforms' side.
@@ -38,8 +39,8 @@ void SayRead(Source source);
 void SayAbsent(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void SayFailed(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-// Adds its own lifetime to the source's time and says that it was read, unless something
-// else is said.
+// Adds its own lifetime to the source's time and reports that it was read, unless
+// something else is reported.
 class SourceScope {
  public:
   explicit SourceScope(Source source);

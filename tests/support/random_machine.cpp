@@ -27,7 +27,7 @@ void AddVolume(Machine& machine, std::uint64_t used, std::uint64_t freeInodes) {
 }
 
 void AddDisk(Machine& machine, const char* status, bool disconnected) {
-  Json::Value disk = Disk("Disk", status, "volume_1");
+  Json::Value disk = MakeDisk("Disk", status, "volume_1");
   if (disconnected) disk["remote_info"]["disconnect"] = 1;
   machine.disks.Append(disk);
 }

@@ -7,17 +7,17 @@
 
 namespace recorder {
 
-// What was asked, as a machine; all else is a healthy one's, and nobody asked for it.
-simulator::Machine& Seen();
+// What was answered, as a machine; all else is a healthy one's, and nobody asked for it.
+simulator::Machine& Recording();
 
 // The address of a symbol. A platform without it ends the process with a message: the module
 // could not have been loaded over it either.
-void* Symbol(const char* name);
+void* FindSymbol(const char* name);
 
 // A function of the platform; of a method the first parameter is the object.
 template <typename Function>
-Function* Below(const char* name) {
-  return reinterpret_cast<Function*>(Symbol(name));
+Function* FindFunction(const char* name) {
+  return reinterpret_cast<Function*>(FindSymbol(name));
 }
 
 }  // namespace recorder
