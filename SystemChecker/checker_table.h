@@ -1,13 +1,16 @@
 // The checkers in the order in which they run.
 #pragma once
 
+#include <iterator>
+
 #include "SystemChecker/checkers.h"
+#include "SystemChecker/findings.h"
 
 namespace VELA::SystemHealth {
 
 using Checker = std::optional<CheckerRule> (*)(const SystemInfoHandler&);
 
-// The order decides between findings of the same priority.
+// In the order of Check, which decides between findings of the same priority.
 inline constexpr Checker kCheckers[] = {
     VolumeUsageChecker,             // internal volumes short of space or inodes
     ExternalVolumeChecker,          // USB, SD-card and eSATA volumes short of space
@@ -20,5 +23,6 @@ inline constexpr Checker kCheckers[] = {
     HAStatusChecker,                // a cluster in trouble
     SANStatusChecker,               // crashed LUNs, LUNs running out of space
 };
+static_assert(std::size(kCheckers) == kChecks.size(), "a checker has no row in findings.h");
 
 }  // namespace VELA::SystemHealth

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 
 namespace common {
 
@@ -30,5 +31,18 @@ static_assert(kSourceNames.size() == static_cast<std::size_t>(Source::San) + 1);
 constexpr const char* SourceName(Source source) {
   return kSourceNames[static_cast<std::size_t>(source)];
 }
+
+class SourceSet {
+ public:
+  constexpr SourceSet(std::initializer_list<Source> sources) {
+    for (const Source source : sources) bits_ |= Bit(source);
+  }
+  constexpr bool Contains(Source source) const { return (bits_ & Bit(source)) != 0; }
+
+ private:
+  static constexpr unsigned Bit(Source source) { return 1U << static_cast<unsigned>(source); }
+
+  unsigned bits_ = 0;
+};
 
 }  // namespace common

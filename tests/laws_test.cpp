@@ -19,7 +19,7 @@ using simulator::Faults;
 using simulator::Machine;
 using simulator::RandomMachine;
 
-constexpr unsigned kMachines = 200;
+constexpr unsigned kMachines = simulator::kRandomMachines;
 
 class Laws : public SimulatedTest {
  protected:

@@ -12,6 +12,7 @@ struct CatalogueEntry {
   FindingType type;
   const char* id;
   const char* textKey;
+  const char* check;  // which makes it; "" of the healthy default
 };
 
 // The most urgent first; the healthy default is the last.

@@ -42,10 +42,12 @@ void PrintMarkdown(const Finding& finding, const Texts& texts) {
   }
 }
 
-Json::Value AsJson(const Finding& finding, const Texts& texts) {
+Json::Value AsJson(const CatalogueEntry& row, const Texts& texts) {
+  const Finding finding = FindingOf(row);
   Json::Value entry;
   entry["id"] = finding.id;
   entry["text"] = finding.TextKey();
+  entry["check"] = row.check;
   entry["type"] = static_cast<int>(finding.type);
   entry["priority"] = finding.priority;
   entry["title"] = FindAdvice(finding, "title", texts);
@@ -66,7 +68,7 @@ ExitStatus RunFindings(Session& session, bool markdown) {
   for (const CatalogueEntry& entry : Catalogue()) {
     const Finding finding = FindingOf(entry);
     if (session.Options().json) {
-      all.append(AsJson(finding, texts));
+      all.append(AsJson(entry, texts));
     } else if (markdown) {
       PrintMarkdown(finding, texts);
     } else {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "SystemChecker/checker_table.h"
+#include "SystemChecker/findings.h"
 #include "SystemChecker/system_checker_handler.h"
 #include "SystemInfo/system_info_handler.h"
 #include "module/explain/decisive.h"
@@ -16,22 +17,21 @@ namespace VELA::SystemHealth::Explain {
 namespace {
 
 struct Row {
-  const char* name;
   Checker check;
   Json::Value (*inputs)(const SystemInfoHandler& info);
 };
 
 constexpr Row kRows[] = {
-    {"volume usage", VolumeUsageChecker, VolumeUsageInputs},
-    {"external volumes", ExternalVolumeChecker, ExternalVolumeInputs},
-    {"disks", DiskStatusChecker, DiskStatusInputs},
-    {"storage overview", StorageManagerOverviewChecker, StorageOverviewInputs},
-    {"UPS", UpsStatusChecker, UpsInputs},
-    {"enclosures", EnclosureStatusChecker, EnclosureInputs},
-    {"system status", SystemStatusChecker, SystemStatusInputs},
-    {"expansion units", EboxStatusChecker, ExpansionUnitInputs},
-    {"high availability", HAStatusChecker, ClusterInputs},
-    {"SAN", SANStatusChecker, SanInputs},
+    {VolumeUsageChecker, VolumeUsageInputs},
+    {ExternalVolumeChecker, ExternalVolumeInputs},
+    {DiskStatusChecker, DiskStatusInputs},
+    {StorageManagerOverviewChecker, StorageOverviewInputs},
+    {UpsStatusChecker, UpsInputs},
+    {EnclosureStatusChecker, EnclosureInputs},
+    {SystemStatusChecker, SystemStatusInputs},
+    {EboxStatusChecker, ExpansionUnitInputs},
+    {HAStatusChecker, ClusterInputs},
+    {SANStatusChecker, SanInputs},
 };
 
 // The order decides between equal priorities: row by row, these are the health module's own.
@@ -49,7 +49,7 @@ Json::Value Explain(const SystemInfoHandler& info) {
   for (const Row& row : kRows) {
     std::optional<CheckerRule> rule = row.check(info);
     Json::Value checker;
-    checker["name"] = row.name;
+    checker["name"] = kChecks[static_cast<std::size_t>(&row - kRows)].name;
     checker["saw"] = row.inputs(info);
     checker["rule"] = rule ? rule->ToJson() : Json::Value();
     MarkDecisive(checker["rule"], checker["saw"]);

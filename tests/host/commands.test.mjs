@@ -119,6 +119,13 @@ test("findings is the page in the documentation", () => {
   }
 });
 
+test("the lab's names stand for the findings, each for one", () => {
+  const known = JSON.parse(run(["findings", "--json"]).out).map(({type, id, text}) => `${type} ${id} ${text}`);
+  const named = read(join(source, "tools/lab/guest/findings")).split("\n").filter((line) => /^\w/.test(line))
+    .map((line) => line.split(/ +/).slice(1).join(" ").replace(/ \w+:/, " "));
+  assert.deepEqual(named.sort(), known.sort());
+});
+
 test("explain shows every check and what decided", () => expectAll([
   ["fan-failed-and-cluster-trouble", "en", 1, [
     "Volume usage: nothing to report\n    model without disk bays: no\n",

@@ -89,25 +89,6 @@ TEST(Texts, EverySourceHasANameForPeople) {
   EXPECT_NE(texts.FindText("source", "operating system"), nullptr) << "what only the log tells of";
 }
 
-TEST(Catalogue, HoldsExactlyWhatScenariosBringInOrderOfUrgency) {
-  const auto row = [](double priority, FindingType type, const std::string& id,
-                      const std::string& key) {
-    return std::tuple(priority, static_cast<int>(type), id, key);
-  };
-  std::set<std::tuple<double, int, std::string, std::string>> known, reached;
-  double last = -20;
-  for (const CatalogueEntry& entry : Catalogue()) {
-    EXPECT_GE(entry.priority, last) << entry.id;
-    last = entry.priority;
-    known.insert(row(entry.priority, entry.type, entry.id, entry.textKey));
-  }
-  for (const Finding& finding : ReachableFindings()) {
-    reached.insert(row(finding.priority, finding.type, finding.id, finding.TextKey()));
-  }
-  EXPECT_EQ(known.size(), Catalogue().size());
-  EXPECT_EQ(known, reached);
-}
-
 TEST(Texts, SingularAndPluralComeInPairs) {
   const Texts texts(VELA_TEXTS, "en");
   const auto& section = texts.Sections().find("iscsimgr")->second;

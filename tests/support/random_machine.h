@@ -17,6 +17,13 @@ struct Fault {
 // Every fault that a checker tells of. Those that silence another finding are not here.
 std::span<const Fault> Faults();
 
+// How many a test tries: fewer where a sanitizer makes each of them slow.
+#ifdef VELA_FEW_MACHINES
+constexpr unsigned kRandomMachines = 40;
+#else
+constexpr unsigned kRandomMachines = 200;
+#endif
+
 struct RandomMachine {
   explicit RandomMachine(unsigned seed);  // the same machine for the same seed, always
 
