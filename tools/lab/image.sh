@@ -55,7 +55,7 @@ unpack_kernel() {
   (cd "$kernel" && apt-get download -qq -o APT::Sandbox::User=root "$package" && dpkg -x linux-image-*.deb . && rm linux-image-*.deb) || return
   # shellcheck disable=SC2086 # one word a folder
   (cd "$kernel"/lib/modules/*/kernel && rm -rf $UNNEEDED_MODULES)
-  # Without their signatures: verifying one takes an emulated processor as long as starting a program.
+  # Without signatures: verifying one takes an emulated processor as long as starting a program.
   find "$kernel/lib/modules" -name '*.ko' -print0 | xargs -0 strip --strip-debug
   depmod -b "$kernel" "$(kernel_version)"
   cp "$kernel"/boot/vmlinuz-* "$LAB_WORK/vmlinuz"

@@ -90,7 +90,7 @@ gone() {
 # no_finding NAME: a source may be gone (exit status 3), but that is no reason for alarm.
 no_finding() { no_alarm "$1" '[03]'; }
 
-# quiet NAME: a healthy machine: every source is read or not there, and not a word in the system log.
+# quiet NAME: a healthy machine. Every source is read or not there, and the system log has no word.
 quiet() { no_alarm "$1" 0 log; }
 
 # no_alarm NAME EXIT-STATUS-PATTERN [log]. An emulated processor on a busy machine may be too slow
