@@ -72,12 +72,13 @@ class FieldReader {
   }
   void Read(const char* name, Sources& target) {
     reader_.Read(name, [&target](ObjectReader& members) {
-      for (int source = 0; source < source_status::kSourceCount; ++source) {
-        const char* key = common::SourceName(static_cast<source_status::Source>(source));
-        if (members.Take(key) == nullptr) continue;
-        members.Read(key, [&](ObjectReader& reader) { ReadFields(reader, target[key]); });
-      }
+      for (int source = 0; source < source_status::kSourceCount; ++source)
+        ReadSource(members, common::SourceName(static_cast<source_status::Source>(source)), target);
     });
+  }
+  static void ReadSource(ObjectReader& members, const char* key, Sources& target) {
+    if (members.Take(key) == nullptr) return;
+    members.Read(key, [&](ObjectReader& reader) { ReadFields(reader, target[key]); });
   }
 
   ObjectReader& reader_;

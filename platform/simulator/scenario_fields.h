@@ -85,6 +85,21 @@ void DescribeStorage(Fields& storage) {
 }
 
 template <typename Fields>
+void DescribeConfiguration(Fields& configuration) {
+  configuration("fails", &Machine::keyValueFails);
+  configuration("settings", &Machine::settings);
+  configuration("defaults", &Machine::defaults);
+}
+
+template <typename Fields>
+void DescribeUps(Fields& ups) {
+  ups("fails", &Machine::upsFails);
+  ups("enabled", &Machine::upsEnabled);
+  ups("state", &Machine::upsState);
+  ups("connected", &Machine::upsConnected);
+}
+
+template <typename Fields>
 void Describe(Fields& fields, std::type_identity<Machine>) {
   fields("hostName", &Machine::hostName);
   fields("uptime", &Machine::uptime);
@@ -97,23 +112,14 @@ void Describe(Fields& fields, std::type_identity<Machine>) {
     network("fails", &Machine::interfacesFail);
     network("interfaces", &Machine::interfaces);
   });
-  fields.Group("configuration", [](auto& configuration) {
-    configuration("fails", &Machine::keyValueFails);
-    configuration("settings", &Machine::settings);
-    configuration("defaults", &Machine::defaults);
-  });
+  fields.Group("configuration", [](auto& configuration) { DescribeConfiguration(configuration); });
   fields.Group("hardware", [](auto& hardware) { DescribeHardware(hardware); });
   fields.Group("webServer", [](auto& webServer) {
     webServer("defaultConfiguration", &Machine::httpDefaultConf);
     webServer("configurationApplies", &Machine::webServerApplies);
   });
   fields.Document("securityScan", &Machine::securityScan);
-  fields.Group("ups", [](auto& ups) {
-    ups("fails", &Machine::upsFails);
-    ups("enabled", &Machine::upsEnabled);
-    ups("state", &Machine::upsState);
-    ups("connected", &Machine::upsConnected);
-  });
+  fields.Group("ups", [](auto& ups) { DescribeUps(ups); });
   fields.Group("storage", [](auto& storage) { DescribeStorage(storage); });
   fields.Group("externalVolumes", [](auto& external) {
     external("usb", &Machine::usb);
