@@ -1,7 +1,7 @@
 #include <boost/regex.hpp>
 
 #include "SystemChecker/checkers.h"
-#include "SystemInfo/system_info_handler.h"
+#include "SystemChecker/predicates.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -35,42 +35,54 @@ FormatUnit EsataUnit(const std::string& name) {
   return {name, std::nullopt};
 }
 
-struct DeviceKind {
-  ExternalVolumeType type;
-  const char* thresholdKey;  // a fraction of the total size: 0.05 is five per cent
-  FormatUnit (*unit)(const std::string& name);
-};
-
-constexpr DeviceKind kDeviceKinds[] = {
-    {ExternalVolumeType::Usb, "usb_partition_warning_percent", UsbUnit},
-    {ExternalVolumeType::SdCard, "sdcard_partition_warning_percent", SdCardUnit},
-    {ExternalVolumeType::Esata, "esata_partition_warning_percent", EsataUnit},
-};
-
-// A total of zero is never low: the ratio is infinite or not a number.
-bool IsLow(const ExternalVolume& volume, double threshold) {
-  return threshold > static_cast<double>(volume.freeSize) / static_cast<double>(volume.totalSize);
+FormatUnit UnitName(ExternalVolumeType type, const std::string& name) {
+  switch (type) {
+    case ExternalVolumeType::Usb:
+      return UsbUnit(name);
+    case ExternalVolumeType::SdCard:
+      return SdCardUnit(name);
+    case ExternalVolumeType::Esata:
+      break;
+  }
+  return EsataUnit(name);
 }
 
 }  // namespace
 
+double ExternalVolumeMark(const VelaConfInfo& conf, ExternalVolumeType type) {
+  switch (type) {
+    case ExternalVolumeType::Usb:
+      return conf.InfoDouble("usb_partition_warning_percent", 0.05);
+    case ExternalVolumeType::SdCard:
+      return conf.InfoDouble("sdcard_partition_warning_percent", 0.05);
+    case ExternalVolumeType::Esata:
+      break;
+  }
+  return conf.InfoDouble("esata_partition_warning_percent", 0.05);
+}
+
+// A total of zero is never low: the ratio is infinite or not a number.
+bool IsShortOfSpace(const ExternalVolume& volume, double mark) {
+  return mark > static_cast<double>(volume.freeSize) / static_cast<double>(volume.totalSize);
+}
+
 // One finding names every low volume of the first kind that has one.
 std::optional<CheckerRule> ExternalVolumeChecker(const SystemInfoHandler& info) {
   const VelaConfInfo& conf = info.GetVelaConfInfo();
-  for (const DeviceKind& kind : kDeviceKinds) {
-    const bool noDisks = conf.DefCheckValue("maxdisks", "0", false);
-    const double threshold = conf.InfoDouble(kind.thresholdKey, 0.05);
+  for (const ExternalVolumeType type : kExternalVolumeTypes) {
+    const bool noBays = HasNoBays(conf);
+    const double mark = ExternalVolumeMark(conf, type);
 
     StringFormatter formatter{", ", "{}"};
-    for (const ExternalVolume& volume : info.GetExternalVolumeInfo().GetExternalVolumes(kind.type))
-      if (IsLow(volume, threshold)) formatter.Push(kind.unit(volume.volume));
+    for (const ExternalVolume& volume : info.GetExternalVolumeInfo().GetExternalVolumes(type))
+      if (IsShortOfSpace(volume, mark)) formatter.Push(UnitName(type, volume.volume));
     if (formatter.Empty()) continue;
 
     Description description = formatter.PopDescription(
         "{} {}",
         {{"common", "colon"}, {"externaldevice", "externaldevice_available_space_warning"}});
-    return noDisks ? CheckerRule(Warning, 9.0, "external_volume", std::move(description))
-                   : CheckerRule(Normal, 30.0, "external_volume", std::move(description));
+    return noBays ? CheckerRule(Warning, 9.0, "external_volume", std::move(description))
+                  : CheckerRule(Normal, 30.0, "external_volume", std::move(description));
   }
   return std::nullopt;
 }

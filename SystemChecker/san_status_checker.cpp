@@ -3,7 +3,7 @@
 #include <unordered_map>
 
 #include "SystemChecker/checkers.h"
-#include "SystemInfo/system_info_handler.h"
+#include "SystemChecker/predicates.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -24,9 +24,9 @@ struct Luns {
 Luns Classify(const std::vector<LunInfo>& luns) {
   Luns result;
   for (const LunInfo& lun : luns) {
-    if (lun.status == "Unhealthy" || lun.status == "unavailabling") {
+    if (IsCrashed(lun.status)) {
       ++result.crashed;
-    } else if (lun.status != "normal") {
+    } else if (IsDegraded(lun.status)) {
       ++result.others[lun.location];
     }
   }
@@ -49,7 +49,7 @@ LowVolumes FindLowVolumes(const std::vector<VolumeInfo>& volumes, const LunsAt& 
   LowVolumes low;
   for (const VolumeInfo& volume : volumes) {
     const auto onVolume = luns.find(volume.path);
-    if (onVolume == luns.end() || volume.freeSize > volume.totalSize / 10) continue;
+    if (onVolume == luns.end() || !IsShortOfSpace(volume)) continue;
     Group& group = volume.freeSize <= kHardLimit   ? low.hardLimit
                    : volume.freeSize <= kSoftLimit ? low.softLimit
                                                    : low.space;
@@ -72,6 +72,16 @@ CheckerRule LunFinding(double priority, const char* singular, const char* plural
 }
 
 }  // namespace
+
+bool IsCrashed(std::string_view lunStatus) {
+  return lunStatus == "Unhealthy" || lunStatus == "unavailabling";
+}
+
+bool IsDegraded(std::string_view lunStatus) {
+  return lunStatus != "normal" && !IsCrashed(lunStatus);
+}
+
+bool IsShortOfSpace(const VolumeInfo& volume) { return volume.freeSize <= volume.totalSize / 10; }
 
 // The first that holds is the finding; priorities are not compared here.
 std::optional<CheckerRule> SANStatusChecker(const SystemInfoHandler& info) {

@@ -1,7 +1,7 @@
 #include <boost/algorithm/string/join.hpp>
 
 #include "SystemChecker/checkers.h"
-#include "SystemInfo/system_info_handler.h"
+#include "SystemChecker/predicates.h"
 
 namespace VELA::SystemHealth {
 namespace {
@@ -30,25 +30,31 @@ std::vector<std::string> NamesOfVolumes(const SystemInfoHandler& info, Predicate
 
 }  // namespace
 
+bool HasNoBays(const VelaConfInfo& conf) { return conf.DefCheckValue("maxdisks", "0", false); }
+
+double InodeMark(const VelaConfInfo& conf) {
+  return conf.InfoDouble("disk_inode_warning_percent", 0.05);
+}
+
 // Space before inodes: the first stage that finds anything ends the check. A model
-// without internal disks gets a warning where others get a notice.
+// without disk bays gets a warning where others get a notice; each stage asks the settings for
+// itself.
 std::optional<CheckerRule> VolumeUsageChecker(const SystemInfoHandler& info) {
   const VelaConfInfo& conf = info.GetVelaConfInfo();
 
-  const bool noDisks = conf.DefCheckValue("maxdisks", "0", false);
+  const bool noBays = HasNoBays(conf);
   const auto lowOnSpace = NamesOfVolumes(
       info, [](const VolumeUsageInfo& volume) { return volume.WarningOutOfSpace(); });
   if (!lowOnSpace.empty())
-    return noDisks
-               ? MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Warning, 9.0)
-               : MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Normal, 30.0);
+    return noBays ? MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Warning, 9.0)
+                  : MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Normal, 30.0);
 
-  const double ratio = conf.InfoDouble("disk_inode_warning_percent", 0.05);
-  const bool stillNoDisks = conf.DefCheckValue("maxdisks", "0", false);
+  const double mark = InodeMark(conf);
+  const bool stillNoBays = HasNoBays(conf);
   const auto lowOnInodes = NamesOfVolumes(
-      info, [ratio](const VolumeUsageInfo& volume) { return volume.WarningOutOfInode(ratio); });
+      info, [mark](const VolumeUsageInfo& volume) { return volume.WarningOutOfInode(mark); });
   if (lowOnInodes.empty()) return std::nullopt;
-  return stillNoDisks
+  return stillNoBays
              ? MakeVolumeUsageRule(lowOnInodes, "usb_available_inode_full_warning", Warning, 9.0)
              : MakeVolumeUsageRule(lowOnInodes, "available_inode_full_warning", Normal, 30.0);
 }

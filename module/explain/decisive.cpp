@@ -1,31 +1,34 @@
 #include "module/explain/decisive.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
+
+#include "SystemChecker/predicates.h"
 
 namespace VELA::SystemHealth::Explain {
 namespace {
 
 bool Always(const Json::Value&) { return true; }
-bool IsTrue(const Json::Value& value) { return value.isBool() && value.asBool(); }
-bool IsNotNormal(const Json::Value& value) {
-  return value.isString() && value.asString() != "normal";
+bool IsTrue(const Json::Value& value) { return value == true; }
+bool HasCrashed(const Json::Value& lun) { return IsCrashed(lun.asString()); }
+bool HasDegraded(const Json::Value& lun) { return IsDegraded(lun.asString()); }
+bool HasSystemCrashed(const Json::Value& disk) { return disk == "system_crashed"; }
+bool HasFailed(const Json::Value& supplies) {
+  return std::find(supplies.begin(), supplies.end(), "failed") != supplies.end();
 }
-bool HasCrashed(const Json::Value& value) {
-  return value == "Unhealthy" || value == "unavailabling";
+bool IsLow(const Json::Value& comparison, const char* unit) {
+  return comparison["low"] == true && comparison["unit"] == unit;
 }
-bool HasSystemCrashed(const Json::Value& value) { return value == "system_crashed"; }
-bool HasFailed(const Json::Value& value) {
-  for (const Json::Value& each : value)
-    if (each == "failed") return true;
-  return false;
-}
+bool IsLowOnBytes(const Json::Value& comparison) { return IsLow(comparison, "bytes"); }
+bool IsLowOnInodes(const Json::Value& comparison) { return IsLow(comparison, "inodes"); }
 
-// The input that a finding's text speaks of, by its beginning, and which values of it do.
+// The inputs that a finding's text speaks of, and which values of them do.
 struct Row {
-  std::string_view text;
-  const char* input;
-  bool (*speaksOf)(const Json::Value& value);
+  std::string_view textKey;
+  std::string_view input;
+  bool (*decides)(const Json::Value& value);
 };
 constexpr Row kRows[] = {
     {"storage_is_danger", "system volume crashed", IsTrue},
@@ -41,13 +44,32 @@ constexpr Row kRows[] = {
     {"enclosure_status_abnormal", "power supplies", HasFailed},
     {"temperature_warning", "too hot", IsTrue},
     {"system_web_server_failed", "web server failed", IsTrue},
-    {"usb_ups_status", "state", Always},
+    {"usb_ups_status_battery", "state", Always},
+    {"usb_ups_status_low_batt", "state", Always},
     {"desc_ha_abnormal", "status", Always},
-    {"lun_crash", "status", HasCrashed},
-    {"luns_crash", "status", HasCrashed},
-    {"lun_", "status", IsNotNormal},
-    {"luns_", "status", IsNotNormal},
+    {"lun_crash_warning", "status", HasCrashed},
+    {"luns_crash_warning", "status", HasCrashed},
+    {"lun_reach_hard_limit", "status", HasDegraded},
+    {"lun_reach_hard_limit", "compared", IsLowOnBytes},
+    {"luns_reach_hard_limit", "status", HasDegraded},
+    {"luns_reach_hard_limit", "compared", IsLowOnBytes},
+    {"lun_low_capacity_write_on", "status", HasDegraded},
+    {"lun_low_capacity_write_on", "compared", IsLowOnBytes},
+    {"luns_low_capacity_write_on", "status", HasDegraded},
+    {"luns_low_capacity_write_on", "compared", IsLowOnBytes},
+    {"lun_reach_soft_limit", "status", HasDegraded},
+    {"lun_reach_soft_limit", "compared", IsLowOnBytes},
+    {"luns_reach_soft_limit", "status", HasDegraded},
+    {"luns_reach_soft_limit", "compared", IsLowOnBytes},
+    {"lun_space_warning", "status", HasDegraded},
+    {"lun_space_warning", "compared", IsLowOnBytes},
+    {"luns_space_warning", "status", HasDegraded},
+    {"luns_space_warning", "compared", IsLowOnBytes},
     {"low_capacity_write_on_warning", "low-capacity write", IsTrue},
+    {"available_volume_space_warning", "compared", IsLowOnBytes},
+    {"externaldevice_available_space_warning", "compared", IsLowOnBytes},
+    {"available_inode_full_warning", "compared", IsLowOnInodes},
+    {"usb_available_inode_full_warning", "compared", IsLowOnInodes},
 };
 
 std::string TextKeyOf(const Json::Value& rule) {
@@ -59,30 +81,21 @@ std::string TextKeyOf(const Json::Value& rule) {
   return reference.substr(reference.find(':') + 1);
 }
 
-// Whether a finding speaks of what is free at all, of bytes or of inodes.
-void MarkComparisons(std::string_view text, Json::Value& compared) {
-  const auto speaksOf = [text](const char* word) { return text.find(word) != text.npos; };
-  const char* unit = speaksOf("inode") ? "inodes" : "bytes";
-  if (!speaksOf("inode") && !speaksOf("space") && !speaksOf("limit") &&
-      !speaksOf("n_low_capacity") && !speaksOf("ns_low_capacity"))
-    return;
-  for (Json::Value& comparison : compared)
-    comparison["decides"] = comparison["low"].asBool() && comparison["unit"] == unit;
-}
-
 // An object with its inputs, and those in its lists.
-void Mark(std::string_view text, Json::Value& object) {
-  for (const Row& row : kRows) {
-    if (!text.starts_with(row.text) || !object.isMember(row.input)) continue;
-    if (row.speaksOf(object[row.input])) object["decides"].append(row.input);
-    if (row.text != text) break;  // a longer beginning comes first, and counts alone
-  }
+void Mark(std::string_view textKey, Json::Value& object) {
   for (const std::string& name : object.getMemberNames()) {
+    Json::Value& value = object[name];
+    const auto row = std::ranges::find_if(
+        kRows, [&](const Row& each) { return each.textKey == textKey && each.input == name; });
+    const bool spoken = row != std::end(kRows);
     if (name == "compared") {
-      MarkComparisons(text, object[name]);
-    } else if (object[name].isArray() && name != "decides") {
-      for (Json::Value& element : object[name])
-        if (element.isObject()) Mark(text, element);
+      for (Json::Value& comparison : value)
+        if (spoken) comparison["decides"] = row->decides(comparison);
+    } else if (spoken && row->decides(value)) {
+      object["decides"].append(name);
+    } else if (value.isArray()) {
+      for (Json::Value& element : value)
+        if (element.isObject()) Mark(textKey, element);
     }
   }
 }

@@ -6,8 +6,8 @@
 
 #include "SystemChecker/checker_table.h"
 #include "SystemChecker/findings.h"
+#include "SystemChecker/predicates.h"
 #include "SystemChecker/system_checker_handler.h"
-#include "SystemInfo/system_info_handler.h"
 #include "module/explain/decisive.h"
 #include "module/explain/inputs.h"
 #include "module/health_document.h"
@@ -16,28 +16,48 @@
 namespace VELA::SystemHealth::Explain {
 namespace {
 
-struct Row {
-  Checker check;
-  Json::Value (*inputs)(const SystemInfoHandler& info);
+// What one check saw and found.
+struct Result {
+  Json::Value saw;
+  std::optional<CheckerRule> rule;
 };
 
+template <auto Checker, auto Inputs>
+Result Observe(const SystemInfoHandler& info) {
+  return {Inputs(info), Checker(info)};
+}
+
+// The cluster is no part of the snapshot: it is asked once for both.
+Result ObserveCluster(const SystemInfoHandler&) {
+  const std::optional<std::string> status = ReadClusterStatus();
+  return {ClusterInputs(status), JudgeCluster(status)};
+}
+
+struct Row {
+  Checker checker;
+  Result (*observe)(const SystemInfoHandler& info);
+};
+
+template <auto Checker, auto Inputs>
+constexpr Row kRow = {Checker, Observe<Checker, Inputs>};
+
 constexpr Row kRows[] = {
-    {VolumeUsageChecker, VolumeUsageInputs},
-    {ExternalVolumeChecker, ExternalVolumeInputs},
-    {DiskStatusChecker, DiskStatusInputs},
-    {StorageManagerOverviewChecker, StorageOverviewInputs},
-    {UpsStatusChecker, UpsInputs},
-    {EnclosureStatusChecker, EnclosureInputs},
-    {SystemStatusChecker, SystemStatusInputs},
-    {EboxStatusChecker, ExpansionUnitInputs},
-    {HAStatusChecker, ClusterInputs},
-    {SANStatusChecker, SanInputs},
+    kRow<VolumeUsageChecker, VolumeUsageInputs>,
+    kRow<ExternalVolumeChecker, ExternalVolumeInputs>,
+    kRow<DiskStatusChecker, DiskStatusInputs>,
+    kRow<StorageManagerOverviewChecker, StorageOverviewInputs>,
+    kRow<UpsStatusChecker, UpsInputs>,
+    kRow<EnclosureStatusChecker, EnclosureInputs>,
+    kRow<SystemStatusChecker, SystemStatusInputs>,
+    kRow<EboxStatusChecker, ExpansionUnitInputs>,
+    {HAStatusChecker, ObserveCluster},
+    kRow<SANStatusChecker, SanInputs>,
 };
 
 // The order decides between equal priorities: row by row, these are the health module's own.
 constexpr bool MatchesTheTable() {
   return std::equal(std::begin(kRows), std::end(kRows), std::begin(kCheckers), std::end(kCheckers),
-                    [](const Row& row, Checker checker) { return row.check == checker; });
+                    [](const Row& row, Checker checker) { return row.checker == checker; });
 }
 static_assert(MatchesTheTable(), "a checker has no row here, or they stand in another order");
 
@@ -46,13 +66,13 @@ static_assert(MatchesTheTable(), "a checker has no row here, or they stand in an
 Json::Value Explain(const SystemInfoHandler& info) {
   TopPriorityRule top;
   Json::Value answer(Json::objectValue);
-  for (const Row& row : kRows) {
-    std::optional<CheckerRule> rule = row.check(info);
+  for (std::size_t i = 0; i < std::size(kRows); ++i) {
+    auto [saw, rule] = kRows[i].observe(info);
     Json::Value checker;
-    checker["name"] = kChecks[static_cast<std::size_t>(&row - kRows)].name;
-    checker["saw"] = row.inputs(info);
+    checker["name"] = kChecks[i].name;
     checker["rule"] = rule ? rule->ToJson() : Json::Value();
-    MarkDecisive(checker["rule"], checker["saw"]);
+    MarkDecisive(checker["rule"], saw);
+    checker["saw"] = std::move(saw);
     answer["checkers"].append(std::move(checker));
     if (rule) top.Push(*std::move(rule));
   }

@@ -5,9 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "SystemInfo/system_info_handler.h"
+#include "SystemChecker/predicates.h"
 #include "common/number.h"
-#include "velac.h"
 
 namespace VELA::SystemHealth::Explain {
 namespace {
@@ -75,35 +74,28 @@ Json::Value VolumeUsageInputs(const SystemInfoHandler& info) {
   const auto& volumes = info.GetStorageInfo().GetVolumes();
   std::optional<double> inodeShare;  // where space is low the checker looks no further
   if (std::ranges::none_of(volumes, &VolumeUsageInfo::WarningOutOfSpace))
-    inodeShare = conf.InfoDouble("disk_inode_warning_percent", 0.05);
+    inodeShare = InodeMark(conf);
   Json::Value inputs;
-  inputs["model without bays"] = conf.DefCheckValue("maxdisks", "0", false);
+  inputs["model without bays"] = HasNoBays(conf);
   inputs["volumes"] = ListOf(
       volumes, [inodeShare](const VolumeUsageInfo& volume) { return InputOf(volume, inodeShare); });
   return inputs;
 }
 
 Json::Value ExternalVolumeInputs(const SystemInfoHandler& info) {
-  constexpr struct {
-    ExternalVolumeType type;
-    const char* shareKey;
-  } kKinds[] = {{ExternalVolumeType::Usb, "usb_partition_warning_percent"},
-                {ExternalVolumeType::SdCard, "sdcard_partition_warning_percent"},
-                {ExternalVolumeType::Esata, "esata_partition_warning_percent"}};
+  const VelaConfInfo& conf = info.GetVelaConfInfo();
   Json::Value inputs;
   inputs["volumes"] = Json::arrayValue;
   bool found = false;
-  for (const auto& kind : kKinds) {
+  for (const ExternalVolumeType type : kExternalVolumeTypes) {
     if (found) break;  // the checker looks no further
-    const double share = info.GetVelaConfInfo().InfoDouble(kind.shareKey, 0.05);
-    for (const ExternalVolume& volume :
-         info.GetExternalVolumeInfo().GetExternalVolumes(kind.type)) {
-      const bool low =
-          share > static_cast<double>(volume.freeSize) / static_cast<double>(volume.totalSize);
+    const double mark = ExternalVolumeMark(conf, type);
+    for (const ExternalVolume& volume : info.GetExternalVolumeInfo().GetExternalVolumes(type)) {
+      const bool low = IsShortOfSpace(volume, mark);
       found = found || low;
       Json::Value input;
       input["volume"] = volume.volume;
-      input["compared"].append(Comparison("bytes", volume.freeSize, volume.totalSize, share, low));
+      input["compared"].append(Comparison("bytes", volume.freeSize, volume.totalSize, mark, low));
       inputs["volumes"].append(std::move(input));
     }
   }
@@ -161,14 +153,10 @@ Json::Value ExpansionUnitInputs(const SystemInfoHandler& info) {
   return inputs;
 }
 
-Json::Value ClusterInputs(const SystemInfoHandler&) {
+Json::Value ClusterInputs(const std::optional<std::string>& status) {
   Json::Value inputs;
-  inputs["running"] = VELAHAIsRunning() != 0;
-  if (!inputs["running"].asBool()) return inputs;
-  char status[1024] = {};
-  VELAHAGetOverviewStatusDL(status, sizeof status);
-  status[sizeof status - 1] = '\0';
-  inputs["status"] = status;
+  inputs["running"] = status.has_value();
+  if (status) inputs["status"] = *status;
   return inputs;
 }
 
@@ -187,8 +175,8 @@ Json::Value SanInputs(const SystemInfoHandler& info) {
     Json::Value input;
     input["volume"] = volume.path;
     // Only a tenth tells apart here; which limit a low volume has reached is in the finding.
-    input["compared"].append(Comparison("bytes", volume.freeSize, volume.totalSize, 0.1,
-                                        volume.freeSize <= volume.totalSize / 10));
+    input["compared"].append(
+        Comparison("bytes", volume.freeSize, volume.totalSize, kSanMark, IsShortOfSpace(volume)));
     return input;
   });
   return inputs;

@@ -1,6 +1,9 @@
 // What each checker looks at, as JSON for people: only what it reads, by its own name.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include <json/value.h>
 
 namespace VELA::SystemHealth {
@@ -17,7 +20,7 @@ Json::Value UpsInputs(const SystemInfoHandler& info);
 Json::Value EnclosureInputs(const SystemInfoHandler& info);
 Json::Value SystemStatusInputs(const SystemInfoHandler& info);
 Json::Value ExpansionUnitInputs(const SystemInfoHandler& info);
-Json::Value ClusterInputs(const SystemInfoHandler& info);
+Json::Value ClusterInputs(const std::optional<std::string>& status);
 Json::Value SanInputs(const SystemInfoHandler& info);
 
 }  // namespace VELA::SystemHealth::Explain
