@@ -11,12 +11,12 @@ struct EnclosureStatus {};
 
 class EnclosureStatusInfo : public AbstractInfo {
  public:
-  void Init() override { LoadEnclosuresStatusInfo(); }
+  void Init() override;
 
   const std::vector<EnclosureStatus>& GetEnclosureStatus() const { return enclosures_; }
 
  private:
-  void LoadEnclosuresStatusInfo() {}
+  void LoadEnclosuresStatusInfo();
 
   std::vector<EnclosureStatus> enclosures_;
 };

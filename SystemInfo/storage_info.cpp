@@ -28,10 +28,12 @@ constexpr int kSpaceSelection = 23;  // the storage manager's, as every caller p
 constexpr int kVolumeType = 1;
 
 // The second of the pieces between underscores. Cut by hand: a general splitter takes six
-// allocations a volume, and only an identifier in one piece needs the list of pieces.
+// allocations a volume.
 std::string VolumeIdOf(const std::string& spaceId) {
   const std::size_t first = spaceId.find('_');
-  if (first == spaceId.npos) return std::vector{spaceId}.at(1);
+  if (first == spaceId.npos)  // in the words of a list of pieces that has only one
+    throw std::out_of_range(
+        "vector::_M_range_check: __n (which is 1) >= this->size() (which is 1)");
   std::string volumeId = spaceId.substr(first + 1, spaceId.find('_', first + 1) - first - 1);
   if (volumeId.empty()) throw std::runtime_error("Failed to parse volume_id from : " + spaceId);
   return volumeId;
