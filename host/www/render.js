@@ -86,7 +86,7 @@ const kIcons = {
 };
 
 // Names are anybody's: without what would turn the text around them.
-const harmless = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
+const sanitize = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
 
 export function showHeadline(widget, verdict, sentence, texts) {
   widget.dataset.verdict = verdict;
@@ -110,7 +110,7 @@ export function showLabels(root, texts) {
 }
 
 export function sentenceOf(rule, texts) {
-  return harmless(render(rule.description, texts));
+  return sanitize(render(rule.description, texts));
 }
 
 export const kLanguages = {en: "English", de: "Deutsch", fr: "Français", es: "Español", ja: "日本語", "zh-CN": "简体中文"};

@@ -8,7 +8,7 @@ const require = createRequire(`${modules}/`);
 const playwright = require("playwright-core");
 const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 
-const kPatience = 120000;  // milliseconds: a busy machine is no broken one
+const kTimeoutMilliseconds = 120000;  // a busy machine is no broken one
 export const kLanguages = ["en", "de", "fr", "es", "ja", "zh-CN"];
 
 // What a console said, and requests to anybody but a server of ours, since the last look.
@@ -19,7 +19,7 @@ export function problemsSoFar() {
   return found;
 }
 
-export const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"], timeout: kPatience});
+export const browser = await playwright.chromium.launch({executablePath: chromium, args: ["--no-sandbox"], timeout: kTimeoutMilliseconds});
 
 const asked = (...words) => spawnSync(program, words, {encoding: "utf8"}).stdout;
 export const findings = () => JSON.parse(asked("findings", "--json"));
@@ -36,7 +36,7 @@ export async function serve(...options) {
 // A tab of a new browser profile. `requests` grows with each request: {url, at: the page's time}.
 export async function tab(options = {}) {
   const context = await browser.newContext({locale: "en", bypassCSP: true, ...options});
-  context.setDefaultTimeout(kPatience);
+  context.setDefaultTimeout(kTimeoutMilliseconds);
   const page = await context.newPage();
   const requests = [];
   page.on("console", (message) => message.type() === "error" && problems.push(message.text()));
