@@ -31,14 +31,6 @@ test("the document is the module's, and other paths name what exists", async () 
   }
 });
 
-test("one connection carries many requests", async () => {
-  const {port} = await serve("--scenario", "healthy");
-  const answers = await exchange(port, `GET ${kGet} HTTP/1.1\r\nHost: localhost\r\n\r\n`.repeat(2) +
-    `HEAD ${kGet} HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n`);
-  assert.equal(answers.match(/HTTP\/1.1 200 OK/g).length, 3);
-  assert.ok(answers.endsWith("\r\n\r\n"), "HEAD has no body");
-});
-
 test("metrics count each request, and seconds", async () => {
   const {port} = await serve("--scenario", scenario("slow", {hardware: {delay: 300, fanFailed: true}}));
   const first = ask(port, kGet);
