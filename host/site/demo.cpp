@@ -36,8 +36,8 @@ Json::Value ReadRule(const std::filesystem::path& scenario) {
 
 // Of several machines the one with the shortest name, which as a rule has the least beside its
 // finding; those that show a failing source are not about theirs.
-std::map<Kind, Sample> SamplesOf(const std::set<std::string, std::less<>>& names,
-                                 const std::filesystem::path& folder) {
+std::map<Kind, Sample> PickSamples(const std::set<std::string, std::less<>>& names,
+                                   const std::filesystem::path& folder) {
   std::map<Kind, Sample> samples;
   for (const std::string& name : names) {
     if (name.starts_with("failing-")) continue;
@@ -65,7 +65,7 @@ Demo::Demo(const Platform& platform, std::filesystem::path scenarios)
     throw Failure(kUnavailable, "Cannot show a demo: there are no scenarios in " +
                                     folder_.string() + ". Install the program again.");
   }
-  const std::map<Kind, Sample> samples = SamplesOf(names_, folder_);
+  const std::map<Kind, Sample> samples = PickSamples(names_, folder_);
   Json::Value gallery;
   for (const CatalogueEntry& entry : Catalogue()) {
     const auto sample = samples.find({entry.id, entry.type, entry.textKey});

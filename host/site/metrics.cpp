@@ -29,7 +29,7 @@ void Add(MetricFamily& family, Labels labels, double value) {
   family.metric.push_back(std::move(metric));
 }
 
-Labels LabelsOf(const Finding& finding) {
+Labels LabelFinding(const Finding& finding) {
   return {
       {"id", finding.id}, {"type", ToString(JudgeFinding(finding))}, {"text", finding.TextKey()}};
 }
@@ -37,7 +37,7 @@ Labels LabelsOf(const Finding& finding) {
 MetricFamily MostUrgent(const Finding& finding) {
   MetricFamily family = Gauges("vela_health_finding_priority",
                                "The most urgent finding; the smaller, the more urgent, 40 is well");
-  Add(family, LabelsOf(finding), finding.priority);
+  Add(family, LabelFinding(finding), finding.priority);
   return family;
 }
 
@@ -47,7 +47,7 @@ void AddCheckers(std::vector<MetricFamily>& families, const std::vector<CheckerR
   for (const CheckerResult& result : results) {
     Add(found, {{"checker", result.name}}, result.finding ? 1 : 0);
     if (!result.finding) continue;
-    Labels labels = LabelsOf(*result.finding);
+    Labels labels = LabelFinding(*result.finding);
     labels.push_back({"checker", result.name});
     Add(priority, std::move(labels), result.finding->priority);
   }

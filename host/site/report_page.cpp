@@ -20,7 +20,7 @@ struct Icon {
 };
 
 // The same as the page's.
-Icon IconOf(Verdict verdict) {
+Icon ChooseIcon(Verdict verdict) {
   switch (verdict) {
     case Verdict::Danger:
       return {"M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"};
@@ -35,7 +35,7 @@ Icon IconOf(Verdict verdict) {
 }
 
 std::string Headline(Verdict look, const std::string& sentence, const Texts& texts) {
-  const Icon icon = IconOf(look);
+  const Icon icon = ChooseIcon(look);
   return "<div class=\"headline\"><svg class=\"icon\" viewBox=\"0 0 48 48\" aria-hidden=\"true\">"
          "<path class=\"shape\" d=\"" +
          std::string(icon.shape) + "\"/><path class=\"mark\" d=\"" + icon.mark +
@@ -61,7 +61,9 @@ std::string Section(const std::string& title, const std::string& markup) {
   return markup.empty() ? "" : WrapInTag("section", MakeElement("h2", title) + markup);
 }
 
-std::string ClassOf(Verdict verdict) { return std::string("class=\"") + ToString(verdict) + "\""; }
+std::string WriteClass(Verdict verdict) {
+  return std::string("class=\"") + ToString(verdict) + "\"";
+}
 
 std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Texts& texts) {
   std::string articles;
@@ -73,7 +75,7 @@ std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Text
                                                                texts.Resolve("common:colon")) +
                                               MakeElement("bdi", RenderSentence(finding, texts))) +
                               MakeElement("p", FindAdvice(finding, "do", texts)),
-                          ClassOf(verdict));
+                          WriteClass(verdict));
   }
   return Section(texts.FormatUi("further"), articles);
 }
@@ -95,7 +97,7 @@ std::string Check(const CheckerResult& result, const Texts& texts) {
   }
   return WrapInTag("article",
                    WrapInTag("h3", title) + (inputs.empty() ? "" : WrapInTag("ul", inputs)),
-                   ClassOf(verdict));
+                   WriteClass(verdict));
 }
 
 std::string Checks(const std::vector<CheckerResult>& results,
