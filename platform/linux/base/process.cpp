@@ -20,7 +20,7 @@ namespace {
 
 using std::chrono::milliseconds, std::chrono::microseconds, std::chrono::steady_clock;
 
-constexpr auto kReapWait = milliseconds(100);
+constexpr auto kGracePeriod = milliseconds(100);
 
 // Children that a SIGKILL did not end in time. They wait in the kernel, on a dead disk
 // say, and another run of the same program would only join them.
@@ -179,9 +179,12 @@ int Child::Finish() {
   const pid_t pid = std::exchange(pid_, -1);
   output_ = Descriptor();
   // A program that closed its output is about to exit and may keep its exit status.
-  if (ended_ && cut_ == Cut::None) AwaitDeath(pid, TimesFactor(kReapWait));
+  if (ended_ && cut_ == Cut::None) AwaitDeath(pid, TimesFactor(kGracePeriod));
   kill(-pid, SIGKILL);
-  if (!AwaitDeath(pid, TimesFactor(kReapWait))) return AllStuck().Add(program_, pid), -1;
+  if (!AwaitDeath(pid, TimesFactor(kGracePeriod))) {
+    AllStuck().Add(program_, pid);
+    return -1;
+  }
   int status = -1;
   return waitpid(pid, &status, WNOHANG) == pid ? status : -1;
 }

@@ -37,7 +37,10 @@ bool MakeFolder(const std::string& path) {
   if (mkdir(path.c_str(), 0755) == 0) return chmod(path.c_str(), 0755) == 0;
   struct stat status = {};
   if (errno != EEXIST || stat(path.c_str(), &status) != 0) return false;
-  if (!S_ISDIR(status.st_mode)) return errno = ENOTDIR, false;
+  if (!S_ISDIR(status.st_mode)) {
+    errno = ENOTDIR;
+    return false;
+  }
   return access(path.c_str(), W_OK) == 0;
 }
 

@@ -37,10 +37,16 @@ ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
   for (;;) {
     const ssize_t got = read(file.Get(), part.data(), part.size());
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return text.clear(), ReadResult::Failed;
+    if (got < 0) {
+      text.clear();
+      return ReadResult::Failed;
+    }
     if (got == 0) break;
     text.append(part.data(), static_cast<std::size_t>(got));
-    if (text.size() > cap) return text.resize(cap), ReadResult::TooLarge;
+    if (text.size() > cap) {
+      text.resize(cap);
+      return ReadResult::TooLarge;
+    }
   }
   return ReadResult::Read;
 }

@@ -5,9 +5,17 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/base/joined.h"
-
 namespace linux_platform {
+
+// The texts one after the other, in one allocation, where a + b + c takes one more for each
+// that the text outgrows.
+template <typename... Parts>
+std::string Concatenate(const Parts&... parts) {
+  std::string text;
+  text.reserve((std::string_view(parts).size() + ...));
+  (text.append(std::string_view(parts)), ...);
+  return text;
+}
 
 // Empty, unless the environment variable VELA_ROOT named a folder when the platform was
 // first asked.
@@ -16,7 +24,7 @@ const std::string& Root();
 // that read devices know only the real one.
 template <typename... Parts>
 std::string BelowRoot(const Parts&... parts) {
-  return Joined(Root(), parts...);
+  return Concatenate(Root(), parts...);
 }
 
 // For tests: replaces the root; "" is the real one. Not while another thread asks.

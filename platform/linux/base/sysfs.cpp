@@ -17,16 +17,16 @@
 namespace linux_platform {
 namespace {
 
-std::string& Root() {
+std::string& TheSysRoot() {
   static std::string root = "/sys";
   return root;
 }
 
 }  // namespace
 
-const std::string& SysRoot() { return Root(); }
+const std::string& SysRoot() { return TheSysRoot(); }
 
-void SetSysRoot(std::string_view root) { Root() = root; }
+void SetSysRoot(std::string_view root) { TheSysRoot() = root; }
 
 std::string Attribute(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));

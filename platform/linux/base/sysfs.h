@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/base/joined.h"
+#include "platform/linux/base/root.h"
 
 namespace linux_platform {
 
@@ -18,7 +18,7 @@ void SetSysRoot(std::string_view root);
 // The path below it that the parts make up.
 template <typename... Parts>
 std::string Sys(const Parts&... parts) {
-  return Joined(SysRoot(), parts...);
+  return Concatenate(SysRoot(), parts...);
 }
 
 // The attribute's text without its last newline and blanks; empty for whatever reason.
@@ -32,7 +32,7 @@ std::vector<std::string> NamesIn(const std::string& folder);
 std::string LinkTarget(const std::string& path);
 // `folder`, a slash and `name`.
 inline std::string Within(std::string_view folder, std::string_view name) {
-  return Joined(folder, "/", name);
+  return Concatenate(folder, "/", name);
 }
 std::string_view LastComponent(std::string_view path);
 

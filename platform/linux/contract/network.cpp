@@ -21,10 +21,11 @@ constexpr int kMostShown = 32;
 
 // Only a device of this network namespace counts: /sys may show another one's.
 bool IsWireless(const Link& link) {
-  const std::string folder = Joined("/sys/class/net/", link.name);
-  if (access(Joined(folder, "/phy80211").c_str(), F_OK) != 0) return false;
+  const std::string folder = Concatenate("/sys/class/net/", link.name);
+  if (access(Concatenate(folder, "/phy80211").c_str(), F_OK) != 0) return false;
   std::string text;
-  if (ReadSmallFile(Joined(folder, "/ifindex").c_str(), 32, text) != ReadResult::Read) return false;
+  if (ReadSmallFile(Concatenate(folder, "/ifindex").c_str(), 32, text) != ReadResult::Read)
+    return false;
   int index = 0;
   std::from_chars(text.data(), text.data() + text.size(), index);
   return index == link.index;

@@ -53,7 +53,7 @@ std::string FindHolder(const std::string& device) {
   std::vector<std::string> holders = NamesIn(Within(folder, "holders"));
   for (const std::string& entry : NamesIn(folder))
     if (holders.empty() && entry.starts_with(device))
-      holders = NamesIn(Joined(folder, "/", entry, "/holders"));
+      holders = NamesIn(Concatenate(folder, "/", entry, "/holders"));
   return holders.empty() ? std::string() : holders.front();
 }
 
@@ -89,8 +89,8 @@ std::string ReadSerialNumber(const std::string& device, const std::string& path)
 std::string MakePlaceKey(const std::string& device, const DiskFacts& facts, bool enclosures) {
   if (enclosures)
     for (const std::string& entry : NamesIn(Within(facts.path, "device")))
-      if (entry.starts_with("enclosure_device:")) return Joined("bay ", ToSortKey(entry));
-  return Joined("path ", facts.place, device);
+      if (entry.starts_with("enclosure_device:")) return Concatenate("bay ", ToSortKey(entry));
+  return Concatenate("path ", facts.place, device);
 }
 
 class DiskReader {

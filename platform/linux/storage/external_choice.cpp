@@ -58,7 +58,7 @@ std::string MakePartitionSuffix(const Candidate& candidate) {
   std::string own;
   for (const std::string& entry : NamesIn(folder)) {
     if (!entry.starts_with(candidate.Disk())) continue;
-    const std::string number = Attribute(Joined(folder, "/", entry, "/partition"));
+    const std::string number = Attribute(Concatenate(folder, "/", entry, "/partition"));
     if (number.empty()) continue;
     ++partitions;
     const auto& layers = candidate.stack->layers;
