@@ -1,5 +1,5 @@
-// A machine that has everything that a request asks about, made of small files, a bus, a UPS
-// server and programs. All is well, unless its array is to have lost a member.
+// A machine of tests/fixtures/linux/machines/ as it stands here: over the real root, with a bus,
+// a UPS server and programs that are all well.
 #pragma once
 
 #include <sched.h>
@@ -47,21 +47,15 @@ inline std::pair<double, double> TimesIn(const std::vector<std::string>& lines) 
 
 class FullMachine : public MachineTree {
  public:
-  explicit FullMachine(bool arrayIsWhole = true) {
+  explicit FullMachine(const std::string& name = "full") : MachineTree(name) {
     struct stat root = {};
     stat("/", &root);
     // The real root, or there is nothing to measure; a disk of its own where it has a number.
     root_ = std::to_string(major(root.st_dev)) + ":" + std::to_string(minor(root.st_dev));
-    Disk("sda", "pci0/ata1/host0/target0:0:0/0:0:0:0", 8, 0, 1);
-    Disk("sdb", "pci0/ata2/host1/target1:0:0/1:0:0:0", 8, 16, 1);
     Disk("vda", "pci0/virtio0", static_cast<int>(major(root.st_dev)),
          static_cast<int>(minor(root.st_dev)));
-    std::vector<Member> members = {{"sda1", "in_sync", "0"}, {"sdb1", "in_sync", "1"}};
-    if (!arrayIsWhole) members.pop_back();
-    Array("md0", 0, "raid1", "clean", 2, arrayIsWhole ? 0 : 1, members);
     AlsoMounted("");
     Write("/proc/net/unix", "0: 2 0 10000 1 01 1 @pacemakerd\n");
-    Write("/proc/sys/kernel/random/boot_id", "this-boot\n");
     Collected(0);
     Program("/usr/sbin/nginx", "exit 0");
     Program("/usr/local/bin/velaiscsiep", "echo '{\"luns\": [], \"volumes\": []}'");
@@ -119,7 +113,7 @@ class FullMachine : public MachineTree {
   }
 
   // What `answers` prints of this machine, line by line; `with` goes before its name, `count`
-  // may have a number of threads behind it. It is as patient as tests are, or as `with` says.
+  // may have a number of threads behind it. It waits as long as tests do, or as `with` says.
   std::vector<std::string> Answers(const std::string& count, const std::string& with = "") const {
     const std::string command = "VELA_ROOT=" + Path().string() + " " + with +
                                 " " VELA_ANSWERS " " VELA_PLATFORM " " VELA_MODULE " " + count +
@@ -127,8 +121,8 @@ class FullMachine : public MachineTree {
     FILE* stream = popen(command.c_str(), "r");
     std::vector<std::string> lines;
     char* line = nullptr;
-    std::size_t room = 0;
-    for (ssize_t size; (size = getline(&line, &room, stream)) > 0;)
+    std::size_t capacity = 0;
+    for (ssize_t size; (size = getline(&line, &capacity, stream)) > 0;)
       lines.emplace_back(line, static_cast<std::size_t>(size) - 1);
     free(line);
     status = pclose(stream);

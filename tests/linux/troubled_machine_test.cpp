@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Milliseconds, with the usual patience: that an answer may take, whatever happens, and that it
+// Milliseconds, with the usual time-outs: that an answer may take, whatever happens, and that it
 // takes once what hangs is left alone.
 constexpr double kLongest = 2000, kSettled = 200;
 
@@ -133,12 +133,12 @@ std::string Survivors(const FullMachine& machine) {
 }
 
 // What is not as it must be when `well` is all else that the machine has to say, with so many
-// times the usual patience.
+// times the usual time-outs.
 testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
-                            const std::string& well, int patience) {
-  const int answers = patience == 1 ? trouble.answers : 6;
+                            const std::string& well, int factor) {
+  const int answers = factor == 1 ? trouble.answers : 6;
   const auto lines =
-      machine.Answers(std::to_string(answers), "VELA_TIMEOUT_FACTOR=" + std::to_string(patience));
+      machine.Answers(std::to_string(answers), "VELA_TIMEOUT_FACTOR=" + std::to_string(factor));
   testing::Message complaints;
   const auto expect = [&complaints](bool isTrue, const char* what) {
     if (!isTrue) complaints << what << "; ";
@@ -149,21 +149,22 @@ testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
   const std::string sources = testing::PrintToString(With(lines, "source"));
   expect(sources.find(trouble.reason) != std::string::npos, "another reason");
   const auto [longest, settled] = TimesIn(lines);
-  expect(longest < kLongest * patience, "an answer came late");
-  expect(settled < kSettled * patience, "what hangs was not left alone");
+  expect(longest < kLongest * factor, "an answer came late");
+  expect(settled < kSettled * factor, "what hangs was not left alone");
   expect(With(lines, "changed").empty(), "something stayed behind in the process");
   auto log = With(lines, "log");
   std::erase_if(log, [](const std::string& line) { return line.starts_with("debug "); });
   std::ranges::sort(log);
   expect(std::ranges::adjacent_find(log) == log.end(), "a failure was logged twice");
   if (!complaints.GetString().empty()) complaints << testing::PrintToString(lines);
-  std::printf("%d times patient: longest %.0f ms, then %.1f ms each\n", patience, longest, settled);
+  std::printf("factor %d: longest %.0f ms, then %.1f ms each\n", factor, longest, settled);
   return complaints;
 }
 
 TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   const Trouble& trouble = GetParam();
-  FullMachine machine(false);  // whatever else befalls it, the lost member must still be told
+  FullMachine machine(
+      "mirror-lost-member");  // whatever else befalls it, the lost member must still be told
   if (!machine.bus->Runs()) GTEST_SKIP() << "needs dbus-daemon: apt-get install dbus-daemon";
   if (!machine.Enter()) GTEST_SKIP() << "needs root";
   const auto lines = machine.Answers("1");
@@ -176,8 +177,8 @@ TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   trouble.befall(machine, holds);
   // On a machine that is busy with something else, with more time for everything.
   std::string complaints;
-  for (const int patience : {1, 8}) {
-    complaints = Complaints(machine, trouble, well, patience).GetString();
+  for (const int factor : {1, 8}) {
+    complaints = Complaints(machine, trouble, well, factor).GetString();
     if (complaints.empty()) break;
   }
   EXPECT_EQ(complaints, "");
@@ -196,7 +197,7 @@ TEST(FullMachine, IsAskedWithoutAnyHarm) {
 }
 
 TEST(FullMachine, TellsManyThreadsTheSameAtOnce) {
-  FullMachine machine(false);
+  FullMachine machine("mirror-lost-member");
   if (!machine.bus->Runs() || !machine.Enter()) GTEST_SKIP() << "needs root and dbus-daemon";
   machine.bus->Say("nginx.service", "ActiveState", "failed");
   const auto lines = machine.Answers("25 4");

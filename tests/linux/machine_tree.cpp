@@ -1,0 +1,137 @@
+#include "tests/linux/machine_tree.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+#include "platform/linux/base/sysfs.h"
+
+namespace {
+
+// With the times and bytes that the text names.
+std::string Resolve(std::string text) {
+  static const std::regex kTime(R"(\{now(-\d+)?\})"), kByte(R"(\\x([0-9a-f]{2}))");
+  for (std::smatch found; std::regex_search(text, found, kTime);)
+    text = found.prefix().str() +
+           std::to_string(std::time(nullptr) + std::atol(found.str(1).c_str())) +
+           found.suffix().str();
+  for (std::smatch found; std::regex_search(text, found, kByte);)
+    text = found.prefix().str() + static_cast<char>(std::stoi(found.str(1), nullptr, 16)) +
+           found.suffix().str();
+  return text;
+}
+
+std::string Indented(std::istream& rest) {
+  std::string text, line;
+  while (rest.peek() == ' ' && std::getline(rest, line)) text += line.substr(2) + "\n";
+  return text;
+}
+
+}  // namespace
+
+MachineTree::MachineTree() {
+  linux_platform::SetSysRoot((Path() / "sys").string());
+  for (const char* folder : {"/sys/dev/block", "/sys/class/block", "/sys/block"})
+    std::filesystem::create_directories(Path().string() + folder);
+  Write("/proc/swaps", "Filename Type Size Used Priority\n");
+}
+
+MachineTree::~MachineTree() { linux_platform::SetSysRoot("/sys"); }
+
+void MachineTree::Load(const std::string& name) const {
+  std::ifstream tree(FIXTURES "/machines/" + name + "/tree");
+  if (!tree) throw std::runtime_error("no machine is called " + name);
+  for (std::string line; std::getline(tree, line);)
+    if (!line.empty() && line[0] != '#') LoadLine(line, tree);
+}
+
+void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
+  std::istringstream words(line);
+  std::string kind, name, bus, below;
+  int major = 0, minor = 0, partitions = 0;
+  char colon = 0;
+  words >> kind >> name;
+  if (kind == "base") {
+    Load(name);
+  } else if (kind == "disk") {
+    words >> bus >> major >> colon >> minor >> partitions;
+    Disk(name, bus, major, minor, partitions);
+  } else if (kind == "over") {
+    words >> major >> colon >> minor;
+    std::vector<std::string> devices;
+    while (words >> below) devices.push_back(below);
+    Mapped(name, major, minor, devices);
+  } else if (kind == "-") {
+    std::filesystem::remove_all(Path().string() + name);
+  } else if (name == "->") {
+    words >> below;
+    Link(kind, below);
+  } else {
+    if (kind[0] != '/') throw std::runtime_error("no line of a tree: " + line);
+    const bool whole = name == "=";
+    Write(kind, Resolve(whole ? line.substr(kind.size() + 3) + "\n" : Indented(rest)));
+  }
+}
+
+void MachineTree::Disk(const std::string& name, const std::string& bus, int major, int minor,
+                       int partitions) const {
+  const std::string folder = "/sys/devices/" + bus + "/block/" + name;
+  Device(name, folder, major, minor);
+  Link("/sys/block/" + name, folder);
+  for (int i = 1; i <= partitions; ++i) {
+    const std::string part = name + (isdigit(name.back()) != 0 ? "p" : "") + std::to_string(i);
+    Device(part, folder + "/" + part, major, minor + i);
+    Write(folder + "/" + part + "/partition", std::to_string(i) + "\n");
+  }
+}
+
+void MachineTree::Mapped(const std::string& name, int major, int minor,
+                         const std::vector<std::string>& below) const {
+  const std::string folder = "/sys/devices/virtual/block/" + name;
+  Device(name, folder, major, minor);
+  Link("/sys/block/" + name, folder);
+  for (const std::string& device : below) {
+    const auto target = std::filesystem::canonical(Path().string() + "/sys/class/block/" + device);
+    Link(folder + "/slaves/" + device, target.string().substr(Path().string().size()));
+  }
+}
+
+void MachineTree::Array(const std::string& name, int minor, const std::string& level,
+                        const std::string& state, int disks, int degraded,
+                        const std::vector<Member>& members) const {
+  std::vector<std::string> below;
+  for (const Member& member : members) below.emplace_back(member.device);
+  Mapped(name, 9, minor, below);
+  const std::string folder = "/sys/devices/virtual/block/" + name + "/md/";
+  Write(folder + "level", level + "\n");
+  Write(folder + "array_state", state + "\n");
+  Write(folder + "metadata_version", "1.2\n");
+  Write(folder + "raid_disks", std::to_string(disks) + "\n");
+  Write(folder + "degraded", std::to_string(degraded) + "\n");
+  for (const Member& member : members) {
+    const std::string own = folder + "dev-" + member.device + "/";
+    Write(own + "state", std::string(member.state) + "\n");
+    Write(own + "slot", std::string(member.slot) + "\n");
+    Write(own + "block/size", "1\n");
+  }
+}
+
+void MachineTree::Link(const std::string& from, const std::string& to) const {
+  const std::filesystem::path link = Path().string() + from;
+  std::filesystem::create_directories(link.parent_path());
+  std::filesystem::remove(link);
+  std::filesystem::create_symlink(Path().string() + to, link);
+}
+
+void MachineTree::Device(const std::string& name, const std::string& folder, int major,
+                         int minor) const {
+  const std::string number = std::to_string(major) + ":" + std::to_string(minor);
+  Write(folder + "/size", "2048\n");
+  Write(folder + "/dev", number + "\n");
+  Link("/sys/class/block/" + name, folder);
+  Link("/sys/dev/block/" + number, folder);
+}

@@ -1,0 +1,146 @@
+// Whole machines as data (machine_tree.h): all that the platform says of each. With
+// VELA_WRITE_EXPECTED=1 in the environment it is written down anew: read what has changed.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include <json/json.h>
+
+#include "platform/linux/contract/request.h"
+#include "tests/linux/machine_tree.h"
+#include "tests/linux/source_statuses.h"
+#include "vela_conf.h"
+#include "vela_storage.h"
+#include "vela_webserver.h"
+#include "velac.h"
+
+namespace {
+
+using namespace VELA::ZRT;
+namespace manager = STORAGE_MANAGER;
+const std::filesystem::path kFolder = FIXTURES "/machines";
+
+// "volume_1 /volume1: normal, warns below 0.05"
+void TellVolumes(std::ostream& out) {
+  const manager::Space space(23);
+  for (const auto* record = space.GetAll(); record != nullptr; record = record->next)
+    out << manager::StorageUtil::ToUISpaceID(record->type, record->path) << " " << record->path
+        << ": " << manager::Volume::ToJsonSpaceStatus(*record) << ", warns below "
+        << VELAVolumeCapWarnPctGet(record->path) << "\n";
+  if (STORAGE_WEBUTILS::Volume::IsSystemVolCrashed()) out << "system volume: crashed\n";
+}
+
+// "Disk 1: normal, used by md0"
+void TellDisks(std::ostream& out) {
+  Json::Value disks(Json::arrayValue);
+  manager::Disk(false, true).DumpDisks(manager::Space(23), disks);
+  for (const Json::Value& disk : disks) {
+    out << disk["name"].asString() << ": " << disk["status"].asString();
+    if (disk["overview_status"] != "normal")
+      out << ", overview " << disk["overview_status"].asString();
+    if (disk["used_by"] != "") out << ", used by " << disk["used_by"].asString();
+    out << (disk.isMember("remote_info") ? ", disconnected\n" : "\n");
+  }
+  out << "storage: " << manager::Space::GetOverviewStatus() << "\n";
+  EXPECT_EQ(VLIBCMaxDiskGet(), static_cast<int>(disks.size()));
+}
+
+// The volumes before their capacity is asked for, which only a real mount has.
+void TellExternal(std::ostream& out) {
+  const linux_platform::RequestScope request;
+  for (const auto& volume : request->GetStorage().external)
+    out << "external " << volume.name << " " << volume.path << "\n";
+}
+
+// "unit JBOD-24 1: working supplies 3"
+void TellUnits(std::ostream& out) {
+  VELA_EBOX_INFO* units = nullptr;
+  VELAEBoxInfoEnum(&units);
+  for (VELA_EBOX_INFO* unit = units; unit != nullptr; unit = unit->next) {
+    unsigned supplies = 0;
+    const bool known = unit->power(unit->context, &supplies) == 1;
+    const char* name = unit->name(unit->context);
+    out << "unit " << (name != nullptr ? name : "(none)") << " " << unit->unitNumber
+        << ": working supplies " << (known ? std::to_string(supplies) : "unknown") << "\n";
+  }
+  VELAEBoxInfoEnumFree(units);
+}
+
+void TellHardware(std::ostream& out) {
+  VELA_SYS_STATUS record;
+  EXPECT_EQ(VELASysStatusGet(&record), 0);
+  const std::pair<int, const char*> components[] = {
+      {1, "fan"}, {6, "processor fan"}, {4, "power supply"}, {5, "unit fan"}};
+  for (const auto& [component, name] : components) {
+    unsigned detail = 0;
+    if (VELAIsComponentFail(&record, component, &detail) == 0) continue;
+    out << name << " failed";
+    if (detail != 0) out << ": mask " << (detail >> 8);
+    out << "\n";
+  }
+  if (VELARedundantPowerSupport() != 0) out << "redundant supplies\n";
+  int hot = 0;
+  if (VELAHWSysTempWarning(&hot) == 0) out << "temperature: " << (hot != 0 ? "hot\n" : "well\n");
+}
+
+void TellServices(std::ostream& out) {
+  VELA_UPS_INFO ups = {};
+  VELAUPSInfoGet(&ups);
+  if (ups.enabled != 0)
+    out << "UPS: connected " << ups.connected << ", state " << ups.state << "\n";
+  if (VELAServiceIsHttpDefaultConf() > 0) out << "web server: suspicious\n";
+  char text[64] = {};
+  if (VELAHAIsRunning() == 0) return;
+  VELAHAGetOverviewStatusDL(text, sizeof text);
+  out << "cluster: " << text << "\n";
+}
+
+// What failed, but for capacities: only a real mount has one.
+void TellSources(std::ostream& out) {
+  for (const auto& [name, report] : SourceReports())
+    if (report.state == 2 && !report.reason.starts_with("the capacity of "))
+      out << "failed " << name << ": " << report.reason << "\n";
+}
+
+std::string TellAll() {
+  VELAPlatformSourcesReset();
+  const VelaConf request;
+  std::ostringstream out;
+  TellVolumes(out);
+  TellDisks(out);
+  TellExternal(out);
+  TellUnits(out);
+  TellHardware(out);
+  TellServices(out);
+  TellSources(out);
+  return out.str();
+}
+
+std::vector<std::string> Machines() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(kFolder))
+    if (exists(entry.path() / "expected")) names.push_back(entry.path().filename());
+  std::ranges::sort(names);
+  return names;
+}
+
+class Machine : public testing::TestWithParam<std::string> {};
+
+TEST_P(Machine, IsToldAsExpected) {
+  const MachineTree machine(GetParam());
+  const auto file = kFolder / GetParam() / "expected";
+  if (getenv("VELA_WRITE_EXPECTED") != nullptr) std::ofstream(file) << TellAll();
+  std::ostringstream expected;
+  expected << std::ifstream(file).rdbuf();
+  EXPECT_EQ(TellAll(), expected.str());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Machine, testing::ValuesIn(Machines()), [](const auto& each) {
+  std::string name = each.param;
+  std::ranges::replace(name, '-', '_');
+  return name;
+});
+
+}  // namespace
