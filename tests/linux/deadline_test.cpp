@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <string>
 #include <thread>
 
 #include "tests/linux/timeout_factor.h"
@@ -34,6 +36,23 @@ TEST(TimeBudget, AllWaitsOfARequestShareIt) {
   EXPECT_TRUE(waited.GrantsWholeTurn(500ms));
   TimeBudget spent(201s);
   EXPECT_LT(spent.DeadlineFor(1ms), steady_clock::now()) << "however long the request lasts";
+}
+
+// Without its lock a reader meets half a reason.
+TEST(CircuitBreaker, IsReadWhileItIsTripped) {
+  CircuitBreaker breaker(1h);
+  const std::string reasons[] = {std::string(100, 'a'), std::string(1000, 'b')};
+  std::atomic<bool> done = false;
+  std::thread tripping([&] {
+    for (int i = 0; i < 20'000; ++i) breaker.Trip(reasons[i % 2]);
+    done = true;
+  });
+  for (std::string reason; !done;) {
+    if (!breaker.IsOpen(reason)) continue;
+    const std::string told = reason.substr(0, reason.find(';'));
+    EXPECT_TRUE(told == reasons[0] || told == reasons[1]) << told;
+  }
+  tripping.join();
 }
 
 TEST(CircuitBreaker, ClosesAfterItsPause) {

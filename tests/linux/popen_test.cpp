@@ -188,6 +188,11 @@ TEST(Popen, AHostThatClosedItsStandardDescriptorsIsServedToo) {
   EXPECT_EQ(status, 0);
 }
 
+TEST(Popen, WhatAToolStartedEndsWithIt) {
+  const std::string pid = Output("sleep 60 >/dev/null & echo $!");
+  EXPECT_TRUE(Eventually([&pid] { return !Runs(std::stoi(pid)); })) << pid;
+}
+
 TEST(Popen, AHostThatIgnoresItsChildrenIsServedToo) {
   struct sigaction ignore = {}, before = {};
   ignore.sa_handler = SIG_IGN;

@@ -46,6 +46,16 @@ TEST(Settings, ALineSetsAKeyHoweverItIsWritten) {
   }
 }
 
+TEST(Settings, YesAndListsHaveOneMeaning) {
+  const Settings settings("a=yes\nb=true\nc=1\nd=Yes\ne=0\nf=yes,\nlist=, a;b\t c,,\nempty=");
+  for (const char* key : {"a", "b", "c"}) EXPECT_TRUE(settings.Yes(key)) << key;
+  for (const char* key : {"d", "e", "f", "none"}) EXPECT_FALSE(settings.Yes(key)) << key;
+  EXPECT_EQ(settings.List("list"), (std::vector<std::string_view>{"a", "b", "c"}));
+  EXPECT_TRUE(settings.List("empty").empty() && settings.List("none").empty());
+  const Settings copy = settings;
+  EXPECT_STREQ(copy.Text("c"), "1");
+}
+
 TEST(VelaConf, CurrentSettingsAndFactoryDefaultsAreSeparateSources) {
   TemporaryRoot root;
   root.Write("/etc/velainfo.conf", "ratio=\"0.2\"\nempty=\n");
@@ -99,8 +109,9 @@ TEST(VelaConf, AFileThatCannotBeReadWholeIsSaid) {
   { const VelaConf healthy; }
   EXPECT_EQ(Configuration().state, 1) << "missing files are simply empty";
 
-  root.Write("/etc/velainfo.conf", "k=v\n" + std::string(64 * 1024, 'x'));
+  root.Write("/etc/velainfo.conf", "k=v\nhalf=" + std::string(64 * 1024, 'x'));
   EXPECT_STREQ(VelaConf().Info("k", ""), "v");
+  EXPECT_STREQ(VelaConf().Info("half", "not set"), "not set");
   EXPECT_EQ(Configuration().state, 2);
   EXPECT_STREQ(Configuration().reason,
                "/etc/velainfo.conf is larger than 64 KiB; only its beginning was read");
