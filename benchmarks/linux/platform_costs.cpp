@@ -153,7 +153,10 @@ void Hold() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "held") == 0) return Hold(), 0;
+  if (argc == 2 && std::strcmp(argv[1], "held") == 0) {
+    Hold();
+    return 0;
+  }
   if (argc >= 3 && kSides.contains(argv[1])) {
     const auto machine = argc > 3 ? std::make_unique<EightBays>() : nullptr;
     for (int i = std::atoi(argv[2]); i > 0; --i) kSides.at(argv[1])();

@@ -153,8 +153,10 @@ class Host {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 4)
-    return std::fprintf(stderr, "usage: answers PLATFORM MODULE COUNT [THREADS]\n"), 64;
+  if (count < 4) {
+    std::fprintf(stderr, "usage: answers PLATFORM MODULE COUNT [THREADS]\n");
+    return 64;
+  }
   setlocale(LC_ALL, "C.UTF-8");
   const Host host(arguments[1], arguments[2]);
   if (count > 4) std::thread([] {}).join();  // a sanitizer starts one of its own beside the first

@@ -137,7 +137,8 @@ TEST(Popen, AToolThatWasStoppedIsTriedBeforeTheModuleSeesItAgain) {
     FILE* stream = VLIBCPopen(linux_platform::kSanTool, "r", "--asked", nullptr);
     std::size_t count = 0;
     while (fgetc(stream) != EOF) ++count;
-    return VLIBCPclose(stream), count;
+    VLIBCPclose(stream);
+    return count;
   };
   std::string reason;
   tool("cat /dev/zero");

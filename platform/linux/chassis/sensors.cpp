@@ -65,7 +65,10 @@ int Start(const std::string& signature) {
   sensors_parse_error_wfn = IgnoreParseError;
   const int result = sensors_init(nullptr);
   sensors_parse_error_wfn = before;
-  if (result != 0) return sensors_cleanup(), result;
+  if (result != 0) {
+    sensors_cleanup();
+    return result;
+  }
   started = true;
   startedWith = signature;
   return 0;

@@ -91,9 +91,9 @@ class Connection {
  public:
   Connection(const UpsAddress& address, steady_clock::time_point deadline) : deadline_(deadline) {
     const auto left = Left(deadline).count();
-    timeval patience = {left / 1000, (left % 1000) * 1000};
+    timeval timeout = {left / 1000, (left % 1000) * 1000};
     connected_ = left > 0 &&
-                 Nut().tryconnect(&server_, address.host.c_str(), address.port, 0, &patience) == 0;
+                 Nut().tryconnect(&server_, address.host.c_str(), address.port, 0, &timeout) == 0;
     if (connected_) fcntl(Nut().fd(&server_), F_SETFD, FD_CLOEXEC);
   }
   ~Connection() {
