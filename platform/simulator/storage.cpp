@@ -17,7 +17,10 @@ using source_status::Source;
 
 struct FS_INFO {};
 
+// A machine answers only calls whose fixed arguments are as the interface states them.
 namespace {
+
+constexpr int kAllSpaces = 23;
 
 const simulator::Volume* FindVolume(const Machine& machine, std::string_view path) {
   for (const auto& volume : machine.volumes)
@@ -77,12 +80,13 @@ std::string Volume::ToUIUsbSataVolumeStr(const std::string& name) {
 
 namespace STORAGE_MANAGER {
 
-Space::Space(int) : list_(nullptr) {
+Space::Space(int selection) : list_(nullptr) {
   Call call(Source::Volumes, "Space::Space");
-  list_ = MakeList<SpaceRecord>(call->volumes, [](const auto& volume, SpaceRecord& record) {
-    simulator::CopyToField(volume.path, record.path);
-    record.type = volume.type;
-  });
+  if (selection == kAllSpaces)
+    list_ = MakeList<SpaceRecord>(call->volumes, [](const auto& volume, SpaceRecord& record) {
+      simulator::CopyToField(volume.path, record.path);
+      record.type = volume.type;
+    });
   ++call->ledger.objects;
 }
 
@@ -100,12 +104,15 @@ std::string Space::GetOverviewStatus() {
   return Call(Source::Disks, "Space::GetOverviewStatus")->overview;
 }
 
-Disk::Disk(bool, bool) : state_(nullptr) { ++Simulated().ledger.objects; }
+Disk::Disk(bool first, bool second) : state_(!first && second ? &Simulated() : nullptr) {
+  ++Simulated().ledger.objects;
+}
+
 Disk::~Disk() { --Simulated().ledger.objects; }
 
 bool Disk::DumpDisks(const Space&, Json::Value& array) {
   Call call(Source::Disks, "Disk::DumpDisks");
-  if (call->disksFail) {
+  if (call->disksFail || state_ == nullptr) {
     call.Fail("dumping the disks failed");
     return false;
   }
@@ -133,10 +140,10 @@ std::string Volume::ToJsonSpaceStatus(const SpaceRecord& record) {
   return volume != nullptr ? volume->status : "";
 }
 
-std::string StorageUtil::ToUISpaceID(int, const char* path) {
+std::string StorageUtil::ToUISpaceID(int type, const char* path) {
   Call call(Source::Volumes, "StorageUtil::ToUISpaceID");
   const auto* volume = FindVolume(*call, path);
-  return volume != nullptr ? volume->spaceId : "";
+  return volume != nullptr && volume->type == type ? volume->spaceId : "";
 }
 
 }  // namespace STORAGE_MANAGER
@@ -152,10 +159,13 @@ void FSInfoFree(FS_INFO*) { --Simulated().ledger.lists; }
 
 int VLIBCMaxDiskGet() { return Call(Source::Disks, __func__)->maxDisks; }
 
-VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
+VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int first, int volumeClass, int last) {
   Call call(Source::ExternalVolumes, __func__);
   static const std::vector<ExternalVolume> none;
-  const auto& volumes = volumeClass == 4 ? call->usb : volumeClass == 8 ? call->esata : none;
+  const bool all = first == 0 && last == 0;
+  const auto& volumes = all && volumeClass == 4   ? call->usb
+                        : all && volumeClass == 8 ? call->esata
+                                                  : none;
   auto* list = MakeList<VELA_MOUNT_VOL_INFO>(
       volumes, [](const ExternalVolume& volume, VELA_MOUNT_VOL_INFO& record) {
         simulator::CopyToField(volume.name, record.name);

@@ -30,6 +30,10 @@ bool HoldsValue(const Settings& settings, const char* key, const char* value) {
   return found != settings.end() && found->second == value;
 }
 
+// A machine answers only calls whose fixed arguments are as the interface states them.
+constexpr int kInterfacesWithAddresses = 18;
+constexpr const char* kDefaultsFile = "/etc.defaults/velainfo.conf";
+
 // Marks a record that VELASysStatusGet has filled.
 constexpr unsigned char kFilled = 0x5A;
 
@@ -59,9 +63,9 @@ unsigned VLIBCErrGet() { return Simulated().errorCode; }
 const char* VLIBCErrorGetFile() { return Simulated().errorFile.c_str(); }
 int VLIBCErrorGetLine() { return Simulated().errorLine; }
 
-int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
+int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int mask) {
   Call call(Source::Network, __func__);
-  if (call->interfacesFail) {
+  if (call->interfacesFail || mask != kInterfacesWithAddresses) {
     call.Fail("listing the network interfaces failed");
     return -1;
   }
@@ -71,11 +75,11 @@ int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int) {
   return filled;
 }
 
-int VELANetIFGetInfoEx(const char* name, int, VELA_NETIF_INFO* record) {
+int VELANetIFGetInfoEx(const char* name, int flags, VELA_NETIF_INFO* record) {
   Call call(Source::Network, __func__);
   for (const auto& interface : call->interfaces) {
     if (interface.name != name) continue;
-    if (interface.fails) break;
+    if (interface.fails || flags != 0) break;
     simulator::CopyToField(interface.address, record->address);
     return 0;
   }
@@ -125,9 +129,9 @@ bool VelaConf::DefCheckValue(const char* key, const char* value, bool) const {
   return HoldsValue(call->defaults, key, value);
 }
 
-int VLIBCFileGetKeyValue(const char*, const char* key, char* buffer, int size, int) {
+int VLIBCFileGetKeyValue(const char* path, const char* key, char* buffer, int size, int flags) {
   Call call(Source::Configuration, __func__);
-  if (call->keyValueFails) {
+  if (call->keyValueFails || flags != 0 || std::strcmp(path, kDefaultsFile) != 0) {
     call.Fail("reading the factory defaults failed");
     return -1;
   }
