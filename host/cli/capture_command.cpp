@@ -1,11 +1,9 @@
 #include "host/cli/commands.h"
 
-#include <json/reader.h>
-
 #include <ctime>
 #include <iostream>
-#include <sstream>
 
+#include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
@@ -21,7 +19,7 @@ constexpr const char* kAnswer = "expected.json";
 // The whole answer. What the module logged depends on the platform: nothing is expected of it.
 std::string WriteExpected(const std::string& document) {
   Json::Value expected;
-  std::istringstream(document) >> expected;
+  common::ParseJson(document, expected);
   expected["log"] = Json::Value();
   return common::WritePretty(expected);
 }

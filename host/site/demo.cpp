@@ -1,12 +1,10 @@
 #include "host/site/demo.h"
 
-#include <json/reader.h>
-
-#include <fstream>
 #include <map>
 #include <tuple>
 #include <utility>
 
+#include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "host/answer/catalogue.h"
 #include "host/text/failure.h"
@@ -24,11 +22,10 @@ struct Sample {
 
 // The finding that the scenario is tested to give; null where it is the healthy machine's.
 Json::Value ReadRule(const std::filesystem::path& scenario) {
-  std::ifstream in(scenario / "expected.json");
-  Json::Value answer;
-  std::string errors;
-  if (in && Json::parseFromStream(Json::CharReaderBuilder(), in, &answer, &errors)) {
-    return answer["rule"];
+  Json::Value expected;
+  if (common::ReadJsonFile((scenario / "expected.json").c_str(), expected)) {
+    const Json::Value* rule = common::FindMember(expected, "rule");
+    return rule != nullptr ? *rule : Json::Value();
   }
   throw Failure(kUnavailable, "Cannot show the scenarios: " + scenario.string() +
                                   " has no readable expected.json. Install the program again.");
