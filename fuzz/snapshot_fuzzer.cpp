@@ -23,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require((state == SnapshotState::Failed) == !reason.empty());
   Require((state == SnapshotState::Read) == document.isObject());
   Require(reason.size() < 240);
-  for (const ExpansionUnit& unit : ParseExpansionUnits(document, {"a1", "0xa2"}))
+  const auto snapshot = EnclosureSnapshot::FromJson(document);
+  for (const ExpansionUnit& unit : ListExpansionUnits(snapshot, {"a1", "0xa2"}))
     Require(unit.id != "a1" && unit.id != "a2");
   return 0;
 }

@@ -1,14 +1,15 @@
 // The collector as it is run, over a machine of small files.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mount.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/snapshot_folder.h"
+#include "tests/linux/eventually.h"
 #include "tests/linux/hung_mount.h"
 #include "tests/linux/temporary_root.h"
 
@@ -87,9 +88,9 @@ TEST_F(CollectorTest, AFailureIsTheSnapshotAndIsSaidOnce) {
   Run("--once");
   Snapshot("ipmi", SnapshotState::Failed);
   EXPECT_EQ(reason, "ipmi: ipmi-sensors printed more than 1 MiB");
-  EXPECT_EQ(LastSnapshot("ipmi")["fans"][0]["name"], "FAN1") << "the last that was known";
+  EXPECT_EQ(ReadLastSnapshot("ipmi")["fans"][0]["name"], "FAN1") << "the last that was known";
   root.Write("/proc/sys/kernel/random/boot_id", "next-boot\n");
-  EXPECT_TRUE(LastSnapshot("ipmi").isNull());
+  EXPECT_TRUE(ReadLastSnapshot("ipmi").isNull());
 }
 
 TEST_F(CollectorTest, PrintShowsAndWritesNoSnapshot) {
@@ -114,17 +115,70 @@ TEST_F(CollectorTest, OneAtATimeAltogetherAndForEachPart) {
   }
   Run("--once");
   Snapshot("ipmi");
-  const auto atWork = TakeLock("collect");
-  EXPECT_EQ(Run("--once"), "vela-platform-collect: another one is at work; nothing was done.\n");
+  {
+    const auto atWork = TakeLock("collect");
+    EXPECT_EQ(Run("--once"), "vela-platform-collect: another one is at work; nothing was done.\n");
+  }
+  const std::filesystem::path lock = root.Path() / "run/vela-platform/.ipmi.lock";
+  std::filesystem::remove(lock);
+  std::filesystem::create_symlink(root.Path() / "elsewhere", lock);
+  Run("--once");
+  EXPECT_FALSE(std::filesystem::exists(root.Path() / "elsewhere")) << "a lock is no link";
 }
 
 TEST_F(CollectorTest, WrongArgumentsGetTheRightOnes) {
-  EXPECT_EQ(Run("--part disks", 64),
-            "--part: there is no part \"disks\"; --help lists them\n"
-            "Run with --help for more information.\n");
-  EXPECT_NE(Run("--help").find("--part NAME"), std::string::npos);
+  const std::string usage =
+      "Usage: vela-platform-collect [--once] [--part NAME]... [--root DIR]\n"
+      "       vela-platform-collect --print NAME [--root DIR]\n";
+  const std::pair<const char*, const char*> cases[] = {
+      {"--part disks", "--part: there is no part \"disks\"; --help lists them"},
+      {"--part ses --part disks", "--part: there is no part \"disks\"; --help lists them"},
+      {"--print disks", "--print: there is no part \"disks\"; --help lists them"},
+      {"--print ses --once", "--once excludes --print"},
+      {"--print ses --part ipmi", "--part excludes --print"},
+      {"--root /nowhere", "--root: Directory does not exist: /nowhere"},
+      {"--once --part", "--part: its value is missing"},
+      {"--once=3", "The following argument was not expected: --once=3"},
+      {"-hx", "The following argument was not expected: -x"},
+      {"--once all", "The following argument was not expected: all"},
+  };
+  for (const auto& [arguments, error] : cases)
+    EXPECT_EQ(Run(arguments, 64), std::string("vela-platform-collect: ") + error + "\n" + usage);
+  const std::string help = Run("--help");
+  EXPECT_NE(help.find(usage), std::string::npos);
+  EXPECT_NE(help.find("  --part NAME    Only this part"), std::string::npos);
+  EXPECT_NE(help.find("\n  md             arrays"), std::string::npos);
+  EXPECT_EQ(Run("-h"), help);
+  EXPECT_TRUE(Run("--version").starts_with("vela-platform-collect 0."));
+  EXPECT_FALSE(std::filesystem::exists(root.Path() / "run/vela-platform")) << "nothing was done";
   root.Write("/run/vela-platform", "a file in the folder's place");
   EXPECT_NE(Run("--once", 1).find("cannot be written"), std::string::npos);
+}
+
+TEST_F(CollectorTest, ASnapshotThatCannotBeWrittenIsSaid) {
+  BmcWhoseToolRuns("true");
+  std::filesystem::create_directories(root.Path() / "run/vela-platform/ipmi.json/in-its-place");
+  const std::string said = Run("--once", 1);
+  EXPECT_NE(said.find("/ipmi.json could not be written: "), std::string::npos) << said;
+}
+
+// Until it is ended: a part that has hung in one round is asked in the next.
+TEST_F(CollectorTest, WithoutOnceItGoesRoundUntilItIsEnded) {
+  BmcWhoseToolRuns("echo \"9,FAN1,Fan,Nominal,3000.00,RPM,'OK'\"");
+  const pid_t collector = fork();
+  if (collector == 0) {
+    execl(VELA_COLLECTOR, VELA_COLLECTOR, "--root", root.Path().c_str(), nullptr);
+    _exit(127);
+  }
+  EXPECT_TRUE(Eventually([this] {
+    Json::Value document;
+    return ReadSnapshot("ipmi", document, reason) == SnapshotState::Read;
+  }));
+  EXPECT_EQ(waitpid(collector, nullptr, WNOHANG), 0) << "it waits for the next round";
+  kill(collector, SIGTERM);
+  int status = 0;
+  EXPECT_EQ(waitpid(collector, &status, 0), collector);
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
 }
 
 TEST_F(CollectorTest, AnEnclosureThatCannotBeAskedKeepsItsPlace) {
@@ -133,6 +187,8 @@ TEST_F(CollectorTest, AnEnclosureThatCannotBeAskedKeepsItsPlace) {
   root.Write("/sys/class/enclosure/0:0:0:0/id", "0x600a\n");
   root.Write("/sys/class/enclosure/0:0:0:0/device/scsi_generic/sg7/dev", "21:7\n");
   root.Write("/dev/sg7", "no device");
+  // The same enclosure on a second path.
+  root.Write("/sys/class/enclosure/0:0:0/id", "0x600a\n");
   Run("--once --part ses");
   const Json::Value units = Snapshot("ses")["enclosures"];
   ASSERT_EQ(units.size(), 2U);

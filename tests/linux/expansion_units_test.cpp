@@ -10,7 +10,7 @@ namespace {
 
 unsigned FansOfUnits() {
   const linux_platform::RequestScope request;
-  return FailedUnitFans(request->GetExpansionUnits().units);
+  return MaskFailedUnitFans(request->GetExpansionUnits().units);
 }
 
 struct Seen {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/chassis/fan_memory.h"
+#include "common/json_reader.h"
+#include "common/json_writer.h"
+#include "platform/linux/chassis/fan_snapshot.h"
 #include "platform/linux/chassis/sensor_chips.h"
 
 namespace {
@@ -73,42 +75,47 @@ TEST(Fan, ItsLabelSaysWhetherItIsTheProcessors) {
 TEST(Fan, TheExpectedOnesAreNamedByChipAndFeature) {
   const auto fans = ParseExpectedFans({"nct6779-isa-0290:fan2=CPU-Fan", "it8620:fan1", "nonsense"});
   ASSERT_EQ(fans.size(), 2U);
-  const ExpectedFan* fan = Expected(fans, "nct6779-isa-0290:fan2");
+  const ExpectedFan* fan = FindExpected(fans, "nct6779-isa-0290:fan2");
   ASSERT_NE(fan, nullptr);
   EXPECT_EQ(fan->label, "CPU-Fan");
-  EXPECT_NE(Expected(fans, "it8620-isa-0a30:fan1"), nullptr);
-  EXPECT_EQ(Expected(fans, "it8620-isa-0a30:fan11"), nullptr);
-  EXPECT_EQ(Expected(fans, "nct6779-isa-0291:fan2"), nullptr);
-  EXPECT_EQ(Expected(fans, "no colon"), nullptr);
+  EXPECT_NE(FindExpected(fans, "it8620-isa-0a30:fan1"), nullptr);
+  EXPECT_EQ(FindExpected(fans, "it8620-isa-0a30:fan11"), nullptr);
+  EXPECT_EQ(FindExpected(fans, "nct6779-isa-0291:fan2"), nullptr);
+  EXPECT_EQ(FindExpected(fans, "no colon"), nullptr);
   EXPECT_TRUE(ParseExpectedFans({}).empty());
 }
 
-TEST(FanMemory, RemembersWhatTurnedAndSinceWhenItStands) {
-  const auto remember = [](const Json::Value& before, std::optional<double> input, long long now) {
-    FanReading fan = Fan(input);
-    fan.key = "chip:fan1";
-    return RememberFans(before, {fan}, now);
+TEST(FanSnapshot, RemembersWhatTurnedAndSinceWhenItStands) {
+  const struct {
+    std::optional<double> input;
+    long long now;
+    const char* written;
+  } readings[] = {
+      {0, 10, "{}"},  // an empty header
+      {700, 20, R"({"chip:fan1":{"turned":true}})"},
+      {0, 30, R"({"chip:fan1":{"stopped":30,"turned":true}})"},
+      {0, 40, R"({"chip:fan1":{"stopped":30,"turned":true}})"},
+      {{}, 50, R"({"chip:fan1":{"stopped":30,"turned":true}})"},
+      {5, 60, R"({"chip:fan1":{"turned":true}})"},
   };
-  Json::Value memory = remember(Json::Value(), 0, 10);
-  EXPECT_FALSE(HistoryOf(memory, "chip:fan1").turned) << "an empty header";
-  memory = remember(memory, 700, 20);
-  EXPECT_TRUE(HistoryOf(memory, "chip:fan1").turned);
-  EXPECT_EQ(HistoryOf(memory, "chip:fan1").stopped, 0);
-  memory = remember(memory, 0, 30);
-  memory = remember(memory, 0, 40);
-  EXPECT_EQ(HistoryOf(memory, "chip:fan1").stopped, 30) << "the first reading of the row";
-  memory = remember(memory, std::nullopt, 50);
-  EXPECT_EQ(HistoryOf(memory, "chip:fan1").stopped, 30);
-  memory = remember(memory, 5, 60);
-  EXPECT_EQ(HistoryOf(memory, "chip:fan1").stopped, 0);
-  memory = RememberFans(memory, {}, 70);
-  EXPECT_TRUE(HistoryOf(memory, "chip:fan1").turned) << "a chip that is gone may come back";
-
-  Json::Value odd(Json::objectValue);
-  odd["chip:fan1"] = 7;
-  EXPECT_FALSE(HistoryOf(odd, "chip:fan1").turned);
-  EXPECT_FALSE(HistoryOf(Json::Value("text"), "chip:fan1").turned);
-  EXPECT_TRUE(HistoryOf(remember(odd, 5, 80), "chip:fan1").turned);
+  FanSnapshot snapshot;
+  for (const auto& reading : readings) {
+    FanReading fan = Fan(reading.input);
+    fan.key = "chip:fan1";
+    snapshot.Remember({fan}, reading.now);
+    EXPECT_EQ(common::WriteCompact(snapshot.ToJson()["fans"]), reading.written) << reading.now;
+    snapshot = FanSnapshot::FromJson(snapshot.ToJson());
+  }
+  snapshot.Remember({}, 70);
+  EXPECT_TRUE(snapshot.FindHistory("chip:fan1").turned) << "a chip that is gone may come back";
+  EXPECT_FALSE(snapshot.FindHistory("chip:fan2").turned);
+  for (const char* odd : {"7", R"({"fans": 7})", R"({"fans": {"chip:fan1": 7}})",
+                          R"({"fans": {"chip:fan1": {"turned": 1, "stopped": "x"}}})"}) {
+    Json::Value document;
+    ASSERT_TRUE(common::ParseJson(odd, document));
+    const FanHistory history = FanSnapshot::FromJson(document).FindHistory("chip:fan1");
+    EXPECT_FALSE(history.turned || history.stopped != 0) << odd;
+  }
 }
 
 TEST(Temperature, OnlyCriticalLimitsCount) {

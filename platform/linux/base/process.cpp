@@ -23,24 +23,24 @@ using std::chrono::milliseconds, std::chrono::microseconds, std::chrono::steady_
 constexpr auto kGracePeriod = milliseconds(100);
 
 // Children that a SIGKILL did not end in time. They wait in the kernel, on a dead disk
-// say, and another run of the same program would only join them.
+// say, and another run of the same command would only join them.
 class StuckChildren {
  public:
-  // Reaps those that ended since. Whether one of `program` is left.
-  bool Any(const std::string& program) {
+  // Reaps those that ended since. Whether one of `command` is left.
+  bool Any(const std::vector<std::string>& command) {
     const std::lock_guard lock(mutex_);
     std::erase_if(stuck_,
                   [](const auto& each) { return waitpid(each.pid, nullptr, WNOHANG) != 0; });
-    return std::ranges::find(stuck_, program, &Stuck::program) != stuck_.end();
+    return std::ranges::find(stuck_, command, &Stuck::command) != stuck_.end();
   }
-  void Add(const std::string& program, pid_t pid) {
+  void Add(const std::vector<std::string>& command, pid_t pid) {
     const std::lock_guard lock(mutex_);
-    stuck_.push_back({program, pid});
+    stuck_.push_back({command, pid});
   }
 
  private:
   struct Stuck {
-    std::string program;
+    std::vector<std::string> command;
     pid_t pid;
   };
   std::mutex mutex_;
@@ -134,9 +134,9 @@ bool AwaitDeath(pid_t pid, milliseconds bound) {
 }  // namespace
 
 Child::Child(const std::vector<std::string>& arguments, Bounds bounds, std::string& reason)
-    : program_(arguments.at(0)), deadline_(steady_clock::now() + bounds.time), bounds_(bounds) {
-  if (AllStuck().Any(program_)) {
-    reason = program_ + " was not started: its last run is still stuck in the kernel";
+    : command_(arguments), deadline_(steady_clock::now() + bounds.time), bounds_(bounds) {
+  if (AllStuck().Any(command_)) {
+    reason = command_.at(0) + " was not started: its last run is still stuck in the kernel";
     return;
   }
   Descriptor writing;
@@ -144,7 +144,7 @@ Child::Child(const std::vector<std::string>& arguments, Bounds bounds, std::stri
   if (error == 0) error = Spawn(arguments, writing.Get(), pid_);
   if (error == 0) return;
   pid_ = -1;
-  reason = program_ + " could not be started: " + std::strerror(error);
+  reason = command_.at(0) + " could not be started: " + std::strerror(error);
 }
 
 Child::~Child() { Finish(); }
@@ -182,7 +182,7 @@ int Child::Finish() {
   if (ended_ && cut_ == Cut::None) AwaitDeath(pid, TimesFactor(kGracePeriod));
   kill(-pid, SIGKILL);
   if (!AwaitDeath(pid, TimesFactor(kGracePeriod))) {
-    AllStuck().Add(program_, pid);
+    AllStuck().Add(command_, pid);
     return -1;
   }
   int status = -1;

@@ -27,7 +27,7 @@ class Child {
   // false and `reason` says why.
   Child(const std::vector<std::string>& arguments, Bounds bounds, std::string& reason);
   // Ends what is left of the group, within 200 ms: what a SIGKILL does not end by then
-  // sits in the kernel and is reaped by a later Child; until then the program is not
+  // sits in the kernel and is reaped by a later Child; until then the command is not
   // started again.
   ~Child();
   Child(const Child&) = delete;
@@ -46,7 +46,7 @@ class Child {
  private:
   ssize_t CutOff(Cut cut);
 
-  std::string program_;
+  std::vector<std::string> command_;
   pid_t pid_ = -1;
   Descriptor output_;
   std::chrono::steady_clock::time_point deadline_;

@@ -28,8 +28,8 @@ std::time_t SecondsMember(const Json::Value& document, const char* name) {
 
 SnapshotState JudgeAge(std::string_view source, const Json::Value& document, std::time_t now,
                        std::string& reason) {
-  const std::time_t written = SecondsMember(document, "written");
-  const std::time_t period = SecondsMember(document, "period");
+  const std::time_t written = SecondsMember(document, kWritten);
+  const std::time_t period = SecondsMember(document, kPeriod);
   if (written < 0 || period <= 0 || period > kLongestPeriod)
     return Failed(source, "does not say when it was written", reason);
   const std::time_t lasts = period * kSnapshotPeriods;
@@ -51,10 +51,10 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
   Json::Value parsed;
   if (!ParseJson(text, parsed) || !parsed.isObject())
     return Failed(source, "is not a JSON object", reason);
-  if (bootId.empty() || TextMember(parsed, "boot_id") != bootId) return SnapshotState::Absent;
+  if (bootId.empty() || TextMember(parsed, kBootId) != bootId) return SnapshotState::Absent;
   if (JudgeAge(source, parsed, now, reason) == SnapshotState::Failed) return SnapshotState::Failed;
-  if (FindMember(parsed, "error") != nullptr) {
-    const std::string error = TextMember(parsed, "error").substr(0, kLongestError);
+  if (FindMember(parsed, kError) != nullptr) {
+    const std::string error = TextMember(parsed, kError).substr(0, kLongestError);
     reason = std::string(source) + ": " + (error.empty() ? "could not be read" : error);
     return SnapshotState::Failed;
   }
@@ -93,9 +93,15 @@ SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::strin
 }
 
 std::string SeenByCollector(const Json::Value& document) {
-  const std::time_t age = std::time(nullptr) - SecondsMember(document, "written");
+  const std::time_t age = std::time(nullptr) - SecondsMember(document, kWritten);
   return "seen by vela-platform-collect " + std::to_string(std::max<std::time_t>(age, 0)) +
          " s ago";
+}
+
+const Json::Value& ListMember(const Json::Value& value, const char* name) {
+  static const Json::Value kNone(Json::arrayValue);
+  const Json::Value* member = FindMember(value, name);
+  return member != nullptr && member->isArray() ? *member : kNone;
 }
 
 std::string BootId() {

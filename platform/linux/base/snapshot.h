@@ -14,6 +14,11 @@ constexpr const char* kSnapshotFolder = "/run/vela-platform";
 constexpr std::size_t kSnapshotCap = std::size_t{1} << 20;
 constexpr int kSnapshotPeriods = 3;  // as many periods a snapshot counts for
 
+// The members that every snapshot has, and those that say what could not be read: all of it, or
+// a part.
+constexpr const char *kWritten = "written", *kBootId = "boot_id", *kPeriod = "period",
+                     *kError = "error", *kTrouble = "trouble";
+
 enum class SnapshotState { Read, Absent, Failed };
 
 // The snapshot that `text` makes at the time `now`, in seconds since 1970, of the boot
@@ -27,6 +32,18 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
 // too when there is no such file; Failed too when it cannot be read or is over 1 MiB.
 // One system call when it is absent, else four.
 SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::string& reason);
+
+// The same as the struct that the source's header describes, which stays as it was unless Read.
+template <typename Snapshot>
+SnapshotState ReadSnapshot(Snapshot& snapshot, std::string& reason) {
+  Json::Value document;
+  const SnapshotState state = ReadSnapshot(Snapshot::kSource, document, reason);
+  if (state == SnapshotState::Read) snapshot = Snapshot::FromJson(document);
+  return state;
+}
+
+// The member when it is an array; else an empty one.
+const Json::Value& ListMember(const Json::Value& value, const char* name);
 
 // What to say where no snapshot is, and only the collector can know: what the user can do.
 constexpr const char* kStartCollector =

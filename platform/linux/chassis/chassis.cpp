@@ -3,33 +3,29 @@
 #include <algorithm>
 #include <ctime>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/snapshot.h"
-#include "platform/linux/chassis/fan_memory.h"
+#include "platform/linux/chassis/fan_snapshot.h"
+#include "platform/linux/chassis/ipmi_snapshot.h"
 #include "platform/linux/chassis/sensors.h"
 #include "platform/linux/chassis/supplies.h"
 
 namespace linux_platform {
 namespace {
 
-using common::FindMember, common::TextMember;
-
 // Keeps the first trouble's words.
 void NoteTrouble(std::string& trouble, std::string reason) {
   if (trouble.empty()) trouble = std::move(reason);
 }
 
-Json::Value Snapshot(const char* source, bool& absent, std::string& trouble) {
-  Json::Value document;
+template <typename Snapshot>
+Snapshot ReadOrNote(bool& absent, std::string& trouble) {
+  Snapshot snapshot;
   std::string reason;
-  const SnapshotState state = ReadSnapshot(source, document, reason);
+  const SnapshotState state = ReadSnapshot(snapshot, reason);
   absent = state == SnapshotState::Absent;
   if (state == SnapshotState::Failed) NoteTrouble(trouble, std::move(reason));
-  if (state != SnapshotState::Read) return {};
-  if (std::string part = TextMember(document, "trouble"); !part.empty())
-    NoteTrouble(trouble, std::move(part));
-  return document;
+  return snapshot;
 }
 
 void AddFan(const std::string& label, Chassis& chassis) {
@@ -39,17 +35,16 @@ void AddFan(const std::string& label, Chassis& chassis) {
 void JudgeFans(const SensorReadings& readings, const std::vector<ExpectedFan>& expected,
                Chassis& chassis) {
   bool absent = false;
-  const Json::Value snapshot = Snapshot("fans", absent, chassis.trouble);
-  const Json::Value* memory = FindMember(snapshot, "fans");
+  const auto snapshot = ReadOrNote<FanSnapshot>(absent, chassis.trouble);
   const std::time_t now = std::time(nullptr);
   for (const FanReading& fan : readings.fans) {
-    const FanHistory history = memory != nullptr ? HistoryOf(*memory, fan.key) : FanHistory();
-    if (HasFailed(fan, Expected(expected, fan.key) != nullptr, history, now))
+    if (HasFailed(fan, FindExpected(expected, fan.key) != nullptr, snapshot.FindHistory(fan.key),
+                  now))
       AddFan(fan.label, chassis);
   }
   for (const ExpectedFan& wanted : expected) {
     const auto there = [&](const FanReading& fan) {
-      return Expected({wanted}, fan.key) != nullptr;
+      return FindExpected({wanted}, fan.key) != nullptr;
     };
     if (std::ranges::none_of(readings.fans, there))
       NoteTrouble(chassis.trouble, "fan.expect names " + std::string(wanted.chip) + ":" +
@@ -57,28 +52,22 @@ void JudgeFans(const SensorReadings& readings, const std::vector<ExpectedFan>& e
   }
 }
 
+void AddTemperature(bool hot, Chassis& chassis) {
+  chassis.tooHot = chassis.tooHot.value_or(false) || hot;
+}
+
 void JudgeTemperatures(const SensorReadings& readings, Chassis& chassis) {
   for (const TemperatureReading& temperature : readings.temperatures)
-    if (const auto hot = IsTooHot(temperature))
-      chassis.tooHot = chassis.tooHot.value_or(false) || *hot;
+    if (const auto hot = IsTooHot(temperature)) AddTemperature(*hot, chassis);
 }
 
-template <typename Each>
-void ForEachState(const Json::Value& document, const char* list, const Each& each) {
-  const Json::Value* sensors = FindMember(document, list);
-  if (sensors == nullptr || !sensors->isArray()) return;
-  for (const Json::Value& sensor : *sensors)
-    each(TextMember(sensor, "name"), TextMember(sensor, "state"));
-}
-
-void JudgeController(const Json::Value& ipmi, Chassis& chassis) {
-  ForEachState(ipmi, "fans", [&chassis](const std::string& name, const std::string& state) {
-    if (state == "failed") AddFan(name, chassis);
-  });
-  ForEachState(ipmi, "temperatures", [&chassis](const std::string&, const std::string& state) {
-    if (state == "critical" || state == "ok")
-      chassis.tooHot = chassis.tooHot.value_or(false) || state == "critical";
-  });
+void JudgeController(const IpmiSnapshot& ipmi, Chassis& chassis) {
+  using State = ControllerSensor::State;
+  for (const auto& [name, state] : ipmi.fans)
+    if (state == State::Failed) AddFan(name, chassis);
+  for (const auto& [name, state] : ipmi.temperatures)
+    if (state == State::Critical || state == State::Ok)
+      AddTemperature(state == State::Critical, chassis);
 }
 
 void JudgeSupplies(const std::vector<SupplyReading>& supplies, Chassis& chassis) {
@@ -90,10 +79,11 @@ void JudgeSupplies(const std::vector<SupplyReading>& supplies, Chassis& chassis)
 }
 
 // The first that knows any: the management controller, the supplies, the kernel.
-std::vector<SupplyReading> Supplies(const Json::Value& ipmi, const SensorReadings& readings) {
-  std::vector<SupplyReading> supplies = SuppliesOf(ipmi);
+std::vector<SupplyReading> ChooseSupplies(const IpmiSnapshot& ipmi,
+                                          const SensorReadings& readings) {
+  std::vector<SupplyReading> supplies = ListSupplies(ipmi);
   if (supplies.empty()) supplies = readings.supplies;
-  return supplies.empty() ? MainsAdapters() : supplies;
+  return supplies.empty() ? ReadMainsAdapters() : supplies;
 }
 
 }  // namespace
@@ -107,8 +97,8 @@ Chassis ReadChassis(const Settings& settings) {
   const SensorsState state = ReadSensors(expected, readings, reason);
   if (state == SensorsState::Failed) NoteTrouble(chassis.trouble, reason);
   bool noController = false;
-  const Json::Value ipmi = Snapshot("ipmi", noController, chassis.trouble);
-  const auto supplies = Supplies(ipmi, readings);
+  const auto ipmi = ReadOrNote<IpmiSnapshot>(noController, chassis.trouble);
+  const auto supplies = ChooseSupplies(ipmi, readings);
 
   if (state == SensorsState::Read || !expected.empty()) JudgeFans(readings, expected, chassis);
   JudgeTemperatures(readings, chassis);

@@ -7,9 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include <json/value.h>
-
 #include "platform/linux/base/snapshot.h"
+#include "platform/linux/chassis/enclosure_snapshot.h"
 
 namespace linux_platform {
 
@@ -26,17 +25,16 @@ struct ExpansionUnit {
   bool otherSupplyFailed = false;  // any but the first
 };
 
-// The units of a snapshot of the source "ses", in its order, without the enclosures whose
-// identifier is one of the words `internal`, with or without "0x". Members of the wrong type
-// count as missing.
-std::vector<ExpansionUnit> ParseExpansionUnits(const Json::Value& snapshot,
-                                               const std::vector<std::string_view>& internal);
+// The enclosures in their order, without those whose identifier is one of the words `internal`,
+// with or without "0x".
+std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
+                                              const std::vector<std::string_view>& internal);
 
 // Not Read: there are no units, or they cannot be known.
 struct ExpansionUnits {
   SnapshotState state = SnapshotState::Absent;
   std::vector<ExpansionUnit> units;
-  std::string trouble;  // why Failed, or what part of them could not be read, in words
+  std::string trouble;  // why Failed, in words
 };
 
 // Without those that the setting "ebox.internal" names. One small file is read, two where
@@ -44,6 +42,6 @@ struct ExpansionUnits {
 ExpansionUnits ReadExpansionUnits(const Settings& settings);
 
 // Bit n is set when a fan of the unit at slot n has failed; at most bits 0 to 23.
-unsigned FailedUnitFans(const std::vector<ExpansionUnit>& units);
+unsigned MaskFailedUnitFans(const std::vector<ExpansionUnit>& units);
 
 }  // namespace linux_platform

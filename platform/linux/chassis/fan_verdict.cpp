@@ -52,7 +52,7 @@ std::vector<ExpectedFan> ParseExpectedFans(const std::vector<std::string_view>& 
   return fans;
 }
 
-const ExpectedFan* Expected(const std::vector<ExpectedFan>& fans, std::string_view key) {
+const ExpectedFan* FindExpected(const std::vector<ExpectedFan>& fans, std::string_view key) {
   const std::size_t colon = key.rfind(':');
   if (colon == std::string_view::npos) return nullptr;
   const std::string_view chip = key.substr(0, colon), feature = key.substr(colon + 1);

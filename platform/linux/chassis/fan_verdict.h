@@ -35,7 +35,7 @@ struct ExpectedFan {
 // not count. The chip is its whole name or what stands before its first "-".
 std::vector<ExpectedFan> ParseExpectedFans(const std::vector<std::string_view>& words);
 // The entry for the fan with this key; null when nobody expects it.
-const ExpectedFan* Expected(const std::vector<ExpectedFan>& fans, std::string_view key);
+const ExpectedFan* FindExpected(const std::vector<ExpectedFan>& fans, std::string_view key);
 
 // Whether the fan has failed, at the time `now` in seconds. A header without a fan reads
 // as 0 or as an alarm, so only evidence that a fan is there makes it fail.

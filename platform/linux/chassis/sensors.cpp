@@ -104,7 +104,7 @@ FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature
   fan.key = chipName + ':' + feature->name;
   fan.known = KnowsItsFans(chip->prefix);
   fan.input = Value(chip, feature, SENSORS_SUBFEATURE_FAN_INPUT);
-  const ExpectedFan* wanted = Expected(expected, fan.key);
+  const ExpectedFan* wanted = FindExpected(expected, fan.key);
   // A fan that turns, and of which nobody expects more, is well.
   if (!fan.input || (*fan.input > 0 && wanted == nullptr && !fan.known)) return fan;
   fan.label = wanted != nullptr && !wanted->label.empty() ? std::string(wanted->label)

@@ -7,6 +7,8 @@
 namespace linux_platform {
 namespace {
 
+using State = EnclosurePart::State;
+
 constexpr std::uint8_t kPowerSupply = 0x02, kCooling = 0x03;  // element types
 constexpr std::size_t kPageHeader = 8, kEnclosureDescriptor = 40;
 
@@ -15,7 +17,10 @@ class Cursor {
   explicit Cursor(PageBytes rest) : rest_(rest) {}
   // The next `count` bytes; nothing, and nothing ever after, when there are fewer.
   std::optional<PageBytes> Take(std::size_t count) {
-    if (count > rest_.size()) return rest_ = {}, std::nullopt;
+    if (count > rest_.size()) {
+      rest_ = {};
+      return std::nullopt;
+    }
     const PageBytes taken = rest_.first(count);
     rest_ = rest_.subspan(count);
     return taken;
@@ -64,9 +69,10 @@ struct ElementType {
   std::uint8_t kind;
   std::size_t count;
 };
+using ElementTypes = std::vector<ElementType>;
 
 // The types in the order in which the other two pages list their elements.
-std::optional<std::vector<ElementType>> ReadConfiguration(const Page& page, Enclosure& enclosure) {
+std::optional<ElementTypes> ReadConfiguration(const Page& page, Enclosure& enclosure) {
   Cursor cursor(page.body);
   std::size_t typeCount = 0;
   const std::size_t subenclosures = page.second;
@@ -81,7 +87,7 @@ std::optional<std::vector<ElementType>> ReadConfiguration(const Page& page, Encl
     enclosure.id = Hexadecimal(rest->first(8));
     enclosure.product = Printable(rest->subspan(16, 16));
   }
-  std::vector<ElementType> types;
+  ElementTypes types;
   for (std::size_t i = 0; i < typeCount; ++i) {
     const auto header = cursor.Take(4);
     if (!header) return {};
@@ -90,36 +96,37 @@ std::optional<std::vector<ElementType>> ReadConfiguration(const Page& page, Encl
   return types;
 }
 
-PartState StateOf(std::uint8_t kind, PageBytes element) {
+State JudgeElement(std::uint8_t kind, PageBytes element) {
   constexpr int kOk = 1, kCritical = 2, kNoncritical = 3, kUnrecoverable = 4, kNotInstalled = 5,
                 kUnavailable = 7;
   constexpr std::uint8_t kFail = 0x40, kPowerFail = 0x03;  // of byte 3; AC, DC
   const int code = element[0] & 0x0F;
-  if (code == kNotInstalled) return PartState::Absent;
-  if (code == kCritical || code == kUnrecoverable) return PartState::Failed;
+  if (code == kNotInstalled) return State::Absent;
+  if (code == kCritical || code == kUnrecoverable) return State::Failed;
   // With any other code the enclosure says that the bits below mean nothing.
-  if (code != kOk && code != kNoncritical && code != kUnavailable) return PartState::Unknown;
+  if (code != kOk && code != kNoncritical && code != kUnavailable) return State::Unknown;
   const int failures = kind == kPowerSupply ? kFail | kPowerFail : kFail;
-  return (element[3] & failures) != 0 ? PartState::Failed : PartState::Ok;
+  return (element[3] & failures) != 0 ? State::Failed : State::Ok;
 }
 
-std::vector<EnclosurePart>* PartsOf(std::uint8_t kind, Enclosure& enclosure) {
+std::vector<EnclosurePart>* FindParts(std::uint8_t kind, Enclosure& enclosure) {
   if (kind == kPowerSupply) return &enclosure.supplies;
   return kind == kCooling ? &enclosure.fans : nullptr;
 }
 
 // The first element of each type is only a summary of the others.
-bool ReadStatus(const Page& page, const std::vector<ElementType>& types, Enclosure& enclosure) {
+bool ReadStatus(const Page& page, const ElementTypes& types, Enclosure& enclosure) {
   Cursor cursor(page.body);
   for (const ElementType& type : types) {
     if (!cursor.Take(4)) return false;
-    auto* parts = PartsOf(type.kind, enclosure);
+    auto* parts = FindParts(type.kind, enclosure);
     for (std::size_t i = 0; i < type.count; ++i) {
       const auto element = cursor.Take(4);
       if (!element) return false;
       if (parts == nullptr) continue;
       const char* kind = type.kind == kCooling ? "Fan " : "Supply ";
-      parts->push_back({kind + std::to_string(parts->size() + 1), StateOf(type.kind, *element)});
+      parts->push_back(
+          {kind + std::to_string(parts->size() + 1), JudgeElement(type.kind, *element)});
     }
   }
   return true;
@@ -133,11 +140,11 @@ std::optional<std::string> TakeName(Cursor& cursor) {
   return Printable(*text);
 }
 
-void ReadNames(const Page& page, const std::vector<ElementType>& types, Enclosure& enclosure) {
+void ReadNames(const Page& page, const ElementTypes& types, Enclosure& enclosure) {
   Cursor cursor(page.body);
   std::array<std::size_t, 2> at = {};  // fans, supplies
   for (const ElementType& type : types) {
-    auto* parts = PartsOf(type.kind, enclosure);
+    auto* parts = FindParts(type.kind, enclosure);
     std::size_t& next = at[type.kind == kPowerSupply ? 1 : 0];
     if (!TakeName(cursor)) return;
     for (std::size_t i = 0; i < type.count; ++i) {
@@ -152,26 +159,25 @@ void ReadNames(const Page& page, const std::vector<ElementType>& types, Enclosur
 
 }  // namespace
 
-const char* TextOf(PartState state) {
-  constexpr const char* kTexts[] = {"ok", "failed", "absent", "unknown"};
-  return kTexts[static_cast<int>(state)];
-}
-
 std::optional<Enclosure> ParseSesPages(PageBytes configuration, PageBytes status, PageBytes names,
                                        std::string& reason) {
   const auto configured = OpenPage(0x01, configuration);
   const auto stated = OpenPage(0x02, status);
-  Enclosure enclosure;
-  if (!configured) return reason = "its configuration page (01h) is cut short", std::nullopt;
-  const auto types = ReadConfiguration(*configured, enclosure);
-  if (!types)
-    return reason = "its configuration page (01h) promises more than it holds", std::nullopt;
-  if (!stated) return reason = "its status page (02h) is cut short", std::nullopt;
-  if (!std::ranges::equal(configured->generation, stated->generation))
-    return reason = "it was reconfigured while it was read", std::nullopt;
-  if (!ReadStatus(*stated, *types, enclosure))
-    return reason = "its status page (02h) has fewer elements than its configuration", std::nullopt;
   const auto named = OpenPage(0x07, names);
+  Enclosure enclosure;
+  const auto types =
+      configured ? ReadConfiguration(*configured, enclosure) : std::optional<ElementTypes>();
+  if (!configured)
+    reason = "its configuration page (01h) is cut short";
+  else if (!types)
+    reason = "its configuration page (01h) promises more than it holds";
+  else if (!stated)
+    reason = "its status page (02h) is cut short";
+  else if (!std::ranges::equal(configured->generation, stated->generation))
+    reason = "it was reconfigured while it was read";
+  else if (!ReadStatus(*stated, *types, enclosure))
+    reason = "its status page (02h) has fewer elements than its configuration";
+  if (!reason.empty()) return std::nullopt;
   if (named && std::ranges::equal(configured->generation, named->generation))
     ReadNames(*named, *types, enclosure);
   return enclosure;

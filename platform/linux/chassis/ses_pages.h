@@ -6,26 +6,12 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
+
+#include "platform/linux/chassis/enclosure_snapshot.h"
 
 namespace linux_platform {
 
 using PageBytes = std::span<const std::uint8_t>;
-
-// Absent: the place is empty, which is no fault. Unknown: the enclosure does not say.
-enum class PartState { Ok, Failed, Absent, Unknown };
-const char* TextOf(PartState state);  // "ok", "failed", "absent", "unknown"
-
-struct EnclosurePart {
-  std::string name;  // the enclosure's own, in printable ASCII; else "Fan 1", "Supply 1"
-  PartState state;
-};
-
-struct Enclosure {
-  std::string id;       // 16 hexadecimal digits
-  std::string product;  // without the blanks around it, in printable ASCII
-  std::vector<EnclosurePart> fans, supplies;
-};
 
 // The parts in the order of the pages, those of subenclosures too. Nothing when page 01h
 // or 02h is cut short, promises more than it holds, or is of another generation than its

@@ -1,25 +1,19 @@
 #include "platform/linux/chassis/supplies.h"
 
-#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
 
-using common::FindMember, common::TextMember;
-
-std::vector<SupplyReading> SuppliesOf(const Json::Value& ipmi) {
+std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi) {
+  using State = ControllerSensor::State;
   std::vector<SupplyReading> supplies;
-  const Json::Value* list = FindMember(ipmi, "supplies");
-  if (list == nullptr || !list->isArray()) return supplies;
-  for (const Json::Value& each : *list) {
-    const std::string state = TextMember(each, "state");
+  for (const auto& [name, state] : ipmi.supplies)
     supplies.push_back(
-        {TextMember(each, "name"), state != "absent", state == "failed" || state == "input_lost"});
-  }
+        {name, state != State::Absent, state == State::Failed || state == State::InputLost});
   return supplies;
 }
 
-std::vector<SupplyReading> MainsAdapters() {
+std::vector<SupplyReading> ReadMainsAdapters() {
   std::vector<SupplyReading> supplies;
   const std::string folder = Sys("/class/power_supply");
   for (const std::string& name : NamesIn(folder)) {

@@ -3,17 +3,16 @@
 
 #include <vector>
 
-#include <json/value.h>
-
+#include "platform/linux/chassis/ipmi_snapshot.h"
 #include "platform/linux/chassis/sensors.h"
 
 namespace linux_platform {
 
 // Those of the management controller's snapshot, in its order, which is the bays'.
-std::vector<SupplyReading> SuppliesOf(const Json::Value& ipmi);
+std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi);
 
 // The mains adapters of /sys/class/power_supply, by name. Fewer than two are a laptop's
 // plug, which may be out, and are left out.
-std::vector<SupplyReading> MainsAdapters();
+std::vector<SupplyReading> ReadMainsAdapters();
 
 }  // namespace linux_platform

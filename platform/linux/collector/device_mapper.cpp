@@ -9,13 +9,13 @@
 
 #include "platform/linux/collector/mapping_status.h"
 #include "platform/linux/collector/parts.h"
+#include "platform/linux/storage/mapping_snapshot.h"
 
 namespace linux_platform {
 namespace {
 
 // The library opens this node, and would make it where it is missing.
 constexpr const char* kControl = "/dev/mapper/control";
-constexpr const char* kHealthTexts[] = {"normal", "abnormal", "danger"};
 
 using Task = std::unique_ptr<dm_task, void (*)(dm_task*)>;
 
@@ -30,7 +30,7 @@ Task Run(int kind, const char* name) {
   return task;
 }
 
-std::vector<std::string> Names(dm_task* list) {
+std::vector<std::string> ReadNames(dm_task* list) {
   std::vector<std::string> names;
   const auto* entry = dm_task_get_names(list);
   if (entry == nullptr || entry->dev == 0) return names;
@@ -41,33 +41,29 @@ std::vector<std::string> Names(dm_task* list) {
   }
 }
 
-// The worst of the mapping's targets; nothing when none has a health of its own.
-std::optional<MappingStatus> Judge(dm_task* task) {
-  std::optional<MappingStatus> worst;
+// The mapping with the worst of its targets; nothing when none has a health of its own.
+std::optional<MappingStatus> JudgeTargets(dm_task* task) {
+  std::vector<MappingTarget> targets;
   void* next = nullptr;
   do {
     std::uint64_t start = 0, length = 0;
     char *type = nullptr, *parameters = nullptr;
     next = dm_get_next_target(task, next, &start, &length, &type, &parameters);
-    if (type == nullptr || parameters == nullptr) continue;
-    auto status = JudgeMapping(type, parameters);
-    if (status && (!worst || status->health > worst->health)) worst = std::move(status);
+    if (type != nullptr && parameters != nullptr) targets.push_back({type, parameters});
   } while (next != nullptr);
-  return worst;
+  return JudgeMapping(targets);
 }
 
-Json::Value EntryOf(dm_task* task, const std::string& name, const MappingStatus& status) {
+Mapping Describe(dm_task* task, const std::string& name, const MappingStatus& status) {
   dm_info info = {};
   dm_task_get_info(task, &info);
   const char* uuid = dm_task_get_uuid(task);
-  Json::Value entry(Json::objectValue);
-  entry["name"] = name;
-  entry["uuid"] = uuid != nullptr ? uuid : "";
-  entry["device"] = std::to_string(info.major) + ":" + std::to_string(info.minor);
-  entry["kind"] = status.kind;
-  entry["health"] = kHealthTexts[static_cast<int>(status.health)];
-  if (!status.why.empty()) entry["why"] = status.why;
-  return entry;
+  return {name,
+          uuid != nullptr ? uuid : "",
+          std::to_string(info.major) + ":" + std::to_string(info.minor),
+          status.kind,
+          status.health,
+          status.why};
 }
 
 }  // namespace
@@ -78,23 +74,22 @@ Json::Value CollectDeviceMapper() {
   const Task list = Run(DM_DEVICE_LIST, nullptr);
   if (!list) {
     const std::string why = errno != 0 ? std::strerror(errno) : "the kernel refused";
-    return Unread("the device mapper did not list its devices: " + why);
+    return MakeError("the device mapper did not list its devices: " + why);
   }
-  Json::Value members(Json::objectValue);
-  Json::Value& objects = members["objects"] = Json::Value(Json::arrayValue);
-  for (const std::string& name : Names(list.get())) {
+  MappingSnapshot snapshot;
+  for (const std::string& name : ReadNames(list.get())) {
     const Task task = Run(DM_DEVICE_STATUS, name.c_str());
     if (!task) {
       // One that has gone since is no trouble.
-      if (errno != ENXIO) members["trouble"] = name + " did not tell its status";
+      if (errno != ENXIO) snapshot.trouble = name + " did not tell its status";
       continue;
     }
-    const auto status = Judge(task.get());
+    const auto status = JudgeTargets(task.get());
     if (!status) continue;
-    if (!status->understood) members["trouble"] = name + ": its status line was not understood";
-    objects.append(EntryOf(task.get(), name, *status));
+    if (!status->understood) snapshot.trouble = name + ": its status line was not understood";
+    snapshot.mappings.push_back(Describe(task.get(), name, *status));
   }
-  return members;
+  return snapshot.ToJson();
 }
 
 }  // namespace linux_platform

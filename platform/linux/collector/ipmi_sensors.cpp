@@ -7,6 +7,8 @@
 namespace linux_platform {
 namespace {
 
+using State = ControllerSensor::State;
+
 struct Sensor {
   std::string_view name, type, state, reading, events;
 };
@@ -44,53 +46,50 @@ std::optional<Sensor> ParseLine(std::string_view line) {
   return sensor;
 }
 
-const char* SupplyState(const Sensor& sensor) {
-  if (Has(sensor.events, "input lost")) return "input_lost";
+State JudgeSupply(const Sensor& sensor) {
+  if (Has(sensor.events, "input lost")) return State::InputLost;
   if (Has(sensor.events, "Power Supply Failure detected") || sensor.state == "Critical")
-    return "failed";
-  return Has(sensor.events, "Presence detected") ? "ok" : "absent";
+    return State::Failed;
+  return Has(sensor.events, "Presence detected") ? State::Ok : State::Absent;
 }
 
-const char* FanState(const Sensor& sensor) {
-  if (sensor.state == "Critical") return "failed";
-  return sensor.state == "N/A" ? "unknown" : "ok";
+State JudgeFan(const Sensor& sensor) {
+  if (sensor.state == "Critical") return State::Failed;
+  return sensor.state == "N/A" ? State::Unknown : State::Ok;
 }
 
 // Too cold is critical to the controller, and no warning of heat.
-const char* TemperatureState(const Sensor& sensor) {
-  if (sensor.state == "Critical") return Has(sensor.events, "Lower") ? "unknown" : "critical";
-  return sensor.state == "N/A" ? "unknown" : "ok";
+State JudgeTemperature(const Sensor& sensor) {
+  if (sensor.state == "Critical")
+    return Has(sensor.events, "Lower") ? State::Unknown : State::Critical;
+  return sensor.state == "N/A" ? State::Unknown : State::Ok;
 }
 
-void Add(Json::Value& list, const Sensor& sensor, const char* state) {
-  Json::Value entry(Json::objectValue);
-  std::string name(sensor.name);
+std::string ToPrintable(std::string_view text) {
+  std::string printable(text);
   std::ranges::replace_if(
-      name, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
-  entry["name"] = name;
-  entry["state"] = state;
-  list.append(std::move(entry));
+      printable, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
+  return printable;
 }
 
 }  // namespace
 
-Json::Value ParseIpmiSensors(std::string_view text) {
-  Json::Value members(Json::objectValue);
-  for (const char* list : {"supplies", "fans", "temperatures"})
-    members[list] = Json::Value(Json::arrayValue);
+IpmiSnapshot ParseIpmiSensors(std::string_view text) {
+  IpmiSnapshot snapshot;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const auto sensor = ParseLine(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
     // What tells of redundancy tells of no single part.
     if (!sensor || Has(sensor->events, "edundan")) continue;
+    const std::string name = ToPrintable(sensor->name);
     if (sensor->type == "Power Supply" && sensor->reading == "N/A")
-      Add(members["supplies"], *sensor, SupplyState(*sensor));
-    if (sensor->type == "Fan") Add(members["fans"], *sensor, FanState(*sensor));
+      snapshot.supplies.push_back({name, JudgeSupply(*sensor)});
+    if (sensor->type == "Fan") snapshot.fans.push_back({name, JudgeFan(*sensor)});
     if (sensor->type == "Temperature")
-      Add(members["temperatures"], *sensor, TemperatureState(*sensor));
+      snapshot.temperatures.push_back({name, JudgeTemperature(*sensor)});
   }
-  return members;
+  return snapshot;
 }
 
 }  // namespace linux_platform

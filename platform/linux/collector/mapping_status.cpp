@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string_view>
 
 namespace linux_platform {
 namespace {
@@ -13,12 +14,12 @@ constexpr double kNearlyFull = 0.95;
 
 using Pool = std::unique_ptr<dm_pool, void (*)(dm_pool*)>;
 
-MappingStatus NotUnderstood(const char* kind) {
+MappingStatus MakeNotUnderstood(const char* kind) {
   return {.kind = kind, .why = {}, .understood = false};
 }
 
 // How many dead devices the layout survives for certain.
-std::size_t Redundancy(std::string_view layout, std::size_t devices) {
+std::size_t CountSpareDevices(std::string_view layout, std::size_t devices) {
   if (layout.starts_with("raid1") && !layout.starts_with("raid10")) return devices - 1;
   if (layout.starts_with("raid4") || layout.starts_with("raid5")) return 1;
   if (layout.starts_with("raid6")) return 2;
@@ -34,24 +35,25 @@ bool LostBothCopies(std::string_view layout, std::string_view health) {
   return false;
 }
 
-MappingStatus Raid(dm_pool* pool, const char* parameters) {
+MappingStatus JudgeRaid(dm_pool* pool, const char* parameters) {
   MappingStatus status{.kind = "raid", .why = {}};
   dm_status_raid* raid = nullptr;
-  if (!dm_get_status_raid(pool, parameters, &raid)) return NotUnderstood("raid");
+  if (!dm_get_status_raid(pool, parameters, &raid)) return MakeNotUnderstood("raid");
   const std::string_view layout = raid->raid_type, health = raid->dev_health;
   const auto dead = static_cast<std::size_t>(std::ranges::count(health, 'D'));
   if (dead == 0) return status;
-  const bool lost = dead > Redundancy(layout, health.size()) || LostBothCopies(layout, health);
+  const bool lost =
+      dead > CountSpareDevices(layout, health.size()) || LostBothCopies(layout, health);
   status.health = lost ? Health::Danger : Health::Abnormal;
   status.why = std::to_string(dead) + " of " + std::to_string(health.size()) + " devices failed (" +
                std::string(layout) + ")";
   return status;
 }
 
-MappingStatus Mirror(dm_pool* pool, const char* parameters) {
+MappingStatus JudgeMirror(dm_pool* pool, const char* parameters) {
   MappingStatus status{.kind = "mirror", .why = {}};
   dm_status_mirror* mirror = nullptr;
-  if (!dm_get_status_mirror(pool, parameters, &mirror)) return NotUnderstood("mirror");
+  if (!dm_get_status_mirror(pool, parameters, &mirror)) return MakeNotUnderstood("mirror");
   const auto failed =
       std::count_if(mirror->devs, mirror->devs + mirror->dev_count,
                     [](const auto& device) { return device.health != DM_STATUS_MIRROR_ALIVE; });
@@ -66,9 +68,9 @@ bool IsNearlyFull(std::uint64_t used, std::uint64_t total) {
   return total > 0 && static_cast<double>(used) >= static_cast<double>(total) * kNearlyFull;
 }
 
-MappingStatus ThinPool(dm_pool* pool, const char* parameters) {
+MappingStatus JudgeThinPool(dm_pool* pool, const char* parameters) {
   dm_status_thin_pool* thin = nullptr;
-  if (!dm_get_status_thin_pool(pool, parameters, &thin)) return NotUnderstood("thin_pool");
+  if (!dm_get_status_thin_pool(pool, parameters, &thin)) return MakeNotUnderstood("thin_pool");
   const auto is = [](Health health, const char* why) {
     return MappingStatus{.kind = "thin_pool", .health = health, .why = why};
   };
@@ -83,19 +85,30 @@ MappingStatus ThinPool(dm_pool* pool, const char* parameters) {
   return is(Health::Normal, "");
 }
 
-void Silent(int, const char*, int, int, const char*, ...) {}
+std::optional<MappingStatus> JudgeTarget(const MappingTarget& target) {
+  MappingStatus (*judge)(dm_pool*, const char*) = nullptr;
+  if (target.type == "raid") judge = JudgeRaid;
+  if (target.type == "mirror") judge = JudgeMirror;
+  if (target.type == "thin-pool") judge = JudgeThinPool;
+  if (judge == nullptr) return std::nullopt;
+  const Pool pool(dm_pool_create("status", 1024), dm_pool_destroy);
+  if (!pool) throw std::bad_alloc();
+  return judge(pool.get(), target.parameters.c_str());
+}
+
+void Ignore(int, const char*, int, int, const char*, ...) {}
 
 }  // namespace
 
-void SilenceDeviceMapper() { dm_log_with_errno_init(Silent); }
+void SilenceDeviceMapper() { dm_log_with_errno_init(Ignore); }
 
-std::optional<MappingStatus> JudgeMapping(std::string_view type, const std::string& parameters) {
-  if (type != "raid" && type != "mirror" && type != "thin-pool") return {};
-  const Pool pool(dm_pool_create("status", 1024), dm_pool_destroy);
-  if (!pool) throw std::bad_alloc();
-  if (type == "raid") return Raid(pool.get(), parameters.c_str());
-  if (type == "mirror") return Mirror(pool.get(), parameters.c_str());
-  return ThinPool(pool.get(), parameters.c_str());
+std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets) {
+  std::optional<MappingStatus> worst;
+  for (const MappingTarget& target : targets) {
+    auto status = JudgeTarget(target);
+    if (status && (!worst || status->health > worst->health)) worst = std::move(status);
+  }
+  return worst;
 }
 
 }  // namespace linux_platform

@@ -3,7 +3,7 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "platform/linux/storage/block.h"
 
@@ -16,9 +16,14 @@ struct MappingStatus {
   bool understood = true;  // else Normal, for want of better knowledge
 };
 
-// `type` and `parameters` as the kernel gives them for one target. Nothing for a type that
-// has no health of its own. Through libdevmapper's parsers, which ask no kernel.
-std::optional<MappingStatus> JudgeMapping(std::string_view type, const std::string& parameters);
+// One of the devices that a mapping is put together of, as the kernel tells it.
+struct MappingTarget {
+  std::string type, parameters;  // "raid", "raid1 2 AA 65536/65536 idle 0 0 -"
+};
+
+// The worst of the targets. Nothing when none is of a type that has a health of its own.
+// Through libdevmapper's parsers, which ask no kernel.
+std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets);
 
 // libdevmapper prints to standard error unless it is told not to.
 void SilenceDeviceMapper();

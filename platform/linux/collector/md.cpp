@@ -10,7 +10,6 @@
 
 #include <cstdint>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
@@ -19,6 +18,7 @@
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/md.h"
+#include "platform/linux/storage/md_snapshot.h"
 
 namespace linux_platform {
 namespace {
@@ -42,17 +42,14 @@ bool WasMadeInThisBoot(const std::string& array) {
 }  // namespace
 
 Json::Value CollectMd() {
-  const Json::Value before = LastSnapshot("md");
-  Json::Value arrays(Json::objectValue);
+  const MdSnapshot before = MdSnapshot::FromJson(ReadLastSnapshot(MdSnapshot::kSource));
+  MdSnapshot snapshot;
   for (const std::string& name : ListBlockDevices()) {
     if (!name.starts_with("md") || !PathExists(Sys("/block/") + name + "/md")) continue;
-    const bool first = GetBuildState(before, name) != Build::Done &&
-                       LooksLikeFirstBuild(ReadMdArray(name)) && WasMadeInThisBoot(name);
-    arrays[name] = first ? "first build" : "built";
+    snapshot.isFirstBuild[name] =
+        !before.IsBuilt(name) && LooksLikeFirstBuild(ReadMdArray(name)) && WasMadeInThisBoot(name);
   }
-  Json::Value members;
-  if (!arrays.empty()) members["arrays"] = std::move(arrays);
-  return members;
+  return snapshot.isFirstBuild.empty() ? Json::Value() : snapshot.ToJson();
 }
 
 }  // namespace linux_platform

@@ -3,20 +3,33 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/chassis/enclosure_snapshot.h"
+#include "platform/linux/chassis/fan_snapshot.h"
+#include "platform/linux/chassis/ipmi_snapshot.h"
+#include "platform/linux/services/cluster_snapshot.h"
+#include "platform/linux/services/web_server_snapshot.h"
+#include "platform/linux/storage/mapping_snapshot.h"
+#include "platform/linux/storage/md_snapshot.h"
+#include "platform/linux/storage/program_mount_snapshot.h"
+
 namespace linux_platform {
 
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
 constexpr std::array<Part, 8> kParts = {{
-    {"ses", "fans and power supplies of enclosures", seconds(22), CollectSes},
-    {"ipmi", "sensors of the management controller", seconds(25), CollectIpmi},
-    {"fans", "which fans of the sensor chips have turned", seconds(10), CollectFans},
-    {"md", "arrays that are being built for the first time", seconds(10), CollectMd},
-    {"device_mapper", "LVM mirrors, RAID volumes and thin pools", seconds(10), CollectDeviceMapper},
-    {"web_server", "the web server's test of its configuration", seconds(10), CollectWebServer},
-    {"cluster", "how the Pacemaker cluster is doing", seconds(10), CollectCluster},
-    {"fuseblk", "room on file systems that are programs (NTFS)", seconds(10), CollectFuseblk},
+    {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
+    {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
+    {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
+    {MdSnapshot::kSource, "arrays that are being built for the first time", seconds(10), CollectMd},
+    {MappingSnapshot::kSource, "LVM mirrors, RAID volumes and thin pools", seconds(10),
+     CollectDeviceMapper},
+    {WebServerSnapshot::kSource, "the web server's test of its configuration", seconds(10),
+     CollectWebServer},
+    {ClusterSnapshot::kSource, "how the Pacemaker cluster is doing", seconds(10), CollectCluster},
+    {ProgramMountSnapshot::kSource, "capacity of file systems that are programs (NTFS)",
+     seconds(10), CollectFuseblk},
 }};
 
 std::span<const Part> AllParts() { return kParts; }
@@ -26,9 +39,9 @@ const Part* FindPart(std::string_view name) {
   return found == kParts.end() ? nullptr : &*found;
 }
 
-Json::Value Unread(const std::string& why) {
+Json::Value MakeError(const std::string& why) {
   Json::Value members(Json::objectValue);
-  members["error"] = why;
+  members[kError] = why;
   return members;
 }
 

@@ -23,7 +23,7 @@ std::span<const Part> AllParts();
 const Part* FindPart(std::string_view name);
 
 // An object with "error".
-Json::Value Unread(const std::string& why);
+Json::Value MakeError(const std::string& why);
 
 // Enclosures below /sys/class/enclosure, through their SCSI generic nodes; each in a
 // process of its own, each command with 10 s.
@@ -41,15 +41,17 @@ Json::Value CollectDeviceMapper();
 Json::Value CollectWebServer();
 // The cluster's state, through the program crm_mon.
 Json::Value CollectCluster();
-// The room on file systems that are programs; each mount in a process of its own.
+// The capacity of file systems that are programs; each mount in a process of its own.
 Json::Value CollectFuseblk();
 
-// What such a process prints of one mount: "total" and "free" in bytes, or "error".
-// `device` is the mount's, as "8:17"; one process at a time asks it.
-Json::Value MeasureMount(const std::string& path, const std::string& device);
-
-// The same of one enclosure, by its name below /sys/class/enclosure: its entry in the
-// snapshot, null when it has neither fans nor supplies. One process at a time asks it.
-Json::Value ReadEnclosureNamed(const std::string& name);
+// What the processes of their own print, as JSON on one line; none of them asks what an
+// earlier one still asks.
+// A part: what it collects.
+std::string PrintPart(const Part& part);
+// A mount: its ProgramMount, or "error". `device` is the mount's, as "8:17".
+std::string PrintMount(const std::string& path, const std::string& device);
+// An enclosure, by its name below /sys/class/enclosure: its Enclosure, null when it has
+// neither fans nor supplies.
+std::string PrintEnclosure(const std::string& name);
 
 }  // namespace linux_platform

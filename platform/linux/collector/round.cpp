@@ -7,11 +7,9 @@
 #include <cstring>
 #include <iostream>
 
-#include <json/writer.h>
-
 #include "common/json_reader.h"
 #include "platform/linux/base/snapshot.h"
-#include "platform/linux/collector/children.h"
+#include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/snapshot_folder.h"
 
 namespace linux_platform {
@@ -19,26 +17,26 @@ namespace {
 
 using common::ParseJson, common::TextMember;
 
-std::string HowItEnded(const Part& part, const Outcome& outcome) {
-  if (!outcome.reason.empty()) return outcome.reason;
-  if (outcome.cut == Child::Cut::Late)
+std::string DescribeEnd(const Part& part, const CommandResult& result) {
+  if (!result.reason.empty()) return result.reason;
+  if (result.cut == Child::Cut::Late)
     return "no answer within " + std::to_string(part.bound.count() / 1000) + " s";
-  if (outcome.cut == Child::Cut::Long) return "more than 1 MiB to say";
-  if (outcome.status >= 0 && WIFSIGNALED(outcome.status))
-    return std::string("its process was ended by: ") + strsignal(WTERMSIG(outcome.status));
+  if (result.cut == Child::Cut::Long) return "more than 1 MiB to say";
+  if (result.status >= 0 && WIFSIGNALED(result.status))
+    return std::string("its process was ended by: ") + strsignal(WTERMSIG(result.status));
   return "its process did not say what it found";
 }
 
-Json::Value MembersOf(const Part& part, const Outcome& outcome) {
+Json::Value ParseMembers(const Part& part, const CommandResult& result) {
   Json::Value members;
-  if (outcome.status == 0 && outcome.cut == Child::Cut::None &&
-      ParseJson(outcome.output, members) && (members.isNull() || members.isObject()))
+  if (result.status == 0 && result.cut == Child::Cut::None && ParseJson(result.output, members) &&
+      (members.isNull() || members.isObject()))
     return members;
-  return Unread(HowItEnded(part, outcome));
+  return MakeError(DescribeEnd(part, result));
 }
 
-void Tell(const Part& part, const Json::Value& now, const Json::Value& before) {
-  for (const char* member : {"error", "trouble"}) {
+void PrintFailures(const Part& part, const Json::Value& now, const Json::Value& before) {
+  for (const char* member : {kError, kTrouble}) {
     const std::string words = TextMember(now, member);
     if (words.empty() || (words == TextMember(before, member) && !isatty(STDERR_FILENO))) continue;
     std::cerr << "vela-platform-collect: " << part.name << ": " << words << "\n";
@@ -47,19 +45,19 @@ void Tell(const Part& part, const Json::Value& now, const Json::Value& before) {
 
 // With an error, what was known stays in the file: nobody takes it for the present, but
 // people and the part itself may look it up.
-Json::Value WithLastKnown(Json::Value now, Json::Value before) {
-  if (!now.isMember("error") || !before.isObject()) return now;
-  before.removeMember("trouble");
-  before["error"] = now["error"];
+Json::Value AddLastKnown(Json::Value now, Json::Value before) {
+  if (!now.isMember(kError) || !before.isObject()) return now;
+  before.removeMember(kTrouble);
+  before[kError] = now[kError];
   return before;
 }
 
 bool Store(const Part& part, Json::Value members) {
-  Json::Value before = LastSnapshot(part.name);
-  Tell(part, members, before);
+  Json::Value before = ReadLastSnapshot(part.name);
+  PrintFailures(part, members, before);
   if (members.isNull()
           ? RemoveSnapshot(part.name)
-          : WriteSnapshot(part.name, WithLastKnown(std::move(members), std::move(before))))
+          : WriteSnapshot(part.name, AddLastKnown(std::move(members), std::move(before))))
     return true;
   std::cerr << "vela-platform-collect: " << kSnapshotFolder << "/" << part.name
             << ".json could not be written: " << std::strerror(errno) << "\n";
@@ -68,23 +66,19 @@ bool Store(const Part& part, Json::Value members) {
 
 }  // namespace
 
-std::string PrintedBy(const Part& part) {
+std::string PrintPart(const Part& part) {
   const auto lock = TakeLock(part.name);
-  const Json::Value members =
-      lock ? part.collect() : Unread("an earlier look at it is still stuck in the kernel");
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = isatty(STDOUT_FILENO) ? "  " : "";
-  return Json::writeString(builder, members) + "\n";
+  return PrintJson(lock ? part.collect() : MakeError(kStillStuck));
 }
 
 bool RunRound(const std::vector<const Part*>& parts) {
-  std::vector<Order> orders;
+  std::vector<Command> commands;
   for (const Part* part : parts)
-    orders.push_back({ThisProgram({"--print", part->name}), {part->bound, kSnapshotCap}});
-  const std::vector<Outcome> outcomes = RunTogether(orders);
+    commands.push_back(BuildOwnCommand({"--print", part->name}, {part->bound, kSnapshotCap}));
+  const std::vector<CommandResult> results = RunCommands(commands);
   bool stored = true;
   for (std::size_t i = 0; i < parts.size(); ++i)
-    stored = Store(*parts[i], MembersOf(*parts[i], outcomes[i])) && stored;
+    stored = Store(*parts[i], ParseMembers(*parts[i], results[i])) && stored;
   return stored;
 }
 

@@ -16,15 +16,16 @@
 #include "platform/linux/base/descriptor.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/chassis/enclosure_snapshot.h"
 #include "platform/linux/chassis/ses_pages.h"
-#include "platform/linux/collector/children.h"
+#include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
 
 namespace linux_platform {
 namespace {
 
-using common::ParseJson, common::TextMember;
+using common::ParseJson;
 
 constexpr int kCommandSeconds = 10;
 // A transport may take far longer to give a command up than the command was given.
@@ -32,7 +33,7 @@ constexpr Bounds kBounds = {std::chrono::seconds(18), std::size_t{256} << 10};
 constexpr int kLongestPage = 0xFFFC;  // some adapters refuse what does not end on four bytes
 
 // The node that takes SCSI commands for the device: generic, else the block layer's.
-std::string NodeOf(const std::string& device) {
+std::string FindNode(const std::string& device) {
   for (const std::string& name : NamesIn(Within(device, "scsi_generic")))
     return BelowRoot("/dev/") + name;
   for (const std::string& name : NamesIn(Within(device, "bsg")))
@@ -45,17 +46,24 @@ bool Receive(int device, int page, std::vector<std::uint8_t>& bytes, std::string
   int left = 0;
   const int result = sg_ll_receive_diag_v2(device, true, page, bytes.data(), kLongestPage,
                                            kCommandSeconds, &left, false, 0);
-  if (result == 0) return bytes.resize(bytes.size() - static_cast<std::size_t>(left)), true;
+  bytes.resize(bytes.size() - static_cast<std::size_t>(left));
+  if (result == 0) return true;
   char words[80] = {};
   sg_get_category_sense_str(result, sizeof words, words, 0);
   reason = "it did not give page 0" + std::to_string(page) + "h: " + words;
   return false;
 }
 
-std::optional<Enclosure> ReadEnclosure(const std::string& node, std::string& reason) {
-  if (node.empty()) return reason = "the kernel module sg is not loaded", std::nullopt;
+std::optional<Enclosure> ReadPages(const std::string& node, std::string& reason) {
+  if (node.empty()) {
+    reason = "the kernel module sg is not loaded";
+    return std::nullopt;
+  }
   const Descriptor device(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!device) return reason = node + " could not be opened: " + std::strerror(errno), std::nullopt;
+  if (!device) {
+    reason = node + " could not be opened: " + std::strerror(errno);
+    return std::nullopt;
+  }
   std::vector<std::uint8_t> configuration, status, names;
   std::string nameless;
   if (!Receive(device.Get(), 1, configuration, reason)) return {};
@@ -64,72 +72,59 @@ std::optional<Enclosure> ReadEnclosure(const std::string& node, std::string& rea
   return ParseSesPages(configuration, status, names, reason);
 }
 
-Json::Value ListOf(const std::vector<EnclosurePart>& parts) {
-  Json::Value list(Json::arrayValue);
-  for (const EnclosurePart& part : parts) {
-    Json::Value entry(Json::objectValue);
-    entry["name"] = part.name;
-    entry["state"] = TextOf(part.state);
-    list.append(std::move(entry));
-  }
-  return list;
-}
-
 // What /sys knows of an enclosure that could not be read.
-Json::Value UnreadEntry(const std::string& name, const std::string& reason) {
-  const std::string enclosure = Within(Sys("/class/enclosure"), name);
-  Json::Value entry(Json::objectValue);
-  std::string id = Attribute(Within(enclosure, "id"));
+Enclosure DescribeUnread(const std::string& name, const std::string& reason) {
+  const std::string folder = Within(Sys("/class/enclosure"), name);
+  std::string id = Attribute(Within(folder, "id"));
   if (id.starts_with("0x")) id.erase(0, 2);
-  entry["id"] = id;
-  entry["product"] = Attribute(Within(enclosure, "device/model"));
-  entry["unread"] = reason;
-  return entry;
+  return {id, Attribute(Within(folder, "device/model")), reason, {}, {}};
 }
 
-Json::Value EntryOf(const std::string& name, const Outcome& outcome) {
+Enclosure ReadEnclosure(const std::string& name) {
+  const auto lock = TakeLock("ses-" + name);
+  if (!lock) return DescribeUnread(name, kStillStuck);
+  std::string reason;
+  const auto read = ReadPages(FindNode(Sys("/class/enclosure/") + name + "/device"), reason);
+  return read ? *read : DescribeUnread(name, reason);
+}
+
+// Nothing when it has neither fans nor supplies.
+std::optional<Enclosure> ParseResult(const std::string& name, const CommandResult& result) {
   Json::Value entry;
-  if (outcome.cut == Child::Cut::Late) return UnreadEntry(name, "no answer within 18 s");
-  if (outcome.status == 0 && ParseJson(outcome.output, entry)) return entry;
-  return UnreadEntry(name, "the process that asked it failed");
+  if (result.cut == Child::Cut::Late) return DescribeUnread(name, "no answer within 18 s");
+  if (result.status != 0 || !ParseJson(result.output, entry))
+    return DescribeUnread(name, "the process that asked it failed");
+  if (!entry.isObject()) return std::nullopt;
+  return Enclosure::FromJson(entry);
 }
 
 }  // namespace
 
-Json::Value ReadEnclosureNamed(const std::string& name) {
-  const auto lock = TakeLock("ses-" + name);
-  if (!lock) return UnreadEntry(name, "an earlier look at it is still stuck in the kernel");
-  std::string reason;
-  const auto read = ReadEnclosure(NodeOf(Sys("/class/enclosure/") + name + "/device"), reason);
-  if (!read) return UnreadEntry(name, reason);
-  if (read->fans.empty() && read->supplies.empty()) return {};
-  Json::Value entry(Json::objectValue);
-  entry["id"] = read->id;
-  entry["product"] = read->product;
-  entry["fans"] = ListOf(read->fans);
-  entry["supplies"] = ListOf(read->supplies);
-  return entry;
+std::string PrintEnclosure(const std::string& name) {
+  const Enclosure enclosure = ReadEnclosure(name);
+  const bool counts =
+      !enclosure.unread.empty() || !enclosure.fans.empty() || !enclosure.supplies.empty();
+  return PrintJson(counts ? enclosure.ToJson() : Json::Value());
 }
 
 Json::Value CollectSes() {
   const auto names = NamesIn(Sys("/class/enclosure"));
   if (names.empty()) return {};
-  std::vector<Order> orders;
+  std::vector<Command> commands;
   for (const std::string& name : names)
-    orders.push_back({ThisProgram({"--enclosure", name}), kBounds});
-  const std::vector<Outcome> outcomes = RunTogether(orders);
-  // One enclosure may be reached on several paths; by identifier, so in its order too.
-  std::map<std::string, Json::Value> entries;
+    commands.push_back(BuildOwnCommand({"--enclosure", name}, kBounds));
+  const std::vector<CommandResult> results = RunCommands(commands);
+  // One enclosure may be reached on several paths, of which one that answers counts.
+  std::map<std::string, Enclosure> byId;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    Json::Value entry = EntryOf(names[i], outcomes[i]);
-    if (!entry.isObject()) continue;  // without fans and supplies
-    Json::Value& place = entries[TextMember(entry, "id")];
-    if (place.isNull() || place.isMember("unread")) place = std::move(entry);
+    std::optional<Enclosure> enclosure = ParseResult(names[i], results[i]);
+    if (!enclosure) continue;
+    const auto [place, isNew] = byId.try_emplace(enclosure->id);
+    if (isNew || !place->second.unread.empty()) place->second = std::move(*enclosure);
   }
-  Json::Value members(Json::objectValue);
-  Json::Value& list = members["enclosures"] = Json::Value(Json::arrayValue);
-  for (auto& [id, entry] : entries) list.append(std::move(entry));
-  return members;
+  EnclosureSnapshot snapshot;
+  for (auto& [id, enclosure] : byId) snapshot.enclosures.push_back(std::move(enclosure));
+  return snapshot.ToJson();
 }
 
 }  // namespace linux_platform

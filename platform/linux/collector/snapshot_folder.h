@@ -23,11 +23,17 @@ bool WriteSnapshot(const std::string& source, Json::Value members);
 // Of a source that is not there any more. True when there is none.
 bool RemoveSnapshot(const std::string& source);
 // What was last written in this boot, of whatever age; null when there is nothing readable.
-Json::Value LastSnapshot(const std::string& source);
+Json::Value ReadLastSnapshot(const std::string& source);
 
 // Held by one process at a time for as long as it lives, even when it is killed but stuck
 // in the kernel. Nothing when another one holds it. A user who may not write into the
 // folder gets one that keeps nobody away.
 std::optional<Descriptor> TakeLock(const std::string& name);
+
+// What to say where a lock is held by another process.
+constexpr const char* kStillStuck = "an earlier look at it is still stuck in the kernel";
+
+// On one line, ended by a line feed; indented at a terminal.
+std::string PrintJson(const Json::Value& document);
 
 }  // namespace linux_platform

@@ -3,16 +3,15 @@
 #include <cstring>
 #include <memory>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/request.h"
+#include "platform/linux/storage/program_mount_snapshot.h"
 #include "platform/status/source_status.h"
 #include "vela_storage.h"
 #include "velac.h"
 
 using namespace linux_platform;
-using common::FindMember, common::SizeMember, common::TextMember;
 using source_status::Source, source_status::SourceScope;
 
 namespace {
@@ -29,15 +28,12 @@ bool IsOfClass(DiskClass kind, int volumeClass) {
 class CollectedSizes {
  public:
   bool FindCapacity(const std::string& path, Capacity& capacity, std::string& reason) {
-    if (!state_) state_ = ReadSnapshot("fuseblk", document_, failure_);
-    if (const Json::Value* mounts = FindMember(document_, "mounts");
-        mounts != nullptr && mounts->isArray())
-      for (const Json::Value& mount : *mounts) {
-        if (TextMember(mount, "path") != path) continue;
-        capacity.size = SizeMember(mount, "total");
-        capacity.available = SizeMember(mount, "free");
-        return true;
-      }
+    if (!state_) state_ = ReadSnapshot(snapshot_, failure_);
+    if (const ProgramMount* mount = snapshot_.FindMount(path)) {
+      capacity.size = mount->total;
+      capacity.available = mount->free;
+      return true;
+    }
     reason = state_ == SnapshotState::Failed ? failure_
              : state_ == SnapshotState::Absent
                  ? "only vela-platform-collect asks it, which does not run"
@@ -47,7 +43,7 @@ class CollectedSizes {
 
  private:
   std::optional<SnapshotState> state_;  // none: not read yet
-  Json::Value document_;
+  ProgramMountSnapshot snapshot_;
   std::string failure_;
 };
 

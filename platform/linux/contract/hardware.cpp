@@ -41,7 +41,7 @@ int VELASysStatusGet(VELA_SYS_STATUS* record) {
   const RequestScope request;
   const Chassis& chassis = ReportChassis(*request);
   const Record content = {chassis.fanFailed, chassis.processorFanFailed, chassis.failedSupplies,
-                          FailedUnitFans(request->GetExpansionUnits().units)};
+                          MaskFailedUnitFans(request->GetExpansionUnits().units)};
   *record = {};
   std::memcpy(record->opaque, &content, sizeof content);
   return 0;

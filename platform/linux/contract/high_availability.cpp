@@ -7,7 +7,6 @@
 #include <cstring>
 #include <string>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/program.h"
@@ -15,12 +14,12 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
+#include "platform/linux/services/cluster_snapshot.h"
 #include "platform/linux/services/ha_state.h"
 #include "platform/status/source_status.h"
 #include "velac.h"
 
 using namespace linux_platform;
-using common::TextMember;
 using source_status::Source, source_status::SourceScope;
 
 namespace {
@@ -37,8 +36,8 @@ bool MayAskCluster() {
 }
 
 std::optional<HaState> ReadCollectedState(SourceScope& scope, std::string& reason) {
-  Json::Value seen;
-  switch (ReadSnapshot("cluster", seen, reason)) {
+  Json::Value document;
+  switch (ReadSnapshot(ClusterSnapshot::kSource, document, reason)) {
     case SnapshotState::Absent:
       reason = std::string("only root may ask Pacemaker. ") + kStartCollector;
       return std::nullopt;
@@ -47,9 +46,9 @@ std::optional<HaState> ReadCollectedState(SourceScope& scope, std::string& reaso
     case SnapshotState::Read:
       break;
   }
-  const std::optional<HaState> state = HaStateNamed(TextMember(seen, "state"));
+  const std::optional<HaState> state = ClusterSnapshot::FromJson(document).state;
   if (state)
-    scope.Read("%s", SeenByCollector(seen).c_str());
+    scope.Read("%s", SeenByCollector(document).c_str());
   else
     reason = "cluster.json has no state of the cluster";
   return state;
@@ -60,8 +59,8 @@ std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, st
   if (monitorBreaker.IsOpen(reason)) return std::nullopt;
   std::string xml;
   int status = 0;
-  const ProgramEnd end =
-      RunProgram(ClusterQuestion(), kMonitorBounds, request.GetTimeBudget(), xml, status, reason);
+  const ProgramEnd end = RunProgram(BuildClusterCommand(), kMonitorBounds, request.GetTimeBudget(),
+                                    xml, status, reason);
   if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
   if (end != ProgramEnd::Exited) return std::nullopt;
   return ClusterState(xml, reason);  // which tells a failure better than the exit status

@@ -12,7 +12,7 @@
 #include "platform/linux/chassis/expansion_units.h"
 #include "platform/linux/network/netlink.h"
 #include "platform/linux/services/pacemaker.h"
-#include "platform/linux/services/web_suspicion.h"
+#include "platform/linux/services/web_server.h"
 #include "platform/linux/storage/storage_view.h"
 
 namespace linux_platform {

@@ -4,19 +4,18 @@
 
 #include <string>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
 #include "platform/linux/base/program.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
+#include "platform/linux/services/web_server_snapshot.h"
 #include "platform/status/source_status.h"
 #include "vela_webserver.h"
 #include "velac.h"
 
 using namespace linux_platform;
-using common::TextMember;
 using source_status::Source, source_status::SourceScope;
 
 namespace {
@@ -32,7 +31,8 @@ Test TestConfiguration(const WebServer& server, TimeBudget& budget, std::string&
   if (testBreaker.IsOpen(reason)) return Test::Unknown;
   std::string output;
   int status = 0;
-  const ProgramEnd end = RunProgram(server.Test(), kTestBounds, budget, output, status, reason);
+  const ProgramEnd end =
+      RunProgram(server.BuildTest(), kTestBounds, budget, output, status, reason);
   if (end == ProgramEnd::Exited) return status == 0 ? Test::Passed : Test::Refused;
   if (end == ProgramEnd::Late) testBreaker.Trip(reason);
   return Test::Unknown;
@@ -41,8 +41,8 @@ Test TestConfiguration(const WebServer& server, TimeBudget& budget, std::string&
 // What the collector's test of this unit said, while the unit is as it was then.
 Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, std::string& reason) {
   const std::string& unit = suspect.unit;
-  Json::Value seen;
-  switch (ReadSnapshot("web_server", seen, reason)) {
+  Json::Value document;
+  switch (ReadSnapshot(WebServerSnapshot::kSource, document, reason)) {
     case SnapshotState::Absent:
       reason =
           unit + " is in trouble, and only root can test its configuration. " + kStartCollector;
@@ -52,15 +52,15 @@ Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, std::s
     case SnapshotState::Read:
       break;
   }
-  const std::string test = TextMember(seen, "test");
-  if (TextMember(seen, "unit") != unit || TextMember(seen, "active") != suspect.state.active ||
-      TextMember(seen, "reload") != suspect.state.reload || test.empty()) {
+  const auto seen = WebServerSnapshot::FromJson(document);
+  if (seen.unit != unit || seen.active != suspect.state.active ||
+      seen.reload != suspect.state.reload || seen.test.empty()) {
     reason = unit + " is in trouble since vela-platform-collect last looked; it tests the " +
              "configuration within a minute";
     return Test::Unknown;
   }
-  scope.Read("%s", SeenByCollector(seen).c_str());
-  return test == "passed" ? Test::Passed : Test::Refused;
+  scope.Read("%s", SeenByCollector(document).c_str());
+  return seen.test == WebServerSnapshot::kPassed ? Test::Passed : Test::Refused;
 }
 
 }  // namespace
@@ -92,7 +92,7 @@ int VELAServiceIsHttpDefaultConf(void) {
     failures.Recovered();
     return 0;
   }
-  if (server.Tester() != nullptr) return 1;
+  if (server.FindTester() != nullptr) return 1;
   failures.Failed(scope,
                   server.unit + " is in trouble; how to test its configuration is not known");
   return 0;
@@ -110,12 +110,12 @@ bool NginxConfManager::run() {
   if (state_ == nullptr) return true;
   const RequestScope request;
   const WebServerState& suspect = request->GetWebServer();
-  if (!suspect.IsSuspicious() || suspect.Tester() == nullptr) return true;
+  if (!suspect.IsSuspicious() || suspect.FindTester() == nullptr) return true;
   SourceScope scope(Source::WebServer);
   std::string reason;
   // Its test reads keys and writes a log: only root's word about it is worth anything.
   const Test test = geteuid() == 0
-                        ? TestConfiguration(*suspect.Tester(), request->GetTimeBudget(), reason)
+                        ? TestConfiguration(*suspect.FindTester(), request->GetTimeBudget(), reason)
                         : ReadCollectedTest(suspect, scope, reason);
   if (test == Test::Unknown)
     failures.Failed(scope, reason);

@@ -11,7 +11,9 @@ namespace linux_platform {
 
 constexpr std::size_t kSocketsCap = std::size_t{4} << 20;
 
-std::vector<std::string> ClusterQuestion() { return {kClusterMonitor, "-1", "--output-as=xml"}; }
+std::vector<std::string> BuildClusterCommand() {
+  return {kClusterMonitor, "-1", "--output-as=xml"};
+}
 
 // The name that its first process listens on; the name's NULs show as "@".
 bool PacemakerListens() {

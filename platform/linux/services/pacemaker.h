@@ -12,7 +12,7 @@ namespace linux_platform {
 constexpr const char* kClusterMonitor = "/usr/sbin/crm_mon";
 
 // The monitor and what makes it print the cluster as XML, not below the root.
-std::vector<std::string> ClusterQuestion();
+std::vector<std::string> BuildClusterCommand();
 
 // Pacemaker's own listening socket, which everybody sees.
 bool PacemakerListens();

@@ -1,6 +1,5 @@
 #include "platform/linux/storage/md.h"
 
-#include "common/json_reader.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
@@ -73,14 +72,6 @@ bool LooksLikeFirstBuild(const MdArray& array) {
     if (member.Has("faulty") || !member.present) return false;
   }
   return whole == array.disks - 1 && filling == 1;
-}
-
-Build GetBuildState(const Json::Value& snapshot, const std::string& array) {
-  using common::FindMember, common::TextMember;
-  const Json::Value* arrays = FindMember(snapshot, "arrays");
-  if (arrays == nullptr) return Build::Unknown;
-  if (FindMember(*arrays, array.c_str()) == nullptr) return Build::Unseen;
-  return TextMember(*arrays, array.c_str()) == "first build" ? Build::First : Build::Done;
 }
 
 Health JudgeMd(const MdArray& array, bool expected) {

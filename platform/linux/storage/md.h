@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include <json/value.h>
-
 #include "platform/linux/storage/block.h"
 
 namespace linux_platform {
@@ -37,11 +35,6 @@ MdArray ReadMdArray(const std::string& name);
 // Whether the array may be one that is being built for the first time: a RAID 4 or 5 whose
 // last member alone is being filled. The replacement of that member looks the same.
 bool LooksLikeFirstBuild(const MdArray& array);
-
-// What the collector's snapshot "md" (null: there is none) knows of the array's first build.
-// Unseen: it has appeared since the collector last looked.
-enum class Build { Unknown, Unseen, First, Done };
-Build GetBuildState(const Json::Value& snapshot, const std::string& array);
 
 // `expected`: the array is named in mdadm.conf or fstab, so it ought to run.
 // Containers, arrays being taken apart and mirrors made with empty slots on purpose

@@ -2,15 +2,14 @@
 
 #include <algorithm>
 
-#include "common/json_reader.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/mapping_snapshot.h"
+#include "platform/linux/storage/md_snapshot.h"
 
 namespace linux_platform {
 namespace {
-
-using common::FindMember, common::TextMember;
 
 constexpr std::size_t kTableCap = std::size_t{256} << 10;
 
@@ -28,11 +27,10 @@ bool IsNamed(const std::string& tables, const std::string& array) {
 // The collector has looked at the array when it was made.
 bool IsFirstBuild(const MdArray& array) {
   if (!LooksLikeFirstBuild(array)) return false;
-  Json::Value snapshot;
+  MdSnapshot snapshot;
   std::string reason;
-  if (ReadSnapshot("md", snapshot, reason) != SnapshotState::Read) return false;
-  const Build build = GetBuildState(snapshot, array.name);
-  return build == Build::First || build == Build::Unseen;
+  ReadSnapshot(snapshot, reason);
+  return snapshot.MayBeFirstBuild(array.name);
 }
 
 void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
@@ -57,22 +55,14 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const std::string&
   }
 }
 
-Health ParseHealth(const std::string& text) {
-  if (text == "danger") return Health::Danger;
-  return text == "abnormal" ? Health::Abnormal : Health::Normal;
-}
-
 void ReadMappings(Redundancy& redundancy) {
-  Json::Value document;
-  if (ReadSnapshot("device_mapper", document, redundancy.failure) != SnapshotState::Read) return;
-  redundancy.failure = TextMember(document, "trouble");
-  const Json::Value* objects = FindMember(document, "objects");
-  if (objects == nullptr || !objects->isArray()) return;
-  for (const Json::Value& object : *objects) {
-    const Health health = ParseHealth(TextMember(object, "health"));
-    if (health == Health::Normal) continue;
-    const std::string folder = LinkTarget(Sys("/dev/block/", TextMember(object, "device")));
-    if (!folder.empty()) AddHealth(std::string(LastComponent(folder)), health, redundancy);
+  MappingSnapshot snapshot;
+  if (ReadSnapshot(snapshot, redundancy.failure) != SnapshotState::Read) return;
+  redundancy.failure = snapshot.trouble;
+  for (const Mapping& mapping : snapshot.mappings) {
+    if (mapping.health == Health::Normal) continue;
+    const std::string folder = LinkTarget(Sys("/dev/block/", mapping.device));
+    if (!folder.empty()) AddHealth(std::string(LastComponent(folder)), mapping.health, redundancy);
   }
 }
 

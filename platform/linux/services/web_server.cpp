@@ -1,4 +1,4 @@
-#include "platform/linux/services/web_suspicion.h"
+#include "platform/linux/services/web_server.h"
 
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ constexpr std::array<WebServer, 3> kServers = {{
     {"lighttpd.service", {"/usr/sbin/lighttpd", "-tt", "-f", "/etc/lighttpd/lighttpd.conf"}},
 }};
 
-std::vector<std::string> Units(const Settings& settings) {
+std::vector<std::string> ListUnits(const Settings& settings) {
   if (const char* named = settings.Text("web.unit")) return {named};
   std::vector<std::string> units;
   for (const WebServer& server : kServers)
@@ -25,7 +25,7 @@ std::vector<std::string> Units(const Settings& settings) {
   return units;
 }
 
-std::size_t InUse(const std::vector<UnitState>& states) {
+std::size_t FindInUse(const std::vector<UnitState>& states) {
   const auto used = std::ranges::find_if(states, [](const UnitState& state) {
     return state.load == "loaded" && state.active != "inactive";
   });
@@ -36,7 +36,7 @@ std::size_t InUse(const std::vector<UnitState>& states) {
 
 bool WebServer::IsInstalled() const { return access(BelowRoot(test[0]).c_str(), X_OK) == 0; }
 
-std::vector<std::string> WebServer::Test() const {
+std::vector<std::string> WebServer::BuildTest() const {
   std::vector<std::string> arguments;
   for (const char* argument : test)
     if (argument != nullptr) arguments.emplace_back(argument);
@@ -47,7 +47,7 @@ bool WebServerState::IsSuspicious() const {
   return state.active == "failed" || (!state.reload.empty() && state.reload != "success");
 }
 
-const WebServer* WebServerState::Tester() const {
+const WebServer* WebServerState::FindTester() const {
   const auto found = std::ranges::find(
       kServers, unit, [](const WebServer& server) { return std::string_view(server.unit); });
   return found != kServers.end() && found->IsInstalled() ? &*found : nullptr;
@@ -55,11 +55,11 @@ const WebServer* WebServerState::Tester() const {
 
 WebServerState ReadWebServer(const Settings& settings, TimeBudget& budget) {
   WebServerState server;
-  const std::vector<std::string> units = Units(settings);
+  const std::vector<std::string> units = ListUnits(settings);
   if (units.empty()) return server;
   std::vector<UnitState> states;
   server.answer = ReadUnits(units, budget, states, server.reason);
-  const std::size_t used = server.answer == UnitsAnswer::Read ? InUse(states) : 0;
+  const std::size_t used = server.answer == UnitsAnswer::Read ? FindInUse(states) : 0;
   server.unit = units[used];
   if (server.answer == UnitsAnswer::Read) server.state = std::move(states[used]);
   return server;

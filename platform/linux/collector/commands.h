@@ -1,4 +1,4 @@
-// Several processes at once, each read to its end within its own bounds.
+// Several programs at once, each read to its end within its own bounds.
 #pragma once
 
 #include <string>
@@ -8,22 +8,23 @@
 
 namespace linux_platform {
 
-struct Order {
+struct Command {
   std::vector<std::string> arguments;  // the program's path first
   Bounds bounds;
 };
 
-struct Outcome {
+struct CommandResult {
   std::string reason;  // why it was not started; "" when it was
   std::string output;
   int status = -1;  // as waitpid(2) gives it; -1 when it is not known
   Child::Cut cut = Child::Cut::None;
 };
 
-// In the order of `orders`. Takes as long as the slowest.
-std::vector<Outcome> RunTogether(const std::vector<Order>& orders);
+CommandResult RunCommand(const Command& command);
+// In the order of `commands`. Takes as long as the slowest.
+std::vector<CommandResult> RunCommands(const std::vector<Command>& commands);
 
-// The arguments that start this very program again, with the same root.
-std::vector<std::string> ThisProgram(std::vector<std::string> arguments);
+// What starts this very program again, with the same root.
+Command BuildOwnCommand(std::vector<std::string> arguments, Bounds bounds);
 
 }  // namespace linux_platform

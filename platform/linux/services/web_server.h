@@ -17,7 +17,7 @@ struct WebServer {
   std::array<const char*, 4> test;  // the program and what makes it test its configuration
 
   bool IsInstalled() const;
-  std::vector<std::string> Test() const;  // the program's path first, not below the root
+  std::vector<std::string> BuildTest() const;  // the program's path first, not below the root
 };
 
 struct WebServerState {
@@ -30,7 +30,7 @@ struct WebServerState {
   // configuration in force.
   bool IsSuspicious() const;
   // Who can tell whether the configuration is to blame; null when nobody here knows how.
-  const WebServer* Tester() const;
+  const WebServer* FindTester() const;
 };
 
 // The unit that the site names (web.unit), else of the installed servers the first in use.

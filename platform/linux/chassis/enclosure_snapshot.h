@@ -1,0 +1,39 @@
+// The machine's enclosures with fans or power supplies: the collector's snapshot "ses".
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+namespace linux_platform {
+
+struct EnclosurePart {
+  // Absent: the place is empty, which is no fault. Unknown: the enclosure does not say.
+  enum class State { Ok, Failed, Absent, Unknown };
+
+  std::string name;  // the enclosure's own, in printable ASCII; else "Fan 1", "Supply 1"
+  State state = State::Unknown;
+};
+
+struct Enclosure {
+  std::string id;       // 16 hexadecimal digits
+  std::string product;  // without the blanks around it, in printable ASCII
+  std::string unread;   // why it did not answer, in words; then it has no parts
+  std::vector<EnclosurePart> fans, supplies;
+
+  Json::Value ToJson() const;
+  // Members of the wrong type count as missing.
+  static Enclosure FromJson(const Json::Value& entry);
+};
+
+struct EnclosureSnapshot {
+  static constexpr const char* kSource = "ses";
+
+  std::vector<Enclosure> enclosures;  // by identifier
+
+  Json::Value ToJson() const;
+  static EnclosureSnapshot FromJson(const Json::Value& document);
+};
+
+}  // namespace linux_platform

@@ -1,0 +1,70 @@
+// The management controller's sensors, and what is known of the fans of the sensor chips.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/chassis/fan_snapshot.h"
+#include "platform/linux/chassis/sensors.h"
+#include "platform/linux/collector/commands.h"
+#include "platform/linux/collector/ipmi_sensors.h"
+#include "platform/linux/collector/parts.h"
+#include "platform/linux/collector/snapshot_folder.h"
+
+namespace linux_platform {
+namespace {
+
+constexpr const char* kProgram = "/usr/sbin/ipmi-sensors";
+constexpr std::array kNodes = {"/dev/ipmi0", "/dev/ipmi/0", "/dev/ipmidev/0"};
+// The first time it reads the controller's list of sensors, which is slow, and keeps it.
+constexpr Bounds kBounds = {std::chrono::seconds(22), std::size_t{1} << 20};
+
+bool Exists(const char* path, int mode) { return access(BelowRoot(path).c_str(), mode) == 0; }
+
+std::vector<std::string> BuildArguments() {
+  const std::string cache = BelowRoot(kSnapshotFolder) + "/.sensors-of-ipmi";
+  mkdir(cache.c_str(), 0700);
+  return {BelowRoot(kProgram),
+          "--driver-type=OPENIPMI",
+          "--sensor-types=Temperature,Fan,Power_Supply",
+          "--comma-separated-output",
+          "--no-header-output",
+          "--output-sensor-state",
+          "--quiet-cache",
+          "--sdr-cache-recreate",
+          "--sdr-cache-directory=" + cache};
+}
+
+}  // namespace
+
+// By a program: a controller that does not answer holds its reader for as long as it likes.
+Json::Value CollectIpmi() {
+  const auto exists = [](const char* node) { return Exists(node, F_OK); };
+  if (std::ranges::none_of(kNodes, exists) || !Exists(kProgram, X_OK)) return {};
+  const CommandResult result = RunCommand({BuildArguments(), kBounds});
+  if (!result.reason.empty()) return MakeError(result.reason);
+  if (result.cut == Child::Cut::Late) return MakeError("the controller gave no answer within 22 s");
+  if (result.cut == Child::Cut::Long) return MakeError("ipmi-sensors printed more than 1 MiB");
+  if (result.status != 0)
+    return MakeError("ipmi-sensors failed; run ipmi-sensors --driver-type=OPENIPMI to see why");
+  return ParseIpmiSensors(result.output).ToJson();
+}
+
+// A fan that has turned since boot and stands is broken; one that never turned is a header
+// without a fan.
+Json::Value CollectFans() {
+  SensorReadings readings;
+  std::string reason;
+  const SensorsState state = ReadSensors({}, readings, reason);
+  if (state == SensorsState::Failed) return MakeError(reason);
+  if (state == SensorsState::Absent || readings.fans.empty()) return {};
+  FanSnapshot snapshot = FanSnapshot::FromJson(ReadLastSnapshot(FanSnapshot::kSource));
+  snapshot.Remember(readings.fans, static_cast<long long>(std::time(nullptr)));
+  return snapshot.ToJson();
+}
+
+}  // namespace linux_platform
