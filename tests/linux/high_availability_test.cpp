@@ -68,58 +68,65 @@ class HighAvailabilityTest : public testing::Test {
   MachineSnapshot root_;
 };
 
-TEST_F(HighAvailabilityTest, AMachineWithoutItIsSilent) {
-  EXPECT_EQ(Ask(), "off");
-  EXPECT_EQ(Said().state, 0);
-  Monitor(Print("failed"));
-  EXPECT_EQ(Ask(), "off") << "installed, not running";
-  Listen("@pacemakerd-other");
-  EXPECT_EQ(Ask(), "off");
-  Listen("@pacemakerd@@@@@@@@");
-  EXPECT_EQ(Ask(), "danger") << "its socket tells where systemd does not";
-  Listen("");
-  EXPECT_EQ(Ask(), "off");
-  EXPECT_TRUE(TakeSystemLog().empty());
-  char text[4] = "xyz";
-  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, sizeof text), -1);
-  EXPECT_STREQ(text, "");
-}
-
-TEST_F(HighAvailabilityTest, DrbdAndTheClusterCountTogether) {
-  root_.TemporaryRoot::Write("/proc/drbd", kDrbdAlone);
-  EXPECT_EQ(Ask(), "danger");
-  Listen("@pacemakerd");
-  Monitor(Print("normal"));
-  EXPECT_EQ(Ask(), "danger");
-  root_.TemporaryRoot::Write("/proc/drbd", "version: 9.1.4\n");
-  EXPECT_EQ(Ask(), "normal") << "the cluster watches DRBD 9";
-  Monitor(Print("standby"));
-  EXPECT_EQ(Ask(), "warning");
-  std::filesystem::remove(root_.Path() / "proc/net/unix");
-  EXPECT_EQ(Ask(), "");
-  EXPECT_STREQ(Said().reason, "DRBD 9 and later do not tell their state in /proc/drbd");
-}
-
-TEST_F(HighAvailabilityTest, AMonitorThatFailsIsSaidOnceAndHidesNothing) {
-  Listen("@pacemakerd");
-  Monitor(Print("not-connected") + "; exit 102");
-  EXPECT_EQ(Ask(), "");
-  EXPECT_STREQ(Said().reason, "crm_mon could not ask the cluster: Not connected");
-  Ask();
-  EXPECT_EQ(TakeSystemLog().size(), 1U);
-  root_.TemporaryRoot::Write("/proc/drbd", kDrbdAlone);
-  EXPECT_EQ(Ask(), "danger");
-  EXPECT_EQ(Said().state, 2);
-  std::filesystem::remove(root_.Path() / "proc/drbd");
-  for (const char* script : {"cat /dev/zero", "kill -9 $$", "exit 0"}) {
-    SCOPED_TRACE(script);
+TEST_F(HighAvailabilityTest, WhatRunsIsToldAndTheWorseOfBothCounts) {
+  const std::string name = "@pacemakerd", nobody = "", none = "";
+  const std::string drbdWell =
+      "version: 8.4.11\n 0: cs:Connected ro:Primary/Secondary ds:UpToDate/UpToDate C r-----\n";
+  const std::string ask = "crm_mon could not ask the cluster: Not connected",
+                    nine = "DRBD 9 and later do not tell their state in /proc/drbd";
+  const struct {
+    std::string socket, monitor, drbd;
+    const char* text;
+    int state;
+    std::string reason;
+  } cases[] = {
+      {nobody, none, none, "off", 0, "neither Pacemaker nor DRBD runs here"},
+      {nobody, Print("failed"), none, "off", 0, "neither Pacemaker nor DRBD runs here"},
+      {"@pacemakerd-other", Print("failed"), none, "off", 0,
+       "neither Pacemaker nor DRBD runs here"},
+      {"@pacemakerd@@@@@@@@", Print("failed"), none, "danger", 1, ""},
+      {name, Print("normal"), none, "normal", 1, ""},
+      {name, Print("normal"), kDrbdAlone, "danger", 1, ""},
+      {name, Print("failed"), drbdWell, "danger", 1, ""},
+      {name, Print("standby"), drbdWell, "warning", 1, ""},
+      {nobody, none, kDrbdAlone, "danger", 1, ""},
+      {nobody, none, drbdWell, "normal", 1, ""},
+      {nobody, none, "version: 8.4.11\n", "normal", 1, ""},
+      {nobody, none, "version: 9.1.4\n", "", 2, nine},
+      {name, Print("normal"), "version: 9.1.4\n", "normal", 1, ""},  // which watches it
+      {name, Print("standby"), "version: 9.1.4\n", "warning", 1, ""},
+      {name, Print("not-connected") + "; exit 102", none, "", 2, ask},
+      {name, Print("not-connected") + "; exit 102", drbdWell, "", 2, ask},
+      {name, Print("not-connected") + "; exit 102", kDrbdAlone, "danger", 2, ask},
+      {name, "exit 0", none, "", 2, "crm_mon printed something that is no cluster status"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.socket + " " + c.monitor + " " + c.drbd);
+    Forget();
+    Listen(c.socket);
+    if (!c.monitor.empty()) Monitor(c.monitor);
+    if (!c.drbd.empty()) root_.TemporaryRoot::Write("/proc/drbd", c.drbd);
+    EXPECT_EQ(Ask(), c.text);
+    EXPECT_EQ(Said().state, c.state);
+    EXPECT_EQ(Said().reason, c.reason);
+    Ask();
+    EXPECT_EQ(TakeSystemLog().size(), c.state == 2 ? 1U : 0U) << "a failure is said once";
+  }
+  for (const char* script : {"cat /dev/zero", "kill -9 $$"}) {
     Monitor(script);
-    EXPECT_EQ(Ask(), "");
+    EXPECT_EQ(Ask(), "") << script;
     EXPECT_EQ(Said().state, 2);
   }
   Monitor(Print("normal"));
   EXPECT_EQ(Ask(), "normal");
   EXPECT_EQ(Said().state, 1);
+  char text[7] = "xyz";
+  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, 6), -1) << "no room for the NUL";
+  EXPECT_STREQ(text, "");
+  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, 7), 0);
+  EXPECT_STREQ(text, "normal");
+  Listen("");
+  EXPECT_EQ(VELAHAGetOverviewStatusDL(text, 7), -1);
 }
 
 // As the installed service: neither root nor of the group that Pacemaker answers.

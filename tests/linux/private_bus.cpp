@@ -64,6 +64,8 @@ int PrivateBus::OnGet(void* question, void* self) {
   free(unit);
   const std::lock_guard lock(bus->mutex_);
   const auto found = bus->values_.find(key);
+  if (found != bus->values_.end() && found->second.starts_with("org.freedesktop.DBus.Error."))
+    return sd_bus_reply_method_errorf(message, found->second.c_str(), "systemd says no");
   if (found != bus->values_.end())
     return sd_bus_reply_method_return(message, "v", "s", found->second.c_str());
   if (std::string(property) == "ReloadResult")

@@ -20,7 +20,8 @@ class PrivateBus {
   PrivateBus& operator=(const PrivateBus&) = delete;
 
   bool Runs() const { return daemon_ > 0; }
-  // What systemd says of a unit's property: Say("nginx.service", "ActiveState", "failed").
+  // What systemd says of a unit's property: Say("nginx.service", "ActiveState", "failed"), or
+  // the name of the D-Bus error that it answers with.
   void Say(const std::string& unit, const std::string& property, const std::string& value);
   // A systemd that takes questions and does not answer.
   void Mute(bool mute) { mute_ = mute; }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "platform/linux/collector/snapshot_folder.h"
 #include "tests/linux/temporary_root.h"
 
 namespace {
@@ -58,9 +61,15 @@ TEST(Snapshot, OnlyAFreshDocumentOfThisBootCounts) {
 TEST(Snapshot, OfAKernelThatDoesNotNameItsBootNothingCounts) {
   Json::Value document;
   std::string reason;
-  EXPECT_EQ(ParseSnapshot("ses", R"({"written": 1000, "boot_id": "", "period": 60})", 1000, "",
-                          document, reason),
-            SnapshotState::Absent);
+  const char* text = R"({"written": 1000, "boot_id": "", "period": 60})";
+  EXPECT_EQ(ParseSnapshot("ses", text, 1000, "", document, reason), SnapshotState::Absent);
+}
+
+TEST(Snapshot, TheTimerMakesANewOneWhenItSaysSo) {
+  std::ifstream timer(FIXTURES "/../../../packaging/systemd/vela-platform-collect.timer");
+  const std::string text{std::istreambuf_iterator<char>(timer), {}};
+  EXPECT_NE(text.find("\nOnUnitActiveSec=60\n"), std::string::npos) << text;
+  EXPECT_EQ(kSnapshotPeriod, 60);
 }
 
 TEST(Snapshot, TheFileIsReadBelowTheRoot) {

@@ -214,6 +214,7 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
   const struct {
     const char* what;
     std::function<void(int)> serve;
+    const char* says = " hung up, or sent something that is no answer";
   } cases[] = {
       {"close", [](int) {}},
       {"close when asked", [](int client) { FakeServer::Line(client); }},
@@ -229,6 +230,8 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
        }},
       {"other variable",
        [](int client) { FakeServer::Send(client, "VAR rack ups.load \"OB\"\n"); }},
+      {"no UPS", [](int client) { FakeServer::Send(client, "BEGIN LIST UPS\nEND LIST UPS\n"); },
+       " knows no UPS: see /etc/nut/ups.conf"},
       {"endless list",
        [](int client) {
          FakeServer::Send(client, "BEGIN LIST UPS\n");
@@ -239,13 +242,14 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     FakeServer server(c.serve);
-    Monitor((std::string(c.what) == "endless list" ? "" : "rack") +
-            ("@127.0.0.1:" + server.Port()));
+    const bool listed = std::string(c.what) == "endless list" || std::string(c.what) == "no UPS";
+    Monitor((listed ? "" : "rack") + ("@127.0.0.1:" + server.Port()));
     for (int i = 0; i < 20; ++i) {
       const auto start = steady_clock::now();
       EXPECT_EQ(Ask().connected, 0);
       EXPECT_LT(steady_clock::now() - start, TimesFactor(900ms));
       EXPECT_EQ(Said().state, 2);
+      EXPECT_EQ(Said().reason, "upsd at 127.0.0.1 port " + server.Port() + c.says);
     }
     EXPECT_EQ(server.Clients(), 20);
   }

@@ -102,14 +102,19 @@ TEST_F(WebServerOnBusTest, OnlyASuspicionThatTheTestConfirmsIsAFailure) {
     const char *active, *reload, *status;
     Verdict verdict;
     bool tested;
+    const char* says;
   } cases[] = {
-      {"active", "success", "1", Verdict::Well, false},
-      {"inactive", "success", "1", Verdict::Well, false},
-      {"active", "exit-code", "1", Verdict::Failed, true},
-      {"active", "exit-code", "0", Verdict::Well, true},
-      {"failed", "success", "1", Verdict::Failed, true},
-      {"failed", "success", "0", Verdict::Well, true},
-      {"active", "", "1", Verdict::Well, false},
+      {"active", "success", "1", Verdict::Well, false, ""},
+      {"inactive", "success", "1", Verdict::Well, false, ""},
+      {"active", "exit-code", "1", Verdict::Failed, true, ""},
+      {"active", "exit-code", "0", Verdict::Well, true, ""},
+      {"failed", "success", "1", Verdict::Failed, true, ""},
+      {"failed", "success", "0", Verdict::Well, true, ""},
+      {"active", "", "1", Verdict::Well, false, ""},
+      {"failed", "org.freedesktop.DBus.Error.UnknownProperty", "1", Verdict::Failed, true, ""},
+      {"active", "org.freedesktop.DBus.Error.UnknownInterface", "1", Verdict::Well, false, ""},
+      {"active", "org.freedesktop.DBus.Error.AccessDenied", "1", Verdict::Unknown, false,
+       "systemd could not be asked over the system bus: systemd says no"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.active) + ' ' + c.reload + ' ' + c.status);
@@ -118,9 +123,20 @@ TEST_F(WebServerOnBusTest, OnlyASuspicionThatTheTestConfirmsIsAFailure) {
     Status(c.status);
     EXPECT_EQ(Ask(), c.verdict);
     EXPECT_EQ(std::filesystem::exists(root_.Path() / "tested"), c.tested);
-    EXPECT_EQ(Said().state, 1);
+    EXPECT_EQ(Said().state, c.verdict == Verdict::Unknown ? 2 : 1);
+    EXPECT_STREQ(Said().reason, c.says);
   }
-  EXPECT_TRUE(TakeSystemLog().empty());
+  EXPECT_EQ(TakeSystemLog().size(), 1U);
+}
+
+TEST_F(WebServerOnBusTest, ASuspicionLastsForItsRequestOnly) {
+  Unit("nginx.service", "failed", "success");
+  Status("1");
+  EXPECT_EQ(Ask(), Verdict::Failed);
+  Unit("nginx.service", "active", "success");
+  std::filesystem::remove(root_.Path() / "tested");
+  EXPECT_TRUE(velaw3::NginxConfManager(velaw3::NGINXCONF_APPLY).run());
+  EXPECT_FALSE(std::filesystem::exists(root_.Path() / "tested"));
 }
 
 TEST_F(WebServerOnBusTest, TheServerInUseCounts) {
@@ -159,6 +175,8 @@ TEST_F(WebServerOnBusTest, AServiceWithoutRightsTakesTheCollectorsWord) {
       {R"("unit": "nginx.service", "active": "active", "reload": "exit-code", "test": "refused")",
        200, Verdict::Well, 2, timer},
       {R"("unit": "nginx.service", "active": "failed", "reload": "success", "test": "refused")", 0,
+       Verdict::Well, 2, "within a minute"},
+      {R"("unit": "nginx.service", "active": "active", "reload": "timeout", "test": "refused")", 0,
        Verdict::Well, 2, "within a minute"},
       {R"("unit": "apache2.service", "active": "active", "reload": "exit-code", "test": "refused")",
        0, Verdict::Well, 2, "within a minute"},
