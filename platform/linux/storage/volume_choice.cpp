@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <tuple>
 
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
@@ -96,7 +97,6 @@ std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
     std::ptrdiff_t fstabLine;
     std::string_view path;
     std::size_t index;
-    auto operator<=>(const Unnumbered&) const = default;
   };
   std::vector<Unnumbered> rest;
   for (std::size_t i = 0; i < paths.size(); ++i) {
@@ -106,7 +106,9 @@ std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
     else
       rest.push_back({std::ranges::find(fstab, paths[i]) - fstab.begin(), paths[i], i});
   }
-  std::ranges::sort(rest);
+  std::ranges::sort(rest, {}, [](const Unnumbered& volume) {
+    return std::tie(volume.fstabLine, volume.path, volume.index);
+  });
   int next = 1;
   for (const Unnumbered& volume : rest) {
     while (!taken.insert(next).second) ++next;
