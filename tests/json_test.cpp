@@ -24,6 +24,7 @@ TEST(JsonReader, ReadsRegularFilesUpToSixteenMebibytes) {
   EXPECT_TRUE(ReadJsonFile(file.c_str(), read));
   std::filesystem::resize_file(file, (16 << 20) + 1);
   EXPECT_FALSE(ReadJsonFile(file.c_str(), read));
+  EXPECT_FALSE(ParseJson("{\"a\": ", read) || ParseJson(std::string(2000, '['), read));
   EXPECT_EQ(WriteCompact(read), R"({"a":1})") << "what cannot be read leaves the value alone";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   alarm(60);  // a reader that waits for a writer ends here
