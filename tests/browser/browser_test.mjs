@@ -16,7 +16,8 @@ const kPages = {
 const demo = await serve("--demo");
 const page = (scenario, query = "") => `${demo.url}?scenario=${scenario}${query}`;
 
-// Nothing reaches out of the window, narrow or wide; one of the four frames, in turn, is accessible, too.
+// Nothing reaches out of the window, narrow or wide. One of the four frames, in turn, is
+// accessible, too.
 let turn = 0;
 async function fitsAndIsAccessible(visit, where, audited = true) {
   for (const width of [280, 1280]) {

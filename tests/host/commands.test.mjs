@@ -1,4 +1,5 @@
-// What each command prints and its exit status: the real program over the real module and simulator.
+// What each command prints and its exit status: the real program over the real module and
+// simulator.
 import assert from "node:assert/strict";
 import {spawnSync} from "node:child_process";
 import {existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
