@@ -41,7 +41,7 @@ TEST(TimeBudget, AllWaitsOfARequestShareIt) {
 // Without its lock a reader meets half a reason.
 TEST(CircuitBreaker, IsReadWhileItIsTripped) {
   CircuitBreaker breaker(1h);
-  const std::string reasons[] = {std::string(100, 'a'), std::string(1000, 'b')};
+  const std::string reasons[] = {std::string(50'000, 'a'), std::string(60'000, 'b')};
   std::atomic<bool> done = false;
   std::thread tripping([&] {
     for (int i = 0; i < 20'000; ++i) breaker.Trip(reasons[i % 2]);

@@ -16,6 +16,7 @@ TEST(LogOnce, LogsTheFirstFailureOfARowInItsOwnWords) {
   source_status::SourceScope scope(source_status::Source::Ups);
   failures.Report(scope, "");
   EXPECT_TRUE(failures.Failed(scope, "at 100 %s"));
+  EXPECT_EQ(SourceReports()["UPS"].reason, "at 100 %s");
   EXPECT_FALSE(failures.Failed(scope, "again"));
   const Lines first = {"warning UPS: at 100 %s (said once until it is read again)"};
   EXPECT_EQ(TakeSystemLog(), first);

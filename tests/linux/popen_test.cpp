@@ -190,7 +190,7 @@ TEST(Popen, AHostThatClosedItsStandardDescriptorsIsServedToo) {
 }
 
 TEST(Popen, WhatAToolStartedEndsWithIt) {
-  const std::string pid = Output("sleep 60 >/dev/null & echo $!");
+  const std::string pid = Output("sleep 1000 >/dev/null & echo $!");
   EXPECT_TRUE(Eventually([&pid] { return !Runs(std::stoi(pid)); })) << pid;
 }
 
