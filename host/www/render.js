@@ -86,7 +86,7 @@ const kIcons = {
 };
 
 // Names are anybody's: without what would turn the text around them.
-const sanitize = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
+export const sanitize = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
 
 export function showHeadline(widget, verdict, sentence, texts) {
   widget.dataset.verdict = verdict;

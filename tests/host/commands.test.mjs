@@ -5,11 +5,10 @@ import {spawnSync} from "node:child_process";
 import {existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
 import {join} from "node:path";
 import test from "node:test";
-import {build, folder, program, run, scenario, source, write} from "./support/program.mjs";
+import {build, folder, languages, program, run, scenario, source, write} from "./support/program.mjs";
 
 const read = file => readFileSync(file, "utf8");
 const failing = readdirSync(join(source, "scenarios")).filter(name => name.startsWith("failing-"));
-const kLanguages = ["en", "de", "fr", "es", "ja", "zh-CN"];
 
 // Each row: words of the command line, exit status, what the output must hold and what it must not.
 function expectAll(rows) {
@@ -42,6 +41,33 @@ test("the exit status tells the verdict", () => expectAll([
   [["--scenario", scenario("both", {hardware: {fanFailed: true}, ups: {fails: true}}), "--lang", "en"], 1,
     ["Warning: A system fan", "Could not read UPS: "]],
 ]));
+
+test("a finding is judged by id and type together and an answer by what it lacks", () => {
+  const rule = (type, id, more) => ({type, id, priority: 30,
+    description: {description_format: "{0}", description_params: ["widget:fan_fail"], description_use_formatted: false}, ...more});
+  const saved = rule => write("saved.json", typeof rule === "string" ? rule
+    : JSON.stringify({rule, hostname: "nas", uptime: "1:2:3", interfaces: [{id: "eth0", ip: "10.0.0.2", type: "lan"}]}));
+  for (const [answer, status, words] of [
+    [rule(0, "san_status_warning"), 2, ": Danger: A system fan"], [rule(1, "system_health"), 1, ": Warning: "],
+    [rule(2, "volume_usage"), 1, ": Notice: "], [rule(2, "system_health"), 0, ": Healthy: "],
+    ["{", 66, "not JSON"], ["[]", 66, '"type"'], ["{}", 66, '"type"'], [7, 66, '"type"'],
+    [rule(3, "x"), 66, '"type" is not 0, 1 or 2'], [rule(-1, "x"), 66, '"type"'], [rule("1", "x"), 66, '"type"'],
+    [rule(1, "x", {priority: "2"}), 66, '"priority" is not a number'], [rule(1, 5), 66, '"id" is not a text'],
+    [rule(1, "x", {description: {}}), 66, '"description_format"'],
+    [rule(1, "x", {description: {description_format: "{0}", description_params: [5]}}), 66, '"description_params"'],
+    [rule(1, "x", {description: {description_format: "{0}", description_params: []}}), 66, '"description_use_formatted"'],
+  ]) expectAll([[["diff", "healthy", saved(answer), "--lang", "en"], status, words]]);
+});
+
+test("the option for the language comes before the environment and English last", () => {
+  const healthy = {en: "Healthy", de: "Gesund", fr: "En bonne santé", es: "Sano", ja: "正常", "zh-CN": "健康"};
+  for (const [locale, language, option] of [["de", "de"], ["de_AT.UTF-8", "de"], ["FR-ca", "fr"], ["ja_JP@x", "ja"],
+    ["zh_TW", "zh-CN"], ["C", "en"], ["den", "en"], ["de", "es", "ES"], ["", "es"], ["POSIX", "en"]]) {
+    const environment = {LC_ALL: locale, LC_MESSAGES: "es_ES.UTF-8", LANG: "de_DE.UTF-8"};
+    const {out} = run(["--scenario", "healthy", ...(option ? ["--lang", option] : [])], environment);
+    assert.ok(out.startsWith(healthy[language]), `${locale} ${option}: ${out}`);
+  }
+});
 
 test("what could not be read is named and never called healthy", () => {
   assert.ok(failing.length > 5);
@@ -146,6 +172,17 @@ test("explain shows every check and what decided", () => expectAll([
   ["failing-everything", "ja", 3, "UPS を読み取れませんでした"],
 ].map(([name, language, ...rest]) => [["explain", "--lang", language, "--scenario", name], ...rest])));
 
+test("a command asks the machine once", () => {
+  const one = "--scenario failing-everything", both = "failing-everything failing-everything";
+  const captured = join(folder, "asked");
+  const asked = [["status", one, 1], ["explain", one, 1], ["explain --json", one, 1], ["report -", one, 1],
+    [`capture ${captured}`, one, 1], ["diff", both, 2]];
+  for (const [command, machine, times] of asked) {
+    const log = onTerminal(80, `${command} ${machine}`);  // each look at the UPS fails, and is logged
+    assert.equal(log.match(/SystemInfo\/ups_status_info/g)?.length, times, `${command}\n${log}`);
+  }
+});
+
 test("everything that explain names has a translation", () => {
   const names = new Map([["checker", new Set()], ["input", new Set()]]);
   const collect = saw => Object.entries(saw).forEach(([name, value]) => {
@@ -177,7 +214,7 @@ test("no name reaches the terminal with its control characters", () => expectAll
     [[command, "--lang", "en", ...(command === "diff" ? rest : ["--scenario", hostile])], 1,
       ["<b>{1}'صور\ufffd[2J", ...(command === "status" ? rest : [])], ["\u001b", "\u202e"]])));
 
-test("report is one page in itself whatever names hold", () => expectAll(kLanguages.map(language =>
+test("report is one page in itself whatever names hold", () => expectAll(languages.map(language =>
   [["report", "-", "--scenario", hostile, "--lang", language], 1,
     [`<html lang="${language}">`, "&lt;/title&gt;&lt;script&gt;&quot;&#39;&amp;", "1\u00a0B",
       '<h1 class="sentence">&lt;b&gt;{1}&#39;صور'],
@@ -190,6 +227,16 @@ test("report holds findings and checks and sources and the document", () => expe
     "<bdi>vela</bdi>", "Checked on 2", "192.168.1.20", "&quot;hostname&quot;: &quot;vela&quot;"]],
   [["report", "-", "--scenario", "failing-ups", "--lang", "en"], 3, ">Could not read UPS: asking for the UPS failed"],
 ]));
+
+test("the report has the page's icons", () => {
+  const page = read(join(source, "host/www/render.js"));
+  for (const [look, name] of [["danger", "storage-danger"], ["warning", "one-supply-failed"],
+    ["notice", "volume-low"], ["well", "healthy"], ["notice", "failing-everything"]]) {
+    const report = run(["report", "-", "--scenario", name]).out;
+    const [shape, mark] = ["shape", "mark"].map(part => report.match(`class="${part}" d="([^"]+)"`)[1]);
+    assert.ok(page.includes(`${look}: ["${shape}", "${mark}"]`), look);
+  }
+});
 
 test("report replaces a report and nothing else", () => {
   const file = join(folder, "health.html"), precious = write("health.html.zip", "photos");

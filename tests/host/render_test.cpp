@@ -1,16 +1,15 @@
-#include "host/answer/finding_text.h"
-#include "host/text/escape.h"
-#include "host/text/quantity.h"
-
+// What people read: findings, names, numbers and lines.
 #include <gtest/gtest.h>
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <cstdint>
 #include <fstream>
-#include <utility>
 
+#include "host/answer/finding_text.h"
 #include "host/cli/terminal.h"
-#include "host/site/report_page.h"
+#include "host/text/escape.h"
+#include "host/text/quantity.h"
 #include "tests/support/own_folder.h"
 
 namespace host {
@@ -28,44 +27,12 @@ TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
     for (const Json::Value& param : c["params"]) description.params.push_back(param.asString());
     EXPECT_EQ(RenderDescription(description, texts), c["text"].asString());
   }
-}
-
-// The page draws with script, the report without: the drawings are the same.
-TEST(Render, TheReportHasThePagesIcons) {
-  std::ifstream file(VELA_TEXTS "/../www/render.js");
-  const std::string page{std::istreambuf_iterator(file), {}};
-  const Texts texts(VELA_TEXTS, "en");
-  const std::pair<const char*, const char*> looks[] = {
-      {"danger", R"("type":0,"id":"x")"},
-      {"warning", R"("type":1,"id":"x")"},
-      {"notice", R"("type":2,"id":"x")"},
-      {"well", R"("type":2,"id":"system_health")"}};
-  for (const auto& [look, rule] : looks) {
-    const Reply reply = {R"({"hostname":"","interfaces":[],"uptime":"","rule":{"priority":1,)" +
-                             std::string(rule) + R"(,"description":{"description_format":"",)" +
-                             R"("description_params":[],"description_use_formatted":true}}})",
-                         {}};
-    const std::string report = ReportPage({{reply, {}, ""}, "en", "", ""}, texts);
-    const auto drawn = [&report](const std::string& part) {
-      const std::size_t begin = report.find("class=\"" + part + "\" d=\"") + part.size() + 12;
-      return report.substr(begin, report.find('"', begin) - begin);
-    };
-    const std::string icon =
-        std::string(look) + ": [\"" + drawn("shape") + "\", \"" + drawn("mark") + "\"]";
-    EXPECT_NE(page.find(icon), std::string::npos) << icon;
+  ASSERT_GT(table["sanitized"].size(), 10U);
+  for (const Json::Value& c : table["sanitized"]) {
+    EXPECT_EQ(Sanitize(c[0].asString()), c[1].asString()) << c[1];
   }
-}
-
-TEST(Render, TheTerminalGetsNoControlCharactersFromNames) {
-  const struct {
-    const char *name, *shown;
-  } cases[] = {{"a\033[2Jb", "a\uFFFD[2Jb"},
-               {"a\nb\x7F", "a\uFFFDb\uFFFD"},
-               {"a\u009B31mb", "a\uFFFD31mb"},
-               {"txt.\u202Eexe", "txt.\uFFFDexe"},
-               {"Fotos – été 写真", "Fotos – été 写真"},
-               {"\xE2\x80", "\xE2\x80"}};
-  for (const auto& c : cases) EXPECT_EQ(Sanitize(c.name), c.shown);
+  EXPECT_EQ(Sanitize("\xE2\x80"), "\xE2\x80") << "a cut character";
+  EXPECT_EQ(Sanitize("\xC2"), "\xC2");
 }
 
 TEST(Style, LongLinesGoOnBelowTheirText) {
@@ -81,12 +48,37 @@ TEST(Style, LongLinesGoOnBelowTheirText) {
   for (const auto& c : cases) EXPECT_EQ(Style(false, c.columns).Hanging(2, "> ", c.text), c.lines);
 }
 
-TEST(Render, UptimeIsToldInTheTwoUnitsThatMatter) {
-  const Texts texts(VELA_TEXTS, "en");
-  EXPECT_EQ(FormatUptime("0:59:59", texts), "59 min");
-  EXPECT_EQ(FormatUptime("26:3:4", texts), "26 h 3 min");
-  EXPECT_EQ(FormatUptime("49:3:4", texts), "2 d 1 h");
-  EXPECT_EQ(FormatUptime("", texts), "");
+TEST(Quantity, ComesInTheUnitAndWithTheDigitsThatMatter) {
+  const Texts english(VELA_TEXTS, "en"), german(VELA_TEXTS, "de");
+  constexpr std::uint64_t kKiB = 1024, kGiB = kKiB * kKiB * kKiB;
+  const struct {
+    std::string shown;
+    const char* wanted;
+  } cases[] = {{FormatBytes(0, english), "0\u00A0B"},
+               {FormatBytes(999, english), "999\u00A0B"},
+               {FormatBytes(1000, english), "1\u00A0KiB"},
+               {FormatBytes(1000 * kKiB, english), "1\u00A0MiB"},
+               {FormatBytes(999 * kKiB, english), "999\u00A0KiB"},
+               {FormatBytes(99 * kGiB + kGiB / 2, english), "99.5\u00A0GiB"},
+               {FormatBytes(100 * kGiB + kGiB / 4, english), "100\u00A0GiB"},
+               {FormatBytes(4 * kGiB + kGiB / 8, german), "4,1\u00A0GiB"},
+               {FormatBytes(UINT64_MAX, english), "16\u00A0EiB"},
+               {FormatCount(999), "999"},
+               {FormatCount(1000), "1\u202F000"},
+               {FormatCount(1234567), "1\u202F234\u202F567"},
+               {FormatMilliseconds(994, english), "0.99\u00A0ms"},
+               {FormatMilliseconds(1000, english), "1\u00A0ms"},
+               {FormatMilliseconds(1234, german), "1,2\u00A0ms"},
+               {FormatPercent(0.05, english), "5\u00A0%"},
+               {FormatPercent(0.0125, german), "1,25\u00A0%"},
+               {FormatNumber(2.2), "2.2"},
+               {FormatNumber(40), "40"},
+               {FormatUptime("0:59:59", english), "59 min"},
+               {FormatUptime("1:0:0", english), "1 h 0 min"},
+               {FormatUptime("47:59:4", english), "47 h 59 min"},
+               {FormatUptime("48:3:4", english), "2 d 0 h"},
+               {FormatUptime("", english), ""}};
+  for (const auto& c : cases) EXPECT_EQ(c.shown, c.wanted);
 }
 
 }  // namespace

@@ -5,14 +5,15 @@ import {readFileSync} from "node:fs";
 const [, , renderer, casesFile] = process.argv;
 // From memory, since Debian's Node.js takes a file that ends in .js for no module.
 const source = encodeURIComponent(readFileSync(renderer, "utf8"));
-const {render, textKey, verdictOf} = await import(`data:text/javascript,${source}`);
-const {texts, cases} = JSON.parse(readFileSync(casesFile, "utf8"));
+const {render, sanitize, textKey, verdictOf} = await import(`data:text/javascript,${source}`);
+const {texts, cases, sanitized} = JSON.parse(readFileSync(casesFile, "utf8"));
 
 for (const {why, format, params, formatted = false, text} of cases) {
   const description = {description_format: format, description_params: params, description_use_formatted: formatted};
   assert.equal(render(description, texts), text, why);
 }
-assert.ok(cases.length > 10);
+for (const [name, shown] of sanitized) assert.equal(sanitize(name), shown);
+assert.ok(cases.length > 10 && sanitized.length > 10);
 
 const naive = {description_format: "{0}", description_params: ["widget:fan_fail"], description_use_formatted: false};
 const counted = {description_format: "iscsimgr:luns", description_params: ["3"], description_use_formatted: true};

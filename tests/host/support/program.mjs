@@ -8,6 +8,7 @@ import {fileURLToPath} from "node:url";
 
 export const source = join(dirname(fileURLToPath(import.meta.url)), "../../..");
 export const build = process.env.VELA_BUILD;
+export const languages = ["en", "de", "fr", "es", "ja", "zh-CN"];
 export const program = join(build, "host/vela-health");
 
 // A folder of this test's own, gone when it ends.
