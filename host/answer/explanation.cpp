@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kExplainAPI = "VELA.Core.System.SystemHealth.Explain";
 
-double PriorityOf(const CheckerResult& result) {
+double GetPriority(const CheckerResult& result) {
   return result.finding ? result.finding->priority : 0;
 }
 
@@ -36,9 +36,10 @@ Explanation AskExplanation(const Host& host, const SimulatedMachine& machine) {
 
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results) {
   std::erase_if(results, [](const CheckerResult& result) { return !result.finding; });
-  std::stable_sort(
-      results.begin(), results.end(),
-      [](const CheckerResult& a, const CheckerResult& b) { return PriorityOf(a) < PriorityOf(b); });
+  std::stable_sort(results.begin(), results.end(),
+                   [](const CheckerResult& a, const CheckerResult& b) {
+                     return GetPriority(a) < GetPriority(b);
+                   });
   return results;
 }
 

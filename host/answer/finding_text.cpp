@@ -19,7 +19,7 @@ bool IsNumbered(std::string_view text) {
   return text.size() > 1 && text[0] == ' ' && IsDigits(text.substr(1, 1));
 }
 
-std::string Tail(std::size_t params) {
+std::string MakeTail(std::size_t params) {
   return "{" + std::to_string(params - 2) + "} {" + std::to_string(params - 1) + "}";
 }
 
@@ -30,8 +30,8 @@ bool OccursOnce(std::string_view text, std::string_view part) {
 // The one placeholder of a piece "{0} NAME", "NAME{0}2", "USB {0} 1-2" or "{0}". The names
 // are not escaped, so it is found by its place: at the start before a blank, else before a
 // number at the end, else the one whose turn it is before a blank and a number, else alone.
-std::optional<Placeholder> PlaceholderOf(std::string_view piece, std::string_view head,
-                                         std::size_t turn, std::size_t count) {
+std::optional<Placeholder> ChoosePlaceholder(std::string_view piece, std::string_view head,
+                                             std::size_t turn, std::size_t count) {
   std::optional<Placeholder> last, next;
   for (auto found = FindPlaceholder(piece, 0); found; found = FindPlaceholder(piece, found->end)) {
     const std::string_view rest = piece.substr(found->end);
@@ -57,7 +57,7 @@ std::string RenderPieces(std::string_view head, const std::vector<std::string>& 
   for (std::size_t at = 0; at <= head.size();) {
     const std::size_t end = std::min(head.find(kSeparator, at), head.size());
     const std::string_view piece = head.substr(at, end - at);
-    if (const auto found = PlaceholderOf(piece, head, turn, values.size() - 2)) {
+    if (const auto found = ChoosePlaceholder(piece, head, turn, values.size() - 2)) {
       text.append(piece.substr(0, found->begin));
       AppendText(text, values[found->number]);
       text.append(piece.substr(found->end));
@@ -74,7 +74,7 @@ std::string RenderPieces(std::string_view head, const std::vector<std::string>& 
 
 std::string Compose(std::string_view format, const std::vector<std::string>& values) {
   if (values.size() < 2) return FillPlaceholders(format, values);
-  const std::string tail = Tail(values.size());
+  const std::string tail = MakeTail(values.size());
   if (!format.ends_with(tail)) return FillPlaceholders(format, values);
   return RenderPieces(format.substr(0, format.size() - tail.size()), values) +
          FillPlaceholders(tail, values);

@@ -15,12 +15,12 @@ constexpr const char* kCompared = "compared";
 constexpr const char* kNames[] = {"volume", "disk", "unit", "LUN"};
 
 // "state 2" may have words of its own.
-std::string ValueInWords(const std::string& name, const Json::Value& value, const Texts& texts) {
+std::string FormatValue(const std::string& name, const Json::Value& value, const Texts& texts) {
   if (value.isBool()) return texts.GetText("value", value.asBool() ? "yes" : "no");
   if (value.isArray()) {
     std::string words;
     for (const Json::Value& each : value) {
-      words += (words.empty() ? "" : ", ") + texts.GetText("value", each.asString());
+      words += (words.empty() ? "" : ", ") + texts.GetText("value", Sanitize(each.asString()));
     }
     return value.empty() ? texts.GetText("value", "none") : words;
   }
@@ -29,13 +29,13 @@ std::string ValueInWords(const std::string& name, const Json::Value& value, cons
   return text.empty() ? texts.GetText("value", "unknown") : text;
 }
 
-std::string LabelledValue(const std::string& name, const Json::Value& value, const Texts& texts) {
-  return texts.GetText("input", name) + texts.Resolve("common:colon") + " " +
-         ValueInWords(name, value, texts);
+std::string FormatLabelledValue(const std::string& name, const Json::Value& value,
+                                const Texts& texts) {
+  return texts.AddColon(texts.GetText("input", name)) + " " + FormatValue(name, value, texts);
 }
 
 // "4.1 GiB free of 100 GiB: below the mark of 5 GiB (5 %)".
-std::string ComparisonInWords(const Json::Value& compared, const Texts& texts) {
+std::string FormatComparison(const Json::Value& compared, const Texts& texts) {
   const std::string unit = compared["unit"].asString();
   const auto amount = [&](const char* name) {
     const std::uint64_t value = compared[name].asUInt64();
@@ -75,13 +75,14 @@ void AddValues(const Json::Value& object, const std::string& title, const Texts&
   for (auto member = object.begin(); member != object.end(); ++member) {
     const std::string name = member.name();
     if (name == kDecides || name == kCompared || IsName(name) || IsListOfObjects(*member)) continue;
-    Append(Decides(object, name) ? deciding : others, " · ", LabelledValue(name, *member, texts));
+    Append(Decides(object, name) ? deciding : others, " · ",
+           FormatLabelledValue(name, *member, texts));
   }
   const std::string start = title.empty() ? "" : title + " – ";
   if (!deciding.empty()) lines.push_back({start + deciding, true});
   if (!others.empty()) lines.push_back({start + others, false});
   for (const Json::Value& compared : object[kCompared]) {
-    lines.push_back({start + ComparisonInWords(compared, texts), compared[kDecides].asBool()});
+    lines.push_back({start + FormatComparison(compared, texts), compared[kDecides].asBool()});
   }
 }
 
@@ -97,7 +98,7 @@ void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputL
     for (const char* name : kNames) {
       if (!element.isMember(name)) continue;
       group.label = texts.GetText("input", name);
-      group.names = ValueInWords(name, element[name], texts);
+      group.names = FormatValue(name, element[name], texts);
       group.values.removeMember(name);
     }
     const auto same = std::find_if(groups.begin(), groups.end(), [&group](const Group& other) {

@@ -1,6 +1,5 @@
 #include "host/cli/commands.h"
 
-#include <ctime>
 #include <iostream>
 
 #include "common/json_reader.h"
@@ -9,6 +8,7 @@
 #include "host/answer/verdict.h"
 #include "host/cli/new_files.h"
 #include "host/cli/terminal.h"
+#include "host/text/quantity.h"
 
 namespace host {
 namespace {
@@ -17,23 +17,15 @@ constexpr const char* kState = "state.json";
 constexpr const char* kAnswer = "expected.json";
 
 // The whole answer. What the module logged depends on the platform: nothing is expected of it.
-std::string WriteExpected(const std::string& document) {
+std::string FormatExpected(const std::string& document) {
   Json::Value expected;
   common::ParseJson(document, expected);
   expected["log"] = Json::Value();
   return common::WritePretty(expected);
 }
 
-std::string Today() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local = {};
-  localtime_r(&now, &local);
-  char date[16];
-  return {date, std::strftime(date, sizeof date, "%F", &local)};
-}
-
-std::string WhyOf(const Finding& finding, const Texts& texts) {
-  return "Captured by vela-health " VELA_VERSION " on " + Today() + ": " +
+std::string DescribeCapture(const Finding& finding, const Texts& texts) {
+  return "Captured by vela-health " VELA_VERSION " on " + FormatLocalTime("%F") + ": " +
          texts.AddColon(texts.FormatUi(ToString(JudgeFinding(finding)))) + " " +
          RenderSentence(finding, texts);
 }
@@ -55,7 +47,8 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
   const Style style = Style::ForStandardOutput();
   std::cout << texts.FormatUi("captured", style.Bold(folder)) << '\n'
             << "  " << style.Bold("vela-health --scenario " + AsPath(folder)) << '\n'
-            << style.Hanging(0, "", texts.FormatUi("captured_holds", AsPath(folder) + "/" + kState))
+            << style.WrapLines(0, "",
+                               texts.FormatUi("captured_holds", AsPath(folder) + "/" + kState))
             << std::endl;
 }
 
@@ -65,12 +58,12 @@ ExitStatus RunCapture(Session& session, const std::string& folder, const std::st
   NewFolder target(folder);
   const Texts& texts = session.GetTexts();
   session.Record();
-  const SimulatedMachine machine = session.Machine();
+  const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
   const std::string document = host.CallForDocument(FindHealthMethod(host), machine);
   const Finding finding = ParseAnswer(document).rule;
-  target.Write(kState, host.Recorded(why.empty() ? WhyOf(finding, texts) : why));
-  target.Write(kAnswer, WriteExpected(document));
+  target.Write(kState, host.GetRecordedState(why.empty() ? DescribeCapture(finding, texts) : why));
+  target.Write(kAnswer, FormatExpected(document));
   target.Finish();
   Print(folder, texts, session.Options().json);
   return kHealthy;

@@ -28,8 +28,8 @@ void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& 
               << '\n';
   }
   for (const InputLine& line : FormatInputs(result.saw, texts)) {
-    std::cout << (line.decides ? style.Bold(style.Hanging(2, "▸ ", line.text))
-                               : style.Faint(style.Hanging(4, "", line.text)))
+    std::cout << (line.decides ? style.Bold(style.WrapLines(2, "▸ ", line.text))
+                               : style.Faint(style.WrapLines(4, "", line.text)))
               << '\n';
   }
 }
@@ -52,7 +52,7 @@ void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
 }  // namespace
 
 ExitStatus RunExplain(Session& session) {
-  const SimulatedMachine machine = session.Machine();
+  const SimulatedMachine machine = session.OpenMachine();
   const Explanation explanation = AskExplanation(session.GetHost(), machine);
   if (explanation.checkers.empty()) {
     throw Failure(

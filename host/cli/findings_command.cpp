@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kAdvice[] = {"meaning", "ignored", "do", "where"};
 
 // A finding that names nothing in particular: only what the catalogue says of it.
-Finding FindingOf(const CatalogueEntry& entry) {
+Finding MakeFinding(const CatalogueEntry& entry) {
   return {entry.type, entry.priority, entry.id, {"{0}", {std::string(":") + entry.textKey}, false}};
 }
 
@@ -28,7 +28,7 @@ void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
             << '\n';
   for (const char* key : kAdvice) {
     const std::string label = texts.AddColon(texts.FormatUi(key)) + " ";
-    std::cout << style.Hanging(2, "", label + FindAdvice(finding, key, texts)) << '\n';
+    std::cout << style.WrapLines(2, "", label + FindAdvice(finding, key, texts)) << '\n';
   }
   std::cout << '\n';
 }
@@ -42,8 +42,8 @@ void PrintMarkdown(const Finding& finding, const Texts& texts) {
   }
 }
 
-Json::Value AsJson(const CatalogueEntry& row, const Texts& texts) {
-  const Finding finding = FindingOf(row);
+Json::Value ToJson(const CatalogueEntry& row, const Texts& texts) {
+  const Finding finding = MakeFinding(row);
   Json::Value entry;
   entry["id"] = finding.id;
   entry["text"] = finding.TextKey();
@@ -66,9 +66,9 @@ ExitStatus RunFindings(Session& session, bool markdown) {
                  "by `vela-health findings\n--markdown --lang en`; a test holds this page to it.\n";
   }
   for (const CatalogueEntry& entry : Catalogue()) {
-    const Finding finding = FindingOf(entry);
+    const Finding finding = MakeFinding(entry);
     if (session.Options().json) {
-      all.append(AsJson(entry, texts));
+      all.append(ToJson(entry, texts));
     } else if (markdown) {
       PrintMarkdown(finding, texts);
     } else {

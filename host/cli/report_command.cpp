@@ -1,6 +1,5 @@
 #include "host/cli/commands.h"
 
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -11,30 +10,24 @@
 #include "host/answer/verdict.h"
 #include "host/cli/new_files.h"
 #include "host/site/report_page.h"
+#include "host/text/quantity.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string Contents(const fs::path& file) {
+std::string ReadFile(const fs::path& file) {
   std::ostringstream text;
   text << std::ifstream(file, std::ios::binary).rdbuf();
   return text.str();
 }
 
-std::string Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local = {};
-  localtime_r(&now, &local);
-  char text[64];
-  return {text, std::strftime(text, sizeof text, "%F %R %Z", &local)};
-}
-
-std::string Page(Session& session, const Explanation& explanation) {
+std::string MakePage(Session& session, const Explanation& explanation) {
   const fs::path& data = session.GetPlaces().Data();
-  const std::string style = Contents(data / "www/style.css") + Contents(data / "www/report.css");
-  return ReportPage({explanation, session.LanguageCode(), style, Now()}, session.GetTexts());
+  const std::string style = ReadFile(data / "www/style.css") + ReadFile(data / "www/report.css");
+  return ReportPage({explanation, session.LanguageCode(), style, FormatLocalTime("%F %R %Z")},
+                    session.GetTexts());
 }
 
 }  // namespace
@@ -42,9 +35,9 @@ std::string Page(Session& session, const Explanation& explanation) {
 ExitStatus RunReport(Session& session, const std::string& file) {
   const bool toOutput = file == "-";
   if (!toOutput) ExpectReplaceable(file, kReportMark);
-  const SimulatedMachine machine = session.Machine();
+  const SimulatedMachine machine = session.OpenMachine();
   const Explanation explanation = AskExplanation(session.GetHost(), machine);
-  const std::string page = Page(session, explanation);
+  const std::string page = MakePage(session, explanation);
   if (toOutput) {
     std::cout << page << std::flush;
   } else {

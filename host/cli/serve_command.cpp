@@ -47,7 +47,8 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
   const ListenSocket socket(ParseAddress(options), options.allowRemote);
   const bool preview = options.demo && session.Options().scenario.empty();
-  const SimulatedMachine machine = preview ? session.OpenScenario("healthy") : session.Machine();
+  const SimulatedMachine machine =
+      preview ? session.OpenScenario("healthy") : session.OpenMachine();
   const Host& host = session.GetHost();
   FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);

@@ -20,7 +20,7 @@ Session::Session(CommonOptions options)
       language_(ChooseLanguage(options_.language)),
       simulated_(!options_.scenario.empty()) {}
 
-std::string Session::PlatformFile() const {
+std::string Session::FindPlatform() const {
   if (IsPath(options_.platform)) return options_.platform;
   const std::string fallback = simulated_ ? "simulator" : "linux";
   const std::string& name = options_.platform.empty() ? fallback : options_.platform;
@@ -36,7 +36,7 @@ const Host& Session::GetHost() {
     const std::filesystem::path explain = places_.FindLibrary(kExplainFile);
     if (std::filesystem::exists(explain)) modules.push_back(explain);
     const std::string recorder = recorded_ ? places_.FindLibrary(kRecorderFile).string() : "";
-    host_.emplace(HostFiles{PlatformFile(), modules, recorder});
+    host_.emplace(HostFiles{FindPlatform(), modules, recorder});
   }
   return *host_;
 }
@@ -52,7 +52,7 @@ SimulatedMachine Session::OpenScenario(const std::string& nameOrPath) {
   return GetHost().GetPlatform().OpenScenario(path);
 }
 
-SimulatedMachine Session::Machine() {
+SimulatedMachine Session::OpenMachine() {
   return options_.scenario.empty() ? SimulatedMachine() : OpenScenario(options_.scenario);
 }
 

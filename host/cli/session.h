@@ -34,11 +34,11 @@ class Session {
   const Host& GetHost();
   const Texts& GetTexts();
   // The machine of --scenario, else the platform's own (null).
-  SimulatedMachine Machine();
+  SimulatedMachine OpenMachine();
   SimulatedMachine OpenScenario(const std::string& nameOrPath);
 
  private:
-  std::string PlatformFile() const;
+  std::string FindPlatform() const;
 
   CommonOptions options_;
   Places places_;

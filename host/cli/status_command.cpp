@@ -33,18 +33,18 @@ void Print(const Answer& answer, const Reply& reply, ExitStatus status, const Te
   }
   if (verdict != Verdict::Well) {
     const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
-    std::cout << style.Hanging(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
+    std::cout << style.WrapLines(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
   }
   for (const std::string& line : FormatFailedSources(reply.sources, texts)) {
-    std::cout << style.Hanging(2, "", line) << '\n';
+    std::cout << style.WrapLines(2, "", line) << '\n';
   }
-  std::cout << style.Faint(style.Hanging(2, "", MachineLine(answer, reply, texts))) << std::endl;
+  std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << std::endl;
 }
 
 }  // namespace
 
 ExitStatus RunStatus(Session& session) {
-  const SimulatedMachine machine = session.Machine();
+  const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
   const Reply reply = host.CallMethod(FindHealthMethod(host), machine);
   const Answer answer = ParseAnswer(reply.document);

@@ -65,7 +65,8 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
   return Decorate(mark.code, std::string(mark.symbol).append(word));
 }
 
-std::string Style::Hanging(std::size_t indent, std::string_view mark, std::string_view text) const {
+std::string Style::WrapLines(std::size_t indent, std::string_view mark,
+                             std::string_view text) const {
   const std::size_t margin = indent + MeasureWidth(mark);
   std::string lines = std::string(indent, ' ').append(mark);
   std::size_t column = margin;

@@ -23,7 +23,7 @@ class Style {
   std::string Faint(std::string_view text) const { return Decorate("2", text); }
   // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes
   // on below the text.
-  std::string Hanging(std::size_t indent, std::string_view mark, std::string_view text) const;
+  std::string WrapLines(std::size_t indent, std::string_view mark, std::string_view text) const;
 
  private:
   std::string Decorate(std::string_view code, std::string_view text) const;

@@ -42,7 +42,7 @@ class Host {
                               const SimulatedMachine& machine) const;
   // The machine as the modules saw it, as a scenario's state.json; only with a recorder, and
   // in the thread of the request.
-  std::string Recorded(const std::string& why) const { return recorder_->State(why); }
+  std::string GetRecordedState(const std::string& why) const { return recorder_->GetState(why); }
 
  private:
   Platform platform_;

@@ -33,21 +33,21 @@ constexpr Row kRows[] = {
     {"module/", "", "operating system"},
 };
 
-const char* SourceOf(std::string_view line) {
+const char* FindSource(std::string_view line) {
   for (const Row& row : kRows) {
     if (line.starts_with(row.origin) && line.find(row.words) != line.npos) return row.source;
   }
   return nullptr;
 }
 
-VELASourceReport& Report(const char* name, std::vector<VELASourceReport>& sources) {
+VELASourceReport& FindReport(const char* name, std::vector<VELASourceReport>& sources) {
   const auto found = std::find_if(sources.begin(), sources.end(), [name](const auto& source) {
     return std::string_view(source.name) == name;
   });
   return found != sources.end() ? *found : sources.emplace_back(VELASourceReport{name, 0, 0, {}});
 }
 
-std::string Formatted(const char* format, std::va_list arguments) {
+std::string FormatLine(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
   std::string line(static_cast<std::size_t>(std::vsnprintf(nullptr, 0, format, again)), '\0');
@@ -64,9 +64,9 @@ ModuleLog::~ModuleLog() { listener = nullptr; }
 void AddLoggedFailures(const std::vector<std::string>& lines,
                        std::vector<VELASourceReport>& sources) {
   for (const std::string& line : lines) {
-    const char* name = SourceOf(line);
+    const char* name = FindSource(line);
     if (name == nullptr) continue;
-    VELASourceReport& source = Report(name, sources);
+    VELASourceReport& source = FindReport(name, sources);
     if (source.state == kFailed) continue;  // the first words, and the platform's, stay
     source.state = kFailed;
     std::snprintf(source.reason, sizeof source.reason, "%s",
@@ -84,7 +84,7 @@ extern "C" void syslog(int priority, const char* format, ...) {
   if (host::listener != nullptr) {
     std::va_list copy;
     va_copy(copy, arguments);
-    host::listener->push_back(host::Formatted(format, copy));
+    host::listener->push_back(host::FormatLine(format, copy));
     va_end(copy);
   }
   vsyslog(priority, format, arguments);

@@ -60,6 +60,6 @@ Recorder::Recorder(const std::string& path, const Platform& platform)
   UseOperatingSystem(answers());
 }
 
-std::string Recorder::State(const std::string& why) const { return state_(why.c_str()); }
+std::string Recorder::GetState(const std::string& why) const { return state_(why.c_str()); }
 
 }  // namespace host

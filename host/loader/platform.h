@@ -52,7 +52,7 @@ class Recorder {
   Recorder(const std::string& path, const Platform& platform);
 
   // A scenario's state.json; see VELARecorderState.
-  std::string State(const std::string& why) const;
+  std::string GetState(const std::string& why) const;
 
  private:
   Library library_;

@@ -1,6 +1,7 @@
 #include "host/text/quantity.h"
 
 #include <cstdio>
+#include <ctime>
 #include <sstream>
 
 namespace host {
@@ -56,6 +57,14 @@ std::string FormatUptime(const std::string& uptime, const Texts& texts) {
   }
   if (hours > 0) return texts.FormatUi("hours", std::to_string(hours), std::to_string(minutes));
   return texts.FormatUi("minutes", std::to_string(minutes));
+}
+
+std::string FormatLocalTime(const char* format) {
+  const std::time_t now = std::time(nullptr);
+  std::tm local = {};
+  localtime_r(&now, &local);
+  char text[64];
+  return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
 }  // namespace host

@@ -20,5 +20,7 @@ std::string FormatPercent(double share, const Texts& texts);
 std::string FormatNumber(double value);
 // "26:3:4" (hours, minutes, seconds) as "26 h 3 min"; empty when it is not known.
 std::string FormatUptime(const std::string& uptime, const Texts& texts);
+// The time of day and the date, by a format of strftime(3): "%F" is 2024-02-29.
+std::string FormatLocalTime(const char* format);
 
 }  // namespace host

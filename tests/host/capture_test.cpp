@@ -34,7 +34,7 @@ std::string ExpectSameAnswerAgain(const std::filesystem::path& scenario) {
   const Platform& simulator = RecordedSimulator().GetPlatform();
   Recorder again(VELA_RECORDER, simulator);
   const std::string answer = Ask(simulator.OpenScenario(scenario));
-  const std::string state = RecordedSimulator().Recorded("why");
+  const std::string state = RecordedSimulator().GetRecordedState("why");
   std::ofstream(file) << state;
   EXPECT_EQ(Ask(simulator.OpenScenario(file)), answer) << state;
   return state;

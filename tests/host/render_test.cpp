@@ -45,7 +45,8 @@ TEST(Style, LongLinesGoOnBelowTheirText) {
                {5, "incomprehensible b", "  > incomprehensible\n    b"},
                {14, "容量 不足 です", "  > 容量 不足\n    です"},
                {80, "", "  > "}};
-  for (const auto& c : cases) EXPECT_EQ(Style(false, c.columns).Hanging(2, "> ", c.text), c.lines);
+  for (const auto& c : cases)
+    EXPECT_EQ(Style(false, c.columns).WrapLines(2, "> ", c.text), c.lines);
 }
 
 TEST(Quantity, ComesInTheUnitAndWithTheDigitsThatMatter) {

@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import {existsSync, readFileSync, readdirSync} from "node:fs";
 import {join} from "node:path";
 import test from "node:test";
-import {languages, run, source} from "./support/program.mjs";
+import {languages, source} from "./support/program.mjs";
 
 const read = file => JSON.parse(readFileSync(join(source, file), "utf8"));
 const texts = new Map(languages.map(language =>
@@ -42,12 +42,4 @@ test("every source has a name for people", () => {
   assert.equal(all.length, 11);
   for (const name of [...all, "operating system"])  // of which only the log tells
     for (const language of languages) assert.ok(find(language, "source", name), `${language} ${name}`);
-});
-
-test("the catalogue holds exactly what scenarios bring in order of urgency", () => {
-  const rows = JSON.parse(run(["findings", "--json"]).out);
-  const row = ({priority, type, id}, text) => [priority, type, id, text].join(" ");
-  assert.deepEqual(new Set(rows.map(entry => row(entry, entry.text))),
-    new Set(found.map(rule => row(rule, keyOf(rule.description)))));
-  assert.deepEqual(rows.map(entry => entry.priority), rows.map(entry => entry.priority).sort((a, b) => a - b));
 });
