@@ -64,24 +64,6 @@ TEST_F(GetMethod, WritesTheUptimeWithoutPaddingOrDays) {
   }
 }
 
-TEST_F(GetMethod, AnswersInFullWhenItsOwnSourcesFail) {
-  Simulated().hostName.reset();
-  Simulated().uptime.reset();
-  Simulated().interfacesFail = true;
-  Simulated().errorCode = 0xBEEF;
-  Simulated().errorFile = "net.c";
-  Simulated().errorLine = 77;
-  const Json::Value answer = Get();
-  EXPECT_EQ(answer["hostname"], "");
-  EXPECT_EQ(answer["uptime"], "");
-  EXPECT_EQ(answer["interfaces"], Json::Value(Json::arrayValue));
-  EXPECT_EQ(answer["rule"]["id"], "system_health");
-  EXPECT_EQ(Messages(),
-            (std::vector<std::string>{"Failed to get hostname, error: [File name too long]",
-                                      "Failed to get sysinfo: [Bad address].",
-                                      "Failed to get network interfaces[0xBEEF net.c:77]"}));
-}
-
 TEST_F(GetMethod, LeavesOutAnInterfaceThatCannotBeRead) {
   Simulated().errorCode = 0x1;
   Simulated().interfaces = {{"eth0", "10.0.0.1"},
@@ -102,14 +84,6 @@ TEST_F(GetMethod, ListsThirtyTwoInterfacesAtMost) {
   Simulated().interfaces.clear();
   for (int i = 0; i < 40; ++i) Simulated().interfaces.push_back({"eth" + std::to_string(i), ""});
   EXPECT_EQ(Get()["interfaces"].size(), 32U);
-}
-
-TEST_F(GetMethod, ReportsAnyFindingInPreferenceToTheHealthyDefault) {
-  Simulated().upsState = 2;          // 5.0
-  Simulated().temperatureState = 1;  // 6.0
-  EXPECT_EQ(Get()["rule"]["id"], "ups_status_abnormal");
-  Simulated().upsState = 1;
-  EXPECT_EQ(Get()["rule"]["id"], "temperature_warning");
 }
 
 }  // namespace

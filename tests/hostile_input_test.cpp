@@ -94,34 +94,6 @@ TEST_F(HostileInput, NestingEndsWhereTheParserEndsIt) {
 
 const std::string kHard = "iscsimgr:lun_reach_hard_limit 1";
 
-TEST_F(HostileInput, AMemberOfAnotherTypeIsAnAbsentOne) {
-  const char* san = R"({"low_capacity_write_on": false,
-      "luns": [{"name": "a", "status": "degraded", "location": "/volume1"}],
-      "volumes": [{"path": "/volume1", "free_size": 5, "total_size": 100}]})";
-  const struct {
-    const std::string& verdict;
-    const char* members;
-  } cases[] = {{kHard, "low_capacity_write_on luns.0.name luns.0.status volumes.0.free_size"},
-               {kWell, "luns luns.0 luns.0.location"},
-               {kWell, "volumes volumes.0 volumes.0.path volumes.0.total_size"}};
-  for (const auto& c : cases) {
-    for (const std::string& path : Words(c.members)) {
-      for (const char* wrong : {"null", "true", "3", "-1.5", "\"x\"", "[]", "[[]]", "{}",
-                                R"({"a": {"status": "Unhealthy"}})"}) {
-        SCOPED_TRACE(path + ": " + wrong);
-        Json::Value document;
-        Json::Reader().parse(san, document);
-        Json::Value* member = &document;
-        for (const std::string& name : Words(path, '.'))
-          member = name == "0" ? &(*member)[0] : &(*member)[name];
-        Json::Reader().parse(wrong, *member, false);
-        EXPECT_EQ(VerdictOnSan(document.toStyledString()), c.verdict);
-        EXPECT_EQ(Log(), kNothing);
-      }
-    }
-  }
-}
-
 TEST_F(HostileInput, SizesKeepToSixtyFourBitsInAnyLocale) {
   const struct {
     std::string verdict;
@@ -147,33 +119,6 @@ TEST_F(HostileInput, SizesKeepToSixtyFourBitsInAnyLocale) {
       }
     }
   }
-}
-
-TEST_F(HostileInput, AHundredThousandLunsAreCounted) {
-  std::string luns, volumes;
-  for (int i = 0; i < 100'000; ++i) {
-    const std::string path = "\"/volume" + std::to_string(i % 1000) + "\"";
-    luns += (i > 0 ? "," : "") + (R"({"status": "degraded", "location": )" + path) + "}";
-    if (i < 1000)
-      volumes +=
-          (i > 0 ? "," : "") + (R"({"path": )" + path) + R"(, "free_size": 1, "total_size": 100})";
-  }
-  EXPECT_EQ(VerdictOnSan(R"({"luns": [)" + luns + R"(], "volumes": [)" + volumes + "]}"),
-            "iscsimgr:luns_reach_hard_limit 100000");
-  EXPECT_EQ(VerdictOnSan(R"({"luns": [{"status": "Unhealthy"})" +
-                         Times(99'999, R"(,{"status": "Unhealthy"})") + R"(], "volumes": []})"),
-            "iscsimgr:luns_crash_warning 100000");
-  EXPECT_EQ(Log(), kNothing);
-}
-
-TEST_F(HostileInput, ATextWithANulIsAnotherText) {
-  EXPECT_EQ(VerdictOnSan(R"({"luns": [{"status": "normal\u0000"}], "volumes": [{"path": ""}]})"),
-            "iscsimgr:lun_reach_hard_limit 1");
-  EXPECT_EQ(VerdictOnSan(R"({"luns": [{"status": "Unhealthy\u0000"}], "volumes": []})"), kWell);
-  EXPECT_EQ(VerdictOnSan(R"({"luns\u0000": [{"status": "Unhealthy"}], "volumes": []})"), kWell);
-  EXPECT_EQ(Log(), Lines{kNoSan[0]});
-  EXPECT_EQ(VerdictOnScan(R"({"sysStatus": "danger\u0000"})"), kWell);
-  EXPECT_EQ(VerdictOnScan(R"({"sysStatus\u0000": "danger", "sysStatus": 1})"), kWell);
 }
 
 TEST_F(HostileInput, NamesAreShownByteForByte) {
@@ -211,24 +156,6 @@ TEST_F(HostileInput, FieldsWithoutATerminatorEndWhereTheyEnd) {
       {.path = std::string(716, 'p'), .spaceId = "volume_7", .used = 99, .total = 100}};
   machine.usb.clear();
   EXPECT_TRUE(Verdict().starts_with("{0} 7{1} {2}")) << Verdict();
-}
-
-TEST_F(HostileInput, EveryEntryOfALongListIsNamed) {
-  auto& machine = Simulated();
-  const auto pieces = [](const std::string& text) {
-    return std::count(text.begin(), text.end(), ',');
-  };
-  const std::size_t many = 2000;
-  machine.usb.assign(many, {.name = "usbshare1", .total = 100, .free = 1});
-  EXPECT_EQ(pieces(Verdict()), many - 1);
-  machine.volumes.assign(many, {.path = "/v", .spaceId = "volume_1", .used = 99, .total = 100});
-  EXPECT_EQ(pieces(Verdict()), many - 1);
-  EXPECT_TRUE(Verdict().starts_with("{0} 1, {0} 1, "));
-  machine.units.assign(many, {.name = "RX", .power = {{1, 4}}});
-  EXPECT_EQ(pieces(Verdict()), 2 * many - 1);
-  for (std::size_t i = 0; i < many; ++i)
-    machine.disks.Append(simulator::MakeDisk("d", "system_crashed", ""));
-  EXPECT_EQ(Verdict(), "{0} widget:storage_is_warning");
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <locale>
 #include <thread>
 
-#include "SystemChecker/checkers.h"
+#include "SystemChecker/checker_table.h"
 #include "SystemChecker/system_checker_handler.h"
 #include "tests/support/ask.h"
 #include "tests/support/comma_locale.h"
@@ -31,14 +31,8 @@ class Laws : public SimulatedTest {
 
 // The findings of one machine's checkers, in the checkers' order.
 std::vector<CheckerRule> Findings(const SystemInfoHandler& info) {
-  constexpr decltype(&VolumeUsageChecker) inOrder[] = {
-      VolumeUsageChecker,  ExternalVolumeChecker,
-      DiskStatusChecker,   StorageManagerOverviewChecker,
-      UpsStatusChecker,    EnclosureStatusChecker,
-      SystemStatusChecker, EboxStatusChecker,
-      HAStatusChecker,     SANStatusChecker};
   std::vector<CheckerRule> findings;
-  for (const auto checker : inOrder)
+  for (const Checker checker : kCheckers)
     if (auto finding = checker(info)) findings.push_back(*std::move(finding));
   return findings;
 }
@@ -94,38 +88,6 @@ TEST_F(Laws, EveryFaultIsToldOfOnAMachineThatIsWellOtherwise) {
     Machine machine;
     fault.apply(machine);
     EXPECT_NE(Verdict(machine).id, "system_health") << fault.name;
-  }
-}
-
-// The exceptions, each as it is meant.
-TEST_F(Laws, TheseFaultsSilenceAnother) {
-  const struct {
-    const char* why;
-    const char* finding;
-    void (*first)(Machine& machine);
-    void (*then)(Machine& machine);
-  } cases[] = {
-      {"the notice of low-capacity writes is for services without a troubled LUN",
-       "san_status_warning",
-       [](Machine& m) { m.sanOutput = R"({"luns": [], "low_capacity_write_on": true})"; },
-       [](Machine& m) {
-         m.sanOutput = R"({"luns": [{"status": "degraded"}], "low_capacity_write_on": true})";
-       }},
-      {"a volume that is not normal has no room to speak of", "volume_usage",
-       [](Machine& m) { m.volumes[0].used = m.volumes[0].total; },
-       [](Machine& m) { m.volumes[0].status = "crashed"; }},
-      {"a source that fails looks healthy", "ups_status_abnormal",
-       [](Machine& m) { m.upsState = 2; }, [](Machine& m) { m.upsFails = true; }},
-      {"a volume that cannot be read is left out", "volume_usage",
-       [](Machine& m) { m.volumes[0].freeInodes = 0; },
-       [](Machine& m) { m.volumes[0].fails = true; }},
-  };
-  for (const auto& c : cases) {
-    Machine machine;
-    c.first(machine);
-    EXPECT_EQ(Verdict(machine).id, c.finding) << c.why;
-    c.then(machine);
-    EXPECT_EQ(Verdict(machine).id, "system_health") << c.why;
   }
 }
 

@@ -69,10 +69,11 @@ int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int mask) {
     call.Fail("listing the network interfaces failed");
     return -1;
   }
-  const int filled = std::min(count, static_cast<int>(call->interfaces.size()));
-  for (int i = 0; i < filled; ++i)
+  // Says how many there are, even where they do not all have room: a caller must not trust it.
+  const auto all = static_cast<int>(call->interfaces.size());
+  for (int i = 0; i < std::min(count, all); ++i)
     simulator::CopyToField(call->interfaces[static_cast<std::size_t>(i)].name, entries[i].name);
-  return filled;
+  return all;
 }
 
 int VELANetIFGetInfoEx(const char* name, int flags, VELA_NETIF_INFO* record) {
