@@ -153,6 +153,17 @@ test("the lab's names stand for the findings, each for one", () => {
   assert.deepEqual(named.sort(), known.sort());
 });
 
+test("explain marks the comparisons that decided, of their own unit alone", () => {
+  for (const [scenario, check, unit] of [["two-volumes-inodes-low", "volume usage", "inodes"],
+    ["volume-low", "volume usage", "bytes"], ["san-lun-soft-limit", "SAN", "bytes"]]) {
+    const {checkers} = JSON.parse(run(["explain", "--json", "--scenario", scenario]).out);
+    const compared = checkers.find(({name}) => name === check).saw.volumes.flatMap(({compared}) => compared ?? []);
+    const decided = compared.filter(({decides}) => decides);
+    assert.ok(decided.length > 0, scenario);
+    assert.deepEqual(decided, compared.filter((each) => each.unit === unit && each.low), scenario);
+  }
+});
+
 test("explain shows every check and what decided", () => expectAll([
   ["fan-failed-and-cluster-trouble", "en", 1, [
     "Volume usage: nothing to report\n    model without disk bays: no\n",
