@@ -24,9 +24,7 @@ const InternalVolume* FindVolume(Request& request, const char* path) {
 }
 
 _tag_volume_usage ToUsage(const Capacity& capacity) {
-  const std::uint64_t used = capacity.size - capacity.free;
-  // The reserve belongs to nobody who could fill the volume.
-  return {used, used + capacity.available, capacity.files, capacity.freeFiles};
+  return {capacity.Used(), capacity.Total(), capacity.files, capacity.freeFiles};
 }
 
 // Text that is not copied: there are five keys for each disk.

@@ -23,7 +23,7 @@ bool IsUnreadable(const std::string& target) {
 
 bool HasCrashed(const Mount& mount) {
   CrashSigns signs = FindCrashSigns(mount);
-  const Stack stack = ReadStack(mount.device);
+  const Stack stack = ReadStackUnder(mount);
   signs.unreadable = IsUnreadable(BelowRoot(mount.target));
   signs.deviceGone = stack.gone;
   for (const std::string& layer : stack.layers)

@@ -17,10 +17,10 @@ struct HostVolume {
   // A network's or a program's file system, or one behind such: it may hang and is not read.
   bool mayHang = false;
   bool isCrashed = false;
-  Capacity capacity;  // zero when it is not known
-  // As df counts: without what is kept back for root.
-  std::uint64_t Total() const { return capacity.size - capacity.free + capacity.available; }
-  bool IsFull() const { return Total() > 0 && capacity.available <= Total() / 10; }
+  Capacity capacity;     // zero when it is not known
+  bool IsFull() const {  // a tenth or less is free
+    return capacity.Total() > 0 && capacity.available <= capacity.Total() / 10;
+  }
 };
 
 class HostVolumes {

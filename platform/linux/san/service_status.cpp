@@ -119,7 +119,7 @@ Json::Value ReadServiceStatus(std::string& trouble) {
     Json::Value entry(Json::objectValue);
     entry["path"] = path;
     entry["free_size"] = Json::UInt64{volume.capacity.available};
-    entry["total_size"] = Json::UInt64{volume.Total()};
+    entry["total_size"] = Json::UInt64{volume.capacity.Total()};
     list.append(std::move(entry));
   }
   return document;

@@ -1,7 +1,5 @@
 #include "platform/linux/storage/devices.h"
 
-#include <sys/sysmacros.h>
-
 #include <algorithm>
 
 #include "platform/linux/base/root.h"
@@ -24,14 +22,12 @@ Devices::Devices(const std::vector<Mount>& mounts, std::vector<std::string_view>
 }
 
 const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
-  const bool btrfs = mount.type == "btrfs";
-  const bool bySource = btrfs || mount.type == "fuseblk";  // their device number is anonymous
-  const auto [place, isNew] =
-      fileSystems_.try_emplace(bySource ? Key{0, mount.source} : Key{mount.device, {}});
+  const auto [place, isNew] = fileSystems_.try_emplace(
+      HasAnonymousDevice(mount) ? Key{0, mount.source} : Key{mount.device, {}});
   FileSystem& found = place->second;
-  if (!isNew || (!bySource && major(mount.device) == 0)) return found;
-  found.stack = bySource ? ReadStack(std::string_view(mount.source)) : ReadStack(mount.device);
-  if (!btrfs || found.stack.layers.empty()) return found;
+  if (!isNew) return found;
+  found.stack = ReadStackUnder(mount);
+  if (mount.type != "btrfs" || found.stack.layers.empty()) return found;
 
   const Btrfs whole = ReadBtrfs(found.stack.layers.front());
   found.btrfs = whole.health;

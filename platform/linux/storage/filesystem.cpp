@@ -45,6 +45,10 @@ Health JudgeZpoolState(const std::string& state) {
 
 }  // namespace
 
+bool HasAnonymousDevice(const Mount& mount) {
+  return mount.type == "btrfs" || mount.type == "fuseblk";
+}
+
 bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity) {
   const Descriptor root(open(path.c_str(), O_PATH | O_CLOEXEC));
   struct stat status = {};
@@ -62,6 +66,11 @@ bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity) {
   capacity.files = figures.f_files;
   capacity.freeFiles = figures.f_ffree;
   return true;
+}
+
+Stack ReadStackUnder(const Mount& mount) {
+  if (HasAnonymousDevice(mount)) return ReadStack(std::string_view(mount.source));
+  return major(mount.device) != 0 ? ReadStack(mount.device) : Stack();
 }
 
 Ext4Errors ReadExt4Errors(const std::string& name) {

@@ -16,12 +16,22 @@ namespace linux_platform {
 struct Capacity {
   std::uint64_t size = 0, free = 0, available = 0;  // bytes; available: without root's reserve
   std::uint64_t files = 0, freeFiles = 0;           // both 0 where there is no limit
+
+  // As df counts: root's reserve belongs to nobody who could fill the volume.
+  std::uint64_t Used() const { return size - free; }
+  std::uint64_t Total() const { return Used() + available; }
 };
 
 // The capacity of the file system mounted at `path`, through O_PATH, which triggers no automount
 // and wakes no disk. False: errno says why. It is ENODEV when another device than `device` is
 // mounted there by now; a device without a major number (btrfs, ZFS) is not compared.
 bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity);
+
+// Whether the mount's source names its device, because its device number does not.
+bool HasAnonymousDevice(const Mount& mount);
+// What lies under a mount, for btrfs under the device that it is mounted by. Empty for a file
+// system without a device: ZFS, a network's.
+Stack ReadStackUnder(const Mount& mount);
 
 // Errors counted by ext4 for the device `name`; `last` in seconds since 1970.
 struct Ext4Errors {
