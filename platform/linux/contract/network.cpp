@@ -1,11 +1,8 @@
 // The interfaces that carry the machine's addresses, and the details of each.
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
-#include <unistd.h>
-
-#include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
@@ -21,14 +18,8 @@ constexpr int kMostShown = 32;
 
 // Only a device of this network namespace counts: /sys may show another one's.
 bool IsWireless(const Link& link) {
-  const std::string folder = Concatenate("/sys/class/net/", link.name);
-  if (access(Concatenate(folder, "/phy80211").c_str(), F_OK) != 0) return false;
-  std::string text;
-  if (ReadSmallFile(Concatenate(folder, "/ifindex").c_str(), 32, text) != ReadResult::Read)
-    return false;
-  int index = 0;
-  std::from_chars(text.data(), text.data() + text.size(), index);
-  return index == link.index;
+  const std::string folder = Sys("/class/net/", link.name);
+  return PathExists(folder + "/phy80211") && NumberAttribute(folder + "/ifindex") == link.index;
 }
 
 const std::vector<Interface>* GetInterfaces(Request& request, SourceScope& scope) {
