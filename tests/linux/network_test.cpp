@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/linux/machine_tree.h"
 #include "vela_network.h"
 #include "velac.h"
 
@@ -61,6 +62,7 @@ TEST(Network, ShowsTheLinksThatCarryAddresses) {
                     "ip link set veth1 master br0;"
                     "ip addr add 2001:db8::7/64 dev br0 nodad;"
                     "ip addr add 192.0.2.1/24 dev br0; ip addr add 192.0.2.2/24 dev br0;"
+                    "ip addr add 198.51.100.1/24 dev br0;"
                     "ip tuntap add tun0 mode tun; ip addr add 192.0.2.5 peer 192.0.2.6 dev tun0;"
                     "ip link add link br0 name mv0 type macvlan;"
                     "ip addr add fe80::5/64 dev mv0 nodad"),
@@ -104,6 +106,19 @@ TEST(Network, ListsThirtyTwoOfManyInTheOrderOfTheirIndex) {
     EXPECT_STREQ(two[1].name, "mv290");
   });
   if (!possible) GTEST_SKIP() << "needs root and ip(8)";
+}
+
+TEST(Network, ADeviceIsWirelessWhenItsFolderIsOfThisNamespace) {
+  const MachineTree machine;
+  const auto type = [&](const char* index) {
+    machine.Write("/sys/class/net/lo/ifindex", index);
+    return std::string(vela::network::GetTypeString(vela::network::GetIfType("lo", nullptr)));
+  };
+  EXPECT_EQ(type("1\n"), "other");
+  machine.Write("/sys/class/net/lo/phy80211/name", "phy0\n");
+  EXPECT_EQ(type("1\n"), "wifi");
+  EXPECT_EQ(type("2\n"), "other") << "the folder is another namespace's";
+  EXPECT_EQ(type(""), "other");
 }
 
 TEST(Network, AnUnknownInterfaceHasNoDetails) {
