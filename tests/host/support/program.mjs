@@ -46,7 +46,9 @@ export async function serve(...words) {
     new Promise(resolve => child.stdout.once("data", data => resolve(String(data)))),
     ended.then(status => { throw new Error(`vela-health serve ended with ${status}`); }),
   ]);
-  const stop = (signal = "SIGTERM") => { child.kill(signal); return ended; };  // the exit status
+  child.unref();  // the test need not stop it
+  child.stdout.unref();
+  const stop = (signal = "SIGTERM") => { child.ref(); child.kill(signal); return ended; };  // the exit status
   const {port, origin} = new URL(line.match(/http:\S+/)[0]);
   return {url: origin, port: Number(port), pid: child.pid, stop};
 }
