@@ -115,10 +115,9 @@ INSTANTIATE_TEST_SUITE_P(All, Scenario, testing::ValuesIn(scenarios::Names()),
                          });
 
 TEST(Boundaries, AreAnsweredAsExpected) {
-  const Json::Value rows = scenarios::Boundaries();
-  for (const std::string& name : rows.getMemberNames()) {
-    SCOPED_TRACE(name + ": " + rows[name]["why"].asString());
-    ExpectAnswer(name, scenarios::WriteState(rows[name]["state"]), rows[name]["expected"]);
+  for (const auto& [name, state, expected] : scenarios::Boundaries()) {
+    SCOPED_TRACE(name);
+    ExpectAnswer(name, state, expected);
   }
 }
 

@@ -38,12 +38,14 @@ Json::Value WholeAnswer(const Json::Value& expected) {
   return whole;
 }
 
-Json::Value Boundaries() { return Read(Folder("../tests/fixtures/boundaries.json")); }
-
-std::filesystem::path WriteState(const Json::Value& state) {
-  const std::filesystem::path file = test_support::OwnFolder() + "state.json";
-  std::ofstream(file) << state;
-  return file;
+std::vector<Boundary> Boundaries() {
+  const Json::Value rows = Read(Folder("../tests/fixtures/boundaries.json"));
+  std::vector<Boundary> all;
+  for (const std::string& name : rows.getMemberNames()) {
+    all.push_back({name, test_support::OwnFolder() + name + ".json", rows[name]["expected"]});
+    std::ofstream(all.back().state) << rows[name]["state"];
+  }
+  return all;
 }
 
 }  // namespace scenarios

@@ -21,10 +21,11 @@ Json::Value Read(const std::filesystem::path& file);
 // The healthy machine's answer and log with the members of an expected.json in place.
 Json::Value WholeAnswer(const Json::Value& expected);
 
-// By name: "why", "state" and "expected", as the two files of a folder hold them.
-Json::Value Boundaries();
-
-// A row's "state" as a file in a folder of this process's own.
-std::filesystem::path WriteState(const Json::Value& state);
+struct Boundary {
+  std::string name;
+  std::filesystem::path state;  // a file in a folder of this process's own
+  Json::Value expected;         // as an expected.json holds it
+};
+std::vector<Boundary> Boundaries();
 
 }  // namespace scenarios
