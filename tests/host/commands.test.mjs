@@ -234,9 +234,10 @@ test("report is one page in itself whatever names hold", () => expectAll(languag
 test("report holds findings and checks and sources and the document", () => expectAll([
   [["report", "-", "--scenario", "everything-at-once", "--lang", "en"], 2, [
     "Your data is in danger", "What it means", "If ignored", "What to do", "Further findings", "1 LUN has crashed.",
-    "-2.2 beats -2.1", 'class="decides">volume 1', "11 of 11 sources", "<td>high availability</td>",
+    "-2.2 beats -2.1", 'class="decides">volume 1', "11 of 11 sources", "<td>high availability</td>", '<tr class="is-read">',
     "<bdi>vela</bdi>", "Checked on 2", "192.168.1.20", "&quot;hostname&quot;: &quot;vela&quot;"]],
-  [["report", "-", "--scenario", "failing-ups", "--lang", "en"], 3, ">Could not read UPS: asking for the UPS failed"],
+  [["report", "-", "--scenario", "failing-ups", "--lang", "en"], 3,
+    [">Could not read UPS: asking for the UPS failed", '<tr class="is-failed">', '<tr class="is-absent">']],
 ]));
 
 test("the report has the page's icons", () => {
@@ -256,6 +257,15 @@ test("report replaces a report and nothing else", () => {
     ...[folder, "/nowhere/x"].map(to => [report(to), 73, ["Cannot write", to]])]);
   assert.equal(read(precious), "photos");
   assert.deepEqual(readdirSync(folder).filter(name => name.includes(".new-")), []);
+});
+
+test("what does not fit on the disk is said and leaves nothing", () => {
+  for (const [command, to] of [["capture", join(folder, "large")], ["report", join(folder, "large.html")]]) {
+    const words = `ulimit -f 1; exec ${program} ${command} ${to} --scenario everything-at-once`;
+    const {status, stderr} = spawnSync("bash", ["-c", words], {encoding: "utf8", env: {...process.env, LC_ALL: "C"}});
+    assert.deepEqual([status, /Cannot write .*: File too large/.test(stderr)], [73, true], stderr);
+  }
+  assert.deepEqual(readdirSync(folder).filter(name => name.includes("large")), []);
 });
 
 test("capture makes a machine that answers the same or nothing", () => {
@@ -286,6 +296,9 @@ test("a terminal gets colours and lines that fit", () => {
   const shown = onTerminal(40, "--scenario volume-low --lang en");
   assert.ok(shown.startsWith("\x1b[1;36m◆ Notice\x1b[0m: \x1b[1mVolume 1: almost full\x1b[0m\n" +
     "  What to do: Empty the recycle bins,\n  delete old snapshots, or enlarge the\n  volume.\n\x1b[2m  9 of 9"), shown);
+  for (const [name, start] of [["storage-danger", "1;31m✖ Danger"], ["one-supply-failed", "1;33m▲ Warning"],
+    ["healthy", "1;32m● Healthy"]])
+    assert.ok(onTerminal(80, `--lang en --scenario ${name}`).startsWith(`\x1b[${start}\x1b[0m: `), name);
   for (const plain of ["NO_COLOR=1", "TERM=dumb"]) {
     assert.ok(!onTerminal(80, "--scenario volume-low", plain).includes("\x1b["), plain);
   }
