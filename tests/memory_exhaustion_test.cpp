@@ -1,5 +1,6 @@
 // A request that runs out of memory fails as a whole: std::bad_alloc leaves the handler, no
 // response is set, everything is given back. Tried at every single allocation.
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <functional>
@@ -13,6 +14,7 @@
 
 #include "module/base/log.h"
 #include "platform/simulator/machine.h"
+#include "platform/simulator/scenario.h"
 #include "tests/support/recorded_response.h"
 
 // --- The heap of this executable and of every library in it, which can be told to refuse.
@@ -115,66 +117,6 @@ namespace {
 
 using simulator::Machine;
 
-// Something in every list, something wrong in every source, and names too long for the
-// strings' own room.
-Machine EverythingIsWrong() {
-  const std::string text(40, 'x');
-  Machine machine;
-  machine.hostName = text;
-  machine.securityScan = R"({"sysStatus": "danger", "more": [")" + text + R"("]})";
-  machine.interfaces[1].fails = true;
-  machine.settings["usb_partition_warning_percent"] = std::string(600, 'x');
-  machine.fanFailed = machine.powerFailed = machine.unitFansFailed = true;
-  machine.powerDetail = 0x100;
-  machine.unitFansDetail = 0x300;
-  machine.temperatureState = 1;
-  machine.systemVolumeCrashed = true;
-  machine.httpDefaultConf = 1;
-  machine.webServerApplies = false;
-  machine.upsState = 3;
-  machine.overview = "abnormal";
-  Json::Value disk = simulator::MakeDisk(text, "system_crashed", "volume_" + text);
-  disk["remote_info"]["disconnect"] = 1;
-  machine.disks.Append(disk);
-  for (auto& volume : machine.volumes) volume.used = volume.total;
-  machine.volumes[1].fails = true;
-  machine.volumes[2].spaceId = std::string(600, 'x') + "_";
-  machine.volumes[3].spaceId = "volume_" + text;
-  for (auto& volume : machine.usb) volume.free = 0;
-  machine.usb.push_back({.name = "no share at all, and long", .total = 1});
-  machine.units = {{.name = text, .slot = 0, .power = {{1, 0}}},
-                   {.name = std::nullopt, .slot = 1, .power = {{1, 1}}}};
-  machine.haRunning = true;
-  machine.haStatus = "danger";
-  machine.sanOutput =
-      "{\"low_capacity_write_on\": true, // a comment\n"
-      "\"luns\": [{\"name\": \"a\", \"status\": \"Unhealthy\"}],\n\"volumes\": []}";
-  return machine;
-}
-
-// The branches that the first machine's findings hide.
-Machine OtherThingsAreWrong() {
-  Machine machine = EverythingIsWrong();
-  for (auto& volume : machine.volumes) volume.used = volume.freeInodes = 0;
-  machine.usb[0].name = "sdshare1";
-  machine.usb.resize(1);
-  machine.fanFailed = false;
-  machine.powerDetail = 0x200;
-  machine.sanOutput = R"({"luns": [{"status": "degraded", "location": "/volume1 with a long name"},
-                                   {"status": "degraded", "location": "/volume1 with a long name"}],
-    "volumes": [{"path": "/volume1 with a long name", "free_size": 5, "total_size": 1e3}]})";
-  return machine;
-}
-
-// The last machine: only its two least urgent findings are left.
-Machine LittleIsWrong() {
-  Machine machine;
-  machine.usb.clear();
-  machine.esata = {{.name = "satashare1", .total = 100, .free = 1}};
-  machine.sanOutput = R"({"luns": [], "volumes": [], "low_capacity_write_on": true})";
-  return machine;
-}
-
 struct Result {
   bool exhausted = false;
   RecordedResponse response;
@@ -198,12 +140,7 @@ Result Request(long from, long to) {
   return result;
 }
 
-struct NamedMachine {
-  const char* name;
-  Machine (*make)();
-};
-
-class MemoryExhaustion : public testing::TestWithParam<NamedMachine> {
+class MemoryExhaustion : public testing::TestWithParam<std::string> {
  protected:
   MemoryExhaustion() { simulator::Enter(&machine_); }
   ~MemoryExhaustion() override { simulator::Enter(nullptr); }
@@ -218,7 +155,7 @@ class MemoryExhaustion : public testing::TestWithParam<NamedMachine> {
     EXPECT_EQ(machine_.ledger.objects, 0);
   }
 
-  Machine machine_ = GetParam().make();
+  simulator::Machine machine_ = simulator::LoadScenario(VELA_SCENARIOS "/" + GetParam());
 };
 
 TEST_P(MemoryExhaustion, FailsTheRequestAsAWhole) {
@@ -247,14 +184,20 @@ TEST_P(MemoryExhaustion, FailsTheRequestAsAWhole) {
     ExpectNothingLeft(std::move(once));
     EXPECT_TRUE(sound);
   }
-  EXPECT_LE(absorbed, 2) << "one thrown object for each volume that is left out";
+  EXPECT_LE(absorbed, std::ssize(machine_.volumes)) << "one thrown object for each volume left out";
 }
 
+// Machines whose findings between them take every branch that allocates.
 INSTANTIATE_TEST_SUITE_P(Machines, MemoryExhaustion,
-                         testing::Values(NamedMachine{"EverythingIsWrong", EverythingIsWrong},
-                                         NamedMachine{"OtherThingsAreWrong", OtherThingsAreWrong},
-                                         NamedMachine{"LittleIsWrong", LittleIsWrong}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         testing::Values("everything-at-once", "failing-everything",
+                                         "failing-volume-identifiers", "san-lun-soft-limit",
+                                         "usb-volumes-low-mixed-names",
+                                         "esata-volumes-low-mixed-names"),
+                         [](const auto& each) {
+                           std::string name = each.param;
+                           std::ranges::replace(name, '-', '_');
+                           return name;
+                         });
 
 }  // namespace
 }  // namespace VELA::SystemHealth
