@@ -21,34 +21,19 @@ void Report(char kind, const char* words) {
 }
 
 TEST(SourceStatus, TheWorstStandsWithItsFirstWords) {
-  const struct {
-    std::string said, status;
-  } cases[] = {{"", "0 not asked"},
-               {"r", "1 "},
-               {"s", "1 "},
-               {"ax", "0 x"},
-               {"Ax ay", "0 x"},
-               {"ax r", "1 "},
-               {"ax Ry", "1 y"},
-               {"r ax", "1 "},
-               {"s Rx", "1 x"},
-               {"Rx r", "1 x"},
-               {"Rx Ry", "1 x"},
-               {"r fx", "2 x"},
-               {"fx fy", "2 x"},
-               {"Fx Fy", "2 x"},
-               {"fx s ay", "2 x"},
-               {"ax Fy Rz", "2 y"},
-               {"f" + std::string(300, 'x'), "2 " + std::string(239, 'x')}};
-  for (const auto& c : cases) {
+  std::istringstream cases(  // what is reported, and the status that it amounts to
+      "=0 not asked;r=1 ;s=1 ;ax=0 x;Ax ay=0 x;ax r=1 ;ax Ry=1 y;r ax=1 ;s Rx=1 x;Rx r=1 x;"
+      "Rx Ry=1 x;r fx=2 x;fx fy=2 x;Fx Fy=2 x;fx s ay=2 x;ax Fy Rz=2 y;f" +
+      std::string(300, 'x') + "=2 " + std::string(239, 'x'));
+  for (std::string said, status; getline(cases, said, '=') && getline(cases, status, ';');) {
     VELAPlatformSourcesReset();
-    std::istringstream words(c.said);
+    std::istringstream words(said);
     for (std::string word; words >> word;) Report(word[0], word.c_str() + 1);
     VELASourceReport reports[kSourceCount] = {};
     EXPECT_EQ(VELAPlatformSources(reports, kSourceCount - 1), kSourceCount);
     EXPECT_EQ(reports[kSourceCount - 1].name, nullptr) << "beyond the capacity";
     const VELASourceReport& ups = reports[static_cast<int>(Source::Ups)];
-    EXPECT_EQ(std::to_string(ups.state) + " " + ups.reason, c.status) << c.said;
+    EXPECT_EQ(std::to_string(ups.state) + " " + ups.reason, status) << said;
   }
 }
 
