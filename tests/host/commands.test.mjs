@@ -261,7 +261,7 @@ test("report replaces a report and nothing else", () => {
 
 test("what does not fit on the disk is said and leaves nothing", () => {
   for (const [command, to] of [["capture", join(folder, "large")], ["report", join(folder, "large.html")]]) {
-    const words = `ulimit -f 1; exec ${program} ${command} ${to} --scenario everything-at-once`;
+    const words = `ulimit -f 0; exec ${program} ${command} ${to} --scenario volume-low`;
     const {status, stderr} = spawnSync("bash", ["-c", words], {encoding: "utf8", env: {...process.env, LC_ALL: "C"}});
     assert.deepEqual([status, /Cannot write .*: File too large/.test(stderr)], [73, true], stderr);
   }
