@@ -160,21 +160,6 @@ TEST_F(Collectors, TemperatureIsAskedOnlyOfModelsThatHaveTheWarning) {
   EXPECT_EQ(Log(), Lines{});
 }
 
-TEST_F(Collectors, AVolumeWithoutAUsableIdentifierIsLeftOut) {
-  auto& volumes = Simulated().volumes;
-  volumes[0].spaceId = "volume";
-  volumes[1].spaceId = "volume_";
-  volumes[2].type = 2;
-  volumes[3].spaceId = "pool_7_x";
-  const SystemInfoHandler info;
-  ASSERT_EQ(info.GetStorageInfo().GetVolumes().size(), 1U);
-  EXPECT_EQ(info.GetStorageInfo().GetVolumes()[0].volumeId, "7");
-  EXPECT_EQ(Log(), (Lines{"7 SystemInfo/storage_info:143 Failed to parse volume info, reason: "
-                          "[vector::_M_range_check: __n (which is 1) >= this->size() (which is 1)]",
-                          "7 SystemInfo/storage_info:143 Failed to parse volume info, reason: "
-                          "[Failed to parse volume_id from : volume_]"}));
-}
-
 TEST_F(Collectors, UsageWarningsFollowTheFloatingPoint) {
   const auto volume = [](const char* status, _tag_volume_usage usage) {
     return VolumeUsageInfo("volume_1", status, "1", usage, 0.05F);
@@ -188,34 +173,6 @@ TEST_F(Collectors, UsageWarningsFollowTheFloatingPoint) {
   EXPECT_FALSE(volume("normal", {0, 1, 1000, 60}).WarningOutOfInode(0.05));
   EXPECT_FALSE(volume("crashed", {0, 1, 1000, 0}).WarningOutOfInode(0.05));
   EXPECT_FALSE(volume("normal", {0, 1, 0, 0}).WarningOutOfInode(0.05));
-}
-
-TEST_F(Collectors, DisksAreReadMemberByMember) {
-  Simulated().disks.Clear();
-  const auto add = [this](const char* usedBy, const Json::Value& remote) {
-    Json::Value disk = simulator::MakeDisk("d", "normal", usedBy);
-    disk["remote_info"] = remote;
-    Simulated().disks.Append(disk);
-  };
-  Json::Value disconnected;
-  disconnected["disconnect"] = 1;
-  Json::Value text;
-  text["disconnect"] = "1";
-  add("volume_1", disconnected);
-  add("hotspare", text);
-  add("", 3);
-  Simulated().disks.Append(7);
-
-  const SystemInfoHandler info;
-  const auto& disks = info.GetStorageInfo().GetDisksStatus();
-  ASSERT_EQ(disks.size(), 4U);
-  EXPECT_TRUE(disks[0].inUse && disks[0].remoteDisconnected);
-  EXPECT_FALSE(disks[1].inUse || disks[1].remoteDisconnected);
-  EXPECT_FALSE(disks[2].inUse || disks[2].remoteDisconnected);
-  EXPECT_EQ(disks[3].name, "");
-
-  Simulated().maxDisks = 0;
-  EXPECT_TRUE(SystemInfoHandler().GetStorageInfo().GetDisksStatus().empty());
 }
 
 TEST_F(Collectors, ExpansionUnitsKeepWhatTheirRecordCannotTell) {
@@ -267,56 +224,6 @@ TEST_F(Collectors, ExternalVolumesAreSortedByKind) {
   machine.usb.clear();
   machine.esata.clear();
   EXPECT_EQ(SystemInfoHandler().GetExternalVolumeInfo().ToJson(), Json::Value(Json::arrayValue));
-}
-
-TEST_F(Collectors, TheSanToolsAnswerIsReadElementByElement) {
-  Simulated().sanOutput = R"({"low_capacity_write_on": true,
-    "luns": [7, {"name": "a", "status": "normal", "location": "/volume1"}, {"name": 1}],
-    "volumes": [{"path": "/volume1", "free_size": "100", "total_size": 18446744073709551615},
-                {"path": 1, "free_size": -1, "total_size": 1.9},
-                {"free_size": 1e30, "total_size": true}]})";
-  const SystemInfoHandler info;
-  const auto& san = info.GetSanStatusInfo();
-  EXPECT_TRUE(san.IsEnableLowCapacityWrite());
-  ASSERT_EQ(san.GetLunsStatus().size(), 3U);
-  EXPECT_EQ(san.GetLunsStatus()[0].name, "");
-  EXPECT_EQ(san.GetLunsStatus()[1].location, "/volume1");
-  const auto& volumes = san.GetVolumesStatus();
-  ASSERT_EQ(volumes.size(), 3U);
-  EXPECT_EQ(volumes[0].freeSize, 0U);
-  EXPECT_EQ(volumes[0].totalSize, 18446744073709551615U);
-  EXPECT_EQ(volumes[1].freeSize, 0U);
-  EXPECT_EQ(volumes[1].totalSize, 1U);
-  EXPECT_EQ(volumes[2].freeSize, 0U);
-  EXPECT_EQ(volumes[2].totalSize, 0U);
-  EXPECT_EQ(Log(), Lines{});
-}
-
-TEST_F(Collectors, AnOddSanAnswerIsLoggedForWhatItLacks) {
-  const Lines noLuns = {"3 SystemInfo/san_status_info:50 Failed to load lun info for SAN Manager"};
-  const Lines noVolumes = {
-      "3 SystemInfo/san_status_info:66 Failed to load volume info for SAN Manager"};
-  const Lines neither = {noLuns[0], noVolumes[0]};
-  const struct {
-    const char* output;
-    Lines log;
-  } cases[] = {{R"({"luns": [], "volumes": []})", {}},
-               {R"({"luns": {"a": {}}, "volumes": "none"})", {}},
-               {R"({"luns": [], "low_capacity_write_on": 1})", noVolumes},
-               {R"({"volumes": []})", noLuns},
-               {"[1]", neither},
-               {"null", neither},
-               {"", neither},
-               {R"({"luns": [)", neither}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.output);
-    Reset();
-    Simulated().sanOutput = c.output;
-    const SystemInfoHandler info;
-    EXPECT_EQ(Log(), c.log);
-    EXPECT_TRUE(info.GetSanStatusInfo().GetLunsStatus().empty());
-    EXPECT_FALSE(info.GetSanStatusInfo().IsEnableLowCapacityWrite());
-  }
 }
 
 }  // namespace
