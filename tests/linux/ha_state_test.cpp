@@ -26,10 +26,10 @@ std::string With(std::string text, const std::string& what, const std::string& b
 
 std::string StateOf(const std::string& xml, std::string* why = nullptr) {
   std::string reason;
-  const auto state = ClusterState(xml, reason);
+  const auto state = ParseClusterState(xml, reason);
   EXPECT_EQ(state.has_value(), reason.empty()) << reason;
   if (why != nullptr) *why = reason;
-  return state ? HaText(*state) : "";
+  return state ? NameHaState(*state) : "";
 }
 
 TEST(ClusterState, WhatPacemakerPrintsDecides) {
@@ -115,13 +115,13 @@ TEST(DrbdState, EveryDeviceCounts) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     bool isVersion8 = false;
-    const auto state = DrbdState(head + c.text, isVersion8);
-    EXPECT_STREQ(state ? HaText(*state) : "none", c.state);
+    const auto state = ParseDrbdState(head + c.text, isVersion8);
+    EXPECT_STREQ(state ? NameHaState(*state) : "none", c.state);
     EXPECT_TRUE(isVersion8);
   }
   bool isVersion8 = true;
-  EXPECT_FALSE(
-      DrbdState("version: 9.1.4 (api:2/proto:110-121)\nTransports (api:17): tcp\n", isVersion8));
+  EXPECT_FALSE(ParseDrbdState("version: 9.1.4 (api:2/proto:110-121)\nTransports (api:17): tcp\n",
+                              isVersion8));
   EXPECT_FALSE(isVersion8);
 }
 

@@ -38,7 +38,7 @@ TEST(UpsStatus, TheWordsDecide) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.words);
-    EXPECT_EQ(static_cast<int>(StateOf(c.words)), c.state);
+    EXPECT_EQ(static_cast<int>(JudgeUpsWords(c.words)), c.state);
   }
 }
 

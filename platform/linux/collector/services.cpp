@@ -45,7 +45,7 @@ Json::Value CollectCluster() {
   if (!result.reason.empty()) return MakeError(result.reason);
   if (result.cut == Child::Cut::Late) return MakeError("crm_mon did not finish within 8 s");
   std::string reason;
-  const ClusterSnapshot snapshot = {ClusterState(result.output, reason)};
+  const ClusterSnapshot snapshot = {ParseClusterState(result.output, reason)};
   return snapshot.state ? snapshot.ToJson() : MakeError(reason);
 }
 

@@ -63,7 +63,7 @@ std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, st
                                     xml, status, reason);
   if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
   if (end != ProgramEnd::Exited) return std::nullopt;
-  return ClusterState(xml, reason);  // which tells a failure better than the exit status
+  return ParseClusterState(xml, reason);  // which tells a failure better than the exit status
 }
 
 std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
@@ -73,7 +73,7 @@ std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
     reason = std::string(kDrbd) + " could not be read";
     return std::nullopt;
   }
-  const std::optional<HaState> state = DrbdState(text, isVersion8);
+  const std::optional<HaState> state = ParseDrbdState(text, isVersion8);
   if (!isVersion8 && pacemakerRuns) return HaState::Normal;  // which watches it
   if (!isVersion8) {
     reason = "DRBD 9 and later do not tell their state in /proc/drbd";
@@ -122,7 +122,7 @@ int VELAHAGetOverviewStatusDL(char* buffer, int size) {
   const std::optional<HaState> state = ReadOverview(*request, scope, reason);
   failures.Report(scope, reason);
   if (!state) return SetError(Error::SourceFailed);
-  const char* text = HaText(*state);
+  const char* text = NameHaState(*state);
   if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong);
   std::strcpy(buffer, text);
   return 0;

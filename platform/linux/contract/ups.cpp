@@ -66,13 +66,13 @@ bool ReadStates(const std::vector<UpsAddress>& addresses, TimeBudget& budget, VE
       continue;
     }
     std::string words;
-    const NutAnswer answer = AskUpsStatus(address, deadline, words, reason);
+    const NutAnswer answer = ReadUpsStatus(address, deadline, words, reason);
     server |= answer != NutAnswer::NoServer;
     if (answer == NutAnswer::Late && wholeTurn) breaker.Trip(reason);
     if (answer == NutAnswer::Late) return true;
     if (answer != NutAnswer::Read) continue;
     record.connected = 1;
-    record.state = std::max(record.state, static_cast<std::int32_t>(StateOf(words)));
+    record.state = std::max(record.state, static_cast<std::int32_t>(JudgeUpsWords(words)));
   }
   return server;
 }

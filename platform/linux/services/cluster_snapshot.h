@@ -18,11 +18,11 @@ struct ClusterSnapshot {
 
   Json::Value ToJson() const {
     Json::Value members(Json::objectValue);
-    if (state) members[kState] = HaText(*state);
+    if (state) members[kState] = NameHaState(*state);
     return members;
   }
   static ClusterSnapshot FromJson(const Json::Value& document) {
-    return {HaStateNamed(common::TextMember(document, kState))};
+    return {ParseHaState(common::TextMember(document, kState))};
   }
 };
 

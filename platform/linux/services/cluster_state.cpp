@@ -32,10 +32,10 @@ struct Resources {
 };
 
 // Groups, clones and bundles nest them, three deep at most.
-void Look(const pugi::xml_node& parent, int deeper, Resources& resources) {
+void JudgeResources(const pugi::xml_node& parent, int deeper, Resources& resources) {
   for (const pugi::xml_node& node : parent.children()) {
     if (std::string_view(node.name()) != "resource") {
-      if (deeper > 0) Look(node, deeper - 1, resources);
+      if (deeper > 0) JudgeResources(node, deeper - 1, resources);
       continue;
     }
     resources.failed |= (Is(node, "failed") && !Is(node, "failure_ignored")) || Is(node, "blocked");
@@ -47,7 +47,7 @@ void Look(const pugi::xml_node& parent, int deeper, Resources& resources) {
 
 }  // namespace
 
-std::optional<HaState> ClusterState(std::string_view xml, std::string& reason) {
+std::optional<HaState> ParseClusterState(std::string_view xml, std::string& reason) {
   pugi::xml_document document;
   const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size());
   const pugi::xml_node cluster = document.child("pacemaker-result");
@@ -65,7 +65,7 @@ std::optional<HaState> ClusterState(std::string_view xml, std::string& reason) {
   const pugi::xml_node coordinator = summary.child("current_dc");
   const Members members = Count(cluster);
   Resources resources;
-  Look(cluster.child("resources"), 8, resources);
+  JudgeResources(cluster.child("resources"), 8, resources);
 
   if (!Is(coordinator, "present") || !Is(coordinator, "with_quorum") || members.unclean ||
       resources.failed)

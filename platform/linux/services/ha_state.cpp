@@ -30,16 +30,16 @@ HaState DeviceState(std::string_view connection, std::string_view roles, std::st
 
 }  // namespace
 
-const char* HaText(HaState state) { return kTexts[static_cast<std::size_t>(state)]; }
+const char* NameHaState(HaState state) { return kTexts[static_cast<std::size_t>(state)]; }
 
-std::optional<HaState> HaStateNamed(std::string_view text) {
+std::optional<HaState> ParseHaState(std::string_view text) {
   const auto found =
       std::ranges::find(kTexts, text, [](const char* each) { return std::string_view(each); });
   if (found == kTexts.end()) return std::nullopt;
   return static_cast<HaState>(found - kTexts.begin());
 }
 
-std::optional<HaState> DrbdState(std::string_view text, bool& isVersion8) {
+std::optional<HaState> ParseDrbdState(std::string_view text, bool& isVersion8) {
   isVersion8 = text.starts_with("version: 8.");
   std::optional<HaState> worst;
   while (!text.empty()) {

@@ -35,7 +35,7 @@ struct Answers {
   int awaited = 0;
   std::string error;
 };
-struct Question {
+struct Query {
   Answers* answers;
   std::string* value;
 };
@@ -50,19 +50,19 @@ void Assign(std::string& to, const char* text) {
 }
 
 int OnAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
-  const auto& question = *static_cast<const Question*>(userdata);
-  --question.answers->awaited;
+  const auto& query = *static_cast<const Query*>(userdata);
+  --query.answers->awaited;
   if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
     // A unit of another kind has no reload.
     if (strcmp(error->name, SD_BUS_ERROR_UNKNOWN_PROPERTY) == 0 ||
         strcmp(error->name, SD_BUS_ERROR_UNKNOWN_INTERFACE) == 0)
       return 0;
-    Assign(question.answers->error, error->message != nullptr ? error->message : error->name);
+    Assign(query.answers->error, error->message != nullptr ? error->message : error->name);
     return 0;
   }
   const char* text = nullptr;
   const int read = sd_bus_message_read(message, "v", "s", &text);
-  Assign(read < 0 ? question.answers->error : *question.value, read < 0 ? strerror(-read) : text);
+  Assign(read < 0 ? query.answers->error : *query.value, read < 0 ? strerror(-read) : text);
   return 0;
 }
 
@@ -77,8 +77,8 @@ int Open(Bus& bus) {
   return sd_bus_start(made);
 }
 
-// Queues the three questions about one unit.
-int Ask(sd_bus* bus, const std::string& unit, Question* questions) {
+// Queues the three queries about one unit.
+int QueueQueries(sd_bus* bus, const std::string& unit, Query* queries) {
   char* path = nullptr;
   int result = sd_bus_path_encode("/org/freedesktop/systemd1/unit", unit.c_str(), &path);
   const std::unique_ptr<char, void (*)(void*)> owned(path, free);
@@ -87,8 +87,8 @@ int Ask(sd_bus* bus, const std::string& unit, Question* questions) {
   for (std::size_t i = 0; i < 3 && result >= 0; ++i) {
     result = sd_bus_call_method_async(bus, nullptr, kSystemd, path,
                                       "org.freedesktop.DBus.Properties", "Get", OnAnswer,
-                                      &questions[i], "ss", properties[i][0], properties[i][1]);
-    if (result >= 0) ++questions[i].answers->awaited;
+                                      &queries[i], "ss", properties[i][0], properties[i][1]);
+    if (result >= 0) ++queries[i].answers->awaited;
   }
   return result;
 }
@@ -120,15 +120,15 @@ UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
   const auto deadline = budget.DeadlineFor(kBound);
   states.assign(names.size(), {});
   Answers answers;
-  std::vector<Question> questions;
+  std::vector<Query> queries;
   for (UnitState& state : states)
     for (std::string* value : {&state.load, &state.active, &state.reload})
-      questions.push_back({&answers, value});
+      queries.push_back({&answers, value});
 
   Bus bus(nullptr, sd_bus_close_unref);
   int result = Open(bus);
   for (std::size_t i = 0; i < names.size() && result >= 0; ++i)
-    result = Ask(bus.get(), names[i], &questions[i * 3]);
+    result = QueueQueries(bus.get(), names[i], &queries[i * 3]);
   if (result >= 0) result = Drive(bus.get(), answers, deadline);
   if (result == -ETIMEDOUT) {
     reason = "the system bus or systemd did not answer in time";

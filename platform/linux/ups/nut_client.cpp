@@ -180,8 +180,8 @@ NutAnswer FirstUps(Connection& server, const UpsAddress& address, std::string& n
 
 }  // namespace
 
-NutAnswer AskUpsStatus(const UpsAddress& address, steady_clock::time_point deadline,
-                       std::string& words, std::string& reason) {
+NutAnswer ReadUpsStatus(const UpsAddress& address, steady_clock::time_point deadline,
+                        std::string& words, std::string& reason) {
   if (Nut().handle == nullptr) {
     reason = "NUT's client library " VELA_NUT_LIBRARY " cannot be loaded: install its package";
     return NutAnswer::Unsupported;

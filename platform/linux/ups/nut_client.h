@@ -19,7 +19,7 @@ enum class NutAnswer {
 // Asks the server at `address` for the status words of its UPS, over a connection of its
 // own. `reason` says what else than Read happened. Raises no signal; may be called from
 // several threads.
-NutAnswer AskUpsStatus(const UpsAddress& address, std::chrono::steady_clock::time_point deadline,
-                       std::string& words, std::string& reason);
+NutAnswer ReadUpsStatus(const UpsAddress& address, std::chrono::steady_clock::time_point deadline,
+                        std::string& words, std::string& reason);
 
 }  // namespace linux_platform

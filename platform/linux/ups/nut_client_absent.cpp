@@ -2,8 +2,8 @@
 
 namespace linux_platform {
 
-NutAnswer AskUpsStatus(const UpsAddress&, std::chrono::steady_clock::time_point, std::string&,
-                       std::string& reason) {
+NutAnswer ReadUpsStatus(const UpsAddress&, std::chrono::steady_clock::time_point, std::string&,
+                        std::string& reason) {
   reason = "this platform was built without NUT's client library";
   return NutAnswer::Unsupported;
 }

@@ -25,7 +25,7 @@ std::string LoopbackAddress(std::string_view host) {
 
 }  // namespace
 
-UpsState StateOf(std::string_view words) {
+UpsState JudgeUpsWords(std::string_view words) {
   bool fsd = false, ob = false, ol = false, lb = false, cal = false;
   for (std::string_view word; !(word = NextWord(words)).empty();) {
     fsd |= word == "FSD";  // forced shutdown

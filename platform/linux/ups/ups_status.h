@@ -12,7 +12,7 @@ enum class UpsState : std::int32_t { Unknown = 0, OnMains = 1, OnBattery = 2, Ba
 
 // The state that NUT's "ups.status" stands for, a set of words in any order. Words
 // without a meaning here (CHRG, RB, ALARM, BOOST, ...) do not count.
-UpsState StateOf(std::string_view words);
+UpsState JudgeUpsWords(std::string_view words);
 
 struct UpsAddress {
   std::string name;  // empty: the first UPS that the server lists
