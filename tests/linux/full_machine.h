@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/linux/fake_server.h"
+#include "tests/linux/hung_mount.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/private_bus.h"
 
@@ -98,7 +99,6 @@ class FullMachine : public MachineTree {
   void AlsoMounted(const std::string& lines) const {
     Mounts("1 0 " + root_ + " / / rw - ext4 /dev/vda rw\n" + lines);
   }
-  const std::string& RootNumber() const { return root_; }
 
   ~FullMachine() {
     if (entered_) umount2("/sys", MNT_DETACH);
@@ -116,8 +116,7 @@ class FullMachine : public MachineTree {
   // may have a number of threads behind it. It waits as long as tests do, or as `with` says.
   std::vector<std::string> Answers(const std::string& count, const std::string& with = "") const {
     const std::string command = "VELA_ROOT=" + Path().string() + " " + with +
-                                " " VELA_ANSWERS " " VELA_PLATFORM " " VELA_MODULE " " + count +
-                                " 2>&1";
+                                " " VELA_ANSWERS " " VELA_MODULE " " + count + " 2>&1";
     FILE* stream = popen(command.c_str(), "r");
     std::vector<std::string> lines;
     char* line = nullptr;
@@ -130,6 +129,7 @@ class FullMachine : public MachineTree {
   }
 
   std::unique_ptr<PrivateBus> bus;
+  std::unique_ptr<HungMount> hungMount;
   mutable int status = -1;  // of the last Answers
 
  private:

@@ -1,10 +1,8 @@
-// Mounts that never answer: whoever asks sits in the kernel until the mount is gone.
+// A mount that never answers: whoever asks sits in the kernel until the mount is gone.
 #pragma once
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -34,8 +32,6 @@ class HungMount {
   }
   HungMount(const HungMount&) = delete;
   HungMount& operator=(const HungMount&) = delete;
-
-  bool IsThere() const { return isThere_; }
 
  private:
   // The first request must be answered, or the ones that follow are not even sent.
@@ -67,35 +63,4 @@ class HungMount {
   int device_;
   bool isThere_ = false;
   std::thread reader_;
-};
-
-// An automount whose daemon never answers.
-class UnansweredAutomount {
- public:
-  explicit UnansweredAutomount(const std::string& folder) : folder_(folder) {
-    if (pipe2(ends_, O_CLOEXEC) != 0) return;
-    // The daemon's own group would pass: it is put elsewhere.
-    const pid_t other = fork();
-    if (other == 0) setpgid(0, 0), pause(), _exit(0);
-    setpgid(other, other);
-    const std::string options = "fd=" + std::to_string(ends_[1]) +
-                                ",pgrp=" + std::to_string(other) + ",minproto=5,maxproto=5,direct";
-    isThere_ = mount("silent", folder.c_str(), "autofs", 0, options.c_str()) == 0;
-    kill(other, SIGKILL);
-    waitpid(other, nullptr, 0);
-  }
-  ~UnansweredAutomount() {
-    for (const int end : ends_)
-      if (end >= 0) close(end);
-    if (isThere_) umount2(folder_.c_str(), MNT_DETACH);
-  }
-  UnansweredAutomount(const UnansweredAutomount&) = delete;
-  UnansweredAutomount& operator=(const UnansweredAutomount&) = delete;
-
-  bool IsThere() const { return isThere_; }
-
- private:
-  std::string folder_;
-  int ends_[2] = {-1, -1};
-  bool isThere_ = false;
 };

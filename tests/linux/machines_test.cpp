@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <memory>
 #include <sstream>
+#include <thread>
 
 #include <json/json.h>
 
@@ -106,7 +108,6 @@ void TellSources(std::ostream& out) {
 
 std::string TellAll() {
   VELAPlatformSourcesReset();
-  const VelaConf request;
   std::ostringstream out;
   TellVolumes(out);
   TellDisks(out);
@@ -130,6 +131,7 @@ class Machine : public testing::TestWithParam<std::string> {};
 
 TEST_P(Machine, IsToldAsExpected) {
   const MachineTree machine(GetParam());
+  const VelaConf request;
   const auto file = kFolder / GetParam() / "expected";
   if (getenv("VELA_WRITE_EXPECTED") != nullptr) std::ofstream(file) << TellAll();
   std::ostringstream expected;
@@ -142,5 +144,65 @@ INSTANTIATE_TEST_SUITE_P(All, Machine, testing::ValuesIn(Machines()), [](const a
   std::ranges::replace(name, '-', '_');
   return name;
 });
+
+// Everything is read once in a request, and afresh by the next: settings, storage, chassis, units.
+class RequestTest : public testing::Test {
+ protected:
+  void Change() { machine.Load("everything-else"); }
+  MachineTree machine = MachineTree("full");
+  const std::string before = TellAll();
+};
+
+TEST_F(RequestTest, LastsAsLongAsTheLastOfItsSettings) {
+  auto outer = std::make_unique<VelaConf>();
+  EXPECT_EQ(TellAll(), before);
+  Change();
+  EXPECT_EQ(TellAll(), before);
+  auto inner = std::make_unique<VelaConf>();
+  EXPECT_STREQ(inner->Info("volume_warning_percent", "not set"), "not set");
+  inner.reset();
+  EXPECT_EQ(TellAll(), before) << "the inner one did not open it";
+  inner = std::make_unique<VelaConf>();
+  outer.reset();
+  EXPECT_EQ(TellAll(), before) << "and keeps it open for as long as it needs it";
+  inner.reset();
+  std::ostringstream after;
+  after << std::ifstream(kFolder / "everything-else/expected").rdbuf();
+  EXPECT_EQ(TellAll(), after.str()) << "each call outside of a request is one of its own";
+}
+
+TEST_F(RequestTest, IsItsThreadsOwn) {
+  auto conf = std::make_unique<VelaConf>();
+  EXPECT_EQ(TellAll(), before);
+  Change();
+  std::thread([&] {
+    const VelaConf own;
+    EXPECT_NE(TellAll(), before);
+    conf.reset();  // whoever closes it
+  }).join();
+  EXPECT_NE(TellAll(), before);
+}
+
+TEST_F(RequestTest, TwoAtOnceDoNotMeet) {
+  const auto ask = [this] {
+    for (int i = 0; i < 20; ++i) {
+      const VelaConf conf;
+      EXPECT_EQ(TellAll(), before);
+    }
+  };
+  std::thread other(ask);
+  ask();
+  other.join();
+}
+
+TEST_F(RequestTest, HasATimeBudgetOfItsOwn) {
+  using namespace std::chrono_literals;
+  {
+    const linux_platform::RequestScope request;
+    request->SetWaited(1h);
+    EXPECT_FALSE(linux_platform::RequestScope()->GetTimeBudget().GrantsWholeTurn(1ms));
+  }
+  EXPECT_TRUE(linux_platform::RequestScope()->GetTimeBudget().GrantsWholeTurn(1h));
+}
 
 }  // namespace

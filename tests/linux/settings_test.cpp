@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/status/source_status.h"
+#include "tests/linux/source_statuses.h"
 #include "tests/linux/temporary_root.h"
 #include "vela_conf.h"
 #include "velac.h"
@@ -74,53 +74,46 @@ TEST(VelaConf, CurrentSettingsAndFactoryDefaultsAreSeparateSources) {
 TEST(FileGetKeyValue, AValueFitsWithItsNulOrNotAtAll) {
   TemporaryRoot root;
   root.Write("/etc/a.conf", "short=" + std::string(31, 'a') + "\nlong=" + std::string(32, 'b'));
+  const struct {
+    const char *path, *key;
+    int size;
+    unsigned error;
+  } cases[] = {{"/etc/a.conf", "long", -1, 0x0902},
+               {"/etc/a.conf", "none", -1, 0x0901},
+               {"/etc/none.conf", "short", -1, 0x0900},
+               {nullptr, "short", -1, 0x0D00},
+               {"/etc/a.conf", "short", 31, 0},
+               {"/etc.defaults/velainfo.conf", "supportsystempwarning", 3, 0}};
   char buffer[32] = "untouched";
-  EXPECT_LT(VLIBCFileGetKeyValue("/etc/a.conf", "long", buffer, 32, 0), 0);
-  EXPECT_STREQ(buffer, "untouched");
-  EXPECT_EQ(VLIBCFileGetKeyValue("/etc/a.conf", "short", buffer, 32, 0), 31);
-  EXPECT_EQ(std::string(buffer), std::string(31, 'a'));
-  EXPECT_LT(VLIBCFileGetKeyValue("/etc/a.conf", "none", buffer, 32, 0), 0);
-  EXPECT_EQ(VLIBCErrGet(), 0x0901U);
-  EXPECT_LT(VLIBCFileGetKeyValue("/etc/none.conf", "short", buffer, 32, 0), 0);
-  EXPECT_EQ(VLIBCErrGet(), 0x0900U);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.key);
+    EXPECT_EQ(VLIBCFileGetKeyValue(c.path, c.key, buffer, 32, 0), c.size);
+    if (c.size >= 0) continue;
+    EXPECT_EQ(VLIBCErrGet(), c.error);
+    EXPECT_STREQ(buffer, "untouched");
+  }
+  EXPECT_STREQ(buffer, "yes") << "built in until a file is installed";
   EXPECT_STREQ(VLIBCErrorGetFile(), "platform/linux/contract/configuration.cpp");
-  EXPECT_GT(VLIBCErrorGetLine(), 0);
-}
-
-TEST(FileGetKeyValue, TheFactoryFileIsBuiltInUntilOneIsInstalled) {
-  TemporaryRoot root;
-  char buffer[32] = {};
-  const char* key = "supportsystempwarning";
-  EXPECT_EQ(VLIBCFileGetKeyValue("/etc.defaults/velainfo.conf", key, buffer, 32, 0), 3);
-  EXPECT_STREQ(buffer, "yes");
   root.Write("/etc.defaults/velainfo.conf", "maxdisks=\"4\"\n");
-  EXPECT_LT(VLIBCFileGetKeyValue("/etc.defaults/velainfo.conf", key, buffer, 32, 0), 0);
-}
-
-VELASourceReport Configuration() {
-  VELASourceReport reports[16];
-  VELAPlatformSources(reports, 16);
-  return reports[1];
+  EXPECT_LT(VLIBCFileGetKeyValue(cases[5].path, cases[5].key, buffer, 32, 0), 0);
 }
 
 TEST(VelaConf, AFileThatCannotBeReadWholeIsSaid) {
   TemporaryRoot root;
   VELAPlatformSourcesReset();
   { const VelaConf healthy; }
-  EXPECT_EQ(Configuration().state, 1) << "missing files are simply empty";
-
+  EXPECT_EQ(SourceReports()["configuration"].state, 1) << "missing files are simply empty";
   root.Write("/etc/velainfo.conf", "k=v\nhalf=" + std::string(64 * 1024, 'x'));
   EXPECT_STREQ(VelaConf().Info("k", ""), "v");
   EXPECT_STREQ(VelaConf().Info("half", "not set"), "not set");
-  EXPECT_EQ(Configuration().state, 2);
-  EXPECT_STREQ(Configuration().reason,
-               "/etc/velainfo.conf is larger than 64 KiB; only its beginning was read");
-
+  EXPECT_EQ(SourceReports()["configuration"].reason,
+            "/etc/velainfo.conf is larger than 64 KiB; only its beginning was read");
   VELAPlatformSourcesReset();
   std::filesystem::remove(root.Path() / "etc/velainfo.conf");
   std::filesystem::create_directory(root.Path() / "etc/velainfo.conf");
   EXPECT_STREQ(VelaConf().Info("k", "default"), "default");
-  EXPECT_STREQ(Configuration().reason, "/etc/velainfo.conf could not be read: Is a directory");
+  EXPECT_EQ(SourceReports()["configuration"].reason,
+            "/etc/velainfo.conf could not be read: Is a directory");
 }
 
 TEST(FileExist, OnlyAFileCounts) {
