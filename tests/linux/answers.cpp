@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -91,19 +92,18 @@ Asked AskInThreads(void (*handler)(VELA::APIRequest*, VELA::APIResponse*), int r
   for (Asked& each : all) running.emplace_back(Ask, handler, requests, std::ref(each));
   for (std::thread& thread : running) thread.join();
   for (Asked& each : all) each.document.removeMember("uptime");
-  for (const Asked& each : all)
-    if (each.document != all.back().document)
-      std::puts("threads were told different"), std::exit(1);
+  const auto differs = [&all](const Asked& each) { return each.document != all.back().document; };
+  if (std::ranges::any_of(all, differs)) throw std::runtime_error("threads were told different");
   return std::move(all.back());
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 3) return std::fprintf(stderr, "usage: answers MODULE COUNT [THREADS]\n"), 64;
+  if (count < 3) throw std::invalid_argument("usage: answers MODULE COUNT [THREADS]");
   setlocale(LC_ALL, "C.UTF-8");
   void* module = dlopen(arguments[1], RTLD_NOW);
-  if (module == nullptr) return std::fprintf(stderr, "%s\n", dlerror()), 1;
+  if (module == nullptr) throw std::runtime_error(dlerror());
   const auto handler = reinterpret_cast<Table>(dlsym(module, "GetAPITable"))()->handler;
   if (count > 3) std::thread([] {}).join();  // a sanitizer starts one of its own beside the first
   const auto before = Process();

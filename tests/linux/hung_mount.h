@@ -33,6 +33,8 @@ class HungMount {
   HungMount(const HungMount&) = delete;
   HungMount& operator=(const HungMount&) = delete;
 
+  bool IsThere() const { return isThere_; }
+
  private:
   // The first request must be answered, or the ones that follow are not even sent.
   void Greet() {
