@@ -6,62 +6,24 @@
 #include "common/json_writer.h"
 #include "platform/linux/chassis/fan_snapshot.h"
 #include "platform/linux/chassis/sensor_chips.h"
+#include "tests/linux/table.h"
 
 namespace {
 
 using namespace linux_platform;
 
 constexpr long long kNow = 1'800'000'000;
-constexpr FanHistory kNeverTurned = {}, kTurning = {true, 0}, kStopped = {true, kNow - 60};
-
-FanReading Fan(std::optional<double> input) {
-  FanReading fan;
-  fan.input = input;
-  return fan;
-}
 
 TEST(Fan, OnlyEvidenceThatItIsThereMakesItFail) {
-  const struct {
-    const char* why;
-    std::optional<double> input;
-    double minimum, pwm;
-    bool alarm, fault, known, expected;
-    FanHistory history;
-    bool failed;
-  } cases[] = {
-      // Unreadable, whatever else.
-      {"EAGAIN", {}, 0, 255, true, true, true, true, kStopped, false},
-      // Expected by the administrator.
-      {"expected, stands", 0, 0, 0, false, false, false, true, kNeverTurned, true},
-      {"expected, turns", 900, 0, 0, true, false, false, true, kNeverTurned, false},
-      {"expected, fault", 900, 0, 0, false, true, false, true, kNeverTurned, true},
-      {"expected, below minimum", 900, 901, 0, false, false, false, true, kNeverTurned, true},
-      {"expected, at minimum", 900, 900, 0, false, false, false, true, kNeverTurned, false},
-      {"expected, odd minimum", 1171, 10546, 0, true, false, false, true, kNeverTurned, false},
-      // Chips that know their fans.
-      {"known, alarm", 900, 0, 0, true, false, true, false, kNeverTurned, true},
-      {"known, fault", 0, 0, 0, false, true, true, false, kNeverTurned, true},
-      {"known, off", 0, 0, 0, false, false, true, false, kStopped, false},
-      // Seen turning since the boot.
-      {"stopped, alarm", 0, 0, 0, true, false, false, false, kStopped, true},
-      {"stopped, driven", 0, 0, 77, false, false, false, false, kStopped, true},
-      {"stopped, on purpose", 0, 0, 76, false, false, false, false, kStopped, false},
-      {"stopped just now", 0, 0, 255, true, false, false, false, {true, kNow - 4}, false},
-      {"stopped five seconds ago", 0, 0, 255, true, false, false, false, {true, kNow - 5}, true},
-      {"stood once only", 0, 0, 255, true, false, false, false, kTurning, false},
-      {"turns again", 300, 0, 255, true, false, false, false, kStopped, false},
-      // Empty headers and unprogrammed registers.
-      {"empty header", 0, 0, 255, true, true, false, false, kNeverTurned, false},
-      {"stopped before it was seen", 0, 0, 255, true, false, false, false, {false, 1}, false},
-      {"alarm of an odd minimum", 1171, 10546, 255, true, false, false, false, kTurning, false},
-      {"fault means unconnected", 0, 0, 255, false, true, false, false, kNeverTurned, false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.why);
-    FanReading fan = Fan(c.input);
-    fan.minimum = c.minimum, fan.pwm = c.pwm;
-    fan.alarm = c.alarm, fan.fault = c.fault, fan.known = c.known;
-    EXPECT_EQ(HasFailed(fan, c.expected, c.history, kNow), c.failed);
+  for (const auto& row : ReadTable("fans", 7)) {
+    SCOPED_TRACE(row[0]);
+    const auto says = [&row](const char* word) { return row[4].find(word) != std::string::npos; };
+    FanReading fan;
+    if (row[1] != "-") fan.input = std::stod(row[1]);
+    fan.minimum = std::stod(row[2]), fan.pwm = std::stod(row[3]);
+    fan.alarm = says("alarm"), fan.fault = says("fault"), fan.known = says("known");
+    const FanHistory history = {says("turned"), row[5].empty() ? 0 : kNow - std::stoll(row[5])};
+    EXPECT_EQ(HasFailed(fan, says("expected"), history, kNow), row[6] == "failed");
   }
 }
 
@@ -100,8 +62,8 @@ TEST(FanSnapshot, RemembersWhatTurnedAndSinceWhenItStands) {
   };
   FanSnapshot snapshot;
   for (const auto& reading : readings) {
-    FanReading fan = Fan(reading.input);
-    fan.key = "chip:fan1";
+    FanReading fan;
+    fan.input = reading.input, fan.key = "chip:fan1";
     snapshot.Remember({fan}, reading.now);
     EXPECT_EQ(common::WriteCompact(snapshot.ToJson()["fans"]), reading.written) << reading.now;
     snapshot = FanSnapshot::FromJson(snapshot.ToJson());
@@ -119,22 +81,16 @@ TEST(FanSnapshot, RemembersWhatTurnedAndSinceWhenItStands) {
 }
 
 TEST(Temperature, OnlyCriticalLimitsCount) {
-  const struct {
-    std::optional<double> input, critical;
-    std::optional<bool> alarm;
-    bool fault;
-    std::optional<bool> hot;
-  } cases[] = {
-      {79.9, 80, {}, false, false}, {80, 80, {}, false, true},    {95, 80, true, true, {}},
-      {20, 80, true, false, true},  {{}, {}, true, false, true},  {{}, {}, false, false, false},
-      {112, 49, {}, false, {}},     {112, 151, {}, false, {}},    {112, 49, false, false, false},
-      {{}, 80, {}, false, {}},      {50, 50, false, false, true}, {-128, 80, {}, false, false},
+  const auto degrees = [](const std::string& cell) {
+    return cell == "-" ? std::optional<double>() : std::stod(cell);
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.input.value_or(-1));
-    SCOPED_TRACE(c.critical.value_or(-1));
-    EXPECT_EQ(IsTooHot({c.input, c.critical, c.alarm, c.fault}), c.hot);
-  }
+  const auto answer = [](const std::string& cell) {
+    return cell == "-" ? std::optional<bool>() : cell == "yes";
+  };
+  for (const auto& row : ReadTable("temperatures", 5))
+    EXPECT_EQ(IsTooHot({degrees(row[0]), degrees(row[1]), answer(row[2]), row[3] == "yes"}),
+              answer(row[4]))
+        << row[0] << " of " << row[1];
 }
 
 TEST(SensorChips, DisksAndGadgetsAreNotTheChassis) {
