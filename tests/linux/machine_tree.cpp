@@ -1,5 +1,8 @@
 #include "tests/linux/machine_tree.h"
 
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include <cctype>
 #include <cstdlib>
 #include <ctime>
@@ -12,8 +15,14 @@
 
 namespace {
 
-// With the times and bytes that the text names.
-std::string Resolve(std::string text) {
+std::string Replace(std::string text, const std::string& what, const std::string& by) {
+  for (auto at = text.find(what); at != text.npos; at = text.find(what, at + by.size()))
+    text.replace(at, what.size(), by);
+  return text;
+}
+
+// With what the words in braces and the escaped bytes stand for.
+std::string Resolve(std::string text, const std::string& root) {
   static const std::regex kTime(R"(\{now(-\d+)?\})"), kByte(R"(\\x([0-9a-f]{2}))");
   for (std::smatch found; std::regex_search(text, found, kTime);)
     text = found.prefix().str() +
@@ -22,7 +31,11 @@ std::string Resolve(std::string text) {
   for (std::smatch found; std::regex_search(text, found, kByte);)
     text = found.prefix().str() + static_cast<char>(std::stoi(found.str(1), nullptr, 16)) +
            found.suffix().str();
-  return text;
+  struct stat status = {};
+  stat("/", &status);
+  text = Replace(text, "{device}",
+                 std::to_string(major(status.st_dev)) + ":" + std::to_string(minor(status.st_dev)));
+  return Replace(Replace(text, "{fixtures}", FIXTURES), "{root}", root);
 }
 
 std::string Indented(std::istream& rest) {
@@ -46,7 +59,7 @@ void MachineTree::Load(const std::string& name) const {
   std::ifstream tree(FIXTURES "/machines/" + name + "/tree");
   if (!tree) throw std::runtime_error("no machine is called " + name);
   for (std::string line; std::getline(tree, line);)
-    if (!line.empty() && line[0] != '#') LoadLine(line, tree);
+    if (!line.empty() && line[0] != '#') LoadLine(Resolve(line, Path().string()), tree);
 }
 
 void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
@@ -73,7 +86,10 @@ void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
   } else {
     if (kind[0] != '/') throw std::runtime_error("no line of a tree: " + line);
     const bool whole = name == "=";
-    Write(kind, Resolve(whole ? line.substr(kind.size() + 3) + "\n" : Indented(rest)));
+    const std::string text =
+        whole ? line.substr(kind.size() + 3) + "\n" : Resolve(Indented(rest), Path().string());
+    const auto file = Write(kind, text);
+    if (text.starts_with("#!")) permissions(file, std::filesystem::perms(0755));
   }
 }
 

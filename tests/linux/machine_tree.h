@@ -10,7 +10,9 @@
 //   /path                         a file of the lines that follow, indented by two blanks
 //   /path -> /other               a link within the tree
 //   - /path                       taken away again
-// In texts {now} is the time in seconds since 1970, {now-181} an earlier one, \xHH a byte.
+// {now} is the time in seconds since 1970, {now-181} an earlier one, \xHH a byte, {root} the folder
+// that all lies in, {fixtures} tests/fixtures/linux, {device} the number of the real root's device.
+// What begins with "#!" is a program.
 // "expected" is all that the platform says of it: see machines_test.cpp, which walks all folders.
 // A folder without "expected" is a base of others.
 #pragma once
