@@ -1,21 +1,18 @@
-// Machines at random, and the faults that can befall one.
+// Machines at random, and the faults that can befall one: tests/fixtures/machines.json.
 #pragma once
 
-#include <span>
-#include <string>
+#include <json/writer.h>
 
 #include "platform/simulator/machine.h"
 
 namespace simulator {
 
-// Only ever makes a machine worse; on a machine that lacks the part, nothing.
-struct Fault {
-  const char* name;
-  void (*apply)(Machine& machine);
-};
+// What each fault adds to a scenario's state, by its name. A fault only ever makes a machine
+// worse. Those that silence another finding are not here.
+const Json::Value& Faults();
 
-// Every fault that a checker tells of. Those that silence another finding are not here.
-std::span<const Fault> Faults();
+// The machine of a scenario's state that this fault befalls, too.
+Machine MakeWorse(Json::Value state, const Json::Value& fault);
 
 // How many a test tries: fewer where a sanitizer makes each of them slow.
 #ifdef VELA_FEW_MACHINES
@@ -27,8 +24,8 @@ constexpr unsigned kRandomMachines = 200;
 struct RandomMachine {
   explicit RandomMachine(unsigned seed);  // the same machine for the same seed, always
 
+  Json::Value state;  // as a scenario has it
   Machine machine;
-  std::string state;  // in words: the seed, what the machine has and what befell it
 };
 
 }  // namespace simulator

@@ -1,14 +1,10 @@
 // A test on a machine of its own, which asks afterwards what no test should have to ask.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 #include "SystemInfo/system_info_handler.h"
-#include "platform/simulator/machine.h"
-#include "tests/support/recorded_log.h"
+#include "tests/support/ask.h"
 
 namespace VELA::SystemHealth {
 
@@ -21,9 +17,7 @@ class SimulatedTest : public testing::Test {
   ~SimulatedTest() override { simulator::Enter(nullptr); }
 
   void TearDown() override {
-    EXPECT_EQ(machine_.ledger.lists, 0) << "a platform list was not given back";
-    EXPECT_EQ(machine_.ledger.streams, 0) << "a stream was not closed";
-    EXPECT_EQ(machine_.ledger.objects, 0) << "a platform object was not destroyed";
+    EXPECT_TRUE(OwesNothing(machine_)) << "a platform resource was not given back";
   }
 
   simulator::Machine& Simulated() { return machine_; }
