@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,33 +31,6 @@ const std::map<std::string, Side> kSides = {
     {"answer", RequestAnswer},   {"platform", RequestPlatform}, {"bare-answer", BareAnswer},
     {"network", RequestNetwork}, {"bare-network", BareNetwork}, {"storage", RequestStorage},
     {"spawn", RequestSpawn},     {"bare-storage", BareStorage}, {"fork", BareFork}};
-
-// Its root is this machine's, or there would be no volume to measure.
-class EightBays : public MachineTree {
- public:
-  EightBays() {
-    std::vector<Member> members;
-    static const char* const kParts[] = {"sda1", "sdb1", "sdc1", "sdd1",
-                                         "sde1", "sdf1", "sdg1", "sdh1"};
-    for (int i = 0; i < 8; ++i) {
-      const std::string port = std::to_string(i);
-      Disk(std::string("sd") + static_cast<char>('a' + i),
-           "pci0/ata" + port + "/host" + port + "/target" + port + ":0:0/" + port + ":0:0:0", 8,
-           16 * i, 1);
-      Write("/sys/block/sd" + std::string(1, static_cast<char>('a' + i)) + "/device/state",
-            "running\n");
-      members.push_back({kParts[i], "in_sync", "0"});
-    }
-    Array("md0", 0, "raid6", "clean", 8, 0, members);
-    struct stat root = {};
-    stat("/", &root);
-    const auto first = static_cast<int>(major(root.st_dev)),
-               second = static_cast<int>(minor(root.st_dev));
-    Disk("vda", "pci0/virtio0", first, second);
-    Mounts("1 0 " + std::to_string(first) + ":" + std::to_string(second) +
-           " / / rw - ext4 /dev/vda rw\n");
-  }
-};
 
 double Microseconds(Side side) {
   const auto start = Clock::now();
@@ -158,7 +130,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (argc >= 3 && kSides.contains(argv[1])) {
-    const auto machine = argc > 3 ? std::make_unique<EightBays>() : nullptr;
+    const auto machine = argc > 3 ? std::make_unique<MachineTree>("eight-bays") : nullptr;
     for (int i = std::atoi(argv[2]); i > 0; --i) kSides.at(argv[1])();
     return 0;
   }
@@ -176,7 +148,7 @@ int main(int argc, char** argv) {
   };
   compareAnswers("this machine");
   {
-    const EightBays machine;
+    const MachineTree machine("eight-bays");
     compareAnswers("eight bays");
   }
   Compare("network: request / bare dumps", RequestNetwork, BareNetwork, 2001);

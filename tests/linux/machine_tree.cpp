@@ -116,26 +116,6 @@ void MachineTree::Mapped(const std::string& name, int major, int minor,
   }
 }
 
-void MachineTree::Array(const std::string& name, int minor, const std::string& level,
-                        const std::string& state, int disks, int degraded,
-                        const std::vector<Member>& members) const {
-  std::vector<std::string> below;
-  for (const Member& member : members) below.emplace_back(member.device);
-  Mapped(name, 9, minor, below);
-  const std::string folder = "/sys/devices/virtual/block/" + name + "/md/";
-  Write(folder + "level", level + "\n");
-  Write(folder + "array_state", state + "\n");
-  Write(folder + "metadata_version", "1.2\n");
-  Write(folder + "raid_disks", std::to_string(disks) + "\n");
-  Write(folder + "degraded", std::to_string(degraded) + "\n");
-  for (const Member& member : members) {
-    const std::string own = folder + "dev-" + member.device + "/";
-    Write(own + "state", std::string(member.state) + "\n");
-    Write(own + "slot", std::string(member.slot) + "\n");
-    Write(own + "block/size", "1\n");
-  }
-}
-
 void MachineTree::Link(const std::string& from, const std::string& to) const {
   const std::filesystem::path link = Path().string() + from;
   std::filesystem::create_directories(link.parent_path());

@@ -41,12 +41,6 @@ class MachineTree : public TemporaryRoot {
   void Mapped(const std::string& name, int major, int minor,
               const std::vector<std::string>& below) const;
 
-  struct Member {
-    const char *device, *state, *slot;
-  };
-  // An md array with its attributes.
-  void Array(const std::string& name, int minor, const std::string& level, const std::string& state,
-             int disks, int degraded, const std::vector<Member>& members) const;
   void Mounts(const std::string& text) const { Write("/proc/self/mountinfo", text); }
   void Link(const std::string& from, const std::string& to) const;
 

@@ -195,14 +195,4 @@ TEST_F(RequestTest, TwoAtOnceDoNotMeet) {
   other.join();
 }
 
-TEST_F(RequestTest, HasATimeBudgetOfItsOwn) {
-  using namespace std::chrono_literals;
-  {
-    const linux_platform::RequestScope request;
-    request->SetWaited(1h);
-    EXPECT_FALSE(linux_platform::RequestScope()->GetTimeBudget().GrantsWholeTurn(1ms));
-  }
-  EXPECT_TRUE(linux_platform::RequestScope()->GetTimeBudget().GrantsWholeTurn(1h));
-}
-
 }  // namespace

@@ -171,24 +171,7 @@ TEST_F(SanToolTest, AThinLunIsShortOfSpaceWhenATenthOfItsVolumeIsFree) {
 }
 
 TEST_F(SanToolTest, ALunIsUnhealthyWhenWhatHoldsItHasCrashed) {
-  root.Disk("sda", "pci0/ata1/host0/target0:0:0/0:0:0:0", 8, 0, 4);
-  root.Array("md1", 1, "raid1", "broken", 2, 1, {{"sda1", "in_sync", "0"}});
-  root.Array("md2", 2, "raid1", "clean", 2, 1, {{"sda2", "in_sync", "0"}});
-  root.Write("/proc/stat", "btime 1000\n");
-  for (const char* errors : {"sda3 1000", "sda4 999"}) {
-    const std::string folder = "/sys/fs/ext4/" + std::string(errors, 4);
-    root.Write(folder + "/errors_count", "1\n");
-    root.Write(folder + "/last_error_time", std::string(errors + 5) + "\n");
-  }
-  root.Mounts(
-      "1 0 9:1 / /1-broken rw - ext4 /dev/none/md1 rw\n"
-      "2 0 9:2 / /2-degraded rw - ext4 /dev/none/md2 rw\n"
-      "3 0 8:99 / /3-gone rw - ext4 /dev/none/sdx rw\n"
-      "4 0 8:3 / /4-error rw - ext4 /dev/none/sda3 rw,errors=remount-ro\n"
-      "5 0 8:4 / /5-earlier rw - ext4 /dev/none/sda4 rw,errors=remount-ro\n"
-      "6 0 0:20 / /6-btrfs rw - btrfs /dev/none/sda4 rw\n"
-      "7 0 0:21 / /7-pool rw - zfs pool rw\n"
-      "8 0 0:22 / /8-btrfs rw - btrfs /dev/none/sdx rw\n");
+  root.Load("lun-hosts");
   std::string expected;
   for (const char* volume :
        {"1-broken Unhealthy", "2-degraded normal", "3-gone Unhealthy", "4-error Unhealthy",
