@@ -29,7 +29,8 @@ export const scenario = (name, state) =>
 // To its end: exit status (null when a signal ended it) and both outputs.
 export function run(words, environment = {}) {
   const env = {...process.env, LC_ALL: "C.UTF-8", ...environment};
-  const {status, stdout, stderr, error} = spawnSync(program, words, {encoding: "utf8", env, maxBuffer: 2 ** 26});
+  const options = {encoding: "utf8", env, maxBuffer: 2 ** 26};
+  const {status, stdout, stderr, error} = spawnSync(program, words, options);
   if (error) throw error;
   return {status, out: stdout, err: stderr};
 }
@@ -39,28 +40,33 @@ process.on("exit", () => serving.forEach(child => child.kill("SIGKILL")));
 
 // `vela-health serve` on a free port, once it says its address; ends with this test at the latest.
 export async function serve(...words) {
-  const child = spawn(program, ["serve", "--port", "0", ...words], {stdio: ["ignore", "pipe", "inherit"]});
+  const child =
+    spawn(program, ["serve", "--port", "0", ...words], {stdio: ["ignore", "pipe", "inherit"]});
   serving.add(child);
-  const ended = new Promise(resolve => child.on("exit", resolve)).finally(() => serving.delete(child));
+  const ended = new Promise(resolve => child.on("exit", resolve))
+    .finally(() => serving.delete(child));
   const line = await Promise.race([
     new Promise(resolve => child.stdout.once("data", data => resolve(String(data)))),
     ended.then(status => { throw new Error(`vela-health serve ended with ${status}`); }),
   ]);
   child.unref();  // the test need not stop it
   child.stdout.unref();
-  const stop = (signal = "SIGTERM") => { child.ref(); child.kill(signal); return ended; };  // the exit status
-  const {port, origin} = new URL(line.match(/http:\S+/)[0]);
-  return {url: origin, port: Number(port), pid: child.pid, stop};
+  const stop = (signal = "SIGTERM") => {
+    child.ref();
+    child.kill(signal);
+    return ended;  // the exit status
+  };
+  const {port} = new URL(line.match(/http:\S+/)[0]);
+  return {port: Number(port), stop};
 }
 
 // One request as it is written here: no path is made tidy, no redirect followed.
-export const ask = (port, path, {method = "GET", headers = {}, body, from = "127.0.0.1"} = {}) =>
+export const ask = (port, path, options = {}) =>
   new Promise((resolve, reject) => {
-    const options = {host: "127.0.0.1", localAddress: from, port, path, method, headers, agent: false};
-    request(options, async answer => {
+    request({host: "127.0.0.1", port, path, agent: false, ...options}, async answer => {
       const parts = [];
       for await (const part of answer) parts.push(part);
       const bytes = Buffer.concat(parts);
       resolve({status: answer.statusCode, headers: answer.headers, bytes, body: bytes.toString()});
-    }).on("error", reject).end(body);
+    }).on("error", reject).end();
   });
