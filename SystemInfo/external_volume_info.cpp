@@ -66,12 +66,12 @@ Json::Value ExternalVolumeInfo::ToJson() const {
 void ExternalVolumeInfo::InitESATAVolumeInfo() { esata_ = MountedVolumes(kEsataClass); }
 
 void ExternalVolumeInfo::InitUSBAndSDCardVolumeInfo() {
-  std::vector<ExternalVolume> volumes = MountedVolumes(kUsbClass);
-  usb_.reserve(volumes.size());
-  for (ExternalVolume& volume : volumes) {
-    auto& kind = VELAUsbIsCardreader(volume.volume.c_str()) != 0 ? sdCards_ : usb_;
-    kind.push_back(std::move(volume));
-  }
+  usb_ = MountedVolumes(kUsbClass);
+  std::erase_if(usb_, [this](const ExternalVolume& volume) {
+    if (VELAUsbIsCardreader(volume.volume.c_str()) == 0) return false;
+    sdCards_.push_back(volume);
+    return true;
+  });
 }
 
 }  // namespace VELA::SystemHealth

@@ -65,12 +65,11 @@ Json::Value Interfaces() {
                name.c_str(), VLIBCErrGet(), VLIBCErrorGetFile(), VLIBCErrorGetLine());
       continue;
     }
-    Json::Value interface(Json::objectValue);
+    Json::Value& interface = list.append(Json::objectValue);
     interface[Key("id")] = name;
     interface[Key("ip")] = std::string(common::ViewText(details.address));
     interface[Key("type")] =
         vela::network::GetTypeString(vela::network::GetIfType(name.c_str(), nullptr));
-    list.append(std::move(interface));
   }
   return list;
 }

@@ -116,7 +116,7 @@ bool Disk::DumpDisks(const Space&, Json::Value& array) {
     call.Fail("dumping the disks failed");
     return false;
   }
-  for (const Json::Value& disk : call->disks.View()) array.append(disk);
+  array = call->disks.View();
   return true;
 }
 
