@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "platform/linux/collector/snapshot_folder.h"
+#include "tests/linux/table.h"
 #include "tests/linux/temporary_root.h"
 
 namespace {
@@ -12,49 +13,17 @@ namespace {
 using namespace linux_platform;
 
 TEST(Snapshot, OnlyAFreshDocumentOfThisBootCounts) {
-  const struct {
-    const char* text;
-    SnapshotState state;
-    const char* reason;
-  } cases[] = {
-      {R"({"written": 1000, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
-      {R"({"written": 820, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
-      {R"({"written": 819, "boot_id": "b", "period": 60})", SnapshotState::Failed,
-       "ses.json is 181 s old: vela-platform-collect is stuck or off. See systemctl status "
-       "vela-platform-collect, and enable --now vela-platform-collect.timer"},
-      {R"({"written": 819, "boot_id": "b", "period": 61})", SnapshotState::Read, ""},
-      {R"({"written": 1180, "boot_id": "b", "period": 60})", SnapshotState::Read, ""},
-      {R"({"written": 1181, "boot_id": "b", "period": 60})", SnapshotState::Failed,
-       "ses.json is from the future: was the clock set back?"},
-      {R"({"written": 1000, "boot_id": "a", "period": 60})", SnapshotState::Absent, ""},
-      {R"({"written": 1000, "boot_id": "", "period": 60})", SnapshotState::Absent, ""},
-      {R"({"written": 1, "boot_id": "a", "period": 60})", SnapshotState::Absent, ""},
-      {R"({})", SnapshotState::Absent, ""},
-      {R"({"boot_id": "b", "period": 60})", SnapshotState::Failed,
-       "ses.json does not say when it was written"},
-      {R"({"written": 1000, "boot_id": "b", "period": 0})", SnapshotState::Failed,
-       "ses.json does not say when it was written"},
-      {R"({"written": 1000, "boot_id": "b", "period": 9223372036854775807})", SnapshotState::Failed,
-       "ses.json does not say when it was written"},
-      {R"({"written": 1e300, "boot_id": "b", "period": "60"})", SnapshotState::Failed,
-       "ses.json does not say when it was written"},
-      {R"({"written": -9223372036854775808, "boot_id": "b", "period": 60})", SnapshotState::Failed,
-       "ses.json does not say when it was written"},
-      {R"({"written": 1000, "boot_id": "b", "period": 60, "error": "bus is dead"})",
-       SnapshotState::Failed, "ses: bus is dead"},
-      {R"({"written": 1000, "boot_id": "b", "period": 60, "error": 7})", SnapshotState::Failed,
-       "ses: could not be read"},
-      {R"([1])", SnapshotState::Failed, "ses.json is not a JSON object"},
-      {R"({"written": 1000, "boot_)", SnapshotState::Failed, "ses.json is not a JSON object"},
-      {"", SnapshotState::Failed, "ses.json is not a JSON object"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
+  const std::pair<SnapshotState, const char*> names[] = {{SnapshotState::Read, "read"},
+                                                         {SnapshotState::Absent, "absent"},
+                                                         {SnapshotState::Failed, "failed"}};
+  for (const auto& row : ReadTable("snapshots", 3)) {
+    SCOPED_TRACE(row[0]);
     Json::Value document;
     std::string reason;
-    EXPECT_EQ(ParseSnapshot("ses", c.text, 1000, "b", document, reason), c.state);
-    EXPECT_EQ(reason, c.reason);
-    EXPECT_EQ(document.isObject(), c.state == SnapshotState::Read);
+    const SnapshotState state = ParseSnapshot("ses", row[0], 1000, "b", document, reason);
+    for (const auto& [each, name] : names) EXPECT_EQ(state == each, row[1] == name);
+    EXPECT_EQ(reason, row[2]);
+    EXPECT_EQ(document.isObject(), state == SnapshotState::Read);
   }
 }
 
