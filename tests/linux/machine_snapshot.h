@@ -1,5 +1,9 @@
-// A root whose collector has just written what a test wants to be known.
+// A root whose collector has just written what a test wants to be known, and whose programs are
+// scripts of the test's own.
 #pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <string>
@@ -15,4 +19,19 @@ class MachineSnapshot : public TemporaryRoot {
                          R"({"boot_id": "this-boot", "period": 60, "written": )" +
                              std::to_string(std::time(nullptr) - age) + ", " + members + "}");
   }
+  void Install(const std::string& program, const std::string& script) const {
+    using std::filesystem::permissions, std::filesystem::perms;
+    permissions(Path(), perms(0755));
+    permissions(TemporaryRoot::Write(program, "#!/bin/sh\n" + script + "\n"), perms(0755));
+  }
 };
+
+// What `ask` gets as the installed service does: as a user who is neither root nor in any group
+// of interest. Needs root.
+template <typename Ask>
+auto AsNobody(const Ask& ask) {
+  EXPECT_EQ(setresuid(65534, 65534, 0), 0);
+  auto answer = ask();
+  EXPECT_EQ(setresuid(0, 0, 0), 0);
+  return answer;
+}

@@ -1,7 +1,9 @@
 // A system bus of the test's own, with a systemd on it that says what it is told to.
 #pragma once
 
+#include <signal.h>
 #include <sys/types.h>
+#include <systemd/sd-bus.h>
 
 #include <atomic>
 #include <map>
@@ -23,19 +25,18 @@ class PrivateBus {
   // What systemd says of a unit's property: Say("nginx.service", "ActiveState", "failed"), or
   // the name of the D-Bus error that it answers with.
   void Say(const std::string& unit, const std::string& property, const std::string& value);
-  // A systemd that takes questions and does not answer.
-  void Mute(bool mute) { mute_ = mute; }
-  void StopDaemon() const;
-  void ContinueDaemon() const;
-  int Questions() const { return questions_; }
+  // From now on systemd answers nothing.
+  void Mute() { mute_ = true; }
+  void StopDaemon() const { kill(daemon_, SIGSTOP); }
 
  private:
-  static int OnGet(void* message, void* self);
-  void Serve(const std::string& address);
+  static int Get(sd_bus*, const char* path, const char*, const char* property,
+                 sd_bus_message* reply, void* self, sd_bus_error* error);
+  void Serve();
 
+  const std::string address_;
   pid_t daemon_ = -1;
   std::atomic<bool> stop_ = false, mute_ = false, ready_ = false;
-  std::atomic<int> questions_ = 0;
   std::mutex mutex_;
   std::map<std::string, std::string> values_;  // by unit, blank, property
   std::thread systemd_;
