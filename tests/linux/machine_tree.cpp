@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <ctime>
@@ -15,27 +16,27 @@
 
 namespace {
 
-std::string Replace(std::string text, const std::string& what, const std::string& by) {
-  for (auto at = text.find(what); at != text.npos; at = text.find(what, at + by.size()))
-    text.replace(at, what.size(), by);
-  return text;
+std::string GetRootDevice() {
+  struct stat status = {};
+  stat("/", &status);
+  return std::to_string(major(status.st_dev)) + ":" + std::to_string(minor(status.st_dev));
 }
 
 // With what the words in braces and the escaped bytes stand for.
 std::string Resolve(std::string text, const std::string& root) {
-  static const std::regex kTime(R"(\{now(-\d+)?\})"), kByte(R"(\\x([0-9a-f]{2}))");
-  for (std::smatch found; std::regex_search(text, found, kTime);)
-    text = found.prefix().str() +
-           std::to_string(std::time(nullptr) + std::atol(found.str(1).c_str())) +
-           found.suffix().str();
-  for (std::smatch found; std::regex_search(text, found, kByte);)
-    text = found.prefix().str() + static_cast<char>(std::stoi(found.str(1), nullptr, 16)) +
-           found.suffix().str();
-  struct stat status = {};
-  stat("/", &status);
-  text = Replace(text, "{device}",
-                 std::to_string(major(status.st_dev)) + ":" + std::to_string(minor(status.st_dev)));
-  return Replace(Replace(text, "{fixtures}", FIXTURES), "{root}", root);
+  static const std::regex kNamed(R"(\{(now|root|fixtures|device)(-\d+)?\}|\\x([0-9a-f]{2}))");
+  for (std::smatch found; std::regex_search(text, found, kNamed);) {
+    const std::string name = found.str(1);
+    const std::string value =
+        name == "now"        ? std::to_string(std::time(nullptr) + std::atol(found.str(2).c_str()))
+        : name == "root"     ? root
+        : name == "fixtures" ? FIXTURES
+        : name == "device"
+            ? GetRootDevice()
+            : std::string(1, static_cast<char>(std::stoi(found.str(3), nullptr, 16)));
+    text = found.prefix().str() + value + found.suffix().str();
+  }
+  return text;
 }
 
 std::string Indented(std::istream& rest) {
@@ -55,15 +56,29 @@ MachineTree::MachineTree() {
 
 MachineTree::~MachineTree() { linux_platform::SetSysRoot("/sys"); }
 
+std::vector<std::string> MachineTree::ListThoseWith(const std::string& file) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(FIXTURES "/machines"))
+    if (exists(entry.path() / file)) names.push_back(entry.path().filename());
+  std::ranges::sort(names);
+  return names;
+}
+
+std::string MachineTree::Read(const std::string& name, const std::string& file) {
+  const std::ifstream stream(FIXTURES "/machines/" + name + "/" + file);
+  if (!stream) throw std::runtime_error("no machine is called " + name);
+  return (std::ostringstream() << stream.rdbuf()).str();
+}
+
 void MachineTree::Load(const std::string& name) const {
-  std::ifstream tree(FIXTURES "/machines/" + name + "/tree");
-  if (!tree) throw std::runtime_error("no machine is called " + name);
+  std::istringstream tree(Read(name, "tree"));
   for (std::string line; std::getline(tree, line);)
-    if (!line.empty() && line[0] != '#') LoadLine(Resolve(line, Path().string()), tree);
+    if (!line.empty() && line[0] != '#') LoadLine(line, tree);
 }
 
 void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
-  std::istringstream words(line);
+  const std::string root = Path().string();
+  std::istringstream words(line[0] == '/' ? line : Resolve(line, root));
   std::string kind, name, bus, below;
   int major = 0, minor = 0, partitions = 0;
   char colon = 0;
@@ -87,8 +102,8 @@ void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
     if (kind[0] != '/') throw std::runtime_error("no line of a tree: " + line);
     const bool whole = name == "=";
     const std::string text =
-        whole ? line.substr(kind.size() + 3) + "\n" : Resolve(Indented(rest), Path().string());
-    const auto file = Write(kind, text);
+        Resolve(whole ? line.substr(kind.size() + 3) + "\n" : Indented(rest), root);
+    const auto file = Write(Resolve(kind, root), text);
     if (text.starts_with("#!")) permissions(file, std::filesystem::perms(0755));
   }
 }

@@ -2,7 +2,6 @@
 // VELA_WRITE_EXPECTED=1 in the environment it is written down anew: read what has changed.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -22,7 +21,6 @@ namespace {
 
 using namespace VELA::ZRT;
 namespace manager = STORAGE_MANAGER;
-const std::filesystem::path kFolder = FIXTURES "/machines";
 
 // "volume_1 /volume1: normal, warns below 0.05"
 void TellVolumes(std::ostream& out) {
@@ -119,31 +117,18 @@ std::string TellAll() {
   return out.str();
 }
 
-std::vector<std::string> Machines() {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(kFolder))
-    if (exists(entry.path() / "expected")) names.push_back(entry.path().filename());
-  std::ranges::sort(names);
-  return names;
-}
-
 class Machine : public testing::TestWithParam<std::string> {};
 
 TEST_P(Machine, IsToldAsExpected) {
   const MachineTree machine(GetParam());
   const VelaConf request;
-  const auto file = kFolder / GetParam() / "expected";
-  if (getenv("VELA_WRITE_EXPECTED") != nullptr) std::ofstream(file) << TellAll();
-  std::ostringstream expected;
-  expected << std::ifstream(file).rdbuf();
-  EXPECT_EQ(TellAll(), expected.str());
+  if (getenv("VELA_WRITE_EXPECTED") != nullptr)
+    std::ofstream(FIXTURES "/machines/" + GetParam() + "/expected") << TellAll();
+  EXPECT_EQ(TellAll(), MachineTree::Read(GetParam(), "expected"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Machine, testing::ValuesIn(Machines()), [](const auto& each) {
-  std::string name = each.param;
-  std::ranges::replace(name, '-', '_');
-  return name;
-});
+INSTANTIATE_TEST_SUITE_P(All, Machine, testing::ValuesIn(MachineTree::ListThoseWith("expected")),
+                         MachineTree::GetTestName);
 
 // Everything is read once in a request, and afresh by the next: settings, storage, chassis, units.
 class RequestTest : public testing::Test {
@@ -166,9 +151,8 @@ TEST_F(RequestTest, LastsAsLongAsTheLastOfItsSettings) {
   outer.reset();
   EXPECT_EQ(TellAll(), before) << "and keeps it open for as long as it needs it";
   inner.reset();
-  std::ostringstream after;
-  after << std::ifstream(kFolder / "everything-else/expected").rdbuf();
-  EXPECT_EQ(TellAll(), after.str()) << "each call outside of a request is one of its own";
+  EXPECT_EQ(TellAll(), MachineTree::Read("everything-else", "expected"))
+      << "each call outside of a request is one of its own";
 }
 
 TEST_F(RequestTest, IsItsThreadsOwn) {
