@@ -2,27 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <vector>
+
 #include "host/text/failure.h"
 
 namespace host {
 namespace {
 
 TEST(ListenAddress, WhatIsLeftOutIsTheDefaults) {
-  const struct {
-    const char *text, *host;
-    int port;
-  } cases[] = {{"", "127.0.0.1", 8480},
-               {":0", "127.0.0.1", 0},
-               {"10.0.0.1", "10.0.0.1", 8480},
-               {"[::1]:99", "::1", 99},
-               {"[::1]", "::1", 8480},
-               {"localhost:80", "localhost", 80},
-               {"127.0.0.1:65535", "127.0.0.1", 65535}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const ListenAddress address = ParseListenAddress(c.text);
-    EXPECT_EQ(address.host, c.host);
-    EXPECT_EQ(address.port, c.port);
+  for (const auto& [text, host, port] : std::vector<std::tuple<const char*, const char*, int>>{
+           {"", "127.0.0.1", 8480},
+           {":0", "127.0.0.1", 0},
+           {"10.0.0.1", "10.0.0.1", 8480},
+           {"[::1]:99", "::1", 99},
+           {"[::1]", "::1", 8480},
+           {"localhost:65535", "localhost", 65535}}) {
+    EXPECT_EQ(ParseListenAddress(text).host, host) << text;
+    EXPECT_EQ(ParseListenAddress(text).port, port) << text;
   }
   for (const char* bad : {"1.2.3.4:", "1.2.3.4:65536", "1.2.3.4:8o", "::1:80", "[::1", ":-1"}) {
     EXPECT_THROW(ParseListenAddress(bad), Failure) << bad;
