@@ -1,14 +1,13 @@
 // A real Chromium on pages of the real program.
-import {spawn, spawnSync} from "node:child_process";
 import {createRequire} from "node:module";
 import {readFileSync} from "node:fs";
+import {run} from "../host/support/program.mjs";
 
-const [, , program, modules, executablePath] = process.argv;
+const [, , modules, executablePath] = process.argv;
 const require = createRequire(`${modules}/`);
 const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 
 const timeout = 120000;  // milliseconds: a busy machine is no broken one
-export const kLanguages = ["en", "de", "fr", "es", "ja", "zh-CN"];
 
 // What a console said, and requests to anybody but a server of ours, since the last look.
 const problems = [];
@@ -17,41 +16,31 @@ export const problemsSoFar = () => problems.splice(0);
 export const browser = await require("playwright-core").chromium
   .launch({executablePath, args: ["--no-sandbox"], timeout});
 
-const asked = (...words) => spawnSync(program, words, {encoding: "utf8"}).stdout;
-export const findings = () => JSON.parse(asked("findings", "--json"));
+export const findings = () => JSON.parse(run(["findings", "--json"]).out);
 export const report = (scenario, language) =>
-  asked("report", "-", "--scenario", scenario, "--lang", language);
+  run(["report", "-", "--scenario", scenario, "--lang", language]).out;
 
-export async function serve(...options) {
-  const port = options.includes("--listen") ? [] : ["--port", "0"];
-  const stdio = ["ignore", "pipe", "inherit"];
-  const child = spawn(program, ["serve", ...options, ...port], {stdio});
-  const line = await new Promise(resolve => child.stdout.once("data", resolve));
-  const stop = () => new Promise(resolve => child.once("exit", resolve) && child.kill());
-  return {url: /http\S+/.exec(line)[0], stop};
-}
-
-// A tab of a new browser profile. `requests` grows with the address of each request.
+// The page of a new browser profile, in place of the one before. Its `asked` grows with the
+// address of each request.
 export async function tab(options = {}) {
+  for (const earlier of browser.contexts()) await earlier.close();
   const context = await browser.newContext({locale: "en", bypassCSP: true, ...options});
   context.setDefaultTimeout(timeout);
-  const page = await context.newPage();
-  const requests = [];
+  const page = Object.assign(await context.newPage(), {asked: []});
   page.on("console", message => message.type() === "error" && problems.push(message.text()));
   page.on("pageerror", error => problems.push(String(error)));
-  page.on("request", request => {
-    requests.push(request.url());
+  return page.on("request", request => {
+    page.asked.push(request.url());
     if (!/^(data:|http:\/\/127\.0\.0\.\d+:)/.test(request.url()))
       problems.push(`outside: ${request.url()}`);
   });
-  return {page, requests, close: () => context.close()};
 }
 
 export async function open(url, options) {
-  const opened = await tab(options);
-  await opened.page.goto(url);
-  await answered(opened.page);
-  return opened;
+  const page = await tab(options);
+  await page.goto(url);
+  await answered(page);
+  return page;
 }
 
 export const answered = page => page.locator('#widget[aria-busy="false"]' +

@@ -8,19 +8,16 @@ const source = encodeURIComponent(readFileSync(renderer, "utf8"));
 const {render, sanitize, textKey, verdictOf} = await import(`data:text/javascript,${source}`);
 const {texts, cases, sanitized} = JSON.parse(readFileSync(casesFile, "utf8"));
 
-for (const {why, format, params, formatted = false, text} of cases) {
-  const description = {description_format: format, description_params: params, description_use_formatted: formatted};
-  assert.equal(render(description, texts), text, why);
-}
+const describe = (description_format, description_params, description_use_formatted = false) =>
+  ({description_format, description_params, description_use_formatted});
+for (const {why, format, params, formatted, text} of cases)
+  assert.equal(render(describe(format, params, formatted), texts), text, why);
 for (const [name, shown] of sanitized) assert.equal(sanitize(name), shown);
 assert.ok(cases.length > 10 && sanitized.length > 10);
 
-const naive = {description_format: "{0}", description_params: ["widget:fan_fail"], description_use_formatted: false};
-const counted = {description_format: "iscsimgr:luns", description_params: ["3"], description_use_formatted: true};
-assert.equal(textKey(naive), "fan_fail");
-assert.equal(textKey(counted), "luns");
+assert.equal(textKey(describe("{0}", ["widget:fan_fail"])), "fan_fail");
+assert.equal(textKey(describe("iscsimgr:luns", ["3"], true)), "luns");
 for (const [type, id, verdict] of [[0, "x", "danger"], [1, "system_health", "warning"],
-  [2, "volume_usage", "notice"], [2, "system_health", "well"]]) {
+  [2, "volume_usage", "notice"], [2, "system_health", "well"]])
   assert.equal(verdictOf({type, id}), verdict);
-}
 console.log(`${cases.length} cases`);

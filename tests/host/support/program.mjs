@@ -1,5 +1,6 @@
 // Runs the built vela-health as its users do. VELA_BUILD names the build folder.
 import {spawn, spawnSync} from "node:child_process";
+import {once} from "node:events";
 import {mkdirSync, mkdtempSync, rmSync, writeFileSync} from "node:fs";
 import {request} from "node:http";
 import {tmpdir} from "node:os";
@@ -38,26 +39,21 @@ export function run(words, environment = {}) {
 const serving = new Set();
 process.on("exit", () => serving.forEach(child => child.kill("SIGKILL")));
 
-// `vela-health serve` on a free port, once it says its address; ends with this test at the latest.
+// `vela-health serve`, on a free port where none is given, once it says its address; ends with
+// this test at the latest.
 export async function serve(...words) {
-  const child =
-    spawn(program, ["serve", "--port", "0", ...words], {stdio: ["ignore", "pipe", "inherit"]});
+  const port = words.includes("--listen") ? [] : ["--port", "0"];
+  const stdio = ["ignore", "pipe", "inherit"];
+  const child = spawn(program, ["serve", ...port, ...words], {stdio});
   serving.add(child);
-  const ended = new Promise(resolve => child.on("exit", resolve))
-    .finally(() => serving.delete(child));
-  const line = await Promise.race([
-    new Promise(resolve => child.stdout.once("data", data => resolve(String(data)))),
-    ended.then(status => { throw new Error(`vela-health serve ended with ${status}`); }),
-  ]);
+  const ended = once(child, "exit").then(([status]) => serving.delete(child) && status);
+  const [line] = await Promise.race([once(child.stdout, "data"),
+    ended.then(status => { throw new Error(`vela-health serve ended with ${status}`); })]);
   child.unref();  // the test need not stop it
   child.stdout.unref();
-  const stop = (signal = "SIGTERM") => {
-    child.ref();
-    child.kill(signal);
-    return ended;  // the exit status
-  };
-  const {port} = new URL(line.match(/http:\S+/)[0]);
-  return {port: Number(port), stop};
+  const stop = (signal = "SIGTERM") => child.ref() || child.kill(signal) && ended;  // its status
+  const url = /http:\S+/.exec(line)[0];
+  return {url, port: Number(new URL(url).port), stop};
 }
 
 // One request as it is written here: no path is made tidy, no redirect followed.
