@@ -47,11 +47,17 @@ void TellDisks(std::ostream& out) {
   EXPECT_EQ(VLIBCMaxDiskGet(), static_cast<int>(disks.size()));
 }
 
-// The volumes before their capacity is asked for, which only a real mount has.
+// All external volumes, then those whose capacity somebody knows: a real mount or the collector.
 void TellExternal(std::ostream& out) {
   const linux_platform::RequestScope request;
   for (const auto& volume : request->GetStorage().external)
     out << "external " << volume.name << " " << volume.path << "\n";
+  for (const int volumeClass : {4, 8}) {
+    VELA_MOUNT_VOL_INFO* list = VELAMountVolAllEnum(0, volumeClass, 0);
+    for (const auto* volume = list; volume != nullptr; volume = volume->next)
+      out << volume->name << ": " << volume->freeSize << " of " << volume->totalSize << " free\n";
+    VELAMountVolInfoFree(list);
+  }
 }
 
 // "unit JBOD-24 1: working supplies 3"
