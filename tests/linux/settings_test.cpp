@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/linux/source_statuses.h"
+#include "tests/linux/table.h"
 #include "tests/linux/temporary_root.h"
 #include "vela_conf.h"
 #include "velac.h"
@@ -12,37 +15,14 @@ namespace {
 using linux_platform::Settings;
 
 TEST(Settings, ALineSetsAKeyHoweverItIsWritten) {
-  const struct {
-    const char* text;
-    const char* value;  // null: not set
-  } cases[] = {
-      {"k=v\n", "v"},
-      {"k=v", "v"},
-      {"k=\"v\"\r\n", "v"},
-      {"k=v\r", "v"},
-      {"  k =  v \t\n", "v"},
-      {"k='a b'\n", "a b"},
-      {"k=\"a # b\" # c\n", "a # b"},
-      {"k=\"\"\nk2=x\n", ""},
-      {"k=\n", ""},
-      {"k=   ", ""},
-      {"k=a=b\n", "a=b"},
-      {"k=\"open\n", "\"open"},
-      {"k=\"", "\""},
-      {"k=1\nk=2\nother=3", "2"},
-      {"k=1\n#k=2\n", "1"},
-      {"# k=1\n", nullptr},
-      {"kk=1\nK=2\nk2=3\n", nullptr},
-      {"k\n=\n\n", nullptr},
-      {"", nullptr},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const Settings settings(c.text);
-    if (c.value == nullptr)
-      EXPECT_EQ(settings.Text("k"), nullptr);
-    else
-      EXPECT_STREQ(settings.Text("k"), c.value);
+  const std::pair<const char*, const char*> bytes[] = {
+      {R"(\\n)", "\n"}, {R"(\\r)", "\r"}, {R"(\\t)", "\t"}, {R"(\\s)", " "}};
+  for (const auto& row : ReadTable("settings-lines", 2)) {
+    std::string text = row[0];
+    for (const auto& [name, byte] : bytes) text = std::regex_replace(text, std::regex(name), byte);
+    const Settings settings(text);
+    const char* value = settings.Text("k");
+    EXPECT_EQ(value == nullptr ? "not set" : "[" + std::string(value) + "]", row[1]) << row[0];
   }
 }
 
