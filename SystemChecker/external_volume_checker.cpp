@@ -49,16 +49,16 @@ FormatUnit UnitName(ExternalVolumeType type, const std::string& name) {
 
 }  // namespace
 
-double ExternalVolumeMark(const VelaConfInfo& conf, ExternalVolumeType type) {
+const char* ExternalVolumeMarkKey(ExternalVolumeType type) {
   switch (type) {
     case ExternalVolumeType::Usb:
-      return conf.InfoDouble("usb_partition_warning_percent", 0.05);
+      return "usb_partition_warning_percent";
     case ExternalVolumeType::SdCard:
-      return conf.InfoDouble("sdcard_partition_warning_percent", 0.05);
+      return "sdcard_partition_warning_percent";
     case ExternalVolumeType::Esata:
       break;
   }
-  return conf.InfoDouble("esata_partition_warning_percent", 0.05);
+  return "esata_partition_warning_percent";
 }
 
 // A total of zero is never low: the ratio is infinite or not a number.
@@ -71,7 +71,7 @@ std::optional<CheckerRule> ExternalVolumeChecker(const SystemInfoHandler& info) 
   const VelaConfInfo& conf = info.GetVelaConfInfo();
   for (const ExternalVolumeType type : kExternalVolumeTypes) {
     const bool noBays = HasNoBays(conf);
-    const double mark = ExternalVolumeMark(conf, type);
+    const double mark = conf.InfoDouble(ExternalVolumeMarkKey(type), kUsualMark);
 
     StringFormatter formatter{", ", "{}"};
     for (const ExternalVolume& volume : info.GetExternalVolumeInfo().GetExternalVolumes(type))

@@ -14,9 +14,11 @@ namespace VELA::SystemHealth {
 // settings anew each time.
 bool HasNoBays(const VelaConfInfo& conf);
 
-// The free share below which inodes (volumes of this kind) are short: 0.05 is five per cent.
-double InodeMark(const VelaConfInfo& conf);
-double ExternalVolumeMark(const VelaConfInfo& conf, ExternalVolumeType type);
+// The settings of the free share below which inodes (volumes of this kind) are short, and what
+// holds without them: 0.05 is five per cent.
+inline constexpr const char* kInodeMarkKey = "disk_inode_warning_percent";
+const char* ExternalVolumeMarkKey(ExternalVolumeType type);
+inline constexpr double kUsualMark = 0.05;
 
 // The order in which the kinds are looked at: the first with a finding ends the check.
 inline constexpr ExternalVolumeType kExternalVolumeTypes[] = {

@@ -32,10 +32,6 @@ std::vector<std::string> NamesOfVolumes(const SystemInfoHandler& info, Predicate
 
 bool HasNoBays(const VelaConfInfo& conf) { return conf.DefCheckValue("maxdisks", "0", false); }
 
-double InodeMark(const VelaConfInfo& conf) {
-  return conf.InfoDouble("disk_inode_warning_percent", 0.05);
-}
-
 // Space before inodes: the first stage that finds anything ends the check. A model
 // without disk bays gets a warning where others get a notice; each stage asks the settings for
 // itself.
@@ -49,7 +45,7 @@ std::optional<CheckerRule> VolumeUsageChecker(const SystemInfoHandler& info) {
     return noBays ? MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Warning, 9.0)
                   : MakeVolumeUsageRule(lowOnSpace, "available_volume_space_warning", Normal, 30.0);
 
-  const double mark = InodeMark(conf);
+  const double mark = conf.InfoDouble(kInodeMarkKey, kUsualMark);
   const bool stillNoBays = HasNoBays(conf);
   const auto lowOnInodes = NamesOfVolumes(
       info, [mark](const VolumeUsageInfo& volume) { return volume.WarningOutOfInode(mark); });

@@ -34,6 +34,10 @@ double VelaConfInfo::InfoDouble(const char* key, double defaultValue) const {
   return number.value_or(defaultValue);
 }
 
+double VelaConfInfo::PeekDouble(const char* key, double defaultValue) const {
+  return common::ToDouble(conf_.Info(key, "")).value_or(defaultValue);
+}
+
 std::string VelaConfInfo::Def(const std::string& key, const std::string& defaultValue) const {
   return conf_.Def(key.c_str(), defaultValue.c_str());
 }

@@ -20,6 +20,8 @@ class VelaConfInfo : public AbstractInfo {
   // value gives `defaultValue`; so does one that is no double, which is logged.
   double InfoDouble(const std::string& key, double defaultValue) const;
   double InfoDouble(const char* key, double defaultValue) const;
+  // The same without the line in the log, for who asks what was asked before.
+  double PeekDouble(const char* key, double defaultValue) const;
 
   // The factory defaults.
   std::string Def(const std::string& key, const std::string& defaultValue) const;

@@ -74,7 +74,7 @@ Json::Value VolumeUsageInputs(const SystemInfoHandler& info) {
   const auto& volumes = info.GetStorageInfo().GetVolumes();
   std::optional<double> inodeShare;  // where space is low the checker looks no further
   if (std::ranges::none_of(volumes, &VolumeUsageInfo::WarningOutOfSpace))
-    inodeShare = InodeMark(conf);
+    inodeShare = conf.PeekDouble(kInodeMarkKey, kUsualMark);
   Json::Value inputs;
   inputs["model without bays"] = HasNoBays(conf);
   inputs["volumes"] = ListOf(
@@ -89,7 +89,7 @@ Json::Value ExternalVolumeInputs(const SystemInfoHandler& info) {
   bool found = false;
   for (const ExternalVolumeType type : kExternalVolumeTypes) {
     if (found) break;  // the checker looks no further
-    const double mark = ExternalVolumeMark(conf, type);
+    const double mark = conf.PeekDouble(ExternalVolumeMarkKey(type), kUsualMark);
     for (const ExternalVolume& volume : info.GetExternalVolumeInfo().GetExternalVolumes(type)) {
       const bool low = IsShortOfSpace(volume, mark);
       found = found || low;
