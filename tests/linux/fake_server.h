@@ -2,7 +2,6 @@
 #pragma once
 
 #include <arpa/inet.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -25,10 +24,7 @@ class FakeServer {
     port_ = ntohs(address.sin_port);
     listen(listening_, 16);
     thread_ = std::thread([this, serve] {
-      while (!stop_) {
-        pollfd ready = {listening_, POLLIN, 0};
-        if (poll(&ready, 1, 20) <= 0) continue;
-        const int client = accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+      for (int client; (client = accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         ++clients_;
         serve(client);
         close(client);
@@ -36,12 +32,10 @@ class FakeServer {
     });
   }
   ~FakeServer() {
-    stop_ = true;
+    shutdown(listening_, SHUT_RDWR);  // which ends the waiting for clients
     thread_.join();
     close(listening_);
   }
-  FakeServer(const FakeServer&) = delete;
-  FakeServer& operator=(const FakeServer&) = delete;
 
   std::string Port() const { return std::to_string(port_); }
   int Clients() const { return clients_; }
@@ -60,7 +54,6 @@ class FakeServer {
  private:
   int listening_;
   unsigned port_ = 0;
-  std::atomic<bool> stop_ = false;
   std::atomic<int> clients_ = 0;
   std::thread thread_;
 };

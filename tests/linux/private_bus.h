@@ -18,8 +18,6 @@ class PrivateBus {
   // Starts dbus-daemon below `root`; `Runs()` is false when there is none on this machine.
   explicit PrivateBus(const TemporaryRoot& root);
   ~PrivateBus();
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
 
   bool Runs() const { return daemon_ > 0; }
   // What systemd says of a unit's property: Say("nginx.service", "ActiveState", "failed"), or
