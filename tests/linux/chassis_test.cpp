@@ -40,6 +40,7 @@ TEST(Chassis, ThatThereIsNothingToWatchIsNoFailure) {
       {"enclosures-that-are-no-units", "expansion units", 0, "no enclosure is an expansion unit"},
       {"full", "expansion units", 1, ""},
       {"full", "hardware", 1, ""},
+      {"controller-with-odd-members", "hardware", 1, ""},
       {"two-mains-one-out", "hardware", 1, ""},
   };
   for (const auto& c : cases) {

@@ -76,7 +76,12 @@ TEST_F(BoardTest, OneAttributeDecidesWhateverTheOthersSay) {
   } cases[] = {
       {board + "temp2_input", "95000", "", "redundant, hot"},
       {board + "temp2_crit_alarm", "1", "", "redundant, hot"},
+      {board + "temp2_emergency_alarm", "1", "", "redundant, hot"},
       {supply + "in1_lcrit_alarm", "1", "", "supplies 2, redundant, well"},
+      {supply + "in2_lcrit_alarm", "1", "", "redundant, well"},  // an output
+      {supply + "temp1_crit_alarm", "1", "", "supplies 2, redundant, hot"},
+      {supply + "fan1_alarm", "1", "", "fan, redundant, well"},
+      {supply + "fan1_min_alarm", "1", "", "fan, redundant, well"},
       {supply + "fan1_fault", "1", "", "fan, supplies 2, redundant, well"},
       {board + "fan2_input", "0", "", "redundant, well"},  // never seen turning
       {board + "fan3_input", "0", "fan.expect=nct6779:fan3", "fan, redundant, well"},

@@ -30,8 +30,9 @@ TEST(IpmiSensors, SuppliesFansAndTemperaturesAreToldFromTheRest) {
 
 TEST(IpmiSensors, OtherTextHasNoSensors) {
   const Json::Value none = IpmiSnapshot().ToJson();
-  for (const char* text : {"", "\n\n", ",", "Caching SDR repository information: /x\n", ",,,,,,,\n",
-                           "1,Fan,Critical,'x'\n", "1,'Fan','Critical'", "1,Fan\n"})
+  for (const char* text :
+       {"", "\n\n", ",", "Caching SDR repository information: /x\n", ",,,,,,,\n",
+        "1,Fan,Critical,'x'\n", "1,'Fan','Critical'", "1,Fan\n", "1,'x,Fan,Nominal,1.00,RPM\n"})
     EXPECT_EQ(ParseIpmiSensors(text).ToJson(), none) << text;
   EXPECT_EQ(Describe(ParseIpmiSensors("1,A\t~\x7F,Fan,Nominal,1.00,RPM,'OK'").ToJson()["fans"]),
             "A?~?=ok;");
