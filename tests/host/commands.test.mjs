@@ -184,10 +184,10 @@ test("capture makes a machine that answers the same or nothing", each => {
 });
 
 test("a terminal gets colours and lines that fit", () => {
-  for (const [columns, words, environment, start] of tables.terminals) {
+  for (const [columns, words, environment, lines] of tables.terminals) {
     const shown = onTerminal(columns, `${words} --lang en`, environment);
-    assert.ok(shown.startsWith(start), shown);
-    assert.equal(shown.includes("\x1b["), start.includes("\x1b["), shown);
+    assert.ok(shown.includes(lines), shown);
+    assert.equal(shown.includes("\x1b["), lines.includes("\x1b["), shown);
   }
 });
 
