@@ -27,13 +27,6 @@ TEST(Fan, OnlyEvidenceThatItIsThereMakesItFail) {
   }
 }
 
-TEST(Fan, ItsLabelSaysWhetherItIsTheProcessors) {
-  for (const char* label : {"CPU Fan", "cpu_fan", "Front CPU", "Cpu1", "CPU"})
-    EXPECT_TRUE(IsProcessorFan(label)) << label;
-  for (const char* label : {"fan1", "Chassis", "CP", "", "C P U"})
-    EXPECT_FALSE(IsProcessorFan(label)) << label;
-}
-
 TEST(Fan, TheExpectedOnesAreNamedByChipAndFeature) {
   const auto fans = ParseExpectedFans({"nct6779-isa-0290:fan2=CPU-Fan", "it8620:fan1", "nonsense"});
   ASSERT_EQ(fans.size(), 2U);
