@@ -93,6 +93,7 @@ std::string Gzip(const std::string& bytes) {
   deflate(&stream, Z_FINISH);
   packed.resize(stream.total_out);
   deflateEnd(&stream);
+  packed.shrink_to_fit();  // it is kept, and was as long as what it packs
   return packed;
 }
 
