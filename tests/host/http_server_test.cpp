@@ -55,7 +55,8 @@ class CountingSite : public Site {
 
 std::string Read(int socket) {
   std::string answer(2048, ' ');
-  answer.resize(std::max<ssize_t>(recv(socket, answer.data(), answer.size(), 0), 0));
+  const ssize_t length = recv(socket, answer.data(), answer.size(), 0);
+  answer.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
   return answer;
 }
 
