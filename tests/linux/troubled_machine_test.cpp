@@ -13,6 +13,7 @@
 #include "tests/linux/hung_mount.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/private_bus.h"
+#include "tests/linux/table.h"
 
 namespace {
 
@@ -112,41 +113,27 @@ class FullMachine : public MachineTree {
   std::unique_ptr<HungMount> hungMount_;
 };
 
-struct Trouble {
-  const char* machine;  // what befalls it
-  const char* failed;   // the sources that must be named, and no others
-  const char* reason;   // a part of what is said about them
-  int answers = 20;
-};
-void PrintTo(const Trouble& trouble, std::ostream* out) { *out << trouble.machine; }
+// A row of the table "troubles": the machine, the sources that must be named, a part of what is
+// said about them, and how often to ask.
+using Trouble = std::vector<std::string>;
 
-// What each source does by itself when it hangs is its own test's matter.
-const Trouble kTroubles[] = {
-    {"nginx-hangs", "web server", "nginx"},
-    {"san-tool-forks", "SAN", "velaiscsiep"},
-    {"hung-mount", "volumes", "lies behind"},
-    {"everything-hangs",
-     "SAN, UPS, expansion units, hardware, high availability, volumes, web server", "lies behind",
-     1000},
-};
 class TroubledMachine : public testing::TestWithParam<Trouble> {};
 
 // What is not as it must be when `well` is all else that the machine has to say, with so many
 // times the usual time-outs.
 testing::Message Complaints(const FullMachine& machine, const Trouble& trouble,
                             const std::string& well, int factor) {
-  const int answers = factor == 1 ? trouble.answers : 6;
-  const auto lines =
-      machine.Answers(std::to_string(answers), "VELA_TIMEOUT_FACTOR=" + std::to_string(factor));
+  const auto lines = machine.Answers(factor == 1 ? trouble[3] : "6",
+                                     "VELA_TIMEOUT_FACTOR=" + std::to_string(factor));
   testing::Message complaints;
   const auto expect = [&complaints](bool isTrue, const char* what) {
     if (!isTrue) complaints << what << "; ";
   };
   expect(machine.status == 0, "it did not exit well");
   expect(DocumentIn(lines) == well, "another answer");
-  expect(FailedIn(lines) == trouble.failed, "other sources failed");
+  expect(FailedIn(lines) == trouble[1], "other sources failed");
   const std::string sources = testing::PrintToString(With(lines, "source"));
-  expect(sources.find(trouble.reason) != std::string::npos, "another reason");
+  expect(sources.find(trouble[2]) != std::string::npos, "another reason");
   double longest = 0, settled = 0;
   sscanf(With(lines, "longest").at(0).c_str(), "%lf ms, then %lf", &longest, &settled);
   expect(longest < kLongest * factor, "an answer came late");
@@ -170,8 +157,8 @@ TEST_P(TroubledMachine, AnswersInTimeAndLosesNothingElse) {
   const std::string well = DocumentIn(lines);
   EXPECT_NE(well.find("storage_is_attention"), std::string::npos) << well;
 
-  machine.Load(trouble.machine);
-  if (trouble.answers == 1000) machine.StopDaemons();
+  machine.Load(trouble[0]);
+  if (trouble[0] == "everything-hangs") machine.StopDaemons();
   // On a machine that is busy with something else, with more time for everything.
   std::string complaints;
   for (const int factor : {1, 8}) {
@@ -219,10 +206,9 @@ TEST(FullMachine, AUserWithoutRightsRaisesNoFalseAlarm) {
   EXPECT_NE(sources.find("UPS: absent no UPS is set up"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, TroubledMachine, testing::ValuesIn(kTroubles), [](const auto& each) {
-  std::string name = each.param.machine;
-  std::ranges::replace(name, '-', '_');
-  return name;
-});
+INSTANTIATE_TEST_SUITE_P(Each, TroubledMachine, testing::ValuesIn(ReadTable("troubles", 4)),
+                         [](const auto& each) {
+                           return std::regex_replace(each.param[0], std::regex("-"), "_");
+                         });
 
 }  // namespace
