@@ -51,6 +51,8 @@ class CollectorTest : public testing::Test {
 };
 
 TEST_F(CollectorTest, ASourceThatIsNotThereLeavesNoSnapshotAndNoWord) {
+  BmcWhoseToolRuns("exit 1");
+  std::filesystem::remove(root.Path() / "dev/ipmi0");
   EXPECT_EQ(Run("--once"), "");
   for (const char* source : {"ses", "ipmi", "fuseblk"}) Snapshot(source, SnapshotState::Absent);
   ASSERT_TRUE(WriteSnapshot("ses", Json::Value(Json::objectValue)));
