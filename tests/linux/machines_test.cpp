@@ -103,11 +103,17 @@ void TellServices(std::ostream& out) {
   out << "cluster: " << text << "\n";
 }
 
+// "is 201 s old" as "is 200 s old": writing a machine down and asking it takes its time.
+std::string RoundAge(std::string reason) {
+  if (const auto end = reason.find(" s old"); end != reason.npos) reason.replace(end - 2, 2, "00");
+  return reason;
+}
+
 // What failed, but for capacities: only a real mount has one.
 void TellSources(std::ostream& out) {
   for (const auto& [name, report] : SourceReports())
     if (report.state == 2 && !report.reason.starts_with("the capacity of "))
-      out << "failed " << name << ": " << report.reason << "\n";
+      out << "failed " << name << ": " << RoundAge(report.reason) << "\n";
 }
 
 std::string TellAll() {
