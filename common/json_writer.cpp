@@ -7,8 +7,9 @@
 namespace common {
 namespace {
 
-Json::StreamWriterBuilder MakeBuilder() {
+Json::StreamWriterBuilder MakeBuilder(Charset charset) {
   Json::StreamWriterBuilder builder;
+  builder["emitUTF8"] = charset == Charset::Utf8;
   builder["commentStyle"] = "None";
   builder["indentation"] = "";
   builder["precision"] = 15;  // 2.2 is not 2.2000000000000002
@@ -16,8 +17,7 @@ Json::StreamWriterBuilder MakeBuilder() {
 }
 
 Json::StreamWriterBuilder MakePrettyBuilder() {
-  Json::StreamWriterBuilder builder = MakeBuilder();
-  builder["emitUTF8"] = true;
+  Json::StreamWriterBuilder builder = MakeBuilder(Charset::Utf8);
   builder["enableYAMLCompatibility"] = true;  // no blank before a colon
   builder["indentation"] = "  ";
   return builder;
@@ -25,9 +25,10 @@ Json::StreamWriterBuilder MakePrettyBuilder() {
 
 }  // namespace
 
-std::string WriteCompact(const Json::Value& document) {
-  static const Json::StreamWriterBuilder builder = MakeBuilder();
-  return Json::writeString(builder, document);
+std::string WriteCompact(const Json::Value& document, Charset charset) {
+  static const Json::StreamWriterBuilder ascii = MakeBuilder(Charset::Ascii);
+  static const Json::StreamWriterBuilder utf8 = MakeBuilder(Charset::Utf8);
+  return Json::writeString(charset == Charset::Ascii ? ascii : utf8, document);
 }
 
 std::string WritePretty(const Json::Value& document) {

@@ -1,7 +1,6 @@
 #include "host/site/static_files.h"
 
-#include <json/reader.h>
-#include <json/writer.h>
+#include <json/value.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -12,6 +11,8 @@
 #include <sstream>
 #include <utility>
 
+#include "common/json_reader.h"
+#include "common/json_writer.h"
 #include "host/text/failure.h"
 #include "host/text/language.h"
 
@@ -60,9 +61,11 @@ std::string Minify(const std::string& source) {
 // Leaves out what the page never shows: the catalogue's titles, advice on what needs none, words
 // that `page` never names, the blanks that make the source readable, and escapes.
 std::string MinifyTexts(const std::string& json, const std::string& page) {
-  std::istringstream in(json);
   Json::Value value;
-  in >> value;
+  if (!common::ParseJson(json, value) || !value.isObject()) {
+    throw Failure(kUnavailable,
+                  "The page's texts are damaged: build or install vela-health again.");
+  }
   for (Json::Value& section : value) {
     if (section.isObject()) section.removeMember("title");
   }
@@ -70,10 +73,7 @@ std::string MinifyTexts(const std::string& json, const std::string& page) {
   for (const std::string& word : value["ui"].getMemberNames()) {
     if (page.find('"' + word + '"') == std::string::npos) value["ui"].removeMember(word);
   }
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = true;
-  return Json::writeString(builder, value);
+  return common::WriteCompact(value, common::Charset::Utf8);
 }
 
 // As small as it gets.

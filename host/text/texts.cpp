@@ -1,24 +1,18 @@
 #include "host/text/texts.h"
 
-#include <json/reader.h>
-
-#include <fstream>
-
+#include "common/json_reader.h"
 #include "host/text/failure.h"
 
 namespace host {
 namespace {
 
 Json::Value ReadTexts(const std::filesystem::path& file) {
-  std::ifstream in(file);
-  if (!in) {
-    throw Failure(kUnavailable, "Cannot read the texts " + file.string() +
-                                    ". They belong beside the program: build or install it again.");
-  }
   Json::Value root;
-  std::string errors;
-  if (!Json::parseFromStream(Json::CharReaderBuilder(), in, &root, &errors) || !root.isObject()) {
-    throw Failure(kUnavailable, "The texts " + file.string() + " are damaged: " + errors);
+  if (!common::ReadJsonFile(file.c_str(), root) || !root.isObject()) {
+    throw Failure(kUnavailable,
+                  "Cannot read the texts " + file.string() +
+                      ", or they are damaged. They belong beside the program: build or install it "
+                      "again.");
   }
   return root;
 }

@@ -5,8 +5,7 @@
 #include <iostream>
 #include <string>
 
-#include <json/writer.h>
-
+#include "common/json_writer.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/san/service_status.h"
@@ -33,9 +32,7 @@ int PrintUsage(std::ostream& stream, Exit status) {
 int PrintServiceStatus() {
   std::string trouble;
   const Json::Value document = ReadServiceStatus(trouble);
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  std::cout << Json::writeString(builder, document) << std::endl;
+  std::cout << common::WriteCompact(document) << std::endl;
   if (trouble.empty() && std::cout) return kDone;
   std::cerr << "velaiscsiep: " << (std::cout ? trouble : "the answer could not be written") << "\n";
   return kIncomplete;
