@@ -73,7 +73,8 @@ Json::Value CheckerRule::ToJson() const {
 }
 
 void TopPriorityRule::Push(CheckerRule&& candidate) {
-  if (!top || *top < candidate) top = std::move(candidate);
+  std::optional<CheckerRule> taken(std::move(candidate));  // who loses is gone at once, too
+  if (!top || *top < *taken) top = std::move(taken);
 }
 
 std::optional<CheckerRule> TopPriorityRule::Pop() { return std::exchange(top, std::nullopt); }

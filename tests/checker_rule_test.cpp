@@ -21,6 +21,16 @@ TEST(CheckerRule, PriorityIsHeldWithinTheScale) {
   EXPECT_TRUE(std::isnan(Rule(std::nan("")).GetPriority()));
 }
 
+TEST(TopPriorityRule, TakesWhatItIsGivenAlsoWhenItLoses) {
+  TopPriorityRule top;
+  CheckerRule first = Rule(2.0, "the first"), second = Rule(2.0, "the second");
+  top.Push(std::move(first));
+  top.Push(std::move(second));
+  EXPECT_EQ(first.id + second.id, "");
+  EXPECT_EQ(top.Pop()->id, "the first");
+  EXPECT_FALSE(top.Pop());
+}
+
 TEST(StringFormatter, NumbersPlaceholdersInTheOrderOfTheirReferences) {
   StringFormatter formatter{", ", "{}"};
   EXPECT_TRUE(formatter.Empty());
