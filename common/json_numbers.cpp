@@ -1,9 +1,9 @@
 #include "common/json_numbers.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <locale>
-
-#include "common/number.h"
 
 namespace common {
 namespace {
@@ -36,17 +36,22 @@ std::size_t NumberLength(std::string_view text) {
   return skip(length, kDigits);
 }
 
-// A number as one that the library reads in any locale: a fraction or an exponent gives way
-// to the size that it stands for, or to -1, which is none. A space keeps the shorter number
-// apart from what follows: in "1.5.5", which is none, ".5" must not become its fraction.
-std::string WholeNumber(std::string_view number) {
-  std::string text(number);
-  const bool complete = (kDigits.find(text.back()) != kDigits.npos) || text.back() == '.';
-  if (!complete || text.find_first_of(".eE") == text.npos) return text;
-  const std::optional<double> value = ToDouble(text);
-  if (!value) return text;
-  const std::optional<std::uint64_t> size = ToSize(*value);
-  return (size ? std::to_string(*size) : "-1") + ' ';
+// "1.25e3" as "125e1". What is no number, such as "1.5e", stays none.
+std::string WithoutPoint(std::string_view number) {
+  const std::size_t point = number.find('.');
+  if (point == number.npos) return std::string(number);
+  const std::size_t end = std::min(number.find_first_of("eE"), number.size());
+  const std::string_view decimals = number.substr(point + 1, end - point - 1);
+  std::string text = std::string(number.substr(0, point)).append(decimals) + 'e';
+  if (end == number.size()) return text + '-' + std::to_string(decimals.size());
+
+  std::string_view exponent = number.substr(end + 1);
+  if (exponent.starts_with('+') && exponent.size() > 1) exponent.remove_prefix(1);
+  std::int32_t power = 0;
+  const auto [stop, error] = std::from_chars(exponent.begin(), exponent.end(), power);
+  // None, or so large that the decimals make no difference.
+  if (error != std::errc()) return text.append(exponent);
+  return text + std::to_string(power - static_cast<std::int64_t>(decimals.size()));
 }
 
 }  // namespace
@@ -55,8 +60,8 @@ bool LocaleReadsFractions() {
   return std::use_facet<std::numpunct<char>>(std::locale()).decimal_point() == '.';
 }
 
-std::string WithWholeNumbers(std::string_view document) {
-  std::string whole;
+std::string WithoutDecimalPoints(std::string_view document) {
+  std::string text;
   while (!document.empty()) {
     const char first = document[0];
     const bool isNumber = first == '-' || kDigits.find(first) != kDigits.npos;
@@ -66,13 +71,13 @@ std::string WithWholeNumbers(std::string_view document) {
                                               : 1;
     const std::string_view token = document.substr(0, length);
     if (isNumber) {
-      whole += WholeNumber(token);
+      text += WithoutPoint(token);
     } else {
-      whole += token;
+      text += token;
     }
     document.remove_prefix(token.size());
   }
-  return whole;
+  return text;
 }
 
 }  // namespace common

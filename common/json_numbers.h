@@ -10,8 +10,8 @@ namespace common {
 // Whether the process's C++ locale writes fractions as JSON does.
 bool LocaleReadsFractions();
 
-// The document with its numbers, those in texts apart, as the whole numbers that any
-// locale reads: fractions dropped, and -1 for what is no size.
-std::string WithWholeNumbers(std::string_view document);
+// The document with its numbers, those in texts apart, as any locale reads them: "15e-1" for
+// "1.5". The same numbers, and a document exactly where it was one.
+std::string WithoutDecimalPoints(std::string_view document);
 
 }  // namespace common

@@ -86,7 +86,7 @@ bool ParseJson(std::string_view text, Json::Value& value, Comments comments) {
   try {
     Json::Value parsed;
     const bool valid = LocaleReadsFractions() ? Parse(text, parsed, comments)
-                                              : Parse(WithWholeNumbers(text), parsed, comments);
+                                              : Parse(WithoutDecimalPoints(text), parsed, comments);
     if (!valid) return false;
     value.swap(parsed);
     return true;

@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "common/json_numbers.h"
 #include "common/json_reader.h"
 #include "common/json_writer.h"
+#include "tests/support/comma_locale.h"
 #include "tests/support/own_folder.h"
 
 namespace common {
@@ -32,19 +32,23 @@ TEST(JsonReader, ReadsRegularFilesUpToSixteenMebibytes) {
   alarm(0);
 }
 
-TEST(JsonReader, TurnsFractionsIntoSizesForALocaleWithACommaAndNothingElse) {
-  const struct {
-    const char *document, *whole;
-  } cases[] = {
-      {R"({"\"1.5": "2.5", "b": [1.5,-1.5,15,0.99,1e3,1.5E+8]})",
-       R"({"\"1.5": "2.5", "b": [1 ,-1 ,15,0 ,1000 ,150000000 ]})"},
-      {"/*/ \" */1.5", "/*/ \" */1 "},
-      {"// 1.5\r1.5", "// 1.5\r1 "},
-      {"/**//* 1.5 */1E3/1.5/*", "/**//* 1.5 */1000 /1 /*"},
-      {"18446744073709551615.0 1e30 1. 1e", "-1  -1  1  1e"},
-      {"1.5.5 -2.0", "1 .5 -1 "},
-  };
-  for (const auto& c : cases) EXPECT_EQ(WithWholeNumbers(c.document), c.whole);
+// What the array `text` is read as; "invalid" when it is none.
+std::string Read(const std::string& text) {
+  Json::Value value;
+  if (!ParseJson(text, value)) return "invalid";
+  const bool real = value.isArray() && value[0].type() == Json::realValue;
+  return (real ? "real " : "") + WriteCompact(value);
+}
+
+TEST(JsonReader, ReadsEveryNumberAlikeWhereItHasAComma) {
+  Json::Value documents;
+  ASSERT_TRUE(ReadJsonFile(VELA_SCENARIOS "/../tests/fixtures/json_numbers.json", documents));
+  for (const Json::Value& document : documents) {
+    const std::string usual = Read(document.asString());
+    const CommaLocale locale;
+    EXPECT_EQ(Read(document.asString()), usual) << document.asString();
+  }
+  EXPECT_EQ(Read("[5-0.0]") + Read("[1.5e-999]") + Read("[-.5]"), "invalidreal [0.0]real [-0.5]");
 }
 
 TEST(JsonWriter, WritesAsciiOnOneLineAndTextsForPeopleAsTheyAre) {
