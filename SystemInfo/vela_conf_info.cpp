@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "common/number.h"
+#include "common/text.h"
 #include "module/base/log.h"
 
 namespace VELA::SystemHealth {
@@ -13,7 +14,7 @@ constexpr LogPosition kNotADouble{"SystemInfo/vela_conf_info", 35};
 }  // namespace
 
 std::string VelaConfInfo::Info(const std::string& key, const std::string& defaultValue) const {
-  return conf_.Info(key.c_str(), defaultValue.c_str());
+  return common::OrEmpty(conf_.Info(key.c_str(), defaultValue.c_str()));
 }
 
 bool VelaConfInfo::InfoCheckValue(const std::string& key, const std::string& value,
@@ -26,7 +27,7 @@ double VelaConfInfo::InfoDouble(const std::string& key, double defaultValue) con
 }
 
 double VelaConfInfo::InfoDouble(const char* key, double defaultValue) const {
-  const std::string value = conf_.Info(key, "");
+  const std::string value = common::OrEmpty(conf_.Info(key, ""));
   if (value.empty()) return defaultValue;
   const std::optional<double> number = common::ToDouble(value);
   if (!number)
@@ -35,11 +36,11 @@ double VelaConfInfo::InfoDouble(const char* key, double defaultValue) const {
 }
 
 double VelaConfInfo::PeekDouble(const char* key, double defaultValue) const {
-  return common::ToDouble(conf_.Info(key, "")).value_or(defaultValue);
+  return common::ToDouble(common::OrEmpty(conf_.Info(key, ""))).value_or(defaultValue);
 }
 
 std::string VelaConfInfo::Def(const std::string& key, const std::string& defaultValue) const {
-  return conf_.Def(key.c_str(), defaultValue.c_str());
+  return common::OrEmpty(conf_.Def(key.c_str(), defaultValue.c_str()));
 }
 
 bool VelaConfInfo::DefCheckValue(const std::string& key, const std::string& value,

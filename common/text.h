@@ -7,6 +7,9 @@
 
 namespace common {
 
+// What may be null, which stands for no text.
+inline const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
+
 // The text of a fixed field: up to its first NUL, or all of it when there is none.
 template <std::size_t Size>
 std::string_view ViewText(const char (&field)[Size]) {

@@ -34,7 +34,7 @@ void AddParts(const Any& any, simulator::Machine& m) {
   m.usb.push_back({AnyName(any), any, any, any.data.ConsumeBool()});
   m.esata.push_back({AnyName(any), any, any});
   m.units.push_back({std::string(any), any, any, any, simulator::PowerReport{any, any}});
-  m.interfaces.push_back({any, any, any, any});
+  m.interfaces.push_back({any, any, std::string(any), any});
 }
 
 }  // namespace

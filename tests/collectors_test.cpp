@@ -12,7 +12,7 @@ class Collectors : public SimulatedTest {};
 
 TEST_F(Collectors, AskThePlatformInTheirFixedOrder) {
   std::vector<std::string> calls, expected;
-  Simulated().ledger.calls = &calls;
+  Simulated().ledger.onCall = [&calls](const char* name) { calls.emplace_back(name); };
   Simulated().sanOutput = "{}";
   Simulated().volumes.resize(1);
   Simulated().usb.resize(1);

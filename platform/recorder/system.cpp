@@ -30,6 +30,10 @@ simulator::NetworkInterface* FindInterface(std::string_view name) {
   return found != interfaces.end() ? &*found : nullptr;
 }
 
+std::optional<std::string> OrNone(const char* text) {
+  return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
+}
+
 using Settings = std::map<std::string, std::string, std::less<>>;
 
 // What a setting that is not there is handed as its default.
@@ -40,7 +44,7 @@ const char* RecordSetting(const char* symbol, const VelaConf* conf, const char* 
                           Settings& settings, const char* defaultValue) {
   using Getter = const char*(const VelaConf*, const char*, const char*);
   const char* value = FindFunction<Getter>(symbol)(conf, key, kAbsent);
-  const bool absent = std::strcmp(value, kAbsent) == 0;
+  const bool absent = value == nullptr || std::strcmp(value, kAbsent) == 0;
   if (absent) {
     settings.erase(key);
   } else {
@@ -83,7 +87,7 @@ unsigned VLIBCErrGet() { return Recording().errorCode = FindFunction<unsigned()>
 int VLIBCErrorGetLine() { return Recording().errorLine = FindFunction<int()>(__func__)(); }
 const char* VLIBCErrorGetFile() {
   const char* file = FindFunction<const char*()>(__func__)();
-  Recording().errorFile = file;
+  Recording().errorFile = OrNone(file);
   return file;
 }
 
@@ -118,7 +122,7 @@ int GetIfType(const char* name, void* detail) {
 const char* GetTypeString(int type) {
   const char* text =
       FindFunction<decltype(GetTypeString)>("_ZN4vela7network13GetTypeStringEi")(type);
-  if (auto* interface = FindInterface(InterfacesByType()[type])) interface->type = text;
+  if (auto* interface = FindInterface(InterfacesByType()[type])) interface->type = OrNone(text);
   return text;
 }
 

@@ -11,7 +11,7 @@ namespace simulator {
 class Call {
  public:
   Call(source_status::Source source, const char* name) : source_(source), machine_(Simulated()) {
-    if (machine_.ledger.calls != nullptr) machine_.ledger.calls->emplace_back(name);
+    if (machine_.ledger.onCall) machine_.ledger.onCall(name);
     if (!machine_.sources.empty()) ReportStatedStatus();
   }
   ~Call() {
@@ -46,6 +46,10 @@ class Call {
   Machine& machine_;
   bool reported_ = false;
 };
+
+inline const char* OrNull(const std::optional<std::string>& text) {
+  return text ? text->c_str() : nullptr;
+}
 
 // Copies `text` into a fixed field as the platform does: a text that fills the whole
 // field has no NUL.

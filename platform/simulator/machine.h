@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -21,8 +22,8 @@ namespace simulator {
 struct NetworkInterface {
   std::string name;
   std::string address;
-  std::string type = "lan";
-  bool fails = false;  // its details cannot be read
+  std::optional<std::string> type = "lan";  // none: the platform hands out null
+  bool fails = false;                       // its details cannot be read
   bool operator==(const NetworkInterface&) const = default;
 };
 
@@ -95,10 +96,10 @@ struct Ledger {
   Ledger(const Ledger&) {}
   Ledger& operator=(const Ledger&) { return *this; }
 
-  std::atomic<int> lists = 0;                 // handed out and not given back, null ones included
-  std::atomic<int> streams = 0;               // likewise
-  std::atomic<int> objects = 0;               // constructed and not destroyed
-  std::vector<std::string>* calls = nullptr;  // when set, each call's name is appended
+  std::atomic<int> lists = 0;               // handed out and not given back, null ones included
+  std::atomic<int> streams = 0;             // likewise
+  std::atomic<int> objects = 0;             // constructed and not destroyed
+  std::function<void(const char*)> onCall;  // when set, hears each call's name; may throw
 };
 
 // The bytes of the security scan's result, which come through open(2).
@@ -117,7 +118,7 @@ struct Machine {
 
   // --- Error state after a failed call.
   unsigned errorCode = 0x0100;
-  std::string errorFile = "simulator.cpp";
+  std::optional<std::string> errorFile = "simulator.cpp";  // none: null
   int errorLine = 1;
 
   // --- Network.
@@ -128,6 +129,7 @@ struct Machine {
   std::map<std::string, std::string, std::less<>> settings;
   std::map<std::string, std::string, std::less<>> defaults;
   bool keyValueFails = false;  // the defaults file cannot be read directly
+  bool settingsNull = false;   // each text that is asked for is null
 
   // --- Hardware.
   int delay = 0;               // milliseconds until it tells its status

@@ -87,6 +87,7 @@ void DescribeStorage(Fields& storage) {
 template <typename Fields>
 void DescribeConfiguration(Fields& configuration) {
   configuration("fails", &Machine::keyValueFails);
+  configuration("null", &Machine::settingsNull);
   configuration("settings", &Machine::settings);
   configuration("defaults", &Machine::defaults);
 }

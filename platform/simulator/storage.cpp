@@ -50,8 +50,7 @@ const simulator::ExpansionUnit& GetUnit(void* context) {
 
 const char* UnitName(void* context) {
   Call call(Source::ExpansionUnits, "VELA_EBOX_INFO::name");
-  const auto& name = GetUnit(context).name;
-  return name ? name->c_str() : nullptr;
+  return simulator::OrNull(GetUnit(context).name);
 }
 
 int UnitPower(void* context, unsigned* word) {

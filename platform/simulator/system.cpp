@@ -60,7 +60,7 @@ Component GetComponent(const Machine& machine, int component) {
 }  // namespace
 
 unsigned VLIBCErrGet() { return Simulated().errorCode; }
-const char* VLIBCErrorGetFile() { return Simulated().errorFile.c_str(); }
+const char* VLIBCErrorGetFile() { return simulator::OrNull(Simulated().errorFile); }
 int VLIBCErrorGetLine() { return Simulated().errorLine; }
 
 int VLIBNetGetInterfaceInfo(VLIB_NET_INTERFACE* entries, int count, int mask) {
@@ -102,7 +102,8 @@ int GetIfType(const char* name, void*) {
 const char* GetTypeString(int type) {
   Call call(Source::Network, __func__);
   const auto index = static_cast<std::size_t>(type);
-  return index < call->interfaces.size() ? call->interfaces[index].type.c_str() : "other";
+  return index < call->interfaces.size() ? simulator::OrNull(call->interfaces[index].type)
+                                         : "other";
 }
 
 }  // namespace vela::network
@@ -112,12 +113,12 @@ VelaConf::~VelaConf() { --static_cast<Machine*>(sources_)->ledger.objects; }
 
 const char* VelaConf::Info(const char* key, const char* defaultValue) const {
   Call call(Source::Configuration, "VelaConf::Info");
-  return FindSetting(call->settings, key, defaultValue);
+  return call->settingsNull ? nullptr : FindSetting(call->settings, key, defaultValue);
 }
 
 const char* VelaConf::Def(const char* key, const char* defaultValue) const {
   Call call(Source::Configuration, "VelaConf::Def");
-  return FindSetting(call->defaults, key, defaultValue);
+  return call->settingsNull ? nullptr : FindSetting(call->defaults, key, defaultValue);
 }
 
 bool VelaConf::InfoCheckValue(const char* key, const char* value, bool) const {
