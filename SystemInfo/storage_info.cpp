@@ -1,5 +1,7 @@
 #include "SystemInfo/storage_info.h"
 
+#include <cxxabi.h>
+
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -114,13 +116,23 @@ void StorageInfo::LoadVolumeInfo(const Space& space) {
   volumes_.reserve(4);  // most machines have no more; counting reads a long list twice
   for (const SpaceRecord* record = space.GetAll(); record != nullptr; record = record->next) {
     if (record->type != kVolumeType) continue;
-    try {
-      volumes_.push_back(FromRecord(*record));
-    } catch (const std::bad_alloc&) {
-      throw;
-    } catch (const std::exception& error) {
-      LogDebug(kVolumeSkipped, "Failed to parse volume info, reason: [%s]", error.what());
-    }
+    AddVolume(*record);
+  }
+}
+
+// Whatever reading the volume throws costs that volume only.
+void StorageInfo::AddVolume(const SpaceRecord& record) {
+  constexpr const char* kSkipped = "Failed to parse volume info, reason: [%s]";
+  try {
+    volumes_.push_back(FromRecord(record));
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled, which nothing may hold up
+  } catch (const std::exception& error) {
+    LogDebug(kVolumeSkipped, kSkipped, common::OrEmpty(error.what()));
+  } catch (...) {
+    LogDebug(kVolumeSkipped, kSkipped, "an exception of an unknown type");
   }
 }
 

@@ -48,6 +48,7 @@ class StorageInfo : public AbstractInfo {
 
  private:
   void LoadVolumeInfo(const ZRT::STORAGE_MANAGER::Space& space);
+  void AddVolume(const ZRT::STORAGE_MANAGER::SpaceRecord& record);
   void LoadDiskInfo(const ZRT::STORAGE_MANAGER::Space& space);
   void LoadStorageOverviewStatus();
 

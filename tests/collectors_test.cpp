@@ -1,6 +1,11 @@
 // What the collectors ask and log, and what of theirs no answer shows.
+#include <pthread.h>
+
 #include <cerrno>
+#include <new>
 #include <sstream>
+#include <stdexcept>
+#include <thread>
 
 #include "module/base/log.h"
 #include "tests/support/simulated_test.h"
@@ -31,6 +36,42 @@ TEST_F(Collectors, AskThePlatformInTheirFixedOrder) {
       "VLIBCFileExist VLIBCPopen");
   for (std::string call; order >> call;) expected.push_back(call);
   EXPECT_EQ(calls, expected);
+}
+
+// The volumes that are listed when reading the first of two does `harm`.
+std::string VolumesAfter(simulator::Machine& machine, void (*harm)()) {
+  machine.volumes = {{"/volume1", "volume_1"}, {"/volume2", "volume_2"}};
+  machine.ledger.onCall = [harm, first = true](std::string_view name) mutable {
+    if (name == "Volume::ToJsonSpaceStatus" && std::exchange(first, false)) harm();
+  };
+  RecordedLog().clear();
+  simulator::Enter(&machine);
+  StorageInfo storage;
+  storage.Init();
+  std::string listed;
+  for (const VolumeUsageInfo& volume : storage.GetVolumes()) listed += volume.volumeId;
+  return listed;
+}
+
+TEST_F(Collectors, LeaveOutAVolumeWhateverItsReadingThrows) {
+  const auto expectReason = [this](const std::string& reason, void (*harm)()) {
+    EXPECT_EQ(VolumesAfter(Simulated(), harm), "2") << reason;
+    const std::string line = "7 SystemInfo/storage_info:143 Failed to parse volume info, reason: [";
+    EXPECT_EQ(Log(), std::vector{line + reason + "]"});
+  };
+  struct Mute : std::exception {
+    const char* what() const noexcept override { return nullptr; }
+  };
+  expectReason("its words", [] { throw std::runtime_error("its words"); });
+  expectReason("", [] { throw Mute(); });
+  expectReason("an exception of an unknown type", [] { throw 7; });
+}
+
+TEST_F(Collectors, HoldUpNeitherExhaustedMemoryNorAThreadThatEnds) {
+  EXPECT_THROW(VolumesAfter(Simulated(), [] { throw std::bad_alloc(); }), std::bad_alloc);
+  std::string listed = "none";
+  std::thread([&] { listed = VolumesAfter(Simulated(), [] { pthread_exit(nullptr); }); }).join();
+  EXPECT_EQ(listed, "none");
 }
 
 // The collector tells a failed getline from the end by errno, which others have set before.
