@@ -14,10 +14,10 @@ constexpr std::uint64_t kHardLimit = 134217727;   // bytes; 128 MiB is above it
 constexpr std::uint64_t kSoftLimit = 1073741823;  // bytes; 1 GiB is above it
 
 // How many LUNs that are neither crashed nor normal lie on each volume.
-using LunsAt = std::unordered_map<std::string_view, int>;
+using LunsAt = std::unordered_map<std::string_view, std::uint64_t>;
 
 struct Luns {
-  std::size_t crashed = 0;
+  std::uint64_t crashed = 0;
   LunsAt others;
 };
 
@@ -33,10 +33,11 @@ Luns Classify(const std::vector<LunInfo>& luns) {
   return result;
 }
 
-// The volumes of a limit, counted by the LUNs on them.
+// The volumes of a limit, counted by the LUNs on them. A volume that is listed twice counts its
+// LUNs twice: the number may be the square of what a document lists.
 struct Group {
   bool any = false;
-  int luns = 0;
+  std::uint64_t luns = 0;
 };
 
 struct LowVolumes {
@@ -60,7 +61,7 @@ LowVolumes FindLowVolumes(const std::vector<VolumeInfo>& volumes, const LunsAt& 
 }
 
 CheckerRule LunFinding(CheckerRuleType type, double priority, const char* singular,
-                       const char* plural, std::size_t count) {
+                       const char* plural, std::uint64_t count) {
   return CheckerRule(type, priority, "san_status_warning",
                      Description::FormattedDescription({"iscsimgr", count < 2 ? singular : plural},
                                                        {std::to_string(count)}));
@@ -68,7 +69,7 @@ CheckerRule LunFinding(CheckerRuleType type, double priority, const char* singul
 
 CheckerRule LunFinding(double priority, const char* singular, const char* plural,
                        const Group& group) {
-  return LunFinding(Warning, priority, singular, plural, static_cast<std::size_t>(group.luns));
+  return LunFinding(Warning, priority, singular, plural, group.luns);
 }
 
 }  // namespace

@@ -24,6 +24,18 @@ TEST_F(GetMethod, KeepsTheRequestOpenWhileTheAnswerIsSent) {
   EXPECT_THROW(GetAPITable()[0].handler(nullptr, response.AsResponse()), std::runtime_error);
 }
 
+TEST_F(GetMethod, CountsMoreLunsThanAnIntHolds) {
+  Json::Value san;
+  for (Json::ArrayIndex i = 0; i < 50'000; ++i) {
+    san["luns"][i]["location"] = "/volume1";
+    san["volumes"][i]["path"] = "/volume1";
+  }
+  Simulated().sanOutput = san.toStyledString();
+  const Json::Value rule = Ask(Simulated()).document["rule"];
+  EXPECT_EQ(rule["description"]["description_format"], "iscsimgr:luns_reach_hard_limit");
+  EXPECT_EQ(rule["description"]["description_params"][0], "2500000000");
+}
+
 TEST_F(GetMethod, ListsThirtyTwoInterfacesAtMost) {
   Simulated().interfaces.assign(40, {"eth", ""});
   const Answer answer = Ask(Simulated());
