@@ -74,7 +74,8 @@ bool SanStatusInfo::LoadSanStatusInfo() {
     const Json::Value* lowCapacityWrite = common::FindMember(san, "low_capacity_write_on");
     lowCapacityWrite_ =
         lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();
-    rawStatus_["san"].swap(san);
+    // Static: a name that the library copies fails in its own words when memory is short.
+    rawStatus_[Json::StaticString("san")].swap(san);
   }
   return true;
 }

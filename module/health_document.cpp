@@ -1,8 +1,12 @@
 #include "module/health_document.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <sys/sysinfo.h>
 #include <unistd.h>
@@ -48,28 +52,46 @@ std::string Uptime() {
          std::to_string(seconds % 3600 % 60);
 }
 
-Json::Value Interfaces() {
-  Json::Value list(Json::arrayValue);
+struct Interface {
+  std::string id;
+  std::string ip;
+  std::string type;
+};
+
+std::vector<Interface> ListInterfaces() {
+  std::vector<Interface> list;
   VLIB_NET_INTERFACE entries[kMostInterfaces];
   const int count = VLIBNetGetInterfaceInfo(entries, kMostInterfaces, kInterfaceMask);
   if (count < 0) {
     LogError({kSource, __LINE__}, "Failed to get network interfaces[0x%04X %s:%d]", VLIBCErrGet(),
-             VLIBCErrorGetFile(), VLIBCErrorGetLine());
+             common::OrEmpty(VLIBCErrorGetFile()), VLIBCErrorGetLine());
     return list;
   }
-  for (int i = 0; i < count && i < kMostInterfaces; ++i) {
-    const std::string name(common::ViewText(entries[i].name));
+  const int filled = std::min(count, kMostInterfaces);
+  list.reserve(static_cast<std::size_t>(filled));
+  for (int i = 0; i < filled; ++i) {
+    std::string name(common::ViewText(entries[i].name));
     VELA_NETIF_INFO details = {};
     if (VELANetIFGetInfoEx(name.c_str(), 0, &details) < 0) {
       LogError({kSource, __LINE__}, "Failed to get interface: [%s] information.[0x%04X %s:%d]",
-               name.c_str(), VLIBCErrGet(), VLIBCErrorGetFile(), VLIBCErrorGetLine());
+               name.c_str(), VLIBCErrGet(), common::OrEmpty(VLIBCErrorGetFile()),
+               VLIBCErrorGetLine());
       continue;
     }
-    Json::Value& interface = list.append(Json::objectValue);
-    interface[Key("id")] = name;
-    interface[Key("ip")] = std::string(common::ViewText(details.address));
-    interface[Key("type")] =
-        vela::network::GetTypeString(vela::network::GetIfType(name.c_str(), nullptr));
+    const int type = vela::network::GetIfType(name.c_str(), nullptr);
+    list.push_back({std::move(name), std::string(common::ViewText(details.address)),
+                    common::OrEmpty(vela::network::GetTypeString(type))});
+  }
+  return list;
+}
+
+Json::Value ToJson(const std::vector<Interface>& interfaces) {
+  Json::Value list(Json::arrayValue);
+  for (const Interface& interface : interfaces) {
+    Json::Value& json = list.append(Json::objectValue);
+    json[Key("id")] = interface.id;
+    json[Key("ip")] = interface.ip;
+    json[Key("type")] = interface.type;
   }
   return list;
 }
@@ -77,12 +99,21 @@ Json::Value Interfaces() {
 }  // namespace
 
 Json::Value HealthDocument(const CheckerRule& rule) {
-  Json::Value document(Json::objectValue);
-  document[Key("rule")] = rule.ToJson();
-  document[Key("hostname")] = HostName();
-  document[Key("uptime")] = Uptime();
-  document[Key("interfaces")] = Interfaces();
-  return document;
+  const std::string hostName = HostName();
+  const std::string uptime = Uptime();
+  const std::vector<Interface> interfaces = ListInterfaces();
+  try {
+    Json::Value document(Json::objectValue);
+    document[Key("rule")] = rule.ToJson();
+    document[Key("hostname")] = hostName;
+    document[Key("uptime")] = uptime;
+    document[Key("interfaces")] = ToJson(interfaces);
+    return document;
+  } catch (const Json::Exception&) {
+    // The library's own word for a failed malloc. All that the platform is asked stands outside:
+    // what that throws is not ours to translate.
+    throw std::bad_alloc();
+  }
 }
 
 }  // namespace VELA::SystemHealth

@@ -1,5 +1,5 @@
 // What of the "get" method no scenario's answer shows.
-#include <stdexcept>
+#include <json/json.h>
 
 #include "tests/support/simulated_test.h"
 
@@ -19,9 +19,20 @@ TEST_F(GetMethod, KeepsTheRequestOpenWhileTheAnswerIsSent) {
   RecordedResponse response;
   response.whileSending = [] {
     EXPECT_EQ(simulator::Simulated().ledger.objects, 1) << "the snapshot's VelaConf";
-    throw std::runtime_error("the server's own");
+    throw Json::RuntimeError("the server's own");
   };
-  EXPECT_THROW(GetAPITable()[0].handler(nullptr, response.AsResponse()), std::runtime_error);
+  EXPECT_THROW(GetAPITable()[0].handler(nullptr, response.AsResponse()), Json::RuntimeError);
+}
+
+TEST_F(GetMethod, LeavesWhatThePlatformThrowsAsItIs) {
+  Simulated().interfaces.resize(1);
+  Simulated().haRunning = true;
+  for (const char* thrower : {"VELAUPSInfoGet", "VELAHAGetOverviewStatusDL", "GetTypeString"}) {
+    Simulated().ledger.onCall = [thrower](std::string_view name) {
+      if (name == thrower) throw Json::RuntimeError("the platform's own");
+    };
+    EXPECT_THROW(Ask(Simulated()), Json::RuntimeError) << thrower;
+  }
 }
 
 TEST_F(GetMethod, CountsMoreLunsThanAnIntHolds) {
