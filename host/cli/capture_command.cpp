@@ -8,6 +8,7 @@
 #include "host/answer/verdict.h"
 #include "host/cli/new_files.h"
 #include "host/cli/terminal.h"
+#include "host/text/escape.h"
 #include "host/text/quantity.h"
 
 namespace host {
@@ -45,10 +46,10 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
     return;
   }
   const Style style = Style::ForStandardOutput();
-  std::cout << texts.FormatUi("captured", style.Bold(folder)) << '\n'
-            << "  " << style.Bold("vela-health --scenario " + AsPath(folder)) << '\n'
-            << style.WrapLines(0, "",
-                               texts.FormatUi("captured_holds", AsPath(folder) + "/" + kState))
+  const std::string path = Sanitize(AsPath(folder));
+  std::cout << texts.FormatUi("captured", style.Bold(Sanitize(folder))) << '\n'
+            << "  " << style.Bold("vela-health --scenario " + path) << '\n'
+            << style.WrapLines(0, "", texts.FormatUi("captured_holds", path + "/" + kState))
             << std::endl;
 }
 

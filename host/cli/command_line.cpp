@@ -6,6 +6,7 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/serve_command.h"
+#include "host/text/escape.h"
 #include "host/text/failure.h"
 
 namespace host {
@@ -41,8 +42,9 @@ class CommandLine {
     app_.set_version_flag("--version", "vela-health " VELA_VERSION);
     app_.fallthrough();
     app_.require_subcommand(0, 1);
-    app_.failure_message(
-        [this](const CLI::App*, const CLI::Error& error) { return UsageError(error.what()); });
+    app_.failure_message([this](const CLI::App*, const CLI::Error& error) {
+      return UsageError(Sanitize(error.what()));
+    });
     AddCommonOptions(app_, common_);
     Add("status", "The most urgent finding and what to do about it (the default)",
         [](Session& session) { return RunStatus(session); });

@@ -13,6 +13,7 @@
 #include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
+#include "host/text/escape.h"
 
 namespace host {
 namespace {
@@ -24,7 +25,8 @@ struct Side {
 };
 
 bool IsSavedAnswer(const std::string& name) {
-  return std::filesystem::is_regular_file(name) &&
+  std::error_code error;  // what cannot be looked at is no saved answer
+  return std::filesystem::is_regular_file(name, error) &&
          std::filesystem::path(name).filename() != "state.json";
 }
 
@@ -90,8 +92,8 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
     std::cout << texts.FormatUi("nothing_changes", now) << '\n';
   } else {
     std::cout << texts.FormatUi("changes") << '\n'
-              << "  " << a << ": " << old << '\n'
-              << "  " << b << ": " << now << '\n';
+              << "  " << Sanitize(a) << ": " << old << '\n'
+              << "  " << Sanitize(b) << ": " << now << '\n';
   }
   PrintHidden(before, after, texts, style);
   std::cout.flush();

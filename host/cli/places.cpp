@@ -79,8 +79,9 @@ fs::path Places::FindLibrary(const std::string& file) const {
 std::string Places::FindScenario(const std::string& nameOrPath) const {
   if (nameOrPath.find('/') != std::string::npos) return nameOrPath;
   const fs::path shipped = data_ / "scenarios";
-  if (fs::exists(shipped / nameOrPath)) return shipped / nameOrPath;
-  if (fs::exists(nameOrPath)) return nameOrPath;
+  std::error_code error;  // a name may be too long for one, or for this user
+  if (fs::exists(shipped / nameOrPath, error)) return shipped / nameOrPath;
+  if (fs::exists(nameOrPath, error)) return nameOrPath;
   throw Failure(kNoInput, "There is no scenario \"" + nameOrPath + "\", neither in " +
                               shipped.string() + " nor in the current folder. " +
                               SuggestScenarios(shipped, nameOrPath));

@@ -10,6 +10,7 @@
 #include "host/answer/verdict.h"
 #include "host/cli/new_files.h"
 #include "host/site/report_page.h"
+#include "host/text/escape.h"
 #include "host/text/quantity.h"
 
 namespace host {
@@ -44,8 +45,9 @@ ExitStatus RunReport(Session& session, const std::string& file) {
     ReplaceFile(file, page);
     Json::Value written;
     written["file"] = file;
-    std::cout << (session.Options().json ? common::WriteCompact(written)
-                                         : session.GetTexts().FormatUi("report_written", file))
+    std::cout << (session.Options().json
+                      ? common::WriteCompact(written)
+                      : session.GetTexts().FormatUi("report_written", Sanitize(file)))
               << std::endl;
   }
   const Reply& reply = explanation.reply;

@@ -6,6 +6,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <string_view>
+#include <utility>
+
+#include "common/sanitize.h"
 
 namespace host {
 namespace {
@@ -56,6 +59,21 @@ std::string FormatLine(const char* format, std::va_list arguments) {
   return line;
 }
 
+// To the C library's own.
+void PassToLog(int priority, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  vsyslog(priority, format, arguments);
+  va_end(arguments);
+}
+
+// A terminal shows the log, and its lines quote anybody.
+void WriteLine(int priority, const char* format, std::va_list arguments) {
+  std::string line = FormatLine(format, arguments);
+  PassToLog(priority, "%s", common::Sanitize(line).c_str());
+  if (listener != nullptr) listener->push_back(std::move(line));
+}
+
 }  // namespace
 
 ModuleLog::ModuleLog() { listener = &lines_; }
@@ -81,13 +99,7 @@ void AddLoggedFailures(const std::vector<std::string>& lines,
 extern "C" void syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  if (host::listener != nullptr) {
-    std::va_list copy;
-    va_copy(copy, arguments);
-    host::listener->push_back(host::FormatLine(format, copy));
-    va_end(copy);
-  }
-  vsyslog(priority, format, arguments);
+  host::WriteLine(priority, format, arguments);
   va_end(arguments);
 }
 #pragma GCC visibility pop

@@ -8,8 +8,8 @@
 
 namespace host {
 
-// Keeps what this thread writes to the system log while it lives; the log gets it, too. One
-// at a time and thread.
+// Keeps what this thread writes to the system log while it lives; the log gets it, too,
+// sanitized. One at a time and thread.
 class ModuleLog {
  public:
   ModuleLog();

@@ -1,13 +1,14 @@
-// Text of unknown origin, made safe to show on a terminal or a page.
+// Text of unknown origin, made safe to show on a page.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "common/sanitize.h"
+
 namespace host {
 
-// Control characters, and those that turn the direction of writing, become U+FFFD.
-std::string Sanitize(std::string_view text);
+using common::Sanitize;
 
 // Sanitized, and shown by a browser as it is, in an element or in a quoted attribute.
 std::string EscapeHtml(std::string_view text);

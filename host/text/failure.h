@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/sanitize.h"
+
 namespace host {
 
 // The program's exit statuses. 64 and up are those of sysexits.h: the question could
@@ -20,11 +22,11 @@ enum ExitStatus : int {
   kCannotWrite = 73,
 };
 
-// Its words say what was tried, what went wrong and what to do.
+// Its words say what was tried, what went wrong and what to do. They may quote anybody.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitStatus status, const std::string& words)
-      : std::runtime_error(words), status_(status) {}
+      : std::runtime_error(common::Sanitize(words)), status_(status) {}
   ExitStatus Status() const { return status_; }
 
  private:

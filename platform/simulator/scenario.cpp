@@ -124,7 +124,8 @@ Machine ParseScenario(const std::string& file, const std::string& text) {
 }
 
 Machine LoadScenario(const std::filesystem::path& path) {
-  const auto file = std::filesystem::is_directory(path) ? path / "state.json" : path;
+  std::error_code error;  // a name may be too long for one: the file says so below
+  const auto file = std::filesystem::is_directory(path, error) ? path / "state.json" : path;
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
   if (!stream || !(text << stream.rdbuf()))

@@ -31,7 +31,13 @@ TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
   }
   for (const Json::Value& c : Cases("sanitized"))
     EXPECT_EQ(Sanitize(c[0].asString()), c[1].asString()) << c[1];
-  for (const char* cut : {"\xE2\x80", "\xC2"}) EXPECT_EQ(Sanitize(cut), cut);
+  // A mark for each byte: cut short, too long, half a pair, beyond the last character.
+  for (const char* bytes : {"\xE2\x80", "\xC0\xAF", "\xED\xA0\x80\xFF", "\xF4\x90\x80\x80"}) {
+    std::string marks;
+    for (const char* at = bytes; *at != '\0'; ++at) marks += "\uFFFD";
+    for (const char* rest : {"", "\u20AC😀"})
+      EXPECT_EQ(Sanitize(std::string("a") + bytes + rest), "a" + marks + rest);
+  }
 }
 
 TEST(Style, LongLinesGoOnBelowTheirText) {

@@ -146,6 +146,9 @@ TEST_F(CollectorTest, WhatCannotBeAskedKeepsItsPlaceAndItsReason) {
   EXPECT_EQ(document["mounts"][0]["device"], "0:45");
   EXPECT_GT(document["mounts"][0]["total"].asUInt64(), document["mounts"][0]["free"].asUInt64());
   EXPECT_EQ(document["trouble"], "/nowhere: No such file or directory");
+  root.Mounts("30 1 0:45 / /no\x1B[2Jwhere rw - fuseblk /dev/sdb1 rw\n");
+  EXPECT_EQ(Run("--once --part fuseblk"),
+            "vela-platform-collect: fuseblk: /no\uFFFD[2Jwhere: No such file or directory\n");
   const auto stuck = TakeLock("ses-0:0:1:0");
   Run("--once --part ses");
   EXPECT_EQ(Snapshot("ses")["enclosures"][0]["unread"],

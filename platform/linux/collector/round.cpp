@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "common/json_reader.h"
+#include "common/sanitize.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/snapshot_folder.h"
@@ -39,7 +40,7 @@ void PrintFailures(const Part& part, const Json::Value& now, const Json::Value& 
   for (const char* member : {kError, kTrouble}) {
     const std::string words = TextMember(now, member);
     if (words.empty() || (words == TextMember(before, member) && !isatty(STDERR_FILENO))) continue;
-    std::cerr << "vela-platform-collect: " << part.name << ": " << words << "\n";
+    std::cerr << "vela-platform-collect: " << part.name << ": " << common::Sanitize(words) << "\n";
   }
 }
 
