@@ -47,12 +47,5 @@ TEST_F(GetMethod, CountsMoreLunsThanAnIntHolds) {
   EXPECT_EQ(rule["description"]["description_params"][0], "2500000000");
 }
 
-TEST_F(GetMethod, ListsThirtyTwoInterfacesAtMost) {
-  Simulated().interfaces.assign(40, {"eth", ""});
-  const Answer answer = Ask(Simulated());
-  EXPECT_EQ(answer.document["interfaces"].size(), 32U);
-  EXPECT_TRUE(answer.log.empty()) << "what stands behind the list was taken for an interface";
-}
-
 }  // namespace
 }  // namespace VELA::SystemHealth

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/own_folder.h"
+#include "tests/support/scenario_folders.h"
 
 namespace simulator {
 namespace {
@@ -21,39 +22,13 @@ std::string MessageFor(const std::string& text) {
 }
 
 TEST(ScenarioFile, IsRefusedWithLineMemberAndWhatItMustBe) {
-  const struct {
-    std::string text;
-    std::string message;  // its beginning, after the file's name
-  } cases[] = {
-      {"", "1: not JSON: "},
-      {"{\n\"uptime\": 1,\n\"uptime\": 2}", "3: not JSON: Duplicate key: 'uptime'"},
-      {std::string(5000, '['), "1: not JSON: "},
-      {"{\n\"why\": \"x\",\n\"upss\": {}}",
-       "3: unknown member \"upss\"; known here: configuration, error, "},
-      {R"({"expansionUnits": {"units": [{}, {"power": {"words": 3}}]}})",
-       "1: unknown member \"expansionUnits.units[1].power.words\"; known here: result, word"},
-      {"{\n\"ups\": 3}", "2: \"ups\" must be an object {...}"},
-      {R"({"storage": {"volumes": [7]}})", "1: \"storage.volumes[0]\" must be an object {...}"},
-      {R"({"storage": {"disks": null}})", "1: \"storage.disks\" must be a list"},
-      {R"({"ups": {"fails": null}})", "1: \"ups.fails\" must be true or false"},
-      {R"({"hostName": 7})", "1: \"hostName\" must be a text"},
-      {R"({"storage": {"volumes": [{"warningShare": "0.05"}]}})",
-       "1: \"storage.volumes[0].warningShare\" must be a number"},
-      {R"({"configuration": {"defaults": []}})",
-       "1: \"configuration.defaults\" must be an object of texts"},
-      {R"({"configuration": {"settings": {"a": 0}}})",
-       "1: \"configuration.settings.a\" must be a text, or null for none"},
-      {R"({"ups": {"connected": 256}})",
-       "1: \"ups.connected\" must be a whole number from 0 to 255"},
-      {R"({"ups": {"state": -2147483649}})",
-       "1: \"ups.state\" must be a whole number from -2147483648 to 2147483647"},
-      {R"({"ups": {"state": 2147483648}})", "1: \"ups.state\" must be a whole number"},
-      {R"({"ups": {"state": 2.5}})", "1: \"ups.state\" must be a whole number"},
-      {R"({"hardware": {"powerDetail": -1}})",
-       "1: \"hardware.powerDetail\" must be a whole number"},
+  const auto expectRefusal = [](const std::string& text, const std::string& beginning) {
+    EXPECT_EQ(MessageFor(text).substr(0, beginning.size() + 11), "state.json:" + beginning);
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(MessageFor(c.text).substr(0, c.message.size() + 11), "state.json:" + c.message);
+  for (const auto& row :
+       scenarios::Read(scenarios::Folder("../tests/fixtures/scenario_errors.json")))
+    expectRefusal(row[0].asString(), row[1].asString());
+  expectRefusal(std::string(5000, '['), "1: not JSON: ");
 }
 
 TEST(ScenarioFile, EndsOfARangeAndCommentsAreWelcome) {
