@@ -102,6 +102,8 @@ TEST_F(Collectors, ConfigurationKeepsItsTwoSourcesApart) {
   EXPECT_TRUE(conf.DefCheckValue("maxdisks", "8", false));
   EXPECT_FALSE(conf.DefCheckValue("other", "", false));
   EXPECT_EQ(conf.InfoDouble("hex", 0.05) + conf.InfoDouble("low", 0.05), 13);
+  Simulated().settingsNull = true;
+  EXPECT_EQ(conf.Info("maxdisks", "1") + conf.Def("maxdisks", "1"), "");
 }
 
 TEST_F(Collectors, ExternalVolumesAreListedByKind) {
