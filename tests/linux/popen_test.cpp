@@ -11,6 +11,7 @@
 
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/process.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/contract/popen.h"
 #include "tests/linux/eventually.h"
 #include "tests/linux/source_statuses.h"
@@ -169,9 +170,41 @@ TEST(Popen, AHostThatClosedItsStandardDescriptorsIsServedToo) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(Popen, WhatAToolStartedEndsWithIt) {
-  const std::string pid = Output("sleep 1000 >/dev/null & echo $!");
-  EXPECT_TRUE(Eventually([&pid] { return !Runs(std::stoi(pid)); })) << pid;
+// How many processes have `word` in their arguments. A dead one has none.
+int CountWith(const std::string& word) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string line = linux_platform::Attribute(entry.path() / "cmdline");
+    if (line.find(word) != std::string::npos) ++count;
+  }
+  return count;
+}
+
+TEST(Child, NothingThatItLeavesBehindStaysHoweverItHides) {
+  const std::string mark = "86400." + std::to_string(getpid());
+  const std::string sleep = "sleep " + mark + " >/dev/null";
+  const struct {
+    const char* what;
+    std::string script;
+    Child::Cut cut;
+  } kTools[] = {
+      {"its own group", sleep + " & echo", Child::Cut::None},
+      {"daemons",
+       "(setsid sh -c 'trap \"\" TERM HUP; setsid " + sleep + "& " + sleep + "' >/dev/null &) &",
+       Child::Cut::None},
+      {"more than anybody counts",
+       "for i in $(seq 400); do setsid nohup " + sleep + " & done; kill -STOP $PPID; cat /dev/zero",
+       Child::Cut::Long},
+      {"one that starts others without end",
+       "trap '' TERM; while :; do (setsid " + sleep + " &); echo; done", Child::Cut::Long},
+  };
+  for (const auto& tool : kTools) {
+    SCOPED_TRACE(tool.what);
+    Child::Cut cut;
+    Bounded(tool.script.c_str(), {60s, 300}, cut);
+    EXPECT_EQ(cut, tool.cut);
+    EXPECT_TRUE(Eventually([&] { return CountWith(mark) == 0; }));
+  }
 }
 
 }  // namespace

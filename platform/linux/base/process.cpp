@@ -3,27 +3,27 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <mutex>
-#include <thread>
 
 #include "platform/linux/base/deadline.h"
-#include "platform/linux/base/descendants.h"
+#include "platform/linux/base/spawn.h"
+#include "platform/linux/base/supervision.h"
 
 namespace linux_platform {
 namespace {
 
-using std::chrono::milliseconds, std::chrono::microseconds, std::chrono::steady_clock;
+using std::chrono::milliseconds, std::chrono::steady_clock;
 
 constexpr auto kGracePeriod = milliseconds(100);
 
-// Children that a SIGKILL did not end in time. They wait in the kernel, on a dead disk
-// say, and another run of the same command would only join them.
+// Supervisors of what a SIGKILL did not end in time: it waits in the kernel, on a dead disk
+// say. Another run of the same command would only join it, unless the command itself has ended
+// and only something that it started is left.
 class StuckChildren {
  public:
   // Reaps those that ended since. Whether one of `command` is left.
@@ -52,83 +52,14 @@ StuckChildren& AllStuck() {
   return stuck;
 }
 
-class SpawnActions {
- public:
-  // `output` must lie above the standard descriptors.
-  explicit SpawnActions(int output) {
-    posix_spawn_file_actions_init(&actions_);
-    posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-  }
-  ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
-  SpawnActions(const SpawnActions&) = delete;
-  SpawnActions& operator=(const SpawnActions&) = delete;
-  const posix_spawn_file_actions_t* Get() const { return &actions_; }
-
- private:
-  posix_spawn_file_actions_t actions_;
-};
-
-class SpawnAttributes {
- public:
-  SpawnAttributes() {
-    sigset_t all, none;
-    sigfillset(&all);
-    sigemptyset(&none);
-    posix_spawnattr_init(&attributes_);
-    posix_spawnattr_setflags(
-        &attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    posix_spawnattr_setpgroup(&attributes_, 0);
-    posix_spawnattr_setsigmask(&attributes_, &none);
-    posix_spawnattr_setsigdefault(&attributes_, &all);
-  }
-  ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
-  SpawnAttributes(const SpawnAttributes&) = delete;
-  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-  const posix_spawnattr_t* Get() const { return &attributes_; }
-
- private:
-  posix_spawnattr_t attributes_;
-};
-
 // Both ends close on exec, the reading end does not block, and the writing end lies
 // above the standard descriptors even when this process has closed its own.
 bool MakePipe(Descriptor& reading, Descriptor& writing) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return false;
   reading = Descriptor(ends[0]);
-  writing = Descriptor(ends[1]);
-  if (ends[1] <= STDERR_FILENO) writing = Descriptor(fcntl(ends[1], F_DUPFD_CLOEXEC, 3));
+  writing = AboveStandard(Descriptor(ends[1]));
   return writing && fcntl(ends[0], F_SETFL, O_NONBLOCK) == 0;
-}
-
-// 0, or an error number. posix_spawn shares this process's memory until the program
-// runs, so nothing of it is copied.
-int Spawn(const std::vector<std::string>& arguments, int output, pid_t& pid) {
-  std::vector<char*> argv;
-  argv.reserve(arguments.size() + 1);
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  char path[] = "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-  char locale[] = "LC_ALL=C";
-  char* const environment[] = {path, locale, nullptr};
-  return posix_spawn(&pid, argv[0], SpawnActions(output).Get(), SpawnAttributes().Get(),
-                     argv.data(), environment);
-}
-
-// Waits until the child is dead, but leaves it to be reaped: while it is there, no other
-// process can take its number, which is also its group's.
-bool AwaitDeath(pid_t pid, milliseconds bound) {
-  const auto end = steady_clock::now() + bound;
-  for (microseconds pause(50);; pause = std::min<microseconds>(pause * 2, milliseconds(5))) {
-    siginfo_t info = {};
-    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return true;
-    if (info.si_pid == pid) return true;
-    if (steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(pause);
-  }
 }
 
 }  // namespace
@@ -141,26 +72,51 @@ Child::Child(const std::vector<std::string>& arguments, Bounds bounds, std::stri
   }
   Descriptor writing;
   int error = MakePipe(output_, writing) ? 0 : errno;
-  if (error == 0) error = Spawn(arguments, writing.Get(), pid_);
+  std::string what = command_.at(0);
+  if (error == 0)
+    error = StartSupervised(command_, TimesFactor(kGracePeriod), writing.Get(), line_, pid_, what);
+  if (error != 0) pid_ = -1;
+  if (error == 0) error = AwaitStart();
   if (error == 0) return;
-  pid_ = -1;
-  reason = command_.at(0) + " could not be started: " + std::strerror(error);
+  Finish();
+  reason = what + " could not be started: " + std::strerror(error);
 }
 
 Child::~Child() { Finish(); }
 
+// 0, or why the program did not start. One that takes longer than its time to start is late.
+int Child::AwaitStart() {
+  int error = 0;
+  pollfd ready = {line_.Get(), POLLIN, 0};
+  while (poll(&ready, 1, static_cast<int>(TimeLeft())) < 0 && errno == EINTR) continue;
+  if (ready.revents == 0) return 0;
+  return recv(line_.Get(), &error, sizeof error, 0) == sizeof error ? error : EIO;
+}
+
+// Rounded up, so that nobody waits in vain for the last part of a millisecond; 0 when it is over.
+long Child::TimeLeft() const {
+  return std::max<long>(std::chrono::ceil<milliseconds>(deadline_ - steady_clock::now()).count(),
+                        0);
+}
+
+// A program may have stopped its supervisor.
+void Child::EndNow() {
+  send(line_.Get(), "", 1, MSG_NOSIGNAL);
+  kill(pid_, SIGCONT);
+}
+
 ssize_t Child::CutOff(Cut cut) {
   cut_ = cut;
   ended_ = true;
-  KillWithDescendants(pid_);
+  EndNow();
   return 0;
 }
 
 ssize_t Child::Read(char* buffer, std::size_t size) {
   if (ended_ || size == 0) return 0;
   for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(deadline_ - steady_clock::now()).count();
-    if (left <= 0) return CutOff(Cut::Late);
+    const long left = TimeLeft();
+    if (left == 0) return CutOff(Cut::Late);
     const ssize_t got = read(output_.Get(), buffer, size);
     if (got >= 0) {
       ended_ = got == 0;
@@ -176,17 +132,21 @@ ssize_t Child::Read(char* buffer, std::size_t size) {
 
 int Child::Finish() {
   if (!Started()) return -1;
-  const pid_t pid = std::exchange(pid_, -1);
   output_ = Descriptor();
-  // A program that closed its output is about to exit and may keep its exit status.
-  if (ended_ && cut_ == Cut::None) AwaitDeath(pid, TimesFactor(kGracePeriod));
-  kill(-pid, SIGKILL);
-  if (!AwaitDeath(pid, TimesFactor(kGracePeriod))) {
-    AllStuck().Add(command_, pid);
-    return -1;
-  }
+  // A program that closed its output is about to exit and may keep its exit status. The line
+  // ends even where this process was forked and a copy of it is left.
+  if (!ended_) EndNow();
+  shutdown(line_.Get(), SHUT_WR);
+  const pid_t pid = std::exchange(pid_, -1);
+  const bool isDead = AwaitDeath(pid, TimesFactor(2 * kGracePeriod));
   int status = -1;
-  return waitpid(pid, &status, WNOHANG) == pid ? status : -1;
+  const bool isKnown =
+      recv(line_.Get(), &status, sizeof status, MSG_DONTWAIT) == ssize_t{sizeof status};
+  if (isDead)
+    waitpid(pid, nullptr, WNOHANG);
+  else
+    AllStuck().Add(isKnown ? std::vector<std::string>() : command_, pid);
+  return isKnown ? status : -1;
 }
 
 }  // namespace linux_platform
