@@ -70,7 +70,7 @@ bool SanStatusInfo::LoadSanStatusInfo() {
   BOOST_SCOPE_EXIT_ALL(stream) { VLIBCPclose(stream); };
 
   Json::Value san;
-  if (common::ParseJson(ReadLines(stream), san, common::Comments::Collect)) {
+  if (common::ParseJson(ReadLines(stream), san)) {
     const Json::Value* lowCapacityWrite = common::FindMember(san, "low_capacity_write_on");
     lowCapacityWrite_ =
         lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();

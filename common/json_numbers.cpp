@@ -5,23 +5,12 @@
 #include <cstdint>
 #include <locale>
 
+#include "common/json_marks.h"
+
 namespace common {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789";
-
-std::size_t TextLength(std::string_view text) {
-  std::size_t length = 1;
-  while (length < text.size() && text[length] != '"') length += text[length] == '\\' ? 2 : 1;
-  return length + 1;
-}
-
-std::size_t CommentLength(std::string_view text) {
-  if (text.starts_with("//")) return text.find_first_of("\r\n");
-  if (!text.starts_with("/*")) return 1;
-  const std::size_t end = text.find("*/", 2);
-  return end == text.npos ? end : end + 2;
-}
 
 // What the library takes for a number, be it one or not.
 std::size_t NumberLength(std::string_view text) {
@@ -66,8 +55,8 @@ std::string WithoutDecimalPoints(std::string_view document) {
     const char first = document[0];
     const bool isNumber = first == '-' || kDigits.find(first) != kDigits.npos;
     const std::size_t length = isNumber       ? NumberLength(document)
-                               : first == '"' ? TextLength(document)
-                               : first == '/' ? CommentLength(document)
+                               : first == '"' ? GetQuotedLength(document)
+                               : first == '/' ? GetCommentLength(document)
                                               : 1;
     const std::string_view token = document.substr(0, length);
     if (isNumber) {

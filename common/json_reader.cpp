@@ -13,6 +13,7 @@
 #include <json/reader.h>
 #include <boost/scope_exit.hpp>
 
+#include "common/json_marks.h"
 #include "common/json_numbers.h"
 #include "common/number.h"
 
@@ -20,12 +21,6 @@ namespace common {
 namespace {
 
 constexpr std::size_t kLargestFile = 16U << 20U;
-
-// The parser reports a document that is nested too deep by an exception, and a
-// failed malloc by one of the same type.
-bool IsTooDeep(const Json::RuntimeError& error) {
-  return std::string_view(error.what()).find("stackLimit") != std::string_view::npos;
-}
 
 // Reads up to `size` bytes into `text` and returns how many there were; -1 on an error.
 ssize_t ReadFile(int file, char* text, std::size_t size) {
@@ -39,12 +34,11 @@ ssize_t ReadFile(int file, char* text, std::size_t size) {
   return static_cast<ssize_t>(length);
 }
 
-bool Parse(std::string_view text, Json::Value& value, Comments comments) {
+bool Parse(std::string_view text, Json::Value& value) {
   errno = 0;
-  // Given two pointers, the reader keeps no copy of the text.
-  if (Json::Reader().parse(text.data(), text.data() + text.size(), value,
-                           comments == Comments::Collect))
-    return true;
+  // Given two pointers, the reader keeps no copy of the text. Told to keep comments, it would look
+  // at the text behind a value once for each of them.
+  if (Json::Reader().parse(text.data(), text.data() + text.size(), value, false)) return true;
   // That stream swallows exhausted memory, and reports bad syntax.
   if (errno == ENOMEM) throw std::bad_alloc();
   return false;
@@ -82,18 +76,24 @@ std::uint64_t SizeMember(const Json::Value& value, const char* name) {
   return ToSize(member->asDouble()).value_or(0);
 }
 
-bool ParseJson(std::string_view text, Json::Value& value, Comments comments) {
+Parsed TryParseJson(std::string_view text, Json::Value& value, std::size_t mostValues) {
+  const JsonShape shape = MeasureJson(text);
+  if (shape.depth > kDeepestJson) return Parsed::Invalid;
+  if (shape.values > mostValues) return Parsed::TooLarge;
   try {
     Json::Value parsed;
-    const bool valid = LocaleReadsFractions() ? Parse(text, parsed, comments)
-                                              : Parse(WithoutDecimalPoints(text), parsed, comments);
-    if (!valid) return false;
+    const bool valid =
+        LocaleReadsFractions() ? Parse(text, parsed) : Parse(WithoutDecimalPoints(text), parsed);
+    if (!valid) return Parsed::Invalid;
     value.swap(parsed);
-    return true;
-  } catch (const Json::RuntimeError& error) {
-    if (IsTooDeep(error)) return false;
+    return Parsed::Whole;
+  } catch (const Json::RuntimeError&) {  // of a failed malloc
     throw std::bad_alloc();
   }
+}
+
+bool ParseJson(std::string_view text, Json::Value& value) {
+  return TryParseJson(text, value) == Parsed::Whole;
 }
 
 bool ReadJsonFile(const char* path, Json::Value& value) {

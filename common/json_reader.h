@@ -26,10 +26,17 @@ std::string TextMember(const Json::Value& value, const char* name);
 // Fractions are dropped.
 std::uint64_t SizeMember(const Json::Value& value, const char* name);
 
-// Parses `text` into `value`, which stays as it was when `text` is not a JSON
-// document or is nested deeper than the parser allows (1,000 levels).
-enum class Comments { Skip, Collect };
-bool ParseJson(std::string_view text, Json::Value& value, Comments comments = Comments::Skip);
+// The values that one document may make: 190 MiB of memory at most.
+constexpr std::size_t kMostJsonValues = 1'000'000;
+
+enum class Parsed { Whole, Invalid, TooLarge };
+
+// Parses `text` into `value`, which stays as it was unless Whole. Invalid: no JSON document, or
+// one with more levels than are followed. TooLarge: it would make more than `mostValues`.
+Parsed TryParseJson(std::string_view text, Json::Value& value,
+                    std::size_t mostValues = kMostJsonValues);
+// Whether it was Whole.
+bool ParseJson(std::string_view text, Json::Value& value);
 
 // Reads and parses a regular file of at most 16 MiB. False on any failure.
 bool ReadJsonFile(const char* path, Json::Value& value);

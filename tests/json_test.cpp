@@ -1,5 +1,6 @@
 // The reader and the writer of JSON, where no machine's answer shows what they do.
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/json_marks.h"
 #include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "tests/support/comma_locale.h"
@@ -30,6 +32,41 @@ TEST(JsonReader, ReadsRegularFilesUpToSixteenMebibytes) {
   alarm(60);  // a reader that waits for a writer ends here
   EXPECT_FALSE(ReadJsonFile(pipe.c_str(), read));
   alarm(0);
+}
+
+std::string Repeat(std::size_t count, const std::string& text) {
+  std::string all;
+  for (; count > 0; --count) all += text;
+  return all;
+}
+
+// In a thread with the stack of a small server's.
+void* ReadWhatIsNestedDeeply(void*) {
+  const std::string opens = Repeat(kDeepestJson, "{\"a\":"), closes(kDeepestJson, '}');
+  Json::Value value;
+  EXPECT_TRUE(ParseJson(opens + "1" + closes, value));
+  EXPECT_EQ(WriteCompact(value), opens + "1" + closes);
+  EXPECT_FALSE(ParseJson(opens + "[]" + closes, value));
+  // The parser takes the bracket behind a comment for a comma.
+  EXPECT_FALSE(ParseJson("{\"a\":" + Repeat(1500, "{\"b\":1/**/]\"c\":"), value));
+  EXPECT_TRUE(ParseJson("7" + std::string(kDeepestJson + 1, '['), value));
+  return nullptr;
+}
+
+TEST(JsonReader, FollowsNoMoreLevelsThanASmallStackHolds) {
+  pthread_attr_t small;
+  pthread_t thread;
+  pthread_attr_init(&small);
+  pthread_attr_setstacksize(&small, std::size_t{256} << 10);
+  ASSERT_EQ(pthread_create(&thread, &small, ReadWhatIsNestedDeeply, nullptr), 0);
+  pthread_join(thread, nullptr);
+}
+
+TEST(JsonReader, RefusesMoreValuesThanMemoryBears) {
+  Json::Value value;
+  EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 5), Parsed::Whole);
+  EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 4), Parsed::TooLarge);
+  EXPECT_FALSE(ParseJson("[1" + Repeat(kMostJsonValues, ",1") + "]", value));
 }
 
 // What the array `text` is read as; "invalid" when it is none.
