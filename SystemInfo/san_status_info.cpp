@@ -1,13 +1,15 @@
 #include "SystemInfo/san_status_info.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include <velac.h>
 #include <boost/scope_exit.hpp>
 
+#include "common/json_lists.h"
 #include "common/json_reader.h"
 #include "module/base/log.h"
 
@@ -19,15 +21,19 @@ constexpr LogPosition kNoVolumes{"SystemInfo/san_status_info", 66};
 constexpr LogPosition kExecFailed{"SystemInfo/san_status_info", 104};
 
 constexpr const char* kTool = "/usr/local/bin/velaiscsiep";
+constexpr const char *kLuns = "luns", *kVolumes = "volumes";
 
-std::string ReadLines(FILE* stream) {
+constexpr std::size_t kLargestOutput = 16U << 20U;
+
+// The whole output; of one that is too large a little more than may be.
+std::string ReadOutput(FILE* stream) {
   std::string text;
-  char* line = nullptr;
-  std::size_t room = 0;
-  BOOST_SCOPE_EXIT_ALL(&line) { std::free(line); };
+  std::array<char, 4096> part;
   errno = 0;
-  for (ssize_t length = 0; (length = getline(&line, &room, stream)) > 0;)
-    text.append(line, static_cast<std::size_t>(length));
+  for (std::size_t length = 1; length > 0 && text.size() <= kLargestOutput;) {
+    length = std::fread(part.data(), 1, part.size(), stream);
+    text.append(part.data(), length);
+  }
   if (errno == ENOMEM) throw std::bad_alloc();
   return text;
 }
@@ -40,15 +46,6 @@ LunInfo LunFromJson(const Json::Value& lun) {
 VolumeInfo VolumeFromJson(const Json::Value& volume) {
   return {common::TextMember(volume, "path"), common::SizeMember(volume, "free_size"),
           common::SizeMember(volume, "total_size")};
-}
-
-// One record for each element; a value that is no array has no elements.
-template <typename Record>
-void Append(const Json::Value& array, Record (*fromJson)(const Json::Value&),
-            std::vector<Record>& records) {
-  if (!array.isArray()) return;
-  records.reserve(array.size());
-  for (const Json::Value& element : array) records.push_back(fromJson(element));
 }
 
 }  // namespace
@@ -69,35 +66,47 @@ bool SanStatusInfo::LoadSanStatusInfo() {
   }
   BOOST_SCOPE_EXIT_ALL(stream) { VLIBCPclose(stream); };
 
-  Json::Value san;
-  if (common::ParseJson(ReadLines(stream), san)) {
-    const Json::Value* lowCapacityWrite = common::FindMember(san, "low_capacity_write_on");
-    lowCapacityWrite_ =
-        lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();
-    // Static: a name that the library copies fails in its own words when memory is short.
-    rawStatus_[Json::StaticString("san")].swap(san);
-  }
+  TakeOutput(ReadOutput(stream));
   return true;
 }
 
-void SanStatusInfo::LoadLunInfo() {
+void SanStatusInfo::TakeOutput(std::string text) {
+  std::vector<LunInfo> luns;
+  std::vector<VolumeInfo> volumes;
+  const auto take = [&](std::string_view list, const Json::Value& element) {
+    if (list == kLuns) luns.push_back(LunFromJson(element));
+    if (list == kVolumes) volumes.push_back(VolumeFromJson(element));
+  };
+  Json::Value san;
+  const common::Parsed parsed = text.size() > kLargestOutput
+                                    ? common::Parsed::TooLarge
+                                    : common::ParseJsonLists(std::move(text), san, take);
+  if (parsed == common::Parsed::TooLarge)
+    LogError({"SystemInfo/san_status_info", __LINE__},
+             "Failed to read the output of [%s --get_service_status], it is more than %zu MiB or "
+             "%zu LUNs and volumes",
+             kTool, kLargestOutput >> 20U, common::kMostElements);
+  if (parsed != common::Parsed::Whole) return;
+  luns_.swap(luns);
+  volumes_.swap(volumes);
+  const Json::Value* lowCapacityWrite = common::FindMember(san, "low_capacity_write_on");
+  lowCapacityWrite_ =
+      lowCapacityWrite != nullptr && lowCapacityWrite->isBool() && lowCapacityWrite->asBool();
+  // Static: a name that the library copies fails in its own words when memory is short.
+  rawStatus_[Json::StaticString("san")].swap(san);
+}
+
+bool SanStatusInfo::HasMember(const char* name) const {
   const Json::Value* san = common::FindMember(rawStatus_, "san");
-  const Json::Value* luns = san != nullptr ? common::FindMember(*san, "luns") : nullptr;
-  if (luns == nullptr) {
-    LogError(kNoLuns, "Failed to load lun info for SAN Manager");
-    return;
-  }
-  Append(*luns, LunFromJson, luns_);
+  return san != nullptr && common::FindMember(*san, name) != nullptr;
+}
+
+void SanStatusInfo::LoadLunInfo() {
+  if (!HasMember(kLuns)) LogError(kNoLuns, "Failed to load lun info for SAN Manager");
 }
 
 void SanStatusInfo::LoadVolumeInfo() {
-  const Json::Value* san = common::FindMember(rawStatus_, "san");
-  const Json::Value* volumes = san != nullptr ? common::FindMember(*san, "volumes") : nullptr;
-  if (volumes == nullptr) {
-    LogError(kNoVolumes, "Failed to load volume info for SAN Manager");
-    return;
-  }
-  Append(*volumes, VolumeFromJson, volumes_);
+  if (!HasMember(kVolumes)) LogError(kNoVolumes, "Failed to load volume info for SAN Manager");
 }
 
 }  // namespace VELA::SystemHealth

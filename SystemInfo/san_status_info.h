@@ -37,11 +37,14 @@ class SanStatusInfo : public AbstractInfo {
   bool LoadSanStatusInfo();  // false on a model without the service
   void LoadLunInfo();
   void LoadVolumeInfo();
+  void TakeOutput(std::string text);
+  bool HasMember(const char* name) const;  // of the tool's output
 
   std::vector<LunInfo> luns_;
   std::vector<VolumeInfo> volumes_;
   bool lowCapacityWrite_ = false;
-  Json::Value rawStatus_;  // {"san": the tool's whole output}; null until loaded
+  // {"san": the tool's output without the elements of its lists}; null until loaded
+  Json::Value rawStatus_;
 };
 
 }  // namespace VELA::SystemHealth

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/json_lists.h"
 #include "common/json_marks.h"
 #include "common/json_reader.h"
 #include "common/json_writer.h"
@@ -67,6 +68,36 @@ TEST(JsonReader, RefusesMoreValuesThanMemoryBears) {
   EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 5), Parsed::Whole);
   EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 4), Parsed::TooLarge);
   EXPECT_FALSE(ParseJson("[1" + Repeat(kMostJsonValues, ",1") + "]", value));
+}
+
+TEST(JsonLists, AreReadInPiecesAsTheDocumentIsReadWhole) {
+  Json::Value documents;
+  ASSERT_TRUE(ReadJsonFile(VELA_SCENARIOS "/../tests/fixtures/json_documents.json", documents));
+  for (const Json::Value& each : documents) {
+    SCOPED_TRACE(each.asString());
+    Json::Value whole, pieces, lists(Json::objectValue);
+    const bool valid = ParseJson(each.asString(), whole);
+    const auto take = [&lists](auto list, auto& element) {
+      lists[std::string(list)].append(element);
+    };
+    ASSERT_EQ(ParseJsonLists(each.asString(), pieces, take, 1) == Parsed::Whole, valid);
+    for (const std::string& name : lists.getMemberNames())
+      if (valid) pieces[name] = lists[name];
+    EXPECT_TRUE(!valid || pieces == whole);
+  }
+}
+
+TEST(JsonLists, HoldAsMuchAsMemoryBears) {
+  const auto parse = [](std::size_t count, const std::string& element) {
+    Json::Value rest;
+    const std::string list = "{\"a\": [" + Repeat(count - 1, element + ",") + element;
+    return ParseJsonLists(list + "], \"b\": [[]]}", rest, [](auto, auto&) {});
+  };
+  EXPECT_EQ(parse(1, "1], \"c\": 2 // {\n{\"d\": [3"), Parsed::Invalid) << "an odd comma";
+  EXPECT_EQ(parse(kMostElements - 1, "1"), Parsed::Whole);
+  EXPECT_EQ(parse(kMostElements, "1"), Parsed::TooLarge);
+  EXPECT_EQ(parse(kMostListedValues / 5, "[1,1,1,1]"), Parsed::TooLarge);
+  EXPECT_EQ(parse(1, "[1" + Repeat(100'000, ",1") + "]"), Parsed::TooLarge);
 }
 
 // What the array `text` is read as; "invalid" when it is none.
