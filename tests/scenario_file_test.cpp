@@ -28,7 +28,8 @@ TEST(ScenarioFile, IsRefusedWithLineMemberAndWhatItMustBe) {
   for (const auto& row :
        scenarios::Read(scenarios::Folder("../tests/fixtures/scenario_errors.json")))
     expectRefusal(row[0].asString(), row[1].asString());
-  expectRefusal(std::string(5000, '['), "1: not JSON: ");
+  expectRefusal("\xEF\xBB\xBF" + std::string(5000, '['), "1: nested deeper than 256 levels");
+  expectRefusal("\n[" + std::string(300'000, '1') + "e]", "2: not JSON: '111");
 }
 
 TEST(ScenarioFile, EndsOfARangeAndCommentsAreWelcome) {

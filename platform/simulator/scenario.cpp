@@ -2,11 +2,12 @@
 
 #include <fstream>
 #include <memory>
-#include <regex>
 #include <sstream>
 
 #include <json/reader.h>
 
+#include "common/json_lists.h"
+#include "common/json_marks.h"
 #include "common/json_writer.h"
 #include "platform/simulator/scenario_fields.h"
 
@@ -85,7 +86,30 @@ class FieldReader {
   Object& object_;
 };
 
+// What the parser's stack and memory can bear.
+void CheckShape(const ScenarioText& scenario) {
+  const common::JsonShape shape = common::MeasureJson(scenario.text);
+  if (shape.depth > common::kDeepestJson)
+    throw ScenarioError(scenario.file + ":1: nested deeper than " +
+                        std::to_string(common::kDeepestJson) + " levels");
+  if (shape.values > common::kMostListedValues)
+    throw ScenarioError(scenario.file + ":1: more than " +
+                        std::to_string(common::kMostListedValues) + " values");
+}
+
+// What the library's report says first: "* Line 3, Column 5\n  What is wrong\n...".
+std::string DescribeFirst(const std::string& report) {
+  constexpr std::size_t kLongest = 160;  // it quotes a number, however long
+  constexpr std::string_view kLine = "* Line ", kColumn = ", Column ";
+  const std::size_t column = report.find(kColumn), end = report.find("\n  ", column);
+  if (!report.starts_with(kLine) || end == report.npos) return "1: not JSON: " + report;
+  const std::string what = report.substr(end + 3, kLongest);
+  return report.substr(kLine.size(), column - kLine.size()) +
+         ": not JSON: " + what.substr(0, what.find('\n'));
+}
+
 Json::Value Parse(const ScenarioText& scenario) {
+  CheckShape(scenario);
   Json::CharReaderBuilder strict;
   Json::CharReaderBuilder::strictMode(&strict.settings_);
   strict["allowComments"] = true;
@@ -93,19 +117,9 @@ Json::Value Parse(const ScenarioText& scenario) {
   const char* begin = scenario.text.data();
   Json::Value root;
   std::string errors;
-  bool parsed = false;
-  try {
-    parsed = reader->parse(begin, begin + scenario.text.size(), &root, &errors);
-  } catch (const Json::Exception& error) {
-    errors = error.what();
-  }
-  if (parsed) return root;
-
-  // The library's report: "* Line 3, Column 5\n  What is wrong\n...".
-  std::smatch match;
-  if (std::regex_search(errors, match, std::regex("Line (\\d+), Column \\d+\\s+([^\\n]+)")))
-    throw ScenarioError(scenario.file + ":" + match.str(1) + ": not JSON: " + match.str(2));
-  throw ScenarioError(scenario.file + ":1: not JSON: " + errors);
+  if (!reader->parse(begin, begin + scenario.text.size(), &root, &errors))
+    throw ScenarioError(scenario.file + ":" + DescribeFirst(errors));
+  return root;
 }
 
 }  // namespace

@@ -5,10 +5,9 @@
 #include <cmath>
 #include <concepts>
 #include <limits>
-#include <memory>
 
-#include <json/reader.h>
-
+#include "common/json_marks.h"
+#include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "platform/simulator/scenario_fields.h"
 
@@ -33,19 +32,16 @@ Json::Value ToJson(float value) {
   return number;
 }
 
-// The document whose compact text these bytes are, if there is one: it reads better.
+// The document whose compact text these bytes are, if there is one that people could read: it
+// reads better.
 std::optional<Json::Value> ParseDocument(const std::string& bytes) {
-  Json::CharReaderBuilder shallow;
-  shallow["stackLimit"] = 900;  // within a scenario it stands deeper
-  const std::unique_ptr<Json::CharReader> reader(shallow.newCharReader());
+  constexpr std::size_t kMostReadable = 10'000, kDeepest = common::kDeepestJson - 8;
+  const common::JsonShape shape = common::MeasureJson(bytes);
   Json::Value document;
-  try {
-    if (!reader->parse(bytes.data(), bytes.data() + bytes.size(), &document, nullptr) ||
-        document.isNull() || common::WriteCompact(document) != bytes)
-      return std::nullopt;
-  } catch (const Json::Exception&) {
-    return std::nullopt;  // nested deeper than the library follows
-  }
+  if (shape.values > kMostReadable || shape.depth > kDeepest) return std::nullopt;
+  if (!common::ParseJson(bytes, document) || document.isNull() ||
+      common::WriteCompact(document) != bytes)
+    return std::nullopt;
   return document;
 }
 
