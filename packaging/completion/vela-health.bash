@@ -2,6 +2,7 @@
 _vela_health() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} each command=
   local options="--platform --module --scenario --lang --json --help --version"
+  local words="--lang --json --help"
   local scenarios=/usr/share/vela-systemhealth/scenarios
   for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $each in
@@ -16,11 +17,11 @@ _vela_health() {
     --listen | --port | --host-name | --why) COMPREPLY=() && return ;;
   esac
   case $command in
-    diff) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null) $options" -f -- "$word") ;;
-    findings) mapfile -t COMPREPLY < <(compgen -W "--markdown $options" -- "$word") ;;
+    diff) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null) --module $words" -f -- "$word") ;;
+    findings) mapfile -t COMPREPLY < <(compgen -W "--markdown $words" -- "$word") ;;
     capture) mapfile -t COMPREPLY < <(compgen -W "--why $options" -d -- "$word") ;;
     report) mapfile -t COMPREPLY < <(compgen -W "$options" -f -- "$word") ;;
-    serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo $options" -- "$word") ;;
+    serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo --platform --module --scenario --help" -- "$word") ;;
     '') mapfile -t COMPREPLY < <(compgen -W "status explain diff findings capture report serve $options" -- "$word") ;;
     *) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word") ;;
   esac

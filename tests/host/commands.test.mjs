@@ -37,6 +37,7 @@ const onTerminal = (columns, words, environment = "TERM=xterm") => spawnSync("sc
 
 test("the exit status tells the verdict", expectTable);
 test("explain shows every check and what decided", expectTable);
+test("an option that a command has no use for is refused", expectTable);
 test("no name reaches the terminal with its control characters", expectTable);
 test("report holds findings and checks and sources and the document", expectTable);
 
