@@ -42,7 +42,7 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
     written["folder"] = folder;
     written["files"].append(kState);
     written["files"].append(kAnswer);
-    std::cout << common::WriteCompact(written) << std::endl;
+    std::cout << common::WriteCompact(written) << '\n';
     return;
   }
   const Style style = Style::ForStandardOutput();
@@ -50,7 +50,7 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
   std::cout << texts.FormatUi("captured", style.Bold(Sanitize(folder))) << '\n'
             << "  " << style.Bold("vela-health --scenario " + path) << '\n'
             << style.WrapLines(0, "", texts.FormatUi("captured_holds", path + "/" + kState))
-            << std::endl;
+            << '\n';
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/common_options.h"
 #include "host/cli/serve_command.h"
+#include "host/cli/standard_output.h"
 #include "host/text/escape.h"
 #include "host/text/failure.h"
 
@@ -18,7 +19,7 @@ constexpr const char* kDescription =
     "Is this machine healthy, and if not, which one thing matters most?";
 constexpr const char* kFooter =
     "Exit status: 0 healthy, 1 a warning or notice, 2 danger, 3 healthy as far as could\n"
-    "be read, 64 and up when the question could not be asked.";
+    "be read, 64 and up when the question could not be asked, or the answer not written.";
 
 class CommandLine {
  public:
@@ -162,7 +163,10 @@ class CommandLine {
 
 int RunCommandLine(int count, const char* const* arguments) {
   try {
-    return CommandLine().Run(count, arguments);
+    const HeldOutput output;
+    const int status = CommandLine().Run(count, arguments);
+    output.Write();
+    return status;
   } catch (const Failure& failure) {
     std::cerr << "vela-health: " << failure.what() << '\n';
     return failure.Status();

@@ -1,4 +1,5 @@
-// The command line and its commands. All print to standard output and throw Failure.
+// The command line and its commands. All print to std::cout, which is held back until the
+// command has come to its end, and throw Failure.
 #pragma once
 
 #include <string>

@@ -85,7 +85,7 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
     sides["changes"] = old != now;
     sides["a"] = RenderSentence(before.finding, texts);
     sides["b"] = RenderSentence(after.finding, texts);
-    std::cout << common::WriteCompact(sides) << std::endl;
+    std::cout << common::WriteCompact(sides) << '\n';
     return after.status;
   }
   if (old == now) {
@@ -96,7 +96,6 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
               << "  " << Sanitize(b) << ": " << now << '\n';
   }
   PrintHidden(before, after, texts, style);
-  std::cout.flush();
   return after.status;
 }
 

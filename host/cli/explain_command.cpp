@@ -62,7 +62,7 @@ ExitStatus RunExplain(Session& session) {
   }
   const std::vector<VELASourceReport>& sources = explanation.reply.sources;
   if (session.Options().json) {
-    std::cout << explanation.json << std::endl;
+    std::cout << explanation.json << '\n';
   } else {
     const Texts& texts = session.GetTexts();
     const Style style = Style::ForStandardOutput();
@@ -71,7 +71,7 @@ ExitStatus RunExplain(Session& session) {
     PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
     std::cout << '\n';
     for (const std::string& line : FormatFailedSources(sources, texts)) std::cout << line << '\n';
-    std::cout << style.Faint(FormatSourcesLine(sources, texts)) << std::endl;
+    std::cout << style.Faint(FormatSourcesLine(sources, texts)) << '\n';
   }
   const Finding rule = ParseAnswer(explanation.reply.document).rule;
   return ChooseExitStatus(rule, sources);

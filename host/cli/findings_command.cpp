@@ -76,7 +76,6 @@ ExitStatus RunFindings(Session& session, bool markdown) {
     }
   }
   if (session.Options().json) std::cout << common::WriteCompact(all) << '\n';
-  std::cout.flush();
   return kHealthy;
 }
 

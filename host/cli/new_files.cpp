@@ -32,12 +32,7 @@ fs::path Absolute(const fs::path& path) {
 std::error_code WriteNew(const fs::path& file, std::string_view text) {
   const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
   if (out < 0) return {errno, std::generic_category()};
-  std::error_code error;
-  while (!text.empty() && !error) {
-    const ssize_t written = write(out, text.data(), text.size());
-    if (written < 0) error = {errno, std::generic_category()};
-    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  std::error_code error = WriteAll(out, text);
   if (close(out) != 0 && !error) error = {errno, std::generic_category()};
   return error;
 }
@@ -47,6 +42,15 @@ fs::path Beside(const fs::path& path) {
 }
 
 }  // namespace
+
+std::error_code WriteAll(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(file, text.data(), text.size());
+    if (written < 0) return {errno, std::generic_category()};
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
 
 NewFolder::NewFolder(const fs::path& path) : path_(Absolute(path)), staging_(Beside(path_)) {
   std::error_code error;

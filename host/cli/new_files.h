@@ -1,9 +1,10 @@
-// What is there whole, or not at all. All throw Failure(kCannotWrite).
+// What is there whole, or not at all. All but WriteAll throw Failure(kCannotWrite).
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace host {
 
@@ -26,6 +27,8 @@ class NewFolder {
   const std::filesystem::path staging_;  // beside it
 };
 
+// To an open file.
+std::error_code WriteAll(int file, std::string_view text);
 // Fails when `file` is there already and does not begin with `mark`.
 void ExpectReplaceable(const std::filesystem::path& file, std::string_view mark);
 // By a file beside it that is renamed: readers see the old one or the new one, whole.

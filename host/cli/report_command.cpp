@@ -40,7 +40,7 @@ ExitStatus RunReport(Session& session, const std::string& file) {
   const Explanation explanation = AskExplanation(session.GetHost(), machine);
   const std::string page = MakePage(session, explanation);
   if (toOutput) {
-    std::cout << page << std::flush;
+    std::cout << page;
   } else {
     ReplaceFile(file, page);
     Json::Value written;
@@ -48,7 +48,7 @@ ExitStatus RunReport(Session& session, const std::string& file) {
     std::cout << (session.Options().json
                       ? common::WriteCompact(written)
                       : session.GetTexts().FormatUi("report_written", Sanitize(file)))
-              << std::endl;
+              << '\n';
   }
   const Reply& reply = explanation.reply;
   return ChooseExitStatus(ParseAnswer(reply.document).rule, reply.sources);

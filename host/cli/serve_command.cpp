@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "host/cli/standard_output.h"
 #include "host/http/http_server.h"
 #include "host/http/listen_address.h"
 #include "host/http/request_check.h"
@@ -54,7 +55,7 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
   HttpServer server(socket, site, ParseAllowedHosts(options));
   malloc_trim(0);  // what reading the texts and starting took
-  std::cout << "Serving on " << socket.Url() << " (stop with Ctrl-C)" << std::endl;
+  WriteOutput("Serving on " + socket.Url() + " (stop with Ctrl-C)\n");
 
   const sigset_t signals = StopSignals();
   int received = 0;

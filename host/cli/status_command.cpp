@@ -38,7 +38,7 @@ void Print(const Answer& answer, const Reply& reply, ExitStatus status, const Te
   for (const std::string& line : FormatFailedSources(reply.sources, texts)) {
     std::cout << style.WrapLines(2, "", line) << '\n';
   }
-  std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << std::endl;
+  std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << '\n';
 }
 
 }  // namespace
@@ -50,7 +50,7 @@ ExitStatus RunStatus(Session& session) {
   const Answer answer = ParseAnswer(reply.document);
   const ExitStatus status = ChooseExitStatus(answer.rule, reply.sources);
   if (session.Options().json) {
-    std::cout << reply.document << std::endl;
+    std::cout << reply.document << '\n';
   } else {
     Print(answer, reply, status, session.GetTexts());
   }
