@@ -3,13 +3,14 @@
 #include <unistd.h>
 
 #include "host/cli/commands.h"
-#include "host/cli/serve_command.h"
+#include "host/cli/stop_signals.h"
 
 int main(int count, char** arguments) {
   // The module writes its failures to the system log; a person at a terminal sees them, too.
   const int echo = isatty(STDERR_FILENO) != 0 ? LOG_PERROR : 0;
   openlog("vela-health", LOG_PID | echo, LOG_USER);
   signal(SIGXFSZ, SIG_IGN);  // a limit to files is an error of write(2), which has words
-  host::HoldStopSignals();
+  signal(SIGPIPE, SIG_IGN);  // so is a reader who has gone
+  host::EndAtStopSignals();
   return host::RunCommandLine(count, arguments);
 }

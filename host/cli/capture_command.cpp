@@ -63,9 +63,8 @@ ExitStatus RunCapture(Session& session, const std::string& folder, const std::st
   const Host& host = session.GetHost();
   const std::string document = host.CallForDocument(FindHealthMethod(host), machine);
   const Finding finding = ParseAnswer(document).rule;
-  target.Write(kState, host.GetRecordedState(why.empty() ? DescribeCapture(finding, texts) : why));
-  target.Write(kAnswer, FormatExpected(document));
-  target.Finish();
+  target.Make({{kState, host.GetRecordedState(why.empty() ? DescribeCapture(finding, texts) : why)},
+               {kAnswer, FormatExpected(document)}});
   Print(folder, texts, session.Options().json);
   return kHealthy;
 }

@@ -64,9 +64,11 @@ NewFolder::NewFolder(const fs::path& path) : path_(Absolute(path)), staging_(Bes
   }
   error.clear();
   if (!fs::create_directory(staging_, error)) CannotWrite(path_, error);
+  fs::remove(staging_, error);
 }
 
 NewFolder::~NewFolder() {
+  if (!staged_) return;
   std::error_code gone;
   fs::remove_all(staging_, gone);
 }
@@ -79,8 +81,11 @@ void NewFolder::Write(const std::string& file, const std::string& text) {
   if (!out) CannotWrite(path_ / file, {errno, std::generic_category()});
 }
 
-void NewFolder::Finish() {
+void NewFolder::Make(const std::vector<std::pair<std::string, std::string>>& files) {
   std::error_code error;
+  staged_ = fs::create_directory(staging_, error);
+  if (!staged_) CannotWrite(path_, error);
+  for (const auto& [file, text] : files) Write(file, text);
   fs::rename(staging_, path_, error);
   if (error) CannotWrite(path_, error);
 }

@@ -5,26 +5,30 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace host {
 
 // A folder with all its files.
 class NewFolder {
  public:
-  // Fails when `path` is there already and not an empty folder, or when
-  // nothing can be written beside it.
+  // Fails when `path` is there already and not an empty folder, or when nothing can be written
+  // beside it. Leaves nothing there: whoever is stopped meanwhile leaves nothing, either.
   explicit NewFolder(const std::filesystem::path& path);
-  // Unless finished, nothing stays.
   ~NewFolder();
   NewFolder(const NewFolder&) = delete;
   NewFolder& operator=(const NewFolder&) = delete;
 
-  void Write(const std::string& file, const std::string& text);
-  void Finish();
+  // Makes it, with files of these names and texts.
+  void Make(const std::vector<std::pair<std::string, std::string>>& files);
 
  private:
+  void Write(const std::string& file, const std::string& text);
+
   const std::filesystem::path path_;
   const std::filesystem::path staging_;  // beside it
+  bool staged_ = false;
 };
 
 // To an open file.

@@ -1,12 +1,12 @@
 #include "host/cli/serve_command.h"
 
 #include <malloc.h>
-#include <signal.h>
 
 #include <cstdlib>
 #include <iostream>
 
 #include "host/cli/standard_output.h"
+#include "host/cli/stop_signals.h"
 #include "host/http/http_server.h"
 #include "host/http/listen_address.h"
 #include "host/http/request_check.h"
@@ -14,14 +14,6 @@
 
 namespace host {
 namespace {
-
-sigset_t StopSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
-  return signals;
-}
 
 ListenAddress ParseAddress(const ServeOptions& options) {
   ListenAddress address = ParseListenAddress(options.listen);
@@ -38,12 +30,6 @@ AllowedHosts ParseAllowedHosts(const ServeOptions& options) {
 
 }  // namespace
 
-void HoldStopSignals() {
-  const sigset_t signals = StopSignals();
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  signal(SIGPIPE, SIG_IGN);
-}
-
 ExitStatus RunServe(Session& session, const ServeOptions& options) {
   mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
   const ListenSocket socket(ParseAddress(options), options.allowRemote);
@@ -53,15 +39,14 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   const Host& host = session.GetHost();
   FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
+  HoldStopSignals();
   HttpServer server(socket, site, ParseAllowedHosts(options));
   malloc_trim(0);  // what reading the texts and starting took
   WriteOutput("Serving on " + socket.Url() + " (stop with Ctrl-C)\n");
-
-  const sigset_t signals = StopSignals();
-  int received = 0;
-  sigwait(&signals, &received);
+  AwaitStopSignal();
   if (!server.Stop()) {
     std::cerr << "vela-health: stopped while a request was still waiting for the machine\n";
+    KillChildren();
     std::_Exit(kHealthy);
   }
   return kHealthy;

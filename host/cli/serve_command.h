@@ -1,4 +1,4 @@
-// vela-health serve: the API over HTTP until SIGTERM or SIGINT.
+// vela-health serve: the API over HTTP until a signal stops it.
 #pragma once
 
 #include <string>
@@ -19,8 +19,5 @@ struct ServeOptions {
 
 // Says its address on standard output. Throws Failure.
 ExitStatus RunServe(Session& session, const ServeOptions& options);
-
-// Keeps both signals for RunServe; call it before any thread starts.
-void HoldStopSignals();
 
 }  // namespace host

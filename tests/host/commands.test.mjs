@@ -1,15 +1,19 @@
 // What each command prints and its exit status: the real program over the real module and
 // simulator.
 import assert from "node:assert/strict";
-import {spawnSync} from "node:child_process";
-import {existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
+import {spawn, spawnSync} from "node:child_process";
+import {once} from "node:events";
+import {chmodSync, existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
 import {join} from "node:path";
 import test from "node:test";
+import {setTimeout as sleep} from "node:timers/promises";
 import {build, folder, languages, program, run, scenario, source, write}
   from "./support/program.mjs";
 
 const read = file => readFileSync(file, "utf8");
-const place = text => text.replaceAll("{folder}", folder).replaceAll("{build}", build);
+const place = text => text.replaceAll("{folder}", folder).replaceAll("{build}", build)
+  .replaceAll("{program}", program)
+  .replaceAll("{plainly}", process.getuid() === 0 ? tables.plainly : "");
 const tables = JSON.parse(read(join(source, "tests/host/commands.json")));
 for (const [name, state] of Object.entries(tables.machines)) scenario(name, state);
 const hostile = join(folder, "hostile");
@@ -87,6 +91,24 @@ test("an answer that does not arrive is an error and a reader who has gone is no
     }
   }
   assert.deepEqual(readdirSync(folder).filter(name => name.includes("large")), []);
+});
+
+test("a signal ends every command at once with all that it started", async each => {
+  chmodSync(write("root/usr/local/bin/velaiscsiep", tables.hangingTool), 0o755);
+  const started = write("root/usr/local/bin/velaiscsiep.started", "0");
+  const stat = pid => { try { return read(`/proc/${pid}/stat`); } catch { return ") X"; } };
+  const left = () => read(started).trim().split(" ").filter(pid => !/\) [ZX]/.test(stat(pid)));
+  for (const [line, ...signals] of tables.stopped) {
+    const child = spawn("bash", ["-c", place(line)], {stdio: "ignore"});
+    const ended = once(child, "exit");
+    each.after(() => child.kill("SIGKILL"));
+    while (left().length < 4 && child.exitCode === null) await sleep(10);
+    for (const signal of signals) child.kill(signal);
+    assert.deepEqual(await ended, [null, signals.at(-1)], line);
+    for (let i = 0; i < 6000 && left().length > 0; i += 1) await sleep(10);
+    assert.deepEqual(left(), [], line);
+  }
+  assert.deepEqual(readdirSync(folder).filter(name => name.includes("stopped")), []);
 });
 
 test("diff tells what is new", each => {

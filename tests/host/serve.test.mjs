@@ -145,7 +145,7 @@ test("only its own names are answered for", async () => {
 });
 
 test("what runs is finished before it stops, and the port, taken before, is free", async () => {
-  for (const signal of ["SIGTERM", "SIGINT"]) {
+  for (const signal of ["SIGTERM", "SIGINT", "SIGHUP"]) {
     const slow = await serve("--scenario", scenario("pause", {hardware: {delay: 1000}}));
     const {status, err} = run(["serve", "--scenario", "healthy", "--port", String(slow.port)]);
     assert.match(`${status} ${err}`, /^69 .*another program listens there/s);
@@ -156,6 +156,11 @@ test("what runs is finished before it stops, and the port, taken before, is free
     assert.deepEqual([(await running).status, await ended, await idle], [200, 0, ""]);
     await assert.rejects(ask(slow.port, "/healthz"), {code: "ECONNREFUSED"});
   }
+  const hung = await serve("--scenario", scenario("hung", {hardware: {delay: 100_000}}));
+  ask(hung.port, kGet).catch(() => {});
+  await ask(hung.port, "/healthz");
+  hung.stop();
+  assert.equal(await hung.stop("SIGINT"), null, "the second one ends it at once");
 });
 
 test("half requests and readers who do not read hold up nobody, and do not stay", async () => {
