@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include "host/cli/commands.h"
+#include "host/cli/standard_output.h"
 #include "host/cli/stop_signals.h"
 
 int main(int count, char** arguments) {
+  host::OccupyMissingStreams();
   // The module writes its failures to the system log; a person at a terminal sees them, too.
   const int echo = isatty(STDERR_FILENO) != 0 ? LOG_PERROR : 0;
   openlog("vela-health", LOG_PID | echo, LOG_USER);

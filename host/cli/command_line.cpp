@@ -172,6 +172,8 @@ int RunCommandLine(int count, const char* const* arguments) {
     return failure.Status();
   } catch (const std::bad_alloc&) {
     std::cerr << "vela-health: out of memory\n";
+  } catch (const std::exception& error) {
+    std::cerr << "vela-health: Cannot go on: " << Sanitize(error.what()) << '\n';
   }
   return kInternal;
 }

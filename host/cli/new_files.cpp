@@ -24,7 +24,9 @@ namespace fs = std::filesystem;
 
 // Without the slash that a shell's completion leaves at the end.
 fs::path Absolute(const fs::path& path) {
-  const fs::path absolute = fs::absolute(path).lexically_normal();
+  std::error_code error;
+  const fs::path absolute = fs::absolute(path, error).lexically_normal();
+  if (error) CannotWrite(path, error);
   return absolute.has_filename() ? absolute : absolute.parent_path();
 }
 

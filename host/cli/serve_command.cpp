@@ -1,7 +1,9 @@
 #include "host/cli/serve_command.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <iostream>
 
@@ -28,10 +30,24 @@ AllowedHosts ParseAllowedHosts(const ServeOptions& options) {
   return {options.allowRemote, names};
 }
 
+// A server that runs but can open nothing would answer nobody. It needs three for itself, one for a
+// simulated machine, one for a connection, and one to read with.
+void ExpectFreeDescriptors() {
+  std::array<int, 6> taken;
+  for (int& each : taken) each = dup(STDERR_FILENO);
+  const bool all = taken.back() >= 0;
+  for (const int each : taken) close(each);
+  if (all) return;
+  throw Failure(kUnavailable,
+                "Cannot serve: this process may open too few files. Raise their number, such as "
+                "with ulimit -n 1024.");
+}
+
 }  // namespace
 
 ExitStatus RunServe(Session& session, const ServeOptions& options) {
   mallopt(M_ARENA_MAX, 2);  // one a thread would keep more memory than the threads save time
+  ExpectFreeDescriptors();
   const ListenSocket socket(ParseAddress(options), options.allowRemote);
   const bool preview = options.demo && session.Options().scenario.empty();
   const SimulatedMachine machine =

@@ -1,5 +1,6 @@
 #include "host/cli/standard_output.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +21,12 @@ std::error_code Close(int file) {
 }
 
 }  // namespace
+
+void OccupyMissingStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) open("/", O_PATH);  // the lowest free descriptor, so this one
+  }
+}
 
 void WriteOutput(std::string_view text) {
   std::error_code error = WriteAll(STDOUT_FILENO, text);

@@ -1,4 +1,4 @@
-// What is printed: it arrived, or there is an error.
+// The standard descriptors: taken from the start, and what was printed arrived.
 #pragma once
 
 #include <sstream>
@@ -6,6 +6,10 @@
 #include <string_view>
 
 namespace host {
+
+// Nothing that is opened later becomes descriptor 0, 1 or 2: those that are missing are taken by
+// one on which reading and writing fails as before. Call it before anything is opened.
+void OccupyMissingStreams();
 
 // All of it, to standard output. Throws Failure(kCannotWrite); not when the reader has gone, as
 // `head` does: that one has seen enough.

@@ -3,16 +3,16 @@
 import assert from "node:assert/strict";
 import {spawn, spawnSync} from "node:child_process";
 import {once} from "node:events";
-import {chmodSync, existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
+import {chmodSync, existsSync, mkdirSync, readFileSync, readdirSync, readlinkSync} from "node:fs";
 import {join} from "node:path";
 import test from "node:test";
 import {setTimeout as sleep} from "node:timers/promises";
-import {build, folder, languages, program, run, scenario, source, write}
+import {ask, build, folder, languages, program, run, scenario, serve, source, write}
   from "./support/program.mjs";
 
 const read = file => readFileSync(file, "utf8");
 const place = text => text.replaceAll("{folder}", folder).replaceAll("{build}", build)
-  .replaceAll("{program}", program)
+  .replaceAll("{long}", "x".repeat(300)).replaceAll("{program}", program)
   .replaceAll("{plainly}", process.getuid() === 0 ? tables.plainly : "");
 const tables = JSON.parse(read(join(source, "tests/host/commands.json")));
 for (const [name, state] of Object.entries(tables.machines)) scenario(name, state);
@@ -109,6 +109,19 @@ test("a signal ends every command at once with all that it started", async each 
     assert.deepEqual(left(), [], line);
   }
   assert.deepEqual(readdirSync(folder).filter(name => name.includes("stopped")), []);
+});
+
+test("the server answers or says why it cannot", async () => {
+  for (const [limit, words, expected] of tables.limits) {
+    const line = place(`exec 2>{folder}/said; ${limit}; exec {program} serve --port 0 ${words}`);
+    const outcome = await serve("-c", line).then(async ({port, pid, stop}) => {
+      for (const [, closed] of words.matchAll(/(\d)[<>]&-/g))
+        assert.doesNotMatch(readlinkSync(`/proc/${pid}/fd/${closed}`), /:/, line);
+      const {status} = await ask(port, "/healthz", {signal: AbortSignal.timeout(60_000)});
+      return stop() && status;
+    }, error => error.message);
+    assert.match(`${outcome} ${read(join(folder, "said"))}`, new RegExp(`^${expected}$`, "s"), line);
+  }
 });
 
 test("diff tells what is new", each => {

@@ -39,12 +39,13 @@ export function run(words, environment = {}) {
 const serving = new Set();
 process.on("exit", () => serving.forEach(child => child.kill("SIGKILL")));
 
-// `vela-health serve`, on a free port where none is given, once it says its address; ends with
-// this test at the latest.
+// `vela-health serve`, on a free port where none is given, or what bash does with "-c" and a line,
+// once it says its address; ends with this test at the latest.
 export async function serve(...words) {
   const port = words.includes("--listen") ? [] : ["--port", "0"];
   const stdio = ["ignore", "pipe", "inherit"];
-  const child = spawn(program, ["serve", ...port, ...words], {stdio});
+  const start = words[0] === "-c" ? ["bash", words] : [program, ["serve", ...port, ...words]];
+  const child = spawn(...start, {stdio});
   serving.add(child);
   const ended = once(child, "exit").then(([status]) => serving.delete(child) && status);
   const [line] = await Promise.race([once(child.stdout, "data"),
@@ -53,7 +54,7 @@ export async function serve(...words) {
   child.stdout.unref();
   const stop = (signal = "SIGTERM") => child.ref() || child.kill(signal) && ended;  // its status
   const url = /http:\S+/.exec(line)[0];
-  return {url, port: Number(new URL(url).port), stop};
+  return {url, port: Number(new URL(url).port), pid: child.pid, stop};
 }
 
 // One request as it is written here: no path is made tidy, no redirect followed.
