@@ -4,7 +4,6 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/standard_output.h"
-#include "host/cli/stop_signals.h"
 
 int main(int count, char** arguments) {
   host::OccupyMissingStreams();
@@ -13,6 +12,5 @@ int main(int count, char** arguments) {
   openlog("vela-health", LOG_PID | echo, LOG_USER);
   signal(SIGXFSZ, SIG_IGN);  // a limit to files is an error of write(2), which has words
   signal(SIGPIPE, SIG_IGN);  // so is a reader who has gone
-  host::EndAtStopSignals();
   return host::RunCommandLine(count, arguments);
 }

@@ -78,7 +78,7 @@ class CommandLine {
       throw CLI::ValidationError(name,
                                  app_.get_subcommands().front()->get_name() + " has no use for it");
     }
-    if (common_.json && to_ == "-" && app_.got_subcommand("report"))
+    if (common_.json && page_ == "-")
       throw CLI::ValidationError("--json", "report prints the page itself to -");
   }
 
@@ -119,8 +119,8 @@ class CommandLine {
 
   void AddReport() {
     Add("report", "The answer as one page to keep, print or send", kCommonOptions,
-        [this](Session& session) { return RunReport(session, to_); })
-        ->add_option("file", to_, "The page to write, for example health.html; - for the output")
+        [this](Session& session) { return RunReport(session, page_); })
+        ->add_option("file", page_, "The page to write, for example health.html; - for the output")
         ->required();
   }
 
@@ -154,7 +154,7 @@ class CommandLine {
   ServeOptions serve_;
   std::array<std::string, 2> sides_;
   bool markdown_ = false;
-  std::string to_, why_;
+  std::string to_, why_, page_;
   std::map<const CLI::App*, Names> used_;  // of the common options, by command
   Command command_ = [](Session& session) { return RunStatus(session); };
 };

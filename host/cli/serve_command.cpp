@@ -1,6 +1,7 @@
 #include "host/cli/serve_command.h"
 
 #include <malloc.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <array>
@@ -8,7 +9,6 @@
 #include <iostream>
 
 #include "host/cli/standard_output.h"
-#include "host/cli/stop_signals.h"
 #include "host/http/http_server.h"
 #include "host/http/listen_address.h"
 #include "host/http/request_check.h"
@@ -16,6 +16,20 @@
 
 namespace host {
 namespace {
+
+// From now on they wait, in this thread and in those that it starts; but for those that whoever
+// started us ignores.
+sigset_t HoldStopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    struct sigaction action = {};
+    sigaction(number, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) sigaddset(&signals, number);
+  }
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
 
 ListenAddress ParseAddress(const ServeOptions& options) {
   ListenAddress address = ParseListenAddress(options.listen);
@@ -55,14 +69,15 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   const Host& host = session.GetHost();
   FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
-  HoldStopSignals();
+  const sigset_t signals = HoldStopSignals();
   HttpServer server(socket, site, ParseAllowedHosts(options));
   malloc_trim(0);  // what reading the texts and starting took
   WriteOutput("Serving on " + socket.Url() + " (stop with Ctrl-C)\n");
-  AwaitStopSignal();
+  int received = 0;
+  sigwait(&signals, &received);
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);  // the next one ends it at once
   if (!server.Stop()) {
     std::cerr << "vela-health: stopped while a request was still waiting for the machine\n";
-    KillChildren();
     std::_Exit(kHealthy);
   }
   return kHealthy;

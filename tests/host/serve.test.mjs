@@ -145,7 +145,7 @@ test("only its own names are answered for", async () => {
 });
 
 test("what runs is finished before it stops, and the port, taken before, is free", async () => {
-  for (const signal of ["SIGTERM", "SIGINT", "SIGHUP"]) {
+  for (const signal of ["SIGTERM", "SIGINT", "SIGHUP", "SIGQUIT"]) {
     const slow = await serve("--scenario", scenario("pause", {hardware: {delay: 1000}}));
     const {status, err} = run(["serve", "--scenario", "healthy", "--port", String(slow.port)]);
     assert.match(`${status} ${err}`, /^69 .*another program listens there/s);
