@@ -24,7 +24,8 @@ class CollectorTest : public testing::Test {
 
   // What the program says, on both channels.
   std::string Run(const std::string& arguments, int expected = 0) {
-    const std::string command = VELA_COLLECTOR " --root " + root.Path().string() + " " + arguments;
+    const std::string command =
+        VELA_COLLECTOR " --trust-root --root " + root.Path().string() + " " + arguments;
     FILE* stream = popen((command + " 2>&1").c_str(), "r");
     std::string text;
     char part[4096];
@@ -112,6 +113,24 @@ TEST_F(CollectorTest, OneAtATimeAltogetherAndForEachPart) {
   std::filesystem::create_symlink(root.Path() / "elsewhere", lock);
   Run("--once");
   EXPECT_FALSE(std::filesystem::exists(root.Path() / "elsewhere")) << "a lock is no link";
+}
+
+TEST_F(CollectorTest, InATreeThatSomebodyElseMadeNothingIsFollowedRunOrAwaited) {
+  if (geteuid() != 0) GTEST_SKIP() << "it may run programs that are its user's own";
+  for (const auto& row : ReadTable("hostile-trees", 2)) {
+    SCOPED_TRACE(row[0]);
+    MachineTree tree("a-tree-to-plant-in");
+    const TemporaryRoot outside;
+    std::filesystem::create_directories(tree.Path() / "run/vela-platform");
+    EXPECT_EQ(system(("T=" + tree.Path().string() + " O=" + outside.Path().string() + "\n" +
+                      "look() { find $O -printf '%P %m %s %l ' -type f -exec cat {} ';'; }\n" +
+                      "echo \"touch $O/ran\" >>$T/usr/sbin/ipmi-sensors\n" +
+                      "echo kept >$O/keep; " + row[1] + "; before=$(look)\n" +
+                      "timeout 60 " VELA_COLLECTOR " --once --root $T 2>/dev/null\n" +
+                      "test $? -lt 2 && test \"$before\" = \"$(look)\"")
+                         .c_str()),
+              0);
+  }
 }
 
 TEST_F(CollectorTest, WrongArgumentsGetTheRightOnes) {

@@ -102,7 +102,7 @@ TEST_F(HighAvailabilityTest, WhoMayNotAskTakesTheCollectorsWord) {
   EXPECT_EQ(Ask(), "normal") << "who can ask himself takes nobody's word";
   Monitor("standby");
   const std::string collect =
-      VELA_COLLECTOR " --once --part cluster --root " + root_.Path().string();
+      VELA_COLLECTOR " --trust-root --once --part cluster --root " + root_.Path().string();
   EXPECT_EQ(std::system(collect.c_str()), 0);
   EXPECT_EQ(AsNobody(Ask), "warning");
 }

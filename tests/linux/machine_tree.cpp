@@ -135,7 +135,8 @@ void MachineTree::Link(const std::string& from, const std::string& to) const {
   const std::filesystem::path link = Path().string() + from;
   std::filesystem::create_directories(link.parent_path());
   std::filesystem::remove(link);
-  std::filesystem::create_symlink(Path().string() + to, link);
+  const std::filesystem::path target = Path().string() + to;
+  std::filesystem::create_symlink(target.lexically_relative(link.parent_path()), link);
 }
 
 void MachineTree::Device(const std::string& name, const std::string& folder, int major,

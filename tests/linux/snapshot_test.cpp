@@ -4,6 +4,7 @@
 
 #include <fstream>
 
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/snapshot_folder.h"
 #include "tests/linux/table.h"
 #include "tests/linux/temporary_root.h"
@@ -39,6 +40,22 @@ TEST(Snapshot, TheTimerMakesANewOneWhenItSaysSo) {
   const std::string text{std::istreambuf_iterator<char>(timer), {}};
   EXPECT_NE(text.find("\nOnUnitActiveSec=60\n"), std::string::npos) << text;
   EXPECT_EQ(kSnapshotPeriod, 60);
+}
+
+TEST(Root, NoLinkLeadsOutOfItAndNothingInItIsAwaited) {
+  for (const auto& row : ReadTable("links-below-a-root", 3)) {
+    SCOPED_TRACE(row[0]);
+    const TemporaryRoot outside, root;
+    const std::string plant = "T=" + root.Path().string() + " O=" + outside.Path().string() +
+                              "; echo outside >$O/keep; " + row[1];
+    ASSERT_EQ(system(plant.c_str()), 0);
+    EXPECT_EQ(Attribute(BelowRoot("/file")), row[2]);
+    EXPECT_EQ(Attribute(LinkTarget(BelowRoot("/file"))), row[2]);
+    std::string text;
+    EXPECT_EQ(ReadSmallFile(BelowRoot("/file").c_str(), 99, text) == ReadResult::Read,
+              !row[2].empty());
+    EXPECT_EQ(PathExists(BelowRoot("/file")), !row[1].ends_with("/keep $T/file"));
+  }
 }
 
 TEST(Snapshot, TheFileIsReadBelowTheRoot) {

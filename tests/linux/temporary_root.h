@@ -15,10 +15,10 @@ class TemporaryRoot {
     std::string name =
         std::filesystem::temp_directory_path() / ("vela-root-" + std::string(6, 'X'));
     path_ = mkdtemp(name.data());
-    linux_platform::SetRoot(path_.string());
+    linux_platform::SetRoot(path_.string(), true);
   }
   ~TemporaryRoot() {
-    linux_platform::SetRoot("");
+    linux_platform::SetRoot("", false);
     std::filesystem::remove_all(path_);
   }
   TemporaryRoot(const TemporaryRoot&) = delete;

@@ -137,7 +137,7 @@ TEST_F(WebServerOnBusTest, AServiceWithoutRightsTakesTheCollectorsWord) {
 }
 
 TEST_F(WebServerOnBusTest, TheCollectorTestsWhatIsUnderSuspicion) {
-  const std::string command = VELA_COLLECTOR " --once --part web_server --root ";
+  const std::string command = VELA_COLLECTOR " --trust-root --once --part web_server --root ";
   const auto collect = [&] {
     Json::Value seen;
     std::string reason;

@@ -24,6 +24,8 @@ class Descriptor {
 
   explicit operator bool() const { return descriptor_ >= 0; }
   int Get() const { return descriptor_; }
+  // Somebody else closes it.
+  int Release() { return std::exchange(descriptor_, -1); }
 
  private:
   int descriptor_;

@@ -11,6 +11,7 @@
 #include <mutex>
 
 #include "platform/linux/base/deadline.h"
+#include "platform/linux/base/root.h"
 #include "platform/linux/base/spawn.h"
 #include "platform/linux/base/supervision.h"
 
@@ -66,6 +67,7 @@ bool MakePipe(Descriptor& reading, Descriptor& writing) {
 
 Child::Child(const std::vector<std::string>& arguments, Bounds bounds, std::string& reason)
     : command_(arguments), deadline_(steady_clock::now() + bounds.time), bounds_(bounds) {
+  if (!MayStart(command_.at(0), reason)) return;
   if (AllStuck().Any(command_)) {
     reason = command_.at(0) + " was not started: its last run is still stuck in the kernel";
     return;

@@ -1,35 +1,58 @@
 #include "platform/linux/base/root.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 
 namespace linux_platform {
 namespace {
 
-std::string& TheRoot() {
-  static std::string root = [] {
-    const char* named = secure_getenv("VELA_ROOT");
-    return std::string(named != nullptr ? named : "");
-  }();
+// "/" is the machine itself.
+std::string WithoutLastSlash(std::string_view root) {
+  return std::string(root.substr(0, root.find_last_not_of('/') + 1));
+}
+
+std::string ReadVariable(const char* name) {
+  const char* value = secure_getenv(name);
+  return value != nullptr ? value : "";
+}
+
+struct RootInForce {
+  std::string path;
+  bool isTrusted;
+};
+
+RootInForce& TheRoot() {
+  static RootInForce root = {WithoutLastSlash(ReadVariable("VELA_ROOT")),
+                             ReadVariable("VELA_ROOT_PROGRAMS") == "yes"};
   return root;
 }
 
 }  // namespace
 
-const std::string& Root() { return TheRoot(); }
+const std::string& Root() { return TheRoot().path; }
 
-void SetRoot(std::string_view root) { TheRoot() = root; }
+bool TrustsRoot() { return TheRoot().isTrusted; }
+
+void SetRoot(std::string_view root, bool isTrusted) {
+  TheRoot() = {WithoutLastSlash(root), isTrusted};
+}
+
+bool MayStart(std::string_view program, std::string& reason) {
+  if (Root().empty() || TrustsRoot() || geteuid() != 0 || !program.starts_with(Root() + "/"))
+    return true;
+  reason = std::string(program) + " was not started: root starts no program of another root";
+  return false;
+}
 
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
   text.clear();
-  const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const Descriptor file = Open(path, O_RDONLY);
   if (!file) return errno == ENOENT || errno == ENOTDIR ? ReadResult::Missing : ReadResult::Failed;
 
   std::array<char, std::size_t{16} << 10>

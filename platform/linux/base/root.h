@@ -27,14 +27,22 @@ std::string BelowRoot(const Parts&... parts) {
   return Concatenate(Root(), parts...);
 }
 
-// For tests: replaces the root; "" is the real one. Not while another thread asks.
-void SetRoot(std::string_view root);
+// Replaces the root; "" and "/" are the real one. Not while another thread asks. `isTrusted`:
+// the tree is the caller's own.
+void SetRoot(std::string_view root, bool isTrusted);
+// Whether it was said, here or by VELA_ROOT_PROGRAMS=yes in the environment, that the tree below
+// the root is the caller's own, so that its programs may run as whom they are asked.
+bool TrustsRoot();
+
+// Whether `program`, a whole path, may be started. Root starts none below another root: a tree
+// is files, and whoever made it would else act as root. `reason` says so.
+bool MayStart(std::string_view program, std::string& reason);
 
 enum class ReadResult { Read, Missing, Failed, TooLarge };
 
 // Replaces `text` by the file's content, at most `cap` bytes. Missing: no such file.
 // Failed: errno says why. TooLarge: `text` holds the first `cap` bytes.
-// Opens without blocking on FIFOs; `path` is taken as it is.
+// Waits for no FIFO. `path` is taken as it is.
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text);
 
 }  // namespace linux_platform

@@ -1,18 +1,14 @@
 #include "platform/linux/base/sysfs.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <climits>
-#include <memory>
 
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 
 namespace linux_platform {
 namespace {
@@ -29,7 +25,7 @@ const std::string& SysRoot() { return TheSysRoot(); }
 void SetSysRoot(std::string_view root) { TheSysRoot() = root; }
 
 std::string Attribute(const std::string& path) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const Descriptor file = Open(path, O_RDONLY);
   if (!file) return {};
   std::array<char, 4096> text;  // an attribute is at most one page and comes in one read
   const ssize_t got = read(file.Get(), text.data(), text.size());
@@ -41,11 +37,11 @@ std::optional<std::int64_t> NumberAttribute(const std::string& path) {
   return ToNumber(Attribute(path));
 }
 
-bool PathExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+bool PathExists(const std::string& path) { return Access(path, F_OK); }
 
 std::vector<std::string> NamesIn(const std::string& folder) {
   std::vector<std::string> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
+  const auto opened = OpenFolder(folder);
   if (!opened) return names;
   names.reserve(16);
   while (const dirent* entry = readdir(opened.get()))
@@ -55,13 +51,14 @@ std::vector<std::string> NamesIn(const std::string& folder) {
 }
 
 std::string LinkTarget(const std::string& path) {
-  std::array<char, PATH_MAX> text;
-  const ssize_t size = readlink(path.c_str(), text.data(), text.size());
-  if (size < 0) return errno == EINVAL ? path : std::string();
-  std::string_view target(text.data(), static_cast<std::size_t>(size));
-  if (target.starts_with('/')) return std::string(target);
+  const std::string text = ReadLink(path);
+  if (text.empty()) return errno == EINVAL ? path : std::string();
+  std::string_view target = text;
   std::string folder = path.substr(0, path.rfind('/'));
-  for (; target.starts_with("../"); target.remove_prefix(3)) folder.resize(folder.rfind('/'));
+  const std::string_view top = folder.starts_with(Root()) ? Root() : std::string_view();
+  if (target.starts_with('/')) return Concatenate(top, target);
+  for (; target.starts_with("../"); target.remove_prefix(3))
+    if (folder.size() > top.size()) folder.resize(folder.rfind('/'));
   return Within(folder, target);
 }
 

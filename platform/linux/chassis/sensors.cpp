@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/chassis/sensor_chips.h"
 
@@ -26,7 +27,7 @@ std::string startedWith;
 
 template <typename Each>
 void ForEachEntry(const char* path, const Each& each) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path), closedir);
+  const auto folder = OpenFolder(path);
   if (!folder) return;
   while (const dirent* entry = readdir(folder.get()))
     if (entry->d_name[0] != '.') each(*entry);

@@ -1,11 +1,12 @@
 // The management controller's sensors, and what is known of the fans of the sensor chips.
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <ctime>
 
+#include "platform/linux/base/open.h"
+#include "platform/linux/base/replace_file.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/chassis/fan_snapshot.h"
@@ -23,11 +24,11 @@ constexpr std::array kNodes = {"/dev/ipmi0", "/dev/ipmi/0", "/dev/ipmidev/0"};
 // The first time it reads the controller's list of sensors, which is slow, and keeps it.
 constexpr Bounds kBounds = {std::chrono::seconds(22), std::size_t{1} << 20};
 
-bool Exists(const char* path, int mode) { return access(BelowRoot(path).c_str(), mode) == 0; }
+bool Exists(const char* path, int mode) { return Access(BelowRoot(path), mode); }
 
 std::vector<std::string> BuildArguments() {
   const std::string cache = BelowRoot(kSnapshotFolder) + "/.sensors-of-ipmi";
-  mkdir(cache.c_str(), 0700);
+  MakeFolder(cache, 0700);
   return {BelowRoot(kProgram),
           "--driver-type=OPENIPMI",
           "--sensor-types=Temperature,Fan,Power_Supply",

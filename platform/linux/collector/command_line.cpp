@@ -11,7 +11,17 @@
 namespace linux_platform {
 namespace {
 
-enum Option { kOnce = 256, kPart, kPrint, kRoot, kMeasure, kDevice, kEnclosure, kVersion };
+enum Option {
+  kOnce = 256,
+  kPart,
+  kPrint,
+  kRoot,
+  kMeasure,
+  kDevice,
+  kEnclosure,
+  kVersion,
+  kTrustRoot
+};
 
 constexpr option kOptions[] = {
     {"help", no_argument, nullptr, 'h'},
@@ -20,14 +30,17 @@ constexpr option kOptions[] = {
     {"part", required_argument, nullptr, kPart},
     {"print", required_argument, nullptr, kPrint},
     {"root", required_argument, nullptr, kRoot},
+    {"trust-root", no_argument, nullptr, kTrustRoot},
     {"measure", required_argument, nullptr, kMeasure},
     {"device", required_argument, nullptr, kDevice},
     {"enclosure", required_argument, nullptr, kEnclosure},
     {},
 };
 
-constexpr std::pair<int, bool CommandLine::*> kFlags[] = {
-    {'h', &CommandLine::help}, {kVersion, &CommandLine::version}, {kOnce, &CommandLine::once}};
+constexpr std::pair<int, bool CommandLine::*> kFlags[] = {{'h', &CommandLine::help},
+                                                          {kVersion, &CommandLine::version},
+                                                          {kOnce, &CommandLine::once},
+                                                          {kTrustRoot, &CommandLine::trustRoot}};
 constexpr std::pair<int, std::string CommandLine::*> kTexts[] = {
     {kPrint, &CommandLine::print},
     {kRoot, &CommandLine::root},
@@ -95,7 +108,9 @@ std::string DescribeHelp() {
       "  --once         Write the snapshots once and end, instead of every minute\n"
       "  --part NAME    Only this part; may be given several times\n"
       "  --print NAME   Print what the part finds, and write no snapshot\n"
-      "  --root DIR     The folder that /dev, /etc, /proc, /run and /sys are in\n"
+      "  --root DIR     The folder that /etc, /proc, /run and /sys are in: no link leads out\n"
+      "                 of it, none of its devices is opened, and root runs none of its programs\n"
+      "  --trust-root   Runs them: DIR and all in it is your own\n"
       "\nParts:\n";
   for (const Part& part : AllParts())
     text += std::string("  ") + part.name + std::string(15 - std::strlen(part.name), ' ') +

@@ -7,7 +7,7 @@
 namespace linux_platform {
 
 struct CommandLine {
-  bool once = false, help = false, version = false;
+  bool once = false, help = false, version = false, trustRoot = false;
   std::vector<std::string> parts;  // none: all
   std::string print, root;
   // One mount or one enclosure: what the collector starts itself again with.

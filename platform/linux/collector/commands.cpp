@@ -30,8 +30,8 @@ std::vector<CommandResult> RunCommands(const std::vector<Command>& commands) {
 
 Command BuildOwnCommand(std::vector<std::string> arguments, Bounds bounds) {
   arguments.insert(arguments.begin(), std::filesystem::read_symlink("/proc/self/exe"));
-  const std::string root = BelowRoot("");
-  if (!root.empty()) arguments.insert(arguments.end(), {"--root", root});
+  if (!Root().empty()) arguments.insert(arguments.end(), {"--root", Root()});
+  if (TrustsRoot()) arguments.emplace_back("--trust-root");
   return {std::move(arguments), bounds};
 }
 

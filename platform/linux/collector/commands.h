@@ -24,7 +24,7 @@ CommandResult RunCommand(const Command& command);
 // In the order of `commands`. Takes as long as the slowest.
 std::vector<CommandResult> RunCommands(const std::vector<Command>& commands);
 
-// What starts this very program again, with the same root.
+// What starts this very program again, with the same root and trust.
 Command BuildOwnCommand(std::vector<std::string> arguments, Bounds bounds);
 
 }  // namespace linux_platform

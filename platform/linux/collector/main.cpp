@@ -64,8 +64,8 @@ int main(int count, char** arguments) {
   if (line.help) return Print(DescribeHelp());
   if (line.version) return Print("vela-platform-collect " VELA_VERSION "\n");
   if (!line.root.empty()) {
-    SetRoot(line.root);
-    SetSysRoot(line.root + "/sys");
+    SetRoot(line.root, line.trustRoot);
+    SetSysRoot(BelowRoot("/sys"));
   }
   if (!line.measure.empty()) return Print(PrintMount(line.measure, line.device));
   if (!line.enclosure.empty()) return Print(PrintEnclosure(line.enclosure));

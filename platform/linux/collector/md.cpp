@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
@@ -32,7 +32,7 @@ std::int64_t BootTime() {
 // False, too, when the array does not tell.
 bool WasMadeInThisBoot(const std::string& array) {
   const std::string node = BelowRoot("/dev/") + array;
-  const Descriptor device(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const Descriptor device = Open(node, O_RDONLY);
   mdu_array_info_t info = {};
   if (!device || ioctl(device.Get(), GET_ARRAY_INFO, &info) != 0) return false;
   const std::int64_t boot = BootTime();

@@ -2,6 +2,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/collector/commands.h"
@@ -40,7 +41,7 @@ std::string TestConfiguration(const WebServer& server, std::string& reason) {
 Json::Value CollectCluster() {
   std::vector<std::string> command = BuildClusterCommand();
   command[0] = BelowRoot(command[0]);
-  if (access(command[0].c_str(), X_OK) != 0 || !PacemakerListens()) return {};
+  if (!Access(command[0], X_OK) || !PacemakerListens()) return {};
   const CommandResult result = RunCommand({command, kClusterBounds});
   if (!result.reason.empty()) return MakeError(result.reason);
   if (result.cut == Child::Cut::Late) return MakeError("crm_mon did not finish within 8 s");

@@ -13,7 +13,7 @@
 #include <map>
 
 #include "common/json_reader.h"
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/chassis/enclosure_snapshot.h"
@@ -59,7 +59,7 @@ std::optional<Enclosure> ReadPages(const std::string& node, std::string& reason)
     reason = "the kernel module sg is not loaded";
     return std::nullopt;
   }
-  const Descriptor device(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const Descriptor device = Open(node, O_RDONLY);
   if (!device) {
     reason = node + " could not be opened: " + std::strerror(errno);
     return std::nullopt;

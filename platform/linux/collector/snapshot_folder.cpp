@@ -1,10 +1,8 @@
 #include "platform/linux/collector/snapshot_folder.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <ctime>
 
 #include "common/json_reader.h"
@@ -20,7 +18,7 @@ std::string BuildPath(const std::string& file) { return BelowRoot(kSnapshotFolde
 
 }  // namespace
 
-bool MakeSnapshotFolder() { return MakeFolder(BelowRoot(kSnapshotFolder)); }
+bool MakeSnapshotFolder() { return MakeFolder(BelowRoot(kSnapshotFolder), 0755); }
 
 bool WriteSnapshot(const std::string& source, Json::Value members) {
   members[kWritten] = Json::Int64{std::time(nullptr)};
@@ -29,9 +27,7 @@ bool WriteSnapshot(const std::string& source, Json::Value members) {
   return ReplaceFile(BuildPath(source + ".json"), common::WriteCompact(members) + "\n");
 }
 
-bool RemoveSnapshot(const std::string& source) {
-  return unlink(BuildPath(source + ".json").c_str()) == 0 || errno == ENOENT;
-}
+bool RemoveSnapshot(const std::string& source) { return RemoveFile(BuildPath(source + ".json")); }
 
 Json::Value ReadLastSnapshot(const std::string& source) {
   Json::Value last;
@@ -43,8 +39,7 @@ Json::Value ReadLastSnapshot(const std::string& source) {
 }
 
 std::optional<Descriptor> TakeLock(const std::string& name) {
-  Descriptor file(open(BuildPath("." + name + ".lock").c_str(),
-                       O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+  Descriptor file = OpenLock(BuildPath("." + name + ".lock"));
   if (file && flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return {};
   return file;
 }

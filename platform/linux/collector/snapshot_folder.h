@@ -27,7 +27,7 @@ Json::Value ReadLastSnapshot(const std::string& source);
 
 // Held by one process at a time for as long as it lives, even when it is killed but stuck
 // in the kernel. Nothing when another one holds it. A user who may not write into the
-// folder gets one that keeps nobody away.
+// folder gets one that keeps nobody away, as does one who finds no lock of his own there.
 std::optional<Descriptor> TakeLock(const std::string& name);
 
 // What to say where a lock is held by another process.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/popen.h"
@@ -115,5 +116,5 @@ int VLIBCFileExist(const char* path) {
     return 0;
   }
   struct stat status = {};
-  return stat(BelowRoot(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return Stat(BelowRoot(path), status) && S_ISREG(status.st_mode);
 }

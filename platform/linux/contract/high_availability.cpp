@@ -9,6 +9,7 @@
 
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/log_once.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/program.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
@@ -32,7 +33,7 @@ constinit CircuitBreaker monitorBreaker;
 
 // Pacemaker answers root and its group, whose members alone may enter this folder.
 bool MayAskCluster() {
-  return access(BelowRoot("/var/lib/pacemaker/cib").c_str(), X_OK) == 0 || errno != EACCES;
+  return Access(BelowRoot("/var/lib/pacemaker/cib"), X_OK) || errno != EACCES;
 }
 
 std::optional<HaState> ReadCollectedState(SourceScope& scope, std::string& reason) {

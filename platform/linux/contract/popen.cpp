@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/linux/base/log_once.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/process.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/contract/error.h"
@@ -126,7 +127,7 @@ milliseconds RemainingTime(Request& request) {
 // stopped again. False: it still is not well.
 bool PassesTrial(milliseconds time, std::string& reason) {
   const std::vector<std::string> arguments = StoppedTool().Get();
-  if (arguments.empty() || access(arguments[0].c_str(), F_OK) != 0) return true;
+  if (arguments.empty() || !Access(arguments[0], F_OK)) return true;
   Stream trial(arguments, time, reason);
   if (!trial.child.Started()) return false;
   while (trial.child.Read(trial.buffer.get(), kBuffer) > 0) continue;
@@ -139,6 +140,8 @@ bool PassesTrial(milliseconds time, std::string& reason) {
 }  // namespace
 
 bool linux_platform::MayRunSanTool(std::string& reason) {
+  const std::string tool = BelowRoot(kSanTool);
+  if (!MayStart(tool, reason)) return !Access(tool, F_OK);
   if (breaker.IsOpen(reason)) return false;
   const RequestScope request;
   const milliseconds time = RemainingTime(*request);

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/filesystem.h"
@@ -16,7 +16,7 @@ namespace {
 
 // XFS that has shut down looks healthy to everything but this.
 bool IsUnreadable(const std::string& target) {
-  const Descriptor root(open(target.c_str(), O_PATH | O_CLOEXEC));
+  const Descriptor root = Open(target, O_PATH);
   struct stat status = {};
   return root ? fstat(root.Get(), &status) != 0 && errno == EIO : errno == EIO;
 }

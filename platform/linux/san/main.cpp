@@ -51,8 +51,8 @@ int main(int count, char** arguments) {
     if (found == '?') return PrintUsage(std::cerr, kUsage);
     if (found == 's') asked = true;
     if (found != 'r') continue;
-    SetRoot(optarg);
-    SetSysRoot(std::string(optarg) + "/sys");
+    SetRoot(optarg, false);
+    SetSysRoot(BelowRoot("/sys"));
   }
   if (!asked || optind != count) return PrintUsage(std::cerr, kUsage);
   return PrintServiceStatus();

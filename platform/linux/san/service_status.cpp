@@ -1,13 +1,14 @@
 #include "platform/linux/san/service_status.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/san/host_volumes.h"
@@ -26,8 +27,7 @@ constexpr std::array kServices = {"/run/systemd/units/invocation:rtslib-fb-targe
 
 bool IsServiceActive() {
   return std::ranges::any_of(kServices, [](const char* link) {
-    struct stat status = {};
-    return lstat(BelowRoot(link).c_str(), &status) == 0;
+    return static_cast<bool>(Open(BelowRoot(link), O_PATH | O_NOFOLLOW));
   });
 }
 
@@ -55,7 +55,7 @@ const char* ChooseStatus(const LunEvidence& lun) {
 
 void ReadBacking(const Lun& lun, LunEvidence& evidence) {
   struct stat status = {};
-  if (stat(BelowRoot(lun.backing).c_str(), &status) != 0) {
+  if (!Stat(BelowRoot(lun.backing), status)) {
     evidence.hasStorage = errno != ENOENT && errno != ENOTDIR && errno != ENXIO && errno != EIO;
   } else if (S_ISBLK(status.st_mode)) {
     evidence.hasStorage = !ReadStack(status.st_rdev).gone;

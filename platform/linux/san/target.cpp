@@ -1,10 +1,10 @@
 #include "platform/linux/san/target.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 
 #include "common/json_reader.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
@@ -27,10 +27,9 @@ Lun ReadLun(const std::string& object) {
 // The object's folder that a link in a LUN's folder leads to; "" when it is no such link.
 std::string ReadLinkedObject(const std::string& link) {
   constexpr std::string_view kCore = "/core/";
-  std::error_code error;
-  const std::string leads = std::filesystem::read_symlink(link, error);
+  const std::string leads = ReadLink(link);
   const std::size_t core = leads.rfind(kCore);
-  if (error || core == std::string::npos) return {};
+  if (core == std::string::npos) return {};
   return GetConfigPath("core/" + leads.substr(core + kCore.size()));
 }
 

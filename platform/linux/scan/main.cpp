@@ -48,7 +48,7 @@ int Convert(const std::string& report, const std::string& result) {
   common::ReadJsonFile(result.c_str(), before);
   const Json::Value converted = ConvertLynisReport(text, before, std::time(nullptr));
   if (converted.isNull()) return Fail(report + " is not of a finished scan");
-  if (!MakeFolder(result.substr(0, result.rfind('/'))) ||
+  if (!MakeFolder(result.substr(0, result.rfind('/')), 0755) ||
       !ReplaceFile(result, converted.toStyledString()))
     return Fail(result + " could not be written: " + std::strerror(errno));
   return kDone;

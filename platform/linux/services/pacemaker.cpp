@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/services/systemd_units.h"
 
@@ -30,7 +31,7 @@ bool PacemakerListens() {
 namespace {
 
 bool PacemakerRuns(TimeBudget& budget) {
-  if (access(BelowRoot(kClusterMonitor).c_str(), X_OK) != 0) return false;
+  if (!Access(BelowRoot(kClusterMonitor), X_OK)) return false;
   std::vector<UnitState> states;
   std::string reason;
   if (ReadUnits({"pacemaker.service"}, budget, states, reason) == UnitsAnswer::Read)
@@ -41,7 +42,7 @@ bool PacemakerRuns(TimeBudget& budget) {
 }  // namespace
 
 ClusterServices ReadClusterServices(TimeBudget& budget) {
-  return {PacemakerRuns(budget), access(BelowRoot(kDrbd).c_str(), F_OK) == 0};
+  return {PacemakerRuns(budget), Access(BelowRoot(kDrbd), F_OK)};
 }
 
 }  // namespace linux_platform

@@ -3,6 +3,7 @@
 // at once and driven under a deadline of our own.
 #include "platform/linux/services/systemd_units.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <systemd/sd-bus.h>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <memory>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 
 namespace linux_platform {
@@ -66,12 +68,19 @@ int OnAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
   return 0;
 }
 
-int Open(Bus& bus) {
+int Connect(Bus& bus) {
   sd_bus* made = nullptr;
   int result = sd_bus_new(&made);
   if (result < 0) return result;
   bus.reset(made);
-  const std::string address = "unix:path=" + BelowRoot(kSocket);
+  Descriptor socket;  // by whose number the library follows no link of another root
+  std::string path = kSocket;
+  if (!Root().empty()) {
+    socket = Open(BelowRoot(kSocket), O_PATH);
+    if (!socket) return -errno;
+    path = "/proc/self/fd/" + std::to_string(socket.Get());
+  }
+  const std::string address = "unix:path=" + path;
   if (result = sd_bus_set_address(made, address.c_str()); result < 0) return result;
   if (result = sd_bus_set_bus_client(made, 1); result < 0) return result;
   return sd_bus_start(made);
@@ -111,7 +120,7 @@ int Drive(sd_bus* bus, const Answers& answers, steady_clock::time_point deadline
 
 UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
                       std::vector<UnitState>& states, std::string& reason) {
-  if (access(BelowRoot(kBooted).c_str(), F_OK) != 0) {
+  if (!Access(BelowRoot(kBooted), F_OK)) {
     reason = "systemd does not run this machine";
     return UnitsAnswer::NoSystemd;
   }
@@ -126,7 +135,7 @@ UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
       queries.push_back({&answers, value});
 
   Bus bus(nullptr, sd_bus_close_unref);
-  int result = Open(bus);
+  int result = Connect(bus);
   for (std::size_t i = 0; i < names.size() && result >= 0; ++i)
     result = QueueQueries(bus.get(), names[i], &queries[i * 3]);
   if (result >= 0) result = Drive(bus.get(), answers, deadline);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 
@@ -34,7 +35,7 @@ std::size_t FindInUse(const std::vector<UnitState>& states) {
 
 }  // namespace
 
-bool WebServer::IsInstalled() const { return access(BelowRoot(test[0]).c_str(), X_OK) == 0; }
+bool WebServer::IsInstalled() const { return Access(BelowRoot(test[0]), X_OK); }
 
 std::vector<std::string> WebServer::BuildTest() const {
   std::vector<std::string> arguments;

@@ -11,7 +11,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/linux/base/descriptor.h"
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 
@@ -50,7 +50,7 @@ bool HasAnonymousDevice(const Mount& mount) {
 }
 
 bool ReadCapacity(const std::string& path, dev_t device, Capacity& capacity) {
-  const Descriptor root(open(path.c_str(), O_PATH | O_CLOEXEC));
+  const Descriptor root = Open(path, O_PATH);
   struct stat status = {};
   struct statfs figures = {};
   if (!root || fstat(root.Get(), &status) != 0) return false;

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 
 namespace linux_platform {
@@ -32,7 +33,7 @@ RecordVersion ReadRecordVersion(dev_t device) {
   const std::string record = BelowRoot("/run/udev/data/b", std::to_string(major(device)), ":",
                                        std::to_string(minor(device)));
   struct stat status = {};
-  if (stat(record.c_str(), &status) != 0) return {};
+  if (!Stat(record, status)) return {};
   return {status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
