@@ -79,7 +79,7 @@ class FullMachine : public MachineTree {
   // What `answers` prints of this machine, line by line; `with` goes before its name, `count`
   // may have a number of threads behind it. It waits as long as tests do, or as `with` says.
   Lines Answers(const std::string& count, const std::string& with = "") const {
-    const std::string command = "VELA_ROOT_PROGRAMS=yes VELA_ROOT=" + Path().string() + " " + with +
+    const std::string command = "VELA_ROOT_TRUST=yes VELA_ROOT=" + Path().string() + " " + with +
                                 " " VELA_ANSWERS " " VELA_MODULE " " + count + " 2>&1";
     FILE* stream = popen(command.c_str(), "r");
     Lines lines;

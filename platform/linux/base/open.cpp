@@ -15,10 +15,10 @@
 namespace linux_platform {
 namespace {
 
-// The rest of `path` when it lies below another root; else null.
+// The rest of `path` when it lies below another root that is not trusted; else null.
 const char* SkipRoot(const char* path) {
   const std::string& root = Root();
-  if (root.empty() || !std::string_view(path).starts_with(root)) return nullptr;
+  if (root.empty() || TrustsRoot() || !std::string_view(path).starts_with(root)) return nullptr;
   path += root.size();
   if (*path != '/' && *path != '\0') return nullptr;
   while (*path == '/') ++path;

@@ -14,8 +14,9 @@
 namespace linux_platform {
 
 // All that follow take a path as it is and act as the system call that they are named after,
-// unless the path lies below another root. Then links lead where they would lead if that root
-// were "/". They need openat2, that is Linux 5.6; without it nothing below another root is there.
+// unless the path lies below another root that is not trusted (root.h). Then links lead where
+// they would lead if that root were "/". They need openat2, that is Linux 5.6; without it nothing
+// below such a root is there.
 
 // Never waits for the other end of a pipe, becomes no terminal, closes on exec. Below another
 // root only regular files and folders are opened, unless with O_PATH: ENXIO.

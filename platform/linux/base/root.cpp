@@ -29,7 +29,7 @@ struct RootInForce {
 
 RootInForce& TheRoot() {
   static RootInForce root = {WithoutLastSlash(ReadVariable("VELA_ROOT")),
-                             ReadVariable("VELA_ROOT_PROGRAMS") == "yes"};
+                             ReadVariable("VELA_ROOT_TRUST") == "yes"};
   return root;
 }
 

@@ -30,8 +30,8 @@ std::string BelowRoot(const Parts&... parts) {
 // Replaces the root; "" and "/" are the real one. Not while another thread asks. `isTrusted`:
 // the tree is the caller's own.
 void SetRoot(std::string_view root, bool isTrusted);
-// Whether it was said, here or by VELA_ROOT_PROGRAMS=yes in the environment, that the tree below
-// the root is the caller's own, so that its programs may run as whom they are asked.
+// Whether it was said, here or by VELA_ROOT_TRUST=yes in the environment, that the tree below the
+// root is the caller's own: then its links and devices are followed and its programs run.
 bool TrustsRoot();
 
 // Whether `program`, a whole path, may be started. Root starts none below another root: a tree

@@ -110,7 +110,7 @@ std::string DescribeHelp() {
       "  --print NAME   Print what the part finds, and write no snapshot\n"
       "  --root DIR     The folder that /etc, /proc, /run and /sys are in: no link leads out\n"
       "                 of it, none of its devices is opened, and root runs none of its programs\n"
-      "  --trust-root   Runs them: DIR and all in it is your own\n"
+      "  --trust-root   None of this holds: DIR and all in it is your own\n"
       "\nParts:\n";
   for (const Part& part : AllParts())
     text += std::string("  ") + part.name + std::string(15 - std::strlen(part.name), ' ') +
