@@ -2,6 +2,8 @@
 
 #include <microhttpd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -14,15 +16,13 @@
 namespace host {
 namespace {
 
-using std::chrono::seconds;
-
-constexpr unsigned kConnections = 512;
-constexpr unsigned kConnectionsOfOneAddress = 256;  // no client takes all places
-constexpr unsigned kIdleSeconds = 30;
-constexpr seconds kFirstHead(10), kNextHead(30), kOneRequest(60), kGracePeriod(10);
-// Not with epoll, with which version 0.9.75 stands still when exactly 128 events come at once: it
-// waits for more before it looks at them, as when 128 clients ask again together.
-constexpr unsigned kOneThread = MHD_USE_POLL_INTERNAL_THREAD;
+constexpr std::chrono::seconds kGracePeriod(10);
+// The library is run by our thread. Its own thread would get stuck when exactly 128 events of
+// epoll come at once, which version 0.9.75 looks at only after it has waited for another one.
+constexpr unsigned kOurThread = MHD_USE_EPOLL | MHD_USE_NO_LISTEN_SOCKET | MHD_ALLOW_SUSPEND_RESUME;
+// Never reached, since one at the most comes before another one is gone: version 0.9.75 would stand
+// still then.
+constexpr unsigned kLibrarysConnections = kMostConnections + 2;
 // Request line and headers of one connection, and the head of its answer.
 constexpr std::size_t kConnectionMemory = 8192;
 
@@ -66,19 +66,8 @@ std::variant<HttpAnswer, MachineQuery> Route(const Site& site, MHD_Connection* c
 struct HttpServer::Callbacks {
   static void OnConnection(void* self, MHD_Connection* connection, void**,
                            MHD_ConnectionNotificationCode code) {
-    auto& server = *static_cast<HttpServer*>(self);
-    if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
-      server.deadlines_->Remove(GetSocket(connection));
-    } else {
-      SetDeadline(server, connection, kFirstHead);
-    }
-  }
-
-  static void SetDeadline(HttpServer& server, MHD_Connection* connection, seconds time) {
-    try {
-      server.deadlines_->Set(GetSocket(connection), time);
-    } catch (const std::bad_alloc&) {  // then only the library's own timeout holds
-    }
+    if (code != MHD_CONNECTION_NOTIFY_CLOSED) return;
+    static_cast<HttpServer*>(self)->connections_.Remove(GetSocket(connection));
   }
 
   // Called for the head of a request, again when the whole request is there, and once more when
@@ -108,8 +97,8 @@ struct HttpServer::Callbacks {
                     void** state) {
     *state = new RequestInFlight{connection};
     ++server.running_;  // before the look at stopping_, so that Stop sees the one or we the other
+    server.connections_.BeginRequest(GetSocket(connection));
     if (server.stopping_) return false;
-    SetDeadline(server, connection, kOneRequest);
     std::optional<HttpAnswer> refusal = RefuseRequest(connection, method, server.hosts_);
     return !refusal || PreparedAnswer(std::move(*refusal)).SendTo(connection);
   }
@@ -128,7 +117,7 @@ struct HttpServer::Callbacks {
     if (*state == nullptr) return;
     auto& server = *static_cast<HttpServer*>(self);
     delete static_cast<RequestInFlight*>(std::exchange(*state, nullptr));
-    SetDeadline(server, connection, kNextHead);
+    server.connections_.EndRequest(GetSocket(connection));
     --server.running_;
   }
 };
@@ -137,28 +126,30 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site, AllowedHost
     : site_(site),
       hosts_(std::move(hosts)),
       outOfMemory_(HttpAnswer{503, "text/plain; charset=utf-8", "Out of memory\n"}),
-      tooBusy_(TooBusy()) {
+      tooBusy_(TooBusy()),
+      daemon_(nullptr, &MHD_stop_daemon) {
   try {
-    deadlines_.emplace();
-    inFlight_.emplace([this](const MachineQuery& query, std::size_t requests) {
-      return AskMachine(query, requests);
-    });
-    daemon_ = MHD_start_daemon(
-        kOneThread | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::OnRequest, this,
-        MHD_OPTION_LISTEN_SOCKET, socket.Descriptor(), MHD_OPTION_CONNECTION_LIMIT, kConnections,
-        MHD_OPTION_PER_IP_CONNECTION_LIMIT, kConnectionsOfOneAddress, MHD_OPTION_CONNECTION_TIMEOUT,
-        kIdleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
-        MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
-        &Callbacks::OnCompleted, this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr,
-        MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END);
+    Start(socket.Descriptor());
   } catch (const std::system_error&) {
-    daemon_ = nullptr;
-  }
-  if (daemon_ == nullptr) {
     throw Failure(kUnavailable,
                   "Cannot start the web server: the system gives no more threads or "
                   "open files. Close other programs and try again.");
   }
+}
+
+void HttpServer::Start(int listenSocket) {
+  wakeup_.emplace();
+  daemon_.reset(MHD_start_daemon(
+      kOurThread, 0, nullptr, nullptr, &Callbacks::OnRequest, this, MHD_OPTION_CONNECTION_LIMIT,
+      kLibrarysConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
+      MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
+      &Callbacks::OnCompleted, this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr,
+      MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END));
+  if (!daemon_) throw std::system_error(errno, std::generic_category());
+  inFlight_.emplace([this](const MachineQuery& query,
+                           std::size_t requests) { return AskMachine(query, requests); },
+                    *wakeup_);
+  loop_.emplace(*daemon_, listenSocket, connections_, *wakeup_, stopping_);
 }
 
 HttpServer::~HttpServer() {
@@ -180,15 +171,16 @@ PreparedAnswer HttpServer::AskMachine(const MachineQuery& query, std::size_t req
 
 // The library must not be stopped while a connection is suspended.
 bool HttpServer::Stop() {
-  if (daemon_ == nullptr) return true;
+  if (!daemon_) return true;
   stopping_ = true;
-  MHD_quiesce_daemon(daemon_);
+  wakeup_->Wake();
   const auto deadline = std::chrono::steady_clock::now() + kGracePeriod;
   while (running_ > 0) {
     if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  MHD_stop_daemon(std::exchange(daemon_, nullptr));
+  loop_.reset();
+  daemon_.reset();
   return true;
 }
 

@@ -1,16 +1,19 @@
-// A site on a socket, by libmicrohttpd: its one thread reads, routes and sends; what needs the
-// machine is done by RequestsInFlight's workers meanwhile. Everything is bounded.
+// A site on a socket, by libmicrohttpd: one thread takes connections, reads, routes and sends; what
+// needs the machine is done by RequestsInFlight's workers meanwhile. Everything is bounded.
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <optional>
 
-#include "host/http/connection_deadlines.h"
+#include "host/http/connections.h"
 #include "host/http/http.h"
 #include "host/http/http_response.h"
 #include "host/http/listen_address.h"
 #include "host/http/request_check.h"
 #include "host/http/requests_in_flight.h"
+#include "host/http/server_loop.h"
+#include "host/http/wakeup.h"
 
 struct MHD_Daemon;
 
@@ -31,7 +34,9 @@ class HttpServer {
   bool Stop();
 
  private:
-  struct Callbacks;  // what libmicrohttpd calls, in its thread
+  struct Callbacks;  // what libmicrohttpd calls, in the server's thread
+
+  void Start(int listenSocket);
 
   PreparedAnswer AskMachine(const MachineQuery& query, std::size_t requests) const;
 
@@ -40,9 +45,11 @@ class HttpServer {
   const PreparedAnswer outOfMemory_, tooBusy_;  // made before they are needed
   std::atomic<int> running_{0};                 // requests
   std::atomic<bool> stopping_{false};
-  std::optional<ConnectionDeadlines> deadlines_;
+  Connections connections_;
+  std::optional<Wakeup> wakeup_;
+  std::unique_ptr<MHD_Daemon, void (*)(MHD_Daemon*)> daemon_;
   std::optional<RequestsInFlight> inFlight_;
-  MHD_Daemon* daemon_ = nullptr;
+  std::optional<ServerLoop> loop_;
 };
 
 }  // namespace host

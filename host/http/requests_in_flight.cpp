@@ -14,7 +14,8 @@ constexpr std::size_t kMostWaiting = 256;
 
 }  // namespace
 
-RequestsInFlight::RequestsInFlight(Ask ask) : ask_(std::move(ask)) {
+RequestsInFlight::RequestsInFlight(Ask ask, Wakeup& server)
+    : ask_(std::move(ask)), server_(server) {
   try {
     for (unsigned i = 0; i < kWorkers; ++i) workers_.emplace_back([this] { Work(); });
   } catch (...) {
@@ -78,6 +79,7 @@ void RequestsInFlight::AskMachine(std::list<Query>::iterator due,
     request->answer = answer;
     MHD_resume_connection(request->connection);
   }
+  server_.Wake();
   due->running = false;
   if (due->waiting.empty()) {
     queries_.erase(due);

@@ -14,6 +14,7 @@
 
 #include "host/http/http.h"
 #include "host/http/http_response.h"
+#include "host/http/wakeup.h"
 
 namespace host {
 
@@ -28,8 +29,9 @@ class RequestsInFlight {
   // Asks the machine for so many requests. Throws nothing.
   using Ask = std::function<PreparedAnswer(const MachineQuery& query, std::size_t requests)>;
 
-  // Throws std::system_error when the system gives no more threads.
-  explicit RequestsInFlight(Ask ask);
+  // Wakes the server's thread when answers are there. Throws std::system_error when the system
+  // gives no more threads.
+  RequestsInFlight(Ask ask, Wakeup& server);
   // No request may be in flight any more.
   ~RequestsInFlight();
   RequestsInFlight(const RequestsInFlight&) = delete;
@@ -52,6 +54,7 @@ class RequestsInFlight {
   void EndWorkers();
 
   const Ask ask_;
+  Wakeup& server_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::list<Query> queries_;  // one each; who waits longest comes first

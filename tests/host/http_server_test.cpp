@@ -16,7 +16,7 @@
 namespace host::test {
 namespace {
 
-constexpr int kWorkers = 4, kMostWaiting = 256, kConnectionsOfOneAddress = 256;
+constexpr int kWorkers = 4, kMostWaiting = 256, kMostOfOneAddress = 256;
 
 // Answers with the number of its query and of those who get it: "7 for 2".
 class CountingSite : public Site {
@@ -132,11 +132,12 @@ TEST_F(Server, OnlySoManyRequestsWaitAndWhoLeavesTakesNothingAlong) {
   OccupyWorkers();
   std::vector<int> waiting;
   for (int i = 0; i < kMostWaiting; ++i)
-    waiting.push_back(Send("GET /" + std::to_string(i), i % 2 == 0 ? "127.0.0.2" : "127.0.0.3"));
+    waiting.push_back(Send("GET /" + std::to_string(i), "127.0.0.2"));
   EXPECT_TRUE(AnswersAtOnce());
   const std::string refused = ReadAll(Send("GET /1"));
   EXPECT_TRUE(refused.starts_with("HTTP/1.1 503")) << refused;
   EXPECT_NE(refused.find("Retry-After: 10\r\n"), refused.npos) << refused;
+  EXPECT_EQ(ReadAll(Send("GET /now", "127.0.0.2")), "") << "no other of its address is idle";
   shutdown(waiting.front(), SHUT_RDWR);
   site_.Release();
   for (std::size_t i = 1; i < waiting.size(); ++i)
@@ -156,15 +157,28 @@ TEST_F(Server, NobodyEverGetsAnAnswerOlderThanTheRequest) {
   }
 }
 
-TEST_F(Server, OneAddressTakesNotAllConnections) {
-  std::vector<int> held(kConnectionsOfOneAddress);
-  for (int& socket : held) socket = Connect();
-  EXPECT_EQ(ReadAll(Connect()), "") << "one too many is closed";
-  EXPECT_TRUE(AnswersAtOnce());
-  for (const int socket : {held.front(), held.back()}) {  // none was closed in its place
-    Ask(socket, "GET /now");
-    EXPECT_EQ(Body(Read(socket)), "now");
-  }
+TEST_F(Server, WhoIsIdleLongestMakesRoomAndNobodyWhoIsAnswered) {
+  const int slow = Send("GET /slow", "127.0.0.2");
+  site_.AwaitBegun(1);
+  std::vector<int> kept, half;
+  const auto isServed = [](int socket) {
+    Ask(socket, "GET /quick");
+    return Read(socket).ends_with(" for 1");
+  };
+  while (kept.size() < 511) kept.push_back(Connect(kept.size() < 255 ? "127.0.0.2" : "127.0.0.3"));
+  for (const int socket : kept) EXPECT_TRUE(isServed(socket));
+  EXPECT_TRUE(isServed(kept[0]));
+  while (half.size() < 300) send(half.emplace_back(Connect("127.0.0.9")), "G", 1, 0);
+  const auto start = std::chrono::steady_clock::now();
+  for (int probe = 0; probe < 10; ++probe) EXPECT_TRUE(AnswersAtOnce());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9))
+      << "a deadline helped";
+  for (const int gone : {kept[1], kept[256], half[0], half[44]}) EXPECT_EQ(Read(gone), "");
+  for (const int open : {kept[0], kept[257], kept[510]}) EXPECT_TRUE(isServed(open));
+  Ask(half[60], "ET /now");
+  EXPECT_TRUE(Read(half[60]).ends_with("now"));
+  site_.Release();
+  EXPECT_EQ(Body(ReadAll(slow)), "1 for 1");
 }
 
 TEST_F(Server, WhatFailsIsAnsweredToo) {

@@ -1,6 +1,7 @@
 // `vela-health serve` on real sockets: what it answers, to whom, and what it refuses.
 import assert from "node:assert/strict";
-import {readFileSync} from "node:fs";
+import {spawnSync} from "node:child_process";
+import {readFileSync, readdirSync} from "node:fs";
 import {connect} from "node:net";
 import {hostname} from "node:os";
 import {join} from "node:path";
@@ -14,11 +15,12 @@ const kProblem = "application/problem+json";
 const statusOf = async (port, path, more) => (await ask(port, path, more)).status;
 const healthy = (...more) => serve("--scenario", "healthy", ...more);
 
+const client = (port, more) => connect({host: "127.0.0.1", port, ...more}).on("error", () => {});
 // Sends the text as it is; the whole answer, once the server closes.
 const exchange = (port, text) => new Promise(resolve => {
   let answer = "";
-  connect(port, "127.0.0.1").setEncoding("latin1").on("data", data => { answer += data; })
-    .on("error", () => {}).on("close", () => resolve(answer)).write(text);
+  client(port).setEncoding("latin1").on("data", data => { answer += data; })
+    .on("close", () => resolve(answer)).write(text);
 });
 
 test("the document is the module's, and other paths name what exists", async () => {
@@ -163,14 +165,46 @@ test("what runs is finished before it stops, and the port, taken before, is free
   assert.equal(await hung.stop("SIGINT"), null, "the second one ends it at once");
 });
 
+test("without descriptors it neither spins nor turns deaf", async () => {
+  const {port, pid} = await healthy();
+  const limit = files => spawnSync("prlimit", ["--pid", String(pid), `--nofile=${files}:`]);
+  const ticks = () => Number(readFileSync(`/proc/${pid}/stat`, "utf8").split(" ")[14]);
+  const open = readdirSync(`/proc/${pid}/fd`);
+  const none = [...open, ""].findIndex((_, file) => !open.includes(String(file)));
+  for (const files of [none, 11, 12, 13, 14]) {
+    const before = ticks(), start = performance.now();
+    limit(files);
+    const clients = Array.from({length: 30}, () => client(port));
+    await sleep(1000);
+    assert.ok(ticks() - before < 15, `${ticks() - before} ticks with ${files} descriptors`);
+    if (files > none) assert.equal(await statusOf(port, "/healthz"), 200, "others make room");
+    clients.forEach(one => one.destroy());
+    limit(files === none ? 1024 : files);
+    assert.equal(await statusOf(port, "/healthz"), 200);
+    assert.ok(performance.now() - start < 9000, "no deadline had to help");
+  }
+});
+
+test("when more connections than it takes end while it stands still, it goes on", async () => {
+  const {port, pid} = await healthy();
+  for (const signal of ["SIGSTOP", "SIGCONT"]) {  // before they come, and after
+    process.kill(pid, signal);
+    const clients = Array.from({length: 532}, (_, i) =>
+      client(port, {localAddress: `127.0.0.${2 + i % 3}`}));
+    await sleep(500);
+    process.kill(pid, "SIGSTOP");
+    clients.forEach(one => one.destroy());
+    process.kill(pid, "SIGCONT");
+    assert.equal(await statusOf(port, "/healthz"), 200);
+  }
+});
+
 test("half requests and readers who do not read hold up nobody, and do not stay", async () => {
   const {port} = await healthy();
   let ended = 0;
-  const slow = Array.from({length: 100}, () =>
-    connect(port, "127.0.0.1").on("error", () => {}).on("close", () => { ended += 1; }));
-  const reader = connect({host: "127.0.0.1", port, localAddress: "127.0.0.2"});
-  reader.on("error", () => {}).pause()
-    .write("GET /texts/ja.json HTTP/1.1\r\nHost: localhost\r\n\r\n".repeat(500));
+  const slow = Array.from({length: 100}, () => client(port).on("close", () => { ended += 1; }));
+  const reader = client(port, {localAddress: "127.0.0.2"}).pause();
+  reader.write("GET /texts/ja.json HTTP/1.1\r\nHost: localhost\r\n\r\n".repeat(500));
   for (let second = 0; second < 100 && ended < slow.length; second += 1) {
     for (const socket of slow) socket.write("G");  // of a head that never ends
     assert.equal(await statusOf(port, kGet), 200);
