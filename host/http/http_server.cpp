@@ -70,21 +70,27 @@ struct HttpServer::Callbacks {
     static_cast<HttpServer*>(self)->connections_.Remove(GetSocket(connection));
   }
 
+  // Called with the target as it was sent. Without memory the request has no state.
+  static void* OnRequestLine(void*, const char* target, MHD_Connection* connection) {
+    return new (std::nothrow) RequestInFlight{connection, RawTarget(target)};
+  }
+
   // Called for the head of a request, again when the whole request is there, and once more when
   // the machine has answered it.
-  static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path,
-                              const char* method, const char*, const char*, std::size_t*,
+  static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* target,
+                              const char* method, const char* version, const char*, std::size_t*,
                               void** state) {
     auto& server = *static_cast<HttpServer*>(self);
-    auto* request = static_cast<RequestInFlight*>(*state);
+    if (*state == nullptr) return server.outOfMemory_.SendTo(connection) ? MHD_YES : MHD_NO;
+    auto& request = *static_cast<RequestInFlight*>(*state);
     bool alive = true;
     try {
-      if (request == nullptr) {
-        alive = Begin(server, connection, method, state);
-      } else if (request->answer) {
-        alive = request->answer->SendTo(connection);
+      if (!request.begun) {
+        alive = Begin(server, request, {method, target, version});
+      } else if (request.answer) {
+        alive = request.answer->SendTo(connection);
       } else {
-        alive = Answer(server, *request, path);
+        alive = Answer(server, request, SplitTarget(target).path);
       }
     } catch (const std::bad_alloc&) {
       alive = server.outOfMemory_.SendTo(connection);
@@ -93,14 +99,13 @@ struct HttpServer::Callbacks {
   }
 
   // An answer to the head alone ends the connection, so a body is never read.
-  static bool Begin(HttpServer& server, MHD_Connection* connection, const char* method,
-                    void** state) {
-    *state = new RequestInFlight{connection};
+  static bool Begin(HttpServer& server, RequestInFlight& request, const RequestLine& line) {
+    request.begun = true;
     ++server.running_;  // before the look at stopping_, so that Stop sees the one or we the other
-    server.connections_.BeginRequest(GetSocket(connection));
+    server.connections_.BeginRequest(GetSocket(request.connection));
     if (server.stopping_) return false;
-    std::optional<HttpAnswer> refusal = RefuseRequest(connection, method, server.hosts_);
-    return !refusal || PreparedAnswer(std::move(*refusal)).SendTo(connection);
+    auto refusal = RefuseRequest(request.connection, line, request.target, server.hosts_);
+    return !refusal || PreparedAnswer(std::move(*refusal)).SendTo(request.connection);
   }
 
   static bool Answer(HttpServer& server, RequestInFlight& request, const char* path) {
@@ -114,9 +119,10 @@ struct HttpServer::Callbacks {
 
   static void OnCompleted(void* self, MHD_Connection* connection, void** state,
                           MHD_RequestTerminationCode) {
-    if (*state == nullptr) return;
+    const std::unique_ptr<RequestInFlight> request(static_cast<RequestInFlight*>(*state));
+    *state = nullptr;
+    if (!request || !request->begun) return;
     auto& server = *static_cast<HttpServer*>(self);
-    delete static_cast<RequestInFlight*>(std::exchange(*state, nullptr));
     server.connections_.EndRequest(GetSocket(connection));
     --server.running_;
   }
@@ -144,7 +150,7 @@ void HttpServer::Start(int listenSocket) {
       kLibrarysConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kConnectionMemory,
       MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::OnConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
       &Callbacks::OnCompleted, this, MHD_OPTION_UNESCAPE_CALLBACK, &Unescape, nullptr,
-      MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_END));
+      MHD_OPTION_URI_LOG_CALLBACK, &Callbacks::OnRequestLine, nullptr, MHD_OPTION_END));
   if (!daemon_) throw std::system_error(errno, std::generic_category());
   inFlight_.emplace([this](const MachineQuery& query,
                            std::size_t requests) { return AskMachine(query, requests); },

@@ -82,10 +82,14 @@ bool AllowedHosts::Contains(std::string_view host) const {
   return names_.contains(name) || IsAddress(name, remote_);
 }
 
-// Only HTTP/1.0, which no browser speaks, has no Host.
-std::optional<HttpAnswer> RefuseRequest(MHD_Connection* connection, const char* method,
-                                        const AllowedHosts& hosts) {
-  if (!IsReading(method)) {
+// A host in the target stands for the header's. Only HTTP/1.0, which no browser speaks, has none.
+std::optional<HttpAnswer> RefuseRequest(MHD_Connection* connection, const RequestLine& line,
+                                        const RawTarget& target, const AllowedHosts& hosts) {
+  if (!IsWellFormed(connection, line, target)) {
+    return Problem(400, "Bad request",
+                   "The head of this request can be read in more than one way.");
+  }
+  if (!IsReading(line.method)) {
     HttpAnswer answer = Problem(405, "Method not allowed", "Only GET and HEAD are served here.");
     answer.headers.emplace_back("Allow", "GET, HEAD");
     return answer;
@@ -94,9 +98,14 @@ std::optional<HttpAnswer> RefuseRequest(MHD_Connection* connection, const char* 
   MHD_get_connection_values(connection, MHD_HEADER_KIND, &ReadHeader, &head);
   if (head.body) return Problem(413, "No body", "A request here has no body. Leave it out.");
   if (head.hosts > 1) return Problem(400, "Two hosts", "A request names one Host.");
-  if (head.hosts == 0 || hosts.Contains(head.host)) return std::nullopt;
+  if (head.hosts == 0 && std::strcmp(line.version, MHD_HTTP_VERSION_1_0) != 0) {
+    return Problem(400, "No host", "A request names its Host.");
+  }
+  const std::string_view named = SplitTarget(line.target).host;
+  const std::string host(named.empty() ? head.host : named);
+  if ((named.empty() && head.hosts == 0) || hosts.Contains(host)) return std::nullopt;
   return Problem(421, "Not a name of this server",
-                 "This server does not answer for the host \"" + std::string(head.host) +
+                 "This server does not answer for the host \"" + host +
                      "\", since another site's page could be asking. Ask for its address, or "
                      "start vela-health serve with --host-name and this name if it is yours.");
 }

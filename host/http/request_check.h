@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/http/http.h"
+#include "host/http/request_head.h"
 
 struct MHD_Connection;
 
@@ -30,8 +31,8 @@ class AllowedHosts {
   std::set<std::string, std::less<>> names_;  // in small letters
 };
 
-// Decides by method and headers: the error answer for a request that is not served, else none.
-std::optional<HttpAnswer> RefuseRequest(MHD_Connection* connection, const char* method,
-                                        const AllowedHosts& hosts);
+// Decides by the head: the error answer for a request that is not served, else none.
+std::optional<HttpAnswer> RefuseRequest(MHD_Connection* connection, const RequestLine& line,
+                                        const RawTarget& target, const AllowedHosts& hosts);
 
 }  // namespace host

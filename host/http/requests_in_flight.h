@@ -14,13 +14,16 @@
 
 #include "host/http/http.h"
 #include "host/http/http_response.h"
+#include "host/http/request_head.h"
 #include "host/http/wakeup.h"
 
 namespace host {
 
-// From the request's head until it was answered or its connection closed.
+// From the first line of a request until it was answered or its connection closed.
 struct RequestInFlight {
   MHD_Connection* connection;
+  RawTarget target;
+  bool begun = false;                         // its whole head is there
   std::optional<PreparedAnswer> answer = {};  // the machine's, once it is there
 };
 
