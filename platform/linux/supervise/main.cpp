@@ -32,7 +32,7 @@ class Supervisor {
   void Run() {
     while (ReapOrWait()) continue;
     for (int pause = 1; !Reap(); pause = std::min(pause * 2, 1000)) {
-      KillDescendants();
+      KillDescendants(leader_);
       poll(nullptr, 0, pause);
     }
   }
