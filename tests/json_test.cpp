@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "common/json_lists.h"
-#include "common/json_marks.h"
 #include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "tests/support/comma_locale.h"
@@ -35,69 +34,46 @@ TEST(JsonReader, ReadsRegularFilesUpToSixteenMebibytes) {
   alarm(0);
 }
 
-std::string Repeat(std::size_t count, const std::string& text) {
-  std::string all;
-  for (; count > 0; --count) all += text;
-  return all;
-}
-
 // In a thread with the stack of a small server's.
-void* ReadWhatIsNestedDeeply(void*) {
-  const std::string opens = Repeat(kDeepestJson, "{\"a\":"), closes(kDeepestJson, '}');
-  Json::Value value;
-  EXPECT_TRUE(ParseJson(opens + "1" + closes, value));
-  EXPECT_EQ(WriteCompact(value), opens + "1" + closes);
-  EXPECT_FALSE(ParseJson(opens + "[]" + closes, value));
-  // The parser takes the bracket behind a comment for a comma.
-  EXPECT_FALSE(ParseJson("{\"a\":" + Repeat(1500, "{\"b\":1/**/]\"c\":"), value));
-  EXPECT_TRUE(ParseJson("7" + std::string(kDeepestJson + 1, '['), value));
+void* ReadWhatIsDeepOrLong(void*) {
+  Json::Value rows, value;
+  EXPECT_TRUE(ReadJsonFile(VELA_SCENARIOS "/../tests/fixtures/json_bounds.json", rows));
+  constexpr const char* kResults[] = {"Whole", "Invalid", "TooLarge"};
+  for (Json::ArrayIndex i = 1; i < rows.size(); ++i) {
+    const Json::Value& row = rows[i];
+    const std::string repeated = row[3].asString(), again = row[5].asString();
+    std::string text = row[1].asString(), closing;
+    for (int times = row[2].asInt(); times > 0; --times, closing += again) text += repeated;
+    text += row[4].asString() + closing + row[6].asString();
+    const auto parsed = static_cast<std::size_t>(TryParseJson(text, value));
+    const auto listed = static_cast<std::size_t>(ParseJsonLists(text, value, [](auto, auto&) {}));
+    EXPECT_EQ(row[7].asString(), kResults[parsed]) << row[0].asString();
+    EXPECT_EQ(row[8].asString(), kResults[listed]) << row[0].asString();
+  }
   return nullptr;
 }
 
-TEST(JsonReader, FollowsNoMoreLevelsThanASmallStackHolds) {
+TEST(JsonReader, FollowsAsManyLevelsAndValuesAsASmallThreadBears) {
   pthread_attr_t small;
   pthread_t thread;
   pthread_attr_init(&small);
   pthread_attr_setstacksize(&small, std::size_t{256} << 10);
-  ASSERT_EQ(pthread_create(&thread, &small, ReadWhatIsNestedDeeply, nullptr), 0);
+  ASSERT_EQ(pthread_create(&thread, &small, ReadWhatIsDeepOrLong, nullptr), 0);
   pthread_join(thread, nullptr);
-}
-
-TEST(JsonReader, RefusesMoreValuesThanMemoryBears) {
-  Json::Value value;
-  EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 5), Parsed::Whole);
-  EXPECT_EQ(TryParseJson(R"([1, {"a": 2}, ",,,,"] [)", value, 4), Parsed::TooLarge);
-  EXPECT_FALSE(ParseJson("[1" + Repeat(kMostJsonValues, ",1") + "]", value));
 }
 
 TEST(JsonLists, AreReadInPiecesAsTheDocumentIsReadWhole) {
   Json::Value documents;
   ASSERT_TRUE(ReadJsonFile(VELA_SCENARIOS "/../tests/fixtures/json_documents.json", documents));
   for (const Json::Value& each : documents) {
-    SCOPED_TRACE(each.asString());
     Json::Value whole, pieces, lists(Json::objectValue);
+    const auto take = [&](auto list, auto& element) { lists[std::string(list)].append(element); };
     const bool valid = ParseJson(each.asString(), whole);
-    const auto take = [&lists](auto list, auto& element) {
-      lists[std::string(list)].append(element);
-    };
-    ASSERT_EQ(ParseJsonLists(each.asString(), pieces, take, 1) == Parsed::Whole, valid);
+    const Parsed parsed = ParseJsonLists(each.asString(), pieces, take, 1);
     for (const std::string& name : lists.getMemberNames())
       if (valid) pieces[name] = lists[name];
-    EXPECT_TRUE(!valid || pieces == whole);
+    EXPECT_TRUE((parsed == Parsed::Whole) == valid && pieces == whole) << each.asString();
   }
-}
-
-TEST(JsonLists, HoldAsMuchAsMemoryBears) {
-  const auto parse = [](std::size_t count, const std::string& element) {
-    Json::Value rest;
-    const std::string list = "{\"a\": [" + Repeat(count - 1, element + ",") + element;
-    return ParseJsonLists(list + "], \"b\": [[]]}", rest, [](auto, auto&) {});
-  };
-  EXPECT_EQ(parse(1, "1], \"c\": 2 // {\n{\"d\": [3"), Parsed::Invalid) << "an odd comma";
-  EXPECT_EQ(parse(kMostElements - 1, "1"), Parsed::Whole);
-  EXPECT_EQ(parse(kMostElements, "1"), Parsed::TooLarge);
-  EXPECT_EQ(parse(kMostListedValues / 5, "[1,1,1,1]"), Parsed::TooLarge);
-  EXPECT_EQ(parse(1, "[1" + Repeat(100'000, ",1") + "]"), Parsed::TooLarge);
 }
 
 // What the array `text` is read as; "invalid" when it is none.
