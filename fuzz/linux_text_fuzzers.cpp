@@ -20,15 +20,15 @@ namespace fuzz {
 using namespace linux_platform;
 
 void ReadTables(const std::string& text) {
-  const std::vector<Mount> mounts = ParseMountInfo(text);
+  const Mounts mounts = ParseMountInfo(text);
   const Settings settings(text);
-  const std::vector<std::string> fstab = ParseFstabTargets(text);
+  const FstabTargets fstab = ParseFstabTargets(text);
   std::vector<std::string> paths;
   for (const Mount* mount :
        ChooseVolumes(mounts, false, [](const Mount&) { return true; }).reachable) {
     Require(mount->target.size() < sizeof VELA::ZRT::STORAGE_MANAGER::SpaceRecord::path,
             "room for the path");
-    Require(FindHangingParent(mounts, *mount) == nullptr, "nothing chosen hangs");
+    Require(mounts.FindHangingParent(*mount) == nullptr, "nothing chosen hangs");
     const float level = GetWarningLevel(settings, mount->target);
     Require(level >= 0 && level <= 1, "a share");
     FindCrashSigns(*mount);

@@ -51,14 +51,15 @@ Settings::Settings(std::string text) : text_(std::move(text)) {
     text_[placeOf(value) + value.size()] = '\0';
     entries_.push_back({placeOf(key), key.size(), placeOf(value)});
   }
+  // Of the same key the last line stays last.
+  std::ranges::stable_sort(entries_, {}, [this](const Entry& entry) { return GetKey(entry); });
 }
 
 const char* Settings::Text(std::string_view key) const {
-  const std::string_view text = text_;
-  const auto latest = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
-    return text.substr(entry.key, entry.keySize) == key;
-  });
-  return latest == entries_.rend() ? nullptr : text_.c_str() + latest->value;
+  const auto behind = std::ranges::upper_bound(
+      entries_, key, {}, [this](const Entry& entry) { return GetKey(entry); });
+  if (behind == entries_.begin() || GetKey(behind[-1]) != key) return nullptr;
+  return text_.c_str() + behind[-1].value;
 }
 
 bool Settings::Yes(std::string_view key) const {

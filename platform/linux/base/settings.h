@@ -33,8 +33,12 @@ class Settings {
   struct Entry {
     std::size_t key, keySize, value;  // places in text_
   };
-  std::string text_;  // holds every key and value, each value closed by a NUL in place
-  std::vector<Entry> entries_;
+  std::string_view GetKey(const Entry& entry) const {
+    return std::string_view(text_).substr(entry.key, entry.keySize);
+  }
+
+  std::string text_;            // holds every key and value, each value closed by a NUL in place
+  std::vector<Entry> entries_;  // by key
 };
 
 // The words of `text`, which any number of commas, semicolons, blanks and tabs part.

@@ -38,10 +38,10 @@ std::optional<dev_t> ParseDevice(const std::string& text) {
   return makedev(static_cast<unsigned>(*first), static_cast<unsigned>(*second));
 }
 
-std::vector<Mount> ChooseMounts(const std::vector<Mount>& all) {
+std::vector<Mount> ChooseMounts(const Mounts& all) {
   std::vector<Mount> mounts;
   for (const Mount& mount : all)
-    if (mount.type == "fuseblk" && FindMount(all, mount.target) == &mount &&
+    if (mount.type == "fuseblk" && all.FindAt(mount.target) == &mount &&
         mounts.size() < kMostMounts)
       mounts.push_back(mount);
   return mounts;

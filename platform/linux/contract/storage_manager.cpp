@@ -19,8 +19,9 @@ constexpr std::int32_t kVolume = 1;
 
 const InternalVolume* FindVolume(Request& request, const char* path) {
   const auto& volumes = request.GetStorage().volumes;
-  const auto found = std::ranges::find(volumes, std::string_view(path), &InternalVolume::path);
-  return found == volumes.end() ? nullptr : &*found;
+  const auto found =
+      std::ranges::lower_bound(volumes, std::string(path), {}, &InternalVolume::path);
+  return found == volumes.end() || found->path != path ? nullptr : &*found;
 }
 
 _tag_volume_usage ToUsage(const Capacity& capacity) {

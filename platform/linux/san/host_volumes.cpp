@@ -40,17 +40,12 @@ bool HasCrashed(const Mount& mount) {
 
 }  // namespace
 
-HostVolumes::HostVolumes(std::vector<Mount> mounts) : mounts_(std::move(mounts)) {
-  for (const Mount& mount : mounts_) byTarget_[mount.target] = &mount;
-}
-
 const HostVolume* HostVolumes::FindVolume(std::string_view path) {
   if (!path.starts_with('/')) return nullptr;
   for (;;) {
-    const auto mount = byTarget_.find(path);
-    if (mount != byTarget_.end()) {
-      const auto [place, isNew] = volumes_.try_emplace(mount->second->target);
-      if (isNew) place->second = ReadVolume(*mount->second);
+    if (const Mount* mount = mounts_->FindAt(path)) {
+      const auto [place, isNew] = volumes_.try_emplace(mount->target);
+      if (isNew) place->second = ReadVolume(*mount);
       return &place->second;
     }
     if (path == "/") return nullptr;
@@ -62,7 +57,7 @@ const HostVolume* HostVolumes::FindVolume(std::string_view path) {
 HostVolume HostVolumes::ReadVolume(const Mount& mount) const {
   HostVolume volume;
   volume.path = mount.target;
-  volume.mayHang = MayHang(mount.type) || FindHangingParent(mounts_, mount) != nullptr;
+  volume.mayHang = MayHang(mount.type) || mounts_->FindHangingParent(mount) != nullptr;
   if (volume.mayHang) return volume;
   volume.isCrashed = HasCrashed(mount);
   ReadCapacity(BelowRoot(mount.target), mount.device, volume.capacity);

@@ -4,8 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
+#include <utility>
 
 #include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/mounts.h"
@@ -25,7 +24,7 @@ struct HostVolume {
 
 class HostVolumes {
  public:
-  explicit HostVolumes(std::vector<Mount> mounts);
+  explicit HostVolumes(MountTable mounts) : mounts_(std::move(mounts)) {}
   HostVolumes(const HostVolumes&) = delete;
   HostVolumes& operator=(const HostVolumes&) = delete;
 
@@ -38,8 +37,7 @@ class HostVolumes {
  private:
   HostVolume ReadVolume(const Mount& mount) const;
 
-  std::vector<Mount> mounts_;
-  std::unordered_map<std::string_view, const Mount*> byTarget_;
+  MountTable mounts_;
   std::map<std::string, HostVolume> volumes_;
 };
 

@@ -102,7 +102,7 @@ Json::Value ReadServiceStatus(std::string& trouble) {
   MountTable mounts;
   if (!ReadMounts(mounts))
     trouble = std::string("the mount table could not be read: ") + std::strerror(errno);
-  HostVolumes volumes(*mounts);
+  HostVolumes volumes(mounts);
   Json::Value document(Json::objectValue);
   document["low_capacity_write_on"] = IsLowCapacityWriteOn();
   Json::Value& luns = document["luns"] = Json::Value(Json::arrayValue);

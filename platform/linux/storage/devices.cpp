@@ -16,7 +16,7 @@ void Join(Stack& stack, const Stack& other) {
 
 }  // namespace
 
-Devices::Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts)
+Devices::Devices(const Mounts& mounts, std::vector<std::string_view> esataPorts)
     : mounts_(mounts), esataPorts_(std::move(esataPorts)) {
   FindSystemDisks();
 }
@@ -29,9 +29,11 @@ const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
   found.stack = ReadStackUnder(mount);
   if (mount.type != "btrfs" || found.stack.layers.empty()) return found;
 
-  const Btrfs whole = ReadBtrfs(found.stack.layers.front());
-  found.btrfs = whole.health;
-  for (const std::string& member : whole.members)
+  if (!btrfs_) btrfs_ = ReadBtrfs();
+  const auto whole = btrfs_->find(found.stack.layers.front());
+  if (whole == btrfs_->end()) return found;
+  found.btrfs = whole->second->health;
+  for (const std::string& member : whole->second->members)
     Join(found.stack, ReadStack(std::string_view(member)));
   return found;
 }
@@ -41,7 +43,7 @@ Health Devices::GetBtrfsHealth(const Mount& mount) { return GetFileSystem(mount)
 
 void Devices::FindSystemDisks() {
   for (const std::string_view target : {"/", "/var", "/boot", "/boot/efi"}) {
-    const Mount* mount = FindMount(mounts_, target);
+    const Mount* mount = mounts_.FindAt(target);
     if (mount == nullptr) continue;
     const Stack& stack = GetStack(*mount);
     systemDisks_.insert(stack.disks.begin(), stack.disks.end());
@@ -62,13 +64,19 @@ const DiskFacts& Devices::GetFacts(const std::string& disk) {
   if (!isNew) return facts;
   facts = ReadDiskFacts(disk, esataPorts_);
   facts.carriesSystem = CarriesSystem(disk);
-  if (!facts.ata) return facts;
+  facts.mountedAsMedia = facts.ata && IsMountedAsMedia(disk);
+  return facts;
+}
+
+bool Devices::IsMountedAsMedia(const std::string& disk) {
+  if (mediaDisks_) return mediaDisks_->contains(disk);
+  mediaDisks_.emplace();
   for (const Mount& mount : mounts_) {
     if (!mount.target.starts_with("/media/") && !mount.target.starts_with("/run/media/")) continue;
     const std::vector<std::string>& below = GetStack(mount).disks;
-    if (std::ranges::find(below, disk) != below.end()) facts.mountedAsMedia = true;
+    mediaDisks_->insert(below.begin(), below.end());
   }
-  return facts;
+  return mediaDisks_->contains(disk);
 }
 
 DiskClass Devices::Classify(const Stack& stack) {

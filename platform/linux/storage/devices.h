@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -18,7 +19,7 @@ class Devices {
  public:
   // Keeps a reference to `mounts`; every mount asked for is one of them. `esataPorts` as for
   // ReadDiskFacts; their text must outlive this.
-  Devices(const std::vector<Mount>& mounts, std::vector<std::string_view> esataPorts);
+  Devices(const Mounts& mounts, std::vector<std::string_view> esataPorts);
 
   // What lies under a mount; for btrfs all of its members.
   const Stack& GetStack(const Mount& mount);
@@ -45,11 +46,14 @@ class Devices {
   };
   const FileSystem& GetFileSystem(const Mount& mount);
   void FindSystemDisks();
+  bool IsMountedAsMedia(const std::string& disk);
 
-  const std::vector<Mount>& mounts_;
+  const Mounts& mounts_;
   std::vector<std::string_view> esataPorts_;
   std::map<Key, FileSystem> fileSystems_;
+  std::optional<BtrfsMembers> btrfs_;  // none: not read yet
   std::map<std::string, DiskFacts> facts_;
+  std::optional<std::set<std::string>> mediaDisks_;  // likewise
   std::set<std::string> systemDisks_;
   std::vector<Stack> rootAndSwap_;
 };

@@ -98,9 +98,11 @@ class DiskReader {
   DiskReader(Devices& devices, const std::vector<MdArray>& arrays,
              const std::vector<InternalVolume>& volumes)
       : devices_(devices),
-        volumes_(volumes),
         memberships_(ListMemberships(devices, arrays)),
-        failing_(NamesIn(BelowRoot("/var/lib/vela-platform/smart"))) {}
+        failing_(NamesIn(BelowRoot("/var/lib/vela-platform/smart"))) {
+    for (const InternalVolume& volume : volumes)
+      for (const std::string& disk : volume.disks) firstVolumes_.try_emplace(disk, volume.number);
+  }
 
   std::vector<WholeDisk> Read(const std::vector<std::string>& blockDevices) {
     const bool enclosures = PathExists(Sys("/class/enclosure"));
@@ -145,22 +147,21 @@ class DiskReader {
   std::string FindUser(const std::string& device, const Membership& membership) const {
     if (membership.serves) return membership.array;
     if (membership.waits) return "hotspare";
-    for (const InternalVolume& volume : volumes_)
-      if (std::ranges::find(volume.disks, device) != volume.disks.end())
-        return "volume_" + std::to_string(volume.number);
+    const auto volume = firstVolumes_.find(device);
+    if (volume != firstVolumes_.end()) return "volume_" + std::to_string(volume->second);
     return devices_.CarriesSystem(device) ? "system" : FindHolder(device);
   }
 
   // The serial number is read only when the daemon's hook has recorded any.
   bool IsFailing(const std::string& device, const std::string& path) const {
     if (failing_.empty()) return false;
-    return std::ranges::find(failing_, ReadSerialNumber(device, path)) != failing_.end();
+    return std::ranges::binary_search(failing_, ReadSerialNumber(device, path));
   }
 
   Devices& devices_;
-  const std::vector<InternalVolume>& volumes_;
+  std::map<std::string_view, int> firstVolumes_;  // on each disk: their numbers
   std::map<std::string, Membership> memberships_;
-  std::vector<std::string> failing_;  // serial numbers
+  std::vector<std::string> failing_;  // serial numbers, in order
 };
 
 }  // namespace

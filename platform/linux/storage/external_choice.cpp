@@ -28,14 +28,14 @@ struct Candidate {
   const std::string& Disk() const { return stack->disks.front(); }
 };
 
-bool MayBeExternal(const std::vector<Mount>& mounts, const Mount& mount) {
+bool MayBeExternal(const Mounts& mounts, const Mount& mount) {
   if (major(mount.device) == 0 && mount.type != "btrfs" && mount.type != "fuseblk") return false;
   return std::ranges::find(kAlwaysFull, mount.type) == kAlwaysFull.end() &&
          !HasWord(mount.options, "ro") && !HasWord(mount.superOptions, "ro") &&
-         FindMount(mounts, mount.target) == &mount && FindHangingParent(mounts, mount) == nullptr;
+         mounts.FindAt(mount.target) == &mount && mounts.FindHangingParent(mount) == nullptr;
 }
 
-std::vector<Candidate> ListCandidates(const std::vector<Mount>& mounts, Devices& devices) {
+std::vector<Candidate> ListCandidates(const Mounts& mounts, Devices& devices) {
   std::vector<Candidate> candidates;
   std::set<std::string> seen;
   for (const Mount& mount : mounts) {
@@ -95,7 +95,7 @@ bool IsShareName(std::string_view name) {
   return !name.empty() && name.size() <= 6 && TakeDigits(name) == name;
 }
 
-std::vector<ExternalVolume> ChooseExternal(const std::vector<Mount>& mounts, Devices& devices) {
+std::vector<ExternalVolume> ChooseExternal(const Mounts& mounts, Devices& devices) {
   const std::vector<Candidate> candidates = ListCandidates(mounts, devices);
   ShareNames taken;
   for (const Candidate& each : candidates)

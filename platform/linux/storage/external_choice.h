@@ -20,7 +20,7 @@ struct ExternalVolume {
 
 // A writable file system on disks that are all external, of one kind; once per file
 // system; nothing behind a mount that may hang.
-std::vector<ExternalVolume> ChooseExternal(const std::vector<Mount>& mounts, Devices& devices);
+std::vector<ExternalVolume> ChooseExternal(const Mounts& mounts, Devices& devices);
 
 // The share name that a mount point's last component is, if it has the form of one:
 // usbshare, sdshare or satashare, a number, and perhaps a dash and a number.

@@ -82,19 +82,18 @@ Ext4Errors ReadExt4Errors(const std::string& name) {
   return errors;
 }
 
-Btrfs ReadBtrfs(const std::string& device) {
+BtrfsMembers ReadBtrfs() {
   const std::string all = Sys("/fs/btrfs/");
+  BtrfsMembers members;
   for (const std::string& uuid : NamesIn(all)) {
-    const std::string folder = all + uuid;
-    const std::string devices = folder + "/devices", infos = folder + "/devinfo";
-    if (!PathExists(Within(devices, device))) continue;
-    Btrfs btrfs;
-    btrfs.members = NamesIn(devices);
-    for (const std::string& member : NamesIn(infos))
-      if (HasTrouble(Within(infos, member))) btrfs.health = Health::Abnormal;
-    return btrfs;
+    const std::string folder = all + uuid, infos = folder + "/devinfo";
+    const auto btrfs = std::make_shared<Btrfs>();
+    btrfs->members = NamesIn(folder + "/devices");
+    for (const std::string& info : NamesIn(infos))
+      if (HasTrouble(Within(infos, info))) btrfs->health = Health::Abnormal;
+    for (const std::string& member : btrfs->members) members.try_emplace(member, btrfs);
   }
-  return {};
+  return members;
 }
 
 Health ReadZpool(const std::string& pool) {

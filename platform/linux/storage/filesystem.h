@@ -5,6 +5,8 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,13 +42,14 @@ struct Ext4Errors {
 };
 Ext4Errors ReadExt4Errors(const std::string& name);
 
-// The btrfs that a device (kernel name) belongs to: Abnormal when a member is missing or
-// has recorded errors.
+// A btrfs: Abnormal when a member is missing or has recorded errors.
 struct Btrfs {
   Health health = Health::Normal;
-  std::vector<std::string> members;  // kernel names; empty when it is not mounted
+  std::vector<std::string> members;  // kernel names
 };
-Btrfs ReadBtrfs(const std::string& device);
+// Every btrfs that is mounted, by each of its members.
+using BtrfsMembers = std::map<std::string, std::shared_ptr<const Btrfs>>;
+BtrfsMembers ReadBtrfs();
 
 // The health of a ZFS pool, from its state in /proc/spl/kstat/zfs. A pool that is not ONLINE is
 // read again after 10 ms: the state flickers while a pool changes.

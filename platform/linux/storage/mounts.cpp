@@ -37,7 +37,43 @@ void ForEachEntry(const std::string& text, const Visit& visit) {
 
 }  // namespace
 
-std::vector<Mount> ParseMountInfo(const std::string& text) {
+Mounts::Mounts(std::vector<Mount> rows) : rows_(std::move(rows)) {
+  for (const Mount& mount : rows_) byTarget_[mount.target] = &mount;
+  FindHangingParents();
+}
+
+const Mount* Mounts::FindAt(std::string_view target) const {
+  const auto found = byTarget_.find(target);
+  return found == byTarget_.end() ? nullptr : found->second;
+}
+
+const Mount* Mounts::FindHangingParent(const Mount& mount) const {
+  return hangingParents_[static_cast<std::size_t>(&mount - rows_.data())];
+}
+
+void Mounts::FindHangingParents() {
+  std::unordered_map<int, std::size_t> byId;
+  for (std::size_t row = 0; row < rows_.size(); ++row) byId.try_emplace(rows_[row].id, row);
+  hangingParents_.resize(rows_.size());
+  std::vector<bool> known(rows_.size());
+  std::vector<std::size_t> below;  // the rows that the next answer is for
+  for (std::size_t first = 0; first < rows_.size(); ++first) {
+    const Mount* hanging = nullptr;
+    // Parents that go in a circle, as the first mount does, end at a row that was met before.
+    for (std::size_t row = first; hanging == nullptr && !known[row];) {
+      known[row] = true;
+      below.push_back(row);
+      const auto parent = byId.find(rows_[row].parent);
+      if (parent == byId.end()) break;
+      row = parent->second;
+      hanging = MayHang(rows_[row].type) ? &rows_[row] : hangingParents_[row];
+    }
+    for (const std::size_t row : below) hangingParents_[row] = hanging;
+    below.clear();
+  }
+}
+
+Mounts ParseMountInfo(const std::string& text) {
   std::vector<Mount> mounts;
   ForEachEntry(text, [&mounts](libmnt_fs* entry) {
     if (mnt_fs_get_target(entry) == nullptr || mnt_fs_get_id(entry) == 0) return;
@@ -52,23 +88,17 @@ std::vector<Mount> ParseMountInfo(const std::string& text) {
     mount.type = Text(mnt_fs_get_fstype(entry));
     mount.source = Text(mnt_fs_get_source(entry));
   });
-  return mounts;
+  return Mounts(std::move(mounts));
 }
 
 bool ReadMounts(MountTable& mounts) {
-  static Memo<std::vector<Mount>> memo;
+  static Memo<Mounts> memo;
   std::string text;
   const auto result = ReadSmallFile(BelowRoot("/proc/self/mountinfo").c_str(), kTableCap, text);
   const int error = errno;
   mounts = memo.Of(text, ParseMountInfo);
   errno = error;
   return result == ReadResult::Read;
-}
-
-const Mount* FindMount(const std::vector<Mount>& mounts, std::string_view target) {
-  const auto last = std::find_if(mounts.rbegin(), mounts.rend(),
-                                 [target](const Mount& mount) { return mount.target == target; });
-  return last == mounts.rend() ? nullptr : &*last;
 }
 
 bool MayHang(std::string_view type) {
@@ -79,27 +109,16 @@ bool MayHang(std::string_view type) {
   return type.starts_with("fuse") || std::ranges::find(kRemote, type) != std::end(kRemote);
 }
 
-const Mount* FindHangingParent(const std::vector<Mount>& mounts, const Mount& mount) {
-  const Mount* each = &mount;
-  // The table may be torn: no more steps than it has rows.
-  for (std::size_t step = 0; step < mounts.size(); ++step) {
-    const auto above = std::ranges::find(mounts, each->parent, &Mount::id);
-    if (above == mounts.end() || &*above == each) return nullptr;
-    if (MayHang(above->type)) return &*above;
-    each = &*above;
-  }
-  return nullptr;
-}
-
 bool IsOwnMount(const Mount& mount) {
   return mount.root == "/" ||
          (mount.type == "btrfs" && HasWord(mount.superOptions, "subvol=" + mount.root));
 }
 
-std::vector<std::string> ParseFstabTargets(const std::string& text) {
-  std::vector<std::string> targets;
-  ForEachEntry(text, [&targets](libmnt_fs* entry) {
-    if (mnt_fs_get_target(entry) != nullptr) targets.emplace_back(mnt_fs_get_target(entry));
+FstabTargets ParseFstabTargets(const std::string& text) {
+  FstabTargets targets;
+  std::size_t line = 0;
+  ForEachEntry(text, [&](libmnt_fs* entry) {
+    if (mnt_fs_get_target(entry) != nullptr) targets.try_emplace(mnt_fs_get_target(entry), line++);
   });
   return targets;
 }

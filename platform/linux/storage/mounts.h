@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace linux_platform {
@@ -21,29 +22,48 @@ struct Mount {
   std::string type, source;
 };
 
-// The mounts in a text in the format of /proc/self/mountinfo, in its order. Lines that are not of
-// that format are left out.
-std::vector<Mount> ParseMountInfo(const std::string& text);
+// All mounts, in the table's order. What is asked of each one takes no look at all the others.
+class Mounts {
+ public:
+  explicit Mounts(std::vector<Mount> rows);
+  Mounts(Mounts&&) = default;
+
+  auto begin() const { return rows_.begin(); }
+  auto end() const { return rows_.end(); }
+
+  // The mount that a path equal to `target` leads to: the last one made there. Null: none.
+  const Mount* FindAt(std::string_view target) const;
+  // The mount above one of these that may hang and has to be passed to reach it: a network, FUSE
+  // or autofs mount; null when there is none. Even statfs of a healthy ext4 below a dead NFS waits.
+  const Mount* FindHangingParent(const Mount& mount) const;
+
+ private:
+  void FindHangingParents();
+
+  std::vector<Mount> rows_;
+  std::unordered_map<std::string_view, const Mount*> byTarget_;
+  std::vector<const Mount*> hangingParents_;  // of each row
+};
+
+// The mounts in a text in the format of /proc/self/mountinfo. Lines that are not of that format
+// are left out.
+Mounts ParseMountInfo(const std::string& text);
 
 // The mounts in /proc/self/mountinfo below the root: read every time, parsed when it has changed.
 // False: errno says why, and `mounts` has what could be read.
-using MountTable = std::shared_ptr<const std::vector<Mount>>;
+using MountTable = std::shared_ptr<const Mounts>;
 bool ReadMounts(MountTable& mounts);
 
-// The mount that a path equal to `target` leads to: the last one made there.
-const Mount* FindMount(const std::vector<Mount>& mounts, std::string_view target);
-
-// The mount above it that may hang and has to be passed to reach it: a network, FUSE or
-// autofs mount; null when there is none. Even statfs of a healthy ext4 below a dead NFS waits.
-const Mount* FindHangingParent(const std::vector<Mount>& mounts, const Mount& mount);
 bool MayHang(std::string_view fileSystemType);
 
 // Mounted at its own root, or at the subvolume that it was asked for: not a bind mount,
 // which may be read-write over a file system that somebody made read-only.
 bool IsOwnMount(const Mount& mount);
 
-// The paths of fstab's second column, decoded, in its order; swap areas' "none" is kept.
-std::vector<std::string> ParseFstabTargets(const std::string& text);
+// The paths of fstab's second column, decoded, each with the place of its first line among the
+// lines; swap areas' "none" is kept.
+using FstabTargets = std::unordered_map<std::string, std::size_t>;
+FstabTargets ParseFstabTargets(const std::string& text);
 // The device column of /proc/swaps.
 std::vector<std::string> ParseSwaps(const std::string& text);
 

@@ -11,8 +11,8 @@
 namespace linux_platform {
 
 struct StorageView {
-  std::vector<InternalVolume> volumes;
-  std::vector<WholeDisk> disks;  // the internal ones
+  std::vector<InternalVolume> volumes;  // by path
+  std::vector<WholeDisk> disks;         // the internal ones
   std::vector<ExternalVolume> external;
   bool listsDisks = false;  // there is a /sys to look at
   bool systemCrashed = false;

@@ -68,12 +68,12 @@ bool MayBeVolume(const Mount& mount, bool skipRoot) {
          std::ranges::none_of(kProgramsOwn, [target](auto own) { return IsBelow(target, own); });
 }
 
-VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
+VolumeChoice ChooseVolumes(const Mounts& mounts, bool skipRoot,
                            const std::function<bool(const Mount&)>& isInternal) {
   std::map<std::string, const Mount*> chosen, behind;
   for (const Mount& mount : mounts) {
-    if (!MayBeVolume(mount, skipRoot) || FindMount(mounts, mount.target) != &mount) continue;
-    const bool reachable = FindHangingParent(mounts, mount) == nullptr;
+    if (!MayBeVolume(mount, skipRoot) || mounts.FindAt(mount.target) != &mount) continue;
+    const bool reachable = mounts.FindHangingParent(mount) == nullptr;
     if (!reachable && !IsOwnMount(mount)) continue;  // a part of one: a container's own files
     const auto place =
         (reachable ? chosen : behind).emplace(MakeFileSystemKey(mount), &mount).first;
@@ -89,22 +89,24 @@ VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
   return choice;
 }
 
-std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
-                               const std::vector<std::string>& fstab, const Settings& settings) {
+std::vector<int> NumberVolumes(const std::vector<std::string>& paths, const FstabTargets& fstab,
+                               const Settings& settings) {
   std::vector<int> numbers(paths.size());
   std::set<int> taken;
   struct Unnumbered {
-    std::ptrdiff_t fstabLine;
+    std::size_t fstabLine;
     std::string_view path;
     std::size_t index;
   };
   std::vector<Unnumbered> rest;
   for (std::size_t i = 0; i < paths.size(); ++i) {
     const auto own = GetOwnNumber(paths[i], settings);
-    if (own && taken.insert(*own).second)
+    if (own && taken.insert(*own).second) {
       numbers[i] = *own;
-    else
-      rest.push_back({std::ranges::find(fstab, paths[i]) - fstab.begin(), paths[i], i});
+    } else {
+      const auto line = fstab.find(paths[i]);
+      rest.push_back({line == fstab.end() ? fstab.size() : line->second, paths[i], i});
+    }
   }
   std::ranges::sort(rest, {}, [](const Unnumbered& volume) {
     return std::tie(volume.fstabLine, volume.path, volume.index);

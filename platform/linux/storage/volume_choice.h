@@ -28,13 +28,13 @@ struct VolumeChoice {
 // One mount per file system: preferably of its root, else the shortest path. `isInternal`
 // says whether a mount's device is of this machine; it is called only for mounts that are
 // otherwise fit.
-VolumeChoice ChooseVolumes(const std::vector<Mount>& mounts, bool skipRoot,
+VolumeChoice ChooseVolumes(const Mounts& mounts, bool skipRoot,
                            const std::function<bool(const Mount&)>& isInternal);
 
 // The number of each path's volume: the setting "volume.id.<path>"; else N for "/volumeN";
 // else the lowest free ones, first in fstab's order, then by the paths' bytes.
-std::vector<int> NumberVolumes(const std::vector<std::string>& paths,
-                               const std::vector<std::string>& fstab, const Settings& settings);
+std::vector<int> NumberVolumes(const std::vector<std::string>& paths, const FstabTargets& fstab,
+                               const Settings& settings);
 
 // The free share below which the volume warns: "volume.warn.<path>", else
 // "volume_warning_percent", else 0.05. A number from 1 up is a percentage.

@@ -15,9 +15,8 @@ namespace {
 
 // A device that is gone does not tell any more whether it was a disk in its bay or a stick
 // that somebody pulled out.
-bool IsExpected(const std::string& target, const std::vector<std::string>& fstab) {
-  return target == "/" || target.starts_with("/volume") ||
-         std::ranges::find(fstab, target) != fstab.end();
+bool IsExpected(const std::string& target, const FstabTargets& fstab) {
+  return target == "/" || target.starts_with("/volume") || fstab.contains(target);
 }
 
 bool IsSystem(const Mount& mount) { return mount.target == "/" || mount.target == "/var"; }
@@ -30,11 +29,11 @@ std::int64_t ReadBootTime() {
 
 class VolumeReader {
  public:
-  VolumeReader(const std::vector<Mount>& mounts, const Settings& settings, Devices& devices,
+  VolumeReader(const Mounts& mounts, const Settings& settings, Devices& devices,
                const Redundancy& redundancy)
       : mounts_(mounts), settings_(settings), devices_(devices), redundancy_(redundancy) {}
 
-  InternalVolumes Read(const std::vector<std::string>& fstab) {
+  InternalVolumes Read(const FstabTargets& fstab) {
     ReadSystem();
     const bool skipRoot = settings_.Yes("volume.skip_root");
     const VolumeChoice choice = ChooseVolumes(
@@ -51,7 +50,7 @@ class VolumeReader {
   }
 
  private:
-  bool IsInternal(const Mount& mount, const std::vector<std::string>& fstab) {
+  bool IsInternal(const Mount& mount, const FstabTargets& fstab) {
     const Stack& stack = devices_.GetStack(mount);
     if (stack.gone && stack.disks.empty()) return IsExpected(mount.target, fstab);
     return devices_.Classify(stack) == DiskClass::Internal;
@@ -99,15 +98,15 @@ class VolumeReader {
 
   void ReadSystem() {
     for (const char* target : {"/", "/var"}) {
-      const Mount* mount = FindMount(mounts_, target);
+      const Mount* mount = mounts_.FindAt(target);
       if (mount == nullptr || MayHang(mount->type)) continue;
-      if (FindHangingParent(mounts_, *mount) != nullptr) continue;
+      if (mounts_.FindHangingParent(*mount) != nullptr) continue;
       if (ReadState(*mount).crashed) volumes_.systemCrashed = true;
     }
   }
 
   std::string ExplainHidden(const Mount& mount) const {
-    const Mount* above = FindHangingParent(mounts_, mount);
+    const Mount* above = mounts_.FindHangingParent(mount);
     return mount.target + " was not looked at: it lies behind " + above->target + " (" +
            above->type + "), which may hang";
   }
@@ -132,7 +131,7 @@ class VolumeReader {
     return volume;
   }
 
-  const std::vector<Mount>& mounts_;
+  const Mounts& mounts_;
   const Settings& settings_;
   Devices& devices_;
   const Redundancy& redundancy_;
@@ -142,10 +141,10 @@ class VolumeReader {
 
 }  // namespace
 
-InternalVolumes ReadVolumes(const std::vector<Mount>& mounts, const Settings& settings,
+InternalVolumes ReadVolumes(const Mounts& mounts, const Settings& settings,
                             const std::string& fstab, Devices& devices,
                             const Redundancy& redundancy) {
-  static Memo<std::vector<std::string>> memo;
+  static Memo<FstabTargets> memo;
   const auto targets = memo.Of(fstab, ParseFstabTargets);
   return VolumeReader(mounts, settings, devices, redundancy).Read(*targets);
 }

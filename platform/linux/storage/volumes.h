@@ -24,14 +24,14 @@ struct InternalVolume {
 };
 
 struct InternalVolumes {
-  std::vector<InternalVolume> all;
-  bool systemCrashed = false;  // the file system of "/" or "/var" has stopped working
+  std::vector<InternalVolume> all;  // by path
+  bool systemCrashed = false;       // the file system of "/" or "/var" has stopped working
   Health worst = Health::Normal;
   std::string hidden;  // why the first volume that may not be looked at was not, in words
 };
 
 // `devices` are those of `mounts`; `fstab` is the table's text.
-InternalVolumes ReadVolumes(const std::vector<Mount>& mounts, const Settings& settings,
+InternalVolumes ReadVolumes(const Mounts& mounts, const Settings& settings,
                             const std::string& fstab, Devices& devices,
                             const Redundancy& redundancy);
 
