@@ -19,7 +19,7 @@ namespace linux_platform {
 namespace {
 
 constexpr const char* kSaved = "/etc/rtslib-fb-target/saveconfig.json";
-constexpr std::size_t kSavedCap = std::size_t{64} << 20;
+constexpr std::size_t kSavedCap = std::size_t{32} << 20;  // 16,000 LUNs
 
 // systemd keeps such a link for each unit that is active.
 constexpr std::array kServices = {"/run/systemd/units/invocation:rtslib-fb-targetctl.service",
@@ -92,7 +92,7 @@ std::vector<Lun> ReadSavedLuns(std::string& trouble) {
   if (result == ReadResult::Failed)
     trouble = std::string(kSaved) + " could not be read: " + std::strerror(errno);
   else if (result == ReadResult::TooLarge || !ParseSavedLuns(text, luns))
-    trouble = std::string(kSaved) + " is no saved configuration";
+    trouble = std::string(kSaved) + " is no saved configuration, or is larger than can be read";
   return luns;
 }
 
