@@ -192,6 +192,7 @@ TEST_F(Server, WhatFailsIsAnsweredToo) {
 
 TEST_F(Server, WhatRunsAndWaitsIsAnsweredBeforeItStops) {
   OccupyWorkers();
+  for (int i = 0; i < 9; ++i) send(Connect(), "GET / HTTP/1.1\r\n?\r\n", 19, 0);  // never begun
   const int waiting = Send("GET /waits"), idle = Connect(), kept = Connect();
   EXPECT_TRUE(AnswersAtOnce());
   std::jthread stop([this] { EXPECT_TRUE(server_.Stop()); });

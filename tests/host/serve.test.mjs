@@ -117,8 +117,7 @@ test("files are packed for those who can unpack them, and sent once", async () =
 
 test("what is no request of ours is refused, and the next one served", async () => {
   const {port} = await healthy();
-  const send = (line, rest) =>
-    exchange(port, `${line} HTTP/1.1\n${rest}`.replaceAll("\n", "\r\n"));
+  const send = (...text) => exchange(port, text.join(" HTTP/1.1\n").replaceAll("\n", "\r\n"));
   for (const [line, rest, status] of cases.refused) {
     for (const first of ["", "GET / HTTP/1.1\nHost: localhost\n\n"]) {
       const answers = (await send(first + line, rest)).split("HTTP/1.1 ").slice(1);
