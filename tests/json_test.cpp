@@ -53,7 +53,7 @@ void* ReadWhatIsDeepOrLong(void*) {
   return nullptr;
 }
 
-TEST(JsonReader, FollowsAsManyLevelsAndValuesAsASmallThreadBears) {
+TEST(JsonReader, FollowsAsManyLevelsAndValuesAsASmallStackBears) {
   pthread_attr_t small;
   pthread_t thread;
   pthread_attr_init(&small);
