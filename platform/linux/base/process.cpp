@@ -30,8 +30,10 @@ class StuckChildren {
   // Reaps those that ended since. Whether one of `command` is left.
   bool Any(const std::vector<std::string>& command) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(stuck_,
-                  [](const auto& each) { return waitpid(each.pid, nullptr, WNOHANG) != 0; });
+    std::erase_if(stuck_, [](const auto& each) {
+      kill(each.pid, SIGCONT);  // not reaped yet, so the number is still its own
+      return waitpid(each.pid, nullptr, WNOHANG) != 0;
+    });
     return std::ranges::find(stuck_, command, &Stuck::command) != stuck_.end();
   }
   void Add(const std::vector<std::string>& command, pid_t pid) {
@@ -101,7 +103,7 @@ long Child::TimeLeft() const {
                         0);
 }
 
-// A program may have stopped its supervisor.
+// A program may have stopped its supervisor, and may do so again: AwaitDeath goes on with that.
 void Child::EndNow() {
   send(line_.Get(), "", 1, MSG_NOSIGNAL);
   kill(pid_, SIGCONT);

@@ -76,6 +76,7 @@ bool AwaitDeath(pid_t pid, milliseconds bound) {
     if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return true;
     if (info.si_pid == pid) return true;
     if (steady_clock::now() >= end) return false;
+    kill(pid, SIGCONT);
     std::this_thread::sleep_for(pause);
   }
 }

@@ -25,8 +25,8 @@ int Spawn(char* const* argv, char* const* environment, const SpawnSettings& sett
 // process that has closed its own. Closes on exec.
 Descriptor AboveStandard(Descriptor descriptor);
 
-// Waits until the child is dead, but leaves it to be reaped: while it is there, no other
-// process can take its number, which is also its group's.
+// Waits until the child is dead and meanwhile continues it, should anybody stop it. Leaves it to
+// be reaped: while it is there, no other process can take its number, which is also its group's.
 bool AwaitDeath(pid_t pid, std::chrono::milliseconds bound);
 
 }  // namespace linux_platform
