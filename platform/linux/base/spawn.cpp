@@ -73,10 +73,12 @@ bool AwaitDeath(pid_t pid, milliseconds bound) {
   const auto end = steady_clock::now() + bound;
   for (microseconds pause(50);; pause = std::min<microseconds>(pause * 2, milliseconds(5))) {
     siginfo_t info = {};
-    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return true;
-    if (info.si_pid == pid) return true;
+    constexpr int kEndOrStop = WEXITED | WSTOPPED | WNOHANG | WNOWAIT;
+    if (waitid(P_PID, static_cast<id_t>(pid), &info, kEndOrStop) != 0) return true;
+    const bool isStopped = info.si_pid == pid && info.si_code == CLD_STOPPED;
+    if (info.si_pid == pid && !isStopped) return true;
     if (steady_clock::now() >= end) return false;
-    kill(pid, SIGCONT);
+    if (isStopped) kill(pid, SIGCONT);
     std::this_thread::sleep_for(pause);
   }
 }
