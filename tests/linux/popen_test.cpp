@@ -12,6 +12,7 @@
 
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/base/process.h"
+#include "platform/linux/base/spawn.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/contract/popen.h"
 #include "tests/linux/eventually.h"
@@ -155,6 +156,17 @@ TEST(Child, WhateverItDoesItEndsInTimeWithAllThatItStarted) {
     EXPECT_EQ(ends[static_cast<int>(cut)], row[1]);
     EXPECT_TRUE(Eventually([&day] { return CountWith(day) == 0; }));
   }
+}
+
+TEST(Child, ThatIsStoppedGoesOnWhileItsEndIsAwaited) {
+  const pid_t child = fork();
+  if (child == 0) {
+    raise(SIGSTOP);
+    _exit(0);
+  }
+  EXPECT_TRUE(linux_platform::AwaitDeath(child, 60s));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
 }
 
 TEST(Child, EndsWithItsHostHoweverThatEnds) {
