@@ -34,9 +34,11 @@ constexpr const char* SourceName(Source source) {
 
 class SourceSet {
  public:
+  constexpr SourceSet() = default;
   constexpr SourceSet(std::initializer_list<Source> sources) {
-    for (const Source source : sources) bits_ |= Bit(source);
+    for (const Source source : sources) Add(source);
   }
+  constexpr void Add(Source source) { bits_ |= Bit(source); }
   constexpr bool Contains(Source source) const { return (bits_ & Bit(source)) != 0; }
 
  private:

@@ -78,8 +78,8 @@ std::vector<std::string> FailedSources() {
   const int count = VELAPlatformSources(reports, 32);
   std::vector<std::string> failed;
   for (int i = 0; i < count; ++i)
-    if (reports[i].state == 2)
-      failed.push_back(std::string(reports[i].name) + ": " + reports[i].reason);
+    if (reports[i].state > source_status::State::Read)
+      failed.push_back(std::string(reports[i].name) + ": " + reports[i].reasons[0].text);
   return failed;
 }
 

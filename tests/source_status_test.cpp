@@ -9,31 +9,52 @@
 namespace source_status {
 namespace {
 
-// A letter each: read, absent, failed; small: alone, large: as the end of a scope.
-void Report(char kind, const char* words) {
+// A letter each: read, absent, failed, unwatched; small: alone, large: as the end of a scope; and
+// + for what is accepted. The remedy is the words in brackets.
+void Report(char kind, const std::string& words) {
+  const char* text = words.c_str();
+  const std::string bracketed = "(" + words + ")";
+  const char* remedy = bracketed.c_str();
+  if (kind == '+') return Accept(Source::Ups);
   if (kind == 'r') return SayRead(Source::Ups);
-  if (kind == 'a') return SayAbsent(Source::Ups, "%s", words);
-  if (kind == 'f') return SayFailed(Source::Ups, "%s", words);
+  if (kind == 'a') return Say(Source::Ups, State::Absent, "", "%s", text);
+  if (kind == 'u') return Say(Source::Ups, State::Unwatched, remedy, "%s", text);
+  if (kind == 'f') return Say(Source::Ups, State::Failed, remedy, "%s", text);
   SourceScope scope(Source::Ups);
-  if (kind == 'R') scope.Read("%s", words);
-  if (kind == 'A') scope.Absent("%s", words);
-  if (kind == 'F') scope.Failed("%s", words);
+  if (kind == 'R') scope.Read("%s", text);
+  if (kind == 'N') scope.ReadWithRemark(remedy, "%s", text);
+  if (kind == 'A') scope.Absent("%s", text);
+  if (kind == 'U') scope.Unwatched(remedy, "%s", text);
+  if (kind == 'F') scope.Failed(remedy, "%s", text);
 }
 
-TEST(SourceStatus, TheWorstStandsWithItsFirstWords) {
+std::string Describe(const VELASourceReport& report) {
+  std::string words = NameState(report.state);
+  for (std::uint32_t i = 0; i < report.reasonCount; ++i)
+    words += std::string(" ") + report.reasons[i].text + report.reasons[i].remedy;
+  return words + (report.moreReasons != 0 ? " and more" : "");
+}
+
+TEST(SourceStatus, TheWorstStandsWithItsFirstWordsAndEachReasonOfTheUnwatched) {
   std::istringstream cases(  // what is reported, and the status that it amounts to
-      "=0 not asked;r=1 ;s=1 ;ax=0 x;Ax ay=0 x;ax r=1 ;ax Ry=1 y;r ax=1 ;s Rx=1 x;Rx r=1 x;"
-      "Rx Ry=1 x;r fx=2 x;fx fy=2 x;Fx Fy=2 x;fx s ay=2 x;ax Fy Rz=2 y;f" +
-      std::string(300, 'x') + "=2 " + std::string(239, 'x'));
+      "=not asked;r=read;s=read;ax=absent x;Ax ay=absent x;ax r=read;ax Ry=read y;r ax=read;"
+      "s Rx=read x;Rx r=read x;Rx Ry=read x;Nx r=read x(x);"
+      "r fx=failed x(x);fx fy=failed x(x);Fx Fy=failed x(x);fx s ay=failed x(x);"
+      "ax Fy Rz=failed y(y);fx uy=failed x(x);uy fx=failed x(x);"
+      "ux=unwatched x(x);Ux Uy ux r=unwatched x(x) y(y);Rx uy=unwatched y(y);"
+      "ua ub uc ua=unwatched a(a) b(b) c(c);ua ub uc ud ud=unwatched a(a) b(b) c(c) and more;"
+      "ua ub uc ud fx=failed x(x);"
+      "+ ux=accepted x(x);ux + r=accepted x(x);+ fx=failed x(x);+ r=read;+ ax=absent "
+      "x;ux=unwatched x(x);f" +
+      std::string(300, 'x') + "=failed " + std::string(239, 'x') + "(" + std::string(158, 'x'));
   for (std::string said, status; getline(cases, said, '=') && getline(cases, status, ';');) {
     VELAPlatformSourcesReset();
     std::istringstream words(said);
-    for (std::string word; words >> word;) Report(word[0], word.c_str() + 1);
+    for (std::string word; words >> word;) Report(word[0], word.substr(1));
     VELASourceReport reports[kSourceCount] = {};
     EXPECT_EQ(VELAPlatformSources(reports, kSourceCount - 1), kSourceCount);
-    EXPECT_EQ(reports[kSourceCount - 1].name, nullptr) << "beyond the capacity";
-    const VELASourceReport& ups = reports[static_cast<int>(Source::Ups)];
-    EXPECT_EQ(std::to_string(ups.state) + " " + ups.reason, status) << said;
+    EXPECT_STREQ(reports[kSourceCount - 1].name, "") << "beyond the capacity";
+    EXPECT_EQ(Describe(reports[static_cast<int>(Source::Ups)]), status) << said;
   }
 }
 

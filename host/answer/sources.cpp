@@ -5,16 +5,20 @@
 namespace host {
 namespace {
 
-constexpr std::int32_t kRead = 1, kFailed = 2;
+using source_status::State;
+
+bool IsUnread(const VELASourceReport& source) {
+  return source.state == State::Failed || source.state == State::Unwatched;
+}
 
 }  // namespace
 
 SourceCount CountSources(const std::vector<VELASourceReport>& sources) {
   SourceCount count;
   for (const VELASourceReport& source : sources) {
-    if (source.state == kRead) {
+    if (source.state == State::Read) {
       ++count.read;
-    } else if (source.state == kFailed) {
+    } else if (IsUnread(source)) {
       ++count.failed;
     } else {
       ++count.absent;
@@ -24,8 +28,8 @@ SourceCount CountSources(const std::vector<VELASourceReport>& sources) {
 }
 
 const char* NameSourceState(const VELASourceReport& source) {
-  if (source.state == kRead) return "read";
-  return source.state == kFailed ? "failed" : "absent";
+  if (source.state == State::Read) return "read";
+  return IsUnread(source) ? "failed" : "absent";
 }
 
 std::string FormatSourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts) {
@@ -42,9 +46,9 @@ std::vector<std::string> FormatFailedSources(const std::vector<VELASourceReport>
                                              const Texts& texts) {
   std::vector<std::string> lines;
   for (const VELASourceReport& source : sources) {
-    if (source.state != kFailed) continue;
+    if (!IsUnread(source)) continue;
     lines.push_back(texts.FormatUi("source_failed", texts.GetText("source", source.name),
-                                   Sanitize(source.reason)));
+                                   Sanitize(source.reasons[0].text)));
   }
   return lines;
 }

@@ -13,9 +13,9 @@
 namespace host {
 namespace {
 
-thread_local std::vector<std::string>* listener = nullptr;
+using source_status::State;
 
-constexpr std::int32_t kFailed = 2;
+thread_local std::vector<std::string>* listener = nullptr;
 
 // The first row decides whose a line is: where it comes from, and words in it.
 struct Row {
@@ -47,7 +47,7 @@ VELASourceReport& FindReport(const char* name, std::vector<VELASourceReport>& so
   const auto found = std::find_if(sources.begin(), sources.end(), [name](const auto& source) {
     return std::string_view(source.name) == name;
   });
-  return found != sources.end() ? *found : sources.emplace_back(VELASourceReport{name, 0, 0, {}});
+  return found != sources.end() ? *found : sources.emplace_back(VELASourceReport{.name = name});
 }
 
 std::string FormatLine(const char* format, std::va_list arguments) {
@@ -85,9 +85,12 @@ void AddLoggedFailures(const std::vector<std::string>& lines,
     const char* name = FindSource(line);
     if (name == nullptr) continue;
     VELASourceReport& source = FindReport(name, sources);
-    if (source.state == kFailed) continue;  // the first words, and the platform's, stay
-    source.state = kFailed;
-    std::snprintf(source.reason, sizeof source.reason, "%s",
+    if (source.state == State::Failed) continue;  // the first words, and the platform's, stay
+    source.state = State::Failed;
+    source.reasonCount = 1;
+    source.moreReasons = 0;
+    source.reasons[0] = {};
+    std::snprintf(source.reasons[0].text, sizeof source.reasons[0].text, "%s",
                   line.c_str() + std::min(line.size(), line.find(' ') + 1));
   }
 }

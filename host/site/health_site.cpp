@@ -59,7 +59,7 @@ Json::Value ToJson(const std::vector<VELASourceReport>& reports) {
     Json::Value source;
     source["name"] = report.name;
     source["state"] = NameSourceState(report);
-    if (report.reason[0] != '\0') source["reason"] = report.reason;
+    if (report.reasonCount > 0) source["reason"] = report.reasons[0].text;
     sources.append(std::move(source));
   }
   return sources;

@@ -60,7 +60,7 @@ void AddSources(std::vector<MetricFamily>& families, const std::vector<VELASourc
       Gauges("vela_health_source_state", "0 not on this machine, 1 read, 2 failed");
   MetricFamily seconds = Gauges("vela_health_source_seconds", "Time that reading it took");
   for (const VELASourceReport& source : sources) {
-    Add(state, {{"source", source.name}}, source.state);
+    Add(state, {{"source", source.name}}, static_cast<double>(source.state));
     Add(seconds, {{"source", source.name}}, source.microseconds / 1e6);
   }
   families.push_back(std::move(state));

@@ -122,7 +122,7 @@ std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& t
         MakeElement("td", texts.GetText("source", source.name)) +
             MakeElement("td", texts.FormatUi(state)) +
             MakeElement("td", asked ? FormatMilliseconds(source.microseconds, texts) : "") +
-            MakeElement("td", source.reason, "dir=\"auto\" lang=\"en\""),
+            MakeElement("td", source.reasons[0].text, "dir=\"auto\" lang=\"en\""),
         "class=\"is-" + state + "\"");
   }
   return Section(texts.FormatUi("sources_title"),

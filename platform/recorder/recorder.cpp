@@ -65,9 +65,23 @@ int OpenFile(const char* path) {
 }
 
 bool IsUsual(const VELASourceReport& report) {
+  using source_status::State;
   const bool oftenAbsent =
       std::strcmp(report.name, "SAN") == 0 || std::strcmp(report.name, "high availability") == 0;
-  return report.state == (oftenAbsent ? 0 : 1);
+  if (oftenAbsent) return report.state == State::Absent;
+  return report.state == State::Read && report.reasonCount == 0;
+}
+
+simulator::StatedStatus StateStatus(const VELASourceReport& report) {
+  simulator::StatedStatus status{source_status::NameState(report.state), "", "", {}};
+  for (std::uint32_t i = 0; i < report.reasonCount; ++i)
+    status.also.push_back({report.reasons[i].text, report.reasons[i].remedy});
+  if (report.moreReasons != 0) status.also.push_back({"more", ""});
+  if (status.also.empty()) return status;
+  status.reason = status.also.front().reason;
+  status.remedy = status.also.front().remedy;
+  status.also.erase(status.also.begin());
+  return status;
 }
 
 // A platform may not report on its sources.
@@ -75,11 +89,10 @@ void RecordSources(simulator::Machine& machine) {
   const auto copyReports =
       reinterpret_cast<decltype(&VELAPlatformSources)>(dlsym(platform, "VELAPlatformSources"));
   if (copyReports == nullptr) return;
-  constexpr const char* kStates[] = {"absent", "read", "failed"};
   std::array<VELASourceReport, source_status::kSourceCount> reports = {};
   copyReports(reports.data(), static_cast<int>(reports.size()));
   for (const VELASourceReport& report : reports) {
-    if (!IsUsual(report)) machine.sources[report.name] = {kStates[report.state], report.reason};
+    if (!IsUsual(report)) machine.sources[report.name] = StateStatus(report);
   }
 }
 

@@ -24,11 +24,13 @@ class Call {
   Machine& operator*() const { return machine_; }
 
   void Fail(const char* what) {
-    if (!reported_) source_status::SayFailed(source_, "%s, as the scenario says", what);
+    using source_status::State;
+    if (!reported_)
+      source_status::Say(source_, State::Failed, "", "%s, as the scenario says", what);
     reported_ = true;
   }
   void Absent(const char* what) {
-    if (!reported_) source_status::SayAbsent(source_, "%s", what);
+    if (!reported_) source_status::Say(source_, source_status::State::Absent, "", "%s", what);
     reported_ = true;
   }
 
@@ -36,10 +38,8 @@ class Call {
   void ReportStatedStatus() {
     const auto stated = machine_.sources.find(std::string_view(common::SourceName(source_)));
     if (stated == machine_.sources.end()) return;
-    const auto& [state, reason] = stated->second;
-    if (state == "absent") Absent(reason.c_str());
-    if (state == "failed") source_status::SayFailed(source_, "%s", reason.c_str());
-    reported_ = state != "read";
+    ReportStatus(source_, stated->second);
+    reported_ = true;
   }
 
   source_status::Source source_;

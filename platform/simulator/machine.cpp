@@ -1,5 +1,7 @@
 #include "platform/simulator/machine.h"
 
+#include <algorithm>
+
 namespace simulator {
 namespace {
 
@@ -58,6 +60,24 @@ Json::Value MakeDisk(const std::string& name, const std::string& status,
   disk["overview_status"] = "normal";
   disk["used_by"] = usedBy;
   return disk;
+}
+
+std::optional<source_status::State> FindState(std::string_view name) {
+  const auto found = std::ranges::find(source_status::kStateNames, name, [](const auto& each) {
+    return std::string_view(each.name);
+  });
+  if (found == source_status::kStateNames.end()) return std::nullopt;
+  return found->state;
+}
+
+void ReportStatus(source_status::Source source, const StatedStatus& stated) {
+  using source_status::State;
+  const State state = FindState(stated.state).value_or(State::Failed);
+  if (state == State::NotAsked) return;
+  if (state == State::Read && stated.reason.empty()) return source_status::SayRead(source);
+  source_status::Say(source, state, stated.remedy.c_str(), "%s", stated.reason.c_str());
+  for (const auto& [reason, remedy] : stated.also)
+    source_status::Say(source, state, remedy.c_str(), "%s", reason.c_str());
 }
 
 Machine& Simulated() {

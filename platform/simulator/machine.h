@@ -61,13 +61,24 @@ struct ExpansionUnit {
   bool operator==(const ExpansionUnit&) const = default;
 };
 
+struct StatedReason {
+  std::string reason, remedy;
+  bool operator==(const StatedReason&) const = default;
+};
+
 // What a source reports of itself, whatever its calls answer.
 struct StatedStatus {
-  std::string state = "failed";  // "read", "absent" or "failed"
-  std::string reason;
+  std::string state = "failed";  // as source_status::NameState has it
+  std::string reason, remedy;
+  std::vector<StatedReason> also;  // further reasons
   bool operator==(const StatedStatus&) const = default;
 };
 using Sources = std::map<std::string, StatedStatus, std::less<>>;
+
+// None for a word that names no state.
+std::optional<source_status::State> FindState(std::string_view name);
+// Says it of the source of the running request.
+void ReportStatus(source_status::Source source, const StatedStatus& stated);
 
 // The disks as the storage manager dumps them: an array that points to its texts, so that
 // an answer copies none of them.

@@ -14,6 +14,14 @@
 namespace simulator {
 namespace {
 
+// "one of: not asked, absent, ...".
+std::string ListStates() {
+  std::string words = "one of: ";
+  for (const auto& [state, name] : source_status::kStateNames)
+    words.append(state == source_status::kStateNames.front().state ? "" : ", ").append(name);
+  return words;
+}
+
 // Fills the fields of `Object` from the members of the same name.
 template <typename Object>
 class FieldReader {
@@ -79,7 +87,10 @@ class FieldReader {
   }
   static void ReadSource(ObjectReader& members, const char* key, Sources& target) {
     if (members.Take(key) == nullptr) return;
-    members.Read(key, [&](ObjectReader& reader) { ReadFields(reader, target[key]); });
+    members.Read(key, [&](ObjectReader& reader) {
+      ReadFields(reader, target[key]);
+      if (!FindState(target[key].state)) reader.Fail(*reader.Take("state"), "state", ListStates());
+    });
   }
 
   ObjectReader& reader_;

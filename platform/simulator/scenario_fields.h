@@ -54,9 +54,17 @@ void Describe(Fields& fields, std::type_identity<ExpansionUnit>) {
 }
 
 template <typename Fields>
+void Describe(Fields& fields, std::type_identity<StatedReason>) {
+  fields("reason", &StatedReason::reason);
+  fields("remedy", &StatedReason::remedy);
+}
+
+template <typename Fields>
 void Describe(Fields& fields, std::type_identity<StatedStatus>) {
   fields("state", &StatedStatus::state);
   fields("reason", &StatedStatus::reason);
+  fields("remedy", &StatedStatus::remedy);
+  fields("also", &StatedStatus::also);
 }
 
 template <typename Fields>

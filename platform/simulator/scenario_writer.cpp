@@ -110,7 +110,7 @@ class FieldWriter {
   static Json::Value Write(const Sources& sources, const Sources&) {
     Json::Value members(Json::objectValue);
     for (const auto& [name, statement] : sources)
-      members[name] = WriteFields(statement, StatedStatus{"", ""});
+      members[name] = WriteFields(statement, StatedStatus{"", "", "", {}});
     return members;
   }
   using Texts = std::map<std::string, std::string, std::less<>>;

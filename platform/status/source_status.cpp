@@ -9,52 +9,81 @@
 namespace source_status {
 namespace {
 
-enum : std::int32_t { kAbsent = 0, kRead = 1, kFailed = 2 };
-
 struct Statement {
-  bool asked;
-  std::int32_t state;
-  std::chrono::steady_clock::duration time;
-  char reason[sizeof(VELASourceReport::reason)];
+  VELASourceReport report;
+  std::chrono::steady_clock::duration time{};
 };
 
-thread_local std::array<Statement, kSourceCount> statements;
+thread_local constinit std::array<Statement, kSourceCount> statements;
+thread_local constinit common::SourceSet accepted;
 
 Statement& GetStatement(Source source) { return statements[static_cast<std::size_t>(source)]; }
 
-// The words of the first failure stay: later ones usually follow from it.
-void Say(Source source, std::int32_t state, const char* format, std::va_list arguments) {
-  Statement& statement = GetStatement(source);
-  const bool adds = state == kRead && statement.state == kRead && statement.reason[0] == '\0';
-  if (statement.asked && statement.state >= state && !adds) return;
-  statement.asked = true;
-  statement.state = state;
-  std::vsnprintf(statement.reason, sizeof statement.reason, format, arguments);
+// The larger, the worse.
+constexpr int Rank(State state) {
+  switch (state) {
+    case State::NotAsked:
+      return 0;
+    case State::Absent:
+      return 1;
+    case State::Read:
+      return 2;
+    case State::Accepted:
+      return 3;
+    case State::Unwatched:
+      return 4;
+    case State::Failed:
+      break;
+  }
+  return 5;
+}
+
+// Whether the report is in that state now; a worse state drops the reasons of a better one.
+bool Reach(VELASourceReport& report, State state) {
+  if (Rank(state) <= Rank(report.state)) return state == report.state;
+  report.state = state;
+  report.reasonCount = report.moreReasons = 0;
+  return true;
+}
+
+bool IsTold(const VELASourceReport& report, const VELASourceReason& reason) {
+  return std::any_of(
+      report.reasons, report.reasons + report.reasonCount,
+      [&reason](const auto& told) { return std::strcmp(told.text, reason.text) == 0; });
+}
+
+void AddReason(VELASourceReport& report, const VELASourceReason& reason) {
+  if (IsTold(report, reason)) return;
+  if (report.reasonCount < kVELASourceReasons)
+    report.reasons[report.reasonCount++] = reason;
+  else
+    report.moreReasons = 1;
+}
+
+void SayAll(Source source, State state, const char* remedy, const char* format,
+            std::va_list arguments) {
+  VELASourceReport& report = GetStatement(source).report;
+  if (!Reach(report, state)) return;
+  const bool addsUp = state == State::Unwatched || state == State::Accepted;
+  if (report.reasonCount > 0 && !addsUp) return;
+  VELASourceReason reason;
+  std::vsnprintf(reason.text, sizeof reason.text, format, arguments);
+  std::snprintf(reason.remedy, sizeof reason.remedy, "%s", remedy);
+  AddReason(report, reason);
 }
 
 }  // namespace
 
-void SayRead(Source source) {
-  Statement& statement = GetStatement(source);
-  if (statement.asked && statement.state >= kRead) return;
-  statement.asked = true;
-  statement.state = kRead;
-  statement.reason[0] = '\0';
-}
+void SayRead(Source source) { Reach(GetStatement(source).report, State::Read); }
 
-void SayAbsent(Source source, const char* format, ...) {
+void Say(Source source, State state, const char* remedy, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  Say(source, kAbsent, format, arguments);
+  SayAll(source, state, remedy, format, arguments);
   va_end(arguments);
 }
 
-void SayFailed(Source source, const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  Say(source, kFailed, format, arguments);
-  va_end(arguments);
-}
+void Accept(Source source) { accepted.Add(source); }
 
 SourceScope::SourceScope(Source source)
     : source_(source), start_(std::chrono::steady_clock::now()) {}
@@ -68,7 +97,15 @@ void SourceScope::Read(const char* format, ...) {
   said_ = true;
   std::va_list arguments;
   va_start(arguments, format);
-  Say(source_, kRead, format, arguments);
+  SayAll(source_, State::Read, "", format, arguments);
+  va_end(arguments);
+}
+
+void SourceScope::ReadWithRemark(const char* remedy, const char* format, ...) {
+  said_ = true;
+  std::va_list arguments;
+  va_start(arguments, format);
+  SayAll(source_, State::Read, remedy, format, arguments);
   va_end(arguments);
 }
 
@@ -76,21 +113,32 @@ void SourceScope::Absent(const char* format, ...) {
   said_ = true;
   std::va_list arguments;
   va_start(arguments, format);
-  Say(source_, kAbsent, format, arguments);
+  SayAll(source_, State::Absent, "", format, arguments);
   va_end(arguments);
 }
 
-void SourceScope::Failed(const char* format, ...) {
+void SourceScope::Unwatched(const char* remedy, const char* format, ...) {
   said_ = true;
   std::va_list arguments;
   va_start(arguments, format);
-  Say(source_, kFailed, format, arguments);
+  SayAll(source_, State::Unwatched, remedy, format, arguments);
+  va_end(arguments);
+}
+
+void SourceScope::Failed(const char* remedy, const char* format, ...) {
+  said_ = true;
+  std::va_list arguments;
+  va_start(arguments, format);
+  SayAll(source_, State::Failed, remedy, format, arguments);
   va_end(arguments);
 }
 
 }  // namespace source_status
 
-void VELAPlatformSourcesReset(void) { source_status::statements = {}; }
+void VELAPlatformSourcesReset(void) {
+  source_status::statements = {};
+  source_status::accepted = {};
+}
 
 int VELAPlatformSources(VELASourceReport* reports, int capacity) {
   using namespace source_status;
@@ -98,13 +146,12 @@ int VELAPlatformSources(VELASourceReport* reports, int capacity) {
   for (int i = 0; i < std::min(capacity, kSourceCount); ++i) {
     const auto index = static_cast<std::size_t>(i);
     const Statement& statement = statements[index];
-    VELASourceReport& report = reports[i];
+    VELASourceReport& report = reports[i] = statement.report;
     report.name = common::kSourceNames[index];
-    report.state = statement.state;
     report.microseconds =
         static_cast<std::uint32_t>(duration_cast<microseconds>(statement.time).count());
-    std::memcpy(report.reason, statement.asked ? statement.reason : "not asked",
-                statement.asked ? sizeof report.reason : sizeof "not asked");
+    const bool wanted = !accepted.Contains(static_cast<Source>(i));
+    if (report.state == State::Unwatched && !wanted) report.state = State::Accepted;
   }
   return kSourceCount;
 }

@@ -1,43 +1,91 @@
 // The status of the sources. By contract a source that fails looks healthy to the module; here
-// a platform reports what it really met: which sources it read, which are absent, which failed
-// and why. Per thread, since the last reset.
+// a platform reports what it really met: which sources it read, which are absent, which nobody
+// watches or failed, why, and what to do about it. Per thread, since the last reset.
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 #include "common/sources.h"
 
+namespace source_status {
+
+// People read these numbers from the metrics: they stay.
+enum class State : std::int32_t {
+  NotAsked = -1,
+  Absent = 0,  // nothing on this machine is of its kind, and nothing says that there should be
+  Read = 1,
+  Failed = 2,     // asked, and no answer
+  Unwatched = 3,  // there, or configured, and whoever must watch it does not
+  Accepted = 4,   // unwatched, and the owner's settings say that he does not want it watched
+};
+
+struct StateName {
+  State state;
+  const char* name;
+};
+inline constexpr auto kStateNames = std::to_array<StateName>({
+    {State::NotAsked, "not asked"},
+    {State::Absent, "absent"},
+    {State::Read, "read"},
+    {State::Failed, "failed"},
+    {State::Unwatched, "unwatched"},
+    {State::Accepted, "accepted"},
+});
+
+constexpr const char* NameState(State state) {
+  return kStateNames[static_cast<std::size_t>(static_cast<int>(state) + 1)].name;
+}
+
+}  // namespace source_status
+
 // --- The border to the host, found with dlsym. A platform may lack it.
 
-struct VELASourceReport {
-  const char* name;            // static text: "UPS"
-  std::int32_t state;          // 0 absent (or not asked), 1 read, 2 failed
-  std::uint32_t microseconds;  // spent in this source since the reset
-  char reason[240];            // why absent or failed; when read, by whom else, mostly empty
+struct VELASourceReason {
+  char text[240] = {};    // why it is in this state; when read, by whom else, mostly none
+  char remedy[160] = {};  // what to do: a command where there is one; may be empty
 };
-static_assert(sizeof(VELASourceReport) == 256);
+
+constexpr int kVELASourceReasons = 3;
+
+struct VELASourceReport {
+  const char* name = "";  // static text: "UPS"
+  source_status::State state = source_status::State::NotAsked;
+  std::uint32_t microseconds = 0;  // spent in this source since the reset
+  std::uint32_t reasonCount = 0;   // so many of the reasons are filled
+  std::uint32_t moreReasons = 0;   // 1: there were others, which had no place
+  VELASourceReason reasons[kVELASourceReasons] = {};
+};
+static_assert(sizeof(VELASourceReport) == 24 + 3 * 400);
 
 extern "C" {
-// Forgets what this thread's sources reported.
+// Forgets what this thread's sources reported, and what is accepted.
 __attribute__((visibility("default"))) void VELAPlatformSourcesReset(void);
 // Copies up to `capacity` reports, in a fixed order, and returns how many sources there are.
 __attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport* reports,
                                                                int capacity);
 }
 
-// --- The platforms' side.
+// --- The platforms' side. Nothing here allocates or throws.
 
 namespace source_status {
 
 using common::Source;
 constexpr int kSourceCount = static_cast<int>(common::kSourceNames.size());
 
-// Within one request "failed" outlasts "read", and "read" outlasts "absent". Nothing here
-// allocates or throws.
-void SayRead(Source source);
-void SayAbsent(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
-void SayFailed(Source source, const char* format, ...) __attribute__((format(printf, 2, 3)));
+// Within one request the worst counts: failed, unwatched, accepted, read, absent. A worse state
+// drops the reasons of a better one. Of the same state the first words stay, for later ones
+// usually follow from them; but each different reason for being unwatched is told, as far as
+// there is room. `remedy` is the command, or the words, that lead out; "" where there is none.
+void Say(Source source, State state, const char* remedy, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+void SayRead(Source source);  // and nothing else about it
+
+// From here to the reset, and for what was said before, too: where this source is unwatched, that
+// is as its owner wants it. A source that failed is never accepted.
+void Accept(Source source);
 
 // Adds its own lifetime to the source's time and reports that it was read, unless
 // something else is reported.
@@ -50,8 +98,12 @@ class SourceScope {
 
   // Read, but by somebody else, or a while ago.
   void Read(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  // Read, and there is something to mend in it that changes no answer.
+  void ReadWithRemark(const char* remedy, const char* format, ...)
+      __attribute__((format(printf, 3, 4)));
   void Absent(const char* format, ...) __attribute__((format(printf, 2, 3)));
-  void Failed(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  void Unwatched(const char* remedy, const char* format, ...) __attribute__((format(printf, 3, 4)));
+  void Failed(const char* remedy, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
  private:
   Source source_;

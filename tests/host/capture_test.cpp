@@ -22,7 +22,10 @@ std::string Ask(const SimulatedMachine& machine) {
       RecordedSimulator().CallMethod(FindHealthMethod(RecordedSimulator()), machine);
   std::string all = reply.document;
   for (const VELASourceReport& source : reply.sources) {
-    all += std::string("\n") + source.name + " " + std::to_string(source.state) + source.reason;
+    all += std::string("\n") + source.name + " " + source_status::NameState(source.state);
+    for (const VELASourceReason& each : source.reasons)
+      all += each.text + ("|" + std::string(each.remedy));
+    all += std::to_string(source.moreReasons);
   }
   return all;
 }

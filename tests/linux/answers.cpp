@@ -121,8 +121,7 @@ int main(int count, char** arguments) {
   line["indentation"] = "";
   std::printf("document %s\n", Json::writeString(line, asked.document).c_str());
   std::printf("longest %.1f ms, then %.1f ms each\n", asked.longest.count(), asked.later.count());
-  constexpr const char* kStates[] = {"absent", "read", "failed"};
   for (const auto& [name, report] : asked.reports)
-    std::printf("source %s: %s %s\n", name.c_str(), kStates[report.state], report.reason.c_str());
+    std::printf("source %s: %s %s\n", name.c_str(), report.Name().c_str(), report.reason.c_str());
   for (const std::string& each : TakeSystemLog()) std::printf("log %s\n", each.c_str());
 }

@@ -12,7 +12,7 @@ using Lines = std::vector<std::string>;
 TEST(LogOnce, LogsTheFirstFailureOfARowInItsOwnWords) {
   VELAPlatformSourcesReset();
   TakeSystemLog();
-  linux_platform::LogOnce failures("UPS");
+  linux_platform::LogOnce failures("UPS", "");
   source_status::SourceScope scope(source_status::Source::Ups);
   failures.Report(scope, "");
   EXPECT_TRUE(failures.Failed(scope, "at 100 %s"));

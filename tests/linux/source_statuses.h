@@ -7,14 +7,17 @@
 #include "platform/status/source_status.h"
 
 struct SourceReport {
-  int state = 0;  // 0 absent, 1 read, 2 failed
-  std::string reason;
+  int state = 0;       // of source_status::State
+  std::string reason;  // the first
+
+  std::string Name() const { return source_status::NameState(source_status::State{state}); }
 };
 
 inline std::map<std::string, SourceReport> SourceReports() {
   VELASourceReport reports[16];
   const int count = VELAPlatformSources(reports, 16);
   std::map<std::string, SourceReport> all;
-  for (int i = 0; i < count; ++i) all[reports[i].name] = {reports[i].state, reports[i].reason};
+  for (int i = 0; i < count; ++i)
+    all[reports[i].name] = {static_cast<int>(reports[i].state), reports[i].reasons[0].text};
   return all;
 }

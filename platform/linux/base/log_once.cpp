@@ -7,7 +7,7 @@
 namespace linux_platform {
 
 bool LogOnce::Failed(source_status::SourceScope& scope, const std::string& reason) {
-  scope.Failed("%s", reason.c_str());
+  scope.Failed(remedy_, "%s", reason.c_str());
   if (failing_.exchange(true, std::memory_order_relaxed)) return false;
   syslog(LOG_WARNING, "%s: %s (said once until it is read again)", what_,
          common::Sanitize(reason).c_str());  // a daemon's reply may be part of it

@@ -11,8 +11,8 @@ namespace linux_platform {
 // One object a source, static. Any thread may call.
 class LogOnce {
  public:
-  // `what` is static text that the log line begins with: "UPS".
-  explicit constexpr LogOnce(const char* what) : what_(what) {}
+  // Static texts: what the log line begins with, "UPS", and the remedy of its failures.
+  constexpr LogOnce(const char* what, const char* remedy) : what_(what), remedy_(remedy) {}
 
   // The source status hears every failure; the system log, at warning priority, only the
   // first since the last Recovered(). True: this is that first one.
@@ -23,7 +23,7 @@ class LogOnce {
   void Report(source_status::SourceScope& scope, const std::string& reason);
 
  private:
-  const char* what_;
+  const char *what_, *remedy_;
   std::atomic<bool> failing_ = false;
 };
 

@@ -20,7 +20,8 @@ using source_status::Source, source_status::SourceScope;
 namespace {
 
 const Settings& Report(const SettingsFile& file, SourceScope& scope) {
-  if (file.state == SettingsState::Failed) scope.Failed("%s", file.reason.c_str());
+  if (file.state == SettingsState::Failed)
+    scope.Failed("ls -l /etc/velainfo.conf /etc.defaults/velainfo.conf", "%s", file.reason.c_str());
   return file.settings;
 }
 
@@ -112,7 +113,7 @@ int VLIBCFileExist(const char* path) {
   // The module would log on every request that the tool was not started; without one it is
   // silent.
   if (std::string reason; std::strcmp(path, kSanTool) == 0 && !MayRunSanTool(reason)) {
-    SourceScope(Source::San).Failed("%s", reason.c_str());
+    SourceScope(Source::San).Failed("velaiscsiep --get_service_status", "%s", reason.c_str());
     return 0;
   }
   struct stat status = {};

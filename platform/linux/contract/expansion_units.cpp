@@ -50,7 +50,7 @@ VELA_EBOX_INFO* NewRecord(const ExpansionUnit& unit, std::size_t rank) {
   return record;
 }
 
-constinit LogOnce failures("expansion units");
+constinit LogOnce failures("expansion units", "systemctl status vela-platform-collect");
 
 // Why the units are not known in full; "" when they are.
 std::string DescribeMissing(const std::vector<ExpansionUnit>& units, const std::string& trouble) {

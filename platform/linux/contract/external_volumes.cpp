@@ -18,7 +18,8 @@ namespace {
 
 constexpr int kUsbClass = 4, kEsataClass = 8;
 
-constinit LogOnce usbFailures("USB volumes"), esataFailures("eSATA volumes");
+constinit LogOnce usbFailures("USB volumes", "journalctl -k -b"),
+    esataFailures("eSATA volumes", "journalctl -k -b");
 
 bool IsOfClass(DiskClass kind, int volumeClass) {
   return volumeClass == (kind == DiskClass::Esata ? kEsataClass : kUsbClass);

@@ -12,7 +12,7 @@ using source_status::Source, source_status::SourceScope;
 
 namespace {
 
-constinit LogOnce failures("hardware");
+constinit LogOnce failures("hardware", "sensors; systemctl status vela-platform-collect");
 
 const Chassis& ReportChassis(Request& request) {
   SourceScope scope(Source::Hardware);

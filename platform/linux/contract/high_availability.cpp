@@ -28,7 +28,7 @@ namespace {
 constexpr Bounds kMonitorBounds = {std::chrono::seconds(2), std::size_t{1} << 20};
 constexpr std::size_t kDrbdCap = std::size_t{256} << 10;
 
-constinit LogOnce failures("high availability");
+constinit LogOnce failures("high availability", "crm_mon -1");
 constinit CircuitBreaker monitorBreaker;
 
 // Pacemaker answers root and its group, whose members alone may enter this folder.

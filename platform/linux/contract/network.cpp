@@ -26,7 +26,7 @@ const std::vector<Interface>* GetInterfaces(Request& request, SourceScope& scope
   std::string reason;
   const std::vector<Interface>* interfaces = request.GetInterfaces(reason);
   if (interfaces != nullptr) return interfaces;
-  scope.Failed("%s", reason.c_str());
+  scope.Failed("journalctl -b", "%s", reason.c_str());
   SetError(Error::Netlink);
   return nullptr;
 }

@@ -37,8 +37,10 @@ constexpr auto kFairTry = milliseconds(900);
 constexpr std::size_t kMost = std::size_t{16} << 20;
 constexpr std::size_t kBuffer = std::size_t{64} << 10;  // a pipe's capacity
 
+constexpr const char* kRemedy = "velaiscsiep --get_service_status";
+
 constinit CircuitBreaker breaker;
-constinit LogOnce failures("SAN");
+constinit LogOnce failures("SAN", kRemedy);
 
 struct Stream {
   Stream(const std::vector<std::string>& command, milliseconds bound, std::string& reason)
@@ -90,7 +92,7 @@ ssize_t OnRead(void* cookie, char* buffer, std::size_t size) {
   auto& stream = *static_cast<Stream*>(cookie);
   const ssize_t got = stream.child.Read(buffer, size);
   if (got < 0)
-    scope.Failed("the output of %s could not be read: %s", stream.Program().c_str(),
+    scope.Failed(kRemedy, "the output of %s could not be read: %s", stream.Program().c_str(),
                  std::strerror(errno));
   if (stream.child.WasCut() != Child::Cut::None) failures.Failed(scope, WhyCut(stream));
   return got;
@@ -165,7 +167,7 @@ FILE* VLIBCPopen(const char* path, const char* mode, ...) {
 
   std::string reason;
   if (breaker.IsOpen(reason)) {
-    scope.Failed("%s was not started: %s", path, reason.c_str());
+    scope.Failed(kRemedy, "%s was not started: %s", path, reason.c_str());
     SetError(Error::NotStarted);
     return nullptr;
   }
@@ -175,7 +177,8 @@ FILE* VLIBCPopen(const char* path, const char* mode, ...) {
   if (stream->child.Started())
     file = fopencookie(stream.get(), "r", {OnRead, nullptr, nullptr, OnClose});
   if (file == nullptr) {
-    scope.Failed("%s", reason.empty() ? "no memory for the tool's output" : reason.c_str());
+    scope.Failed(kRemedy, "%s",
+                 reason.empty() ? "no memory for the tool's output" : reason.c_str());
     SetError(Error::NotStarted);
     return nullptr;
   }

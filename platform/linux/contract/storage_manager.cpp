@@ -41,7 +41,9 @@ Json::Value ToJson(const WholeDisk& disk) {
   return object;
 }
 
-constinit LogOnce volumeFailures("volumes"), diskFailures("disks");
+constexpr const char* kRemedy = "journalctl -k -b";
+
+constinit LogOnce volumeFailures("volumes", kRemedy), diskFailures("disks", kRemedy);
 
 std::string DescribeFailure(const InternalVolume& volume) {
   return "the capacity of " + volume.path + " could not be read: " + std::strerror(volume.error);
@@ -69,7 +71,7 @@ bool STORAGE_WEBUTILS::Volume::IsSystemVolCrashed() {
   SourceScope scope(Source::Volumes);
   const RequestScope request;
   const StorageView& view = request->GetStorage();
-  if (!view.failure.empty()) scope.Failed("%s", view.failure.c_str());
+  if (!view.failure.empty()) scope.Failed(kRemedy, "%s", view.failure.c_str());
   return view.systemCrashed;
 }
 
@@ -121,7 +123,7 @@ bool Volume::GetVolumeFSInfo(const char* path, _tag_volume_usage& usage, FS_INFO
     usage = ToUsage(volume->capacity);
     return true;
   }
-  if (volume != nullptr) scope.Failed("%s", DescribeFailure(*volume).c_str());
+  if (volume != nullptr) scope.Failed(kRemedy, "%s", DescribeFailure(*volume).c_str());
   SetError(Error::SourceFailed);
   return false;
 }

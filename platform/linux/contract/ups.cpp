@@ -21,7 +21,7 @@ constexpr const char* kNutMode = "/etc/nut/nut.conf";
 constexpr const char* kNutMonitors = "/etc/nut/upsmon.conf";
 constexpr auto kBound = std::chrono::seconds(1);
 
-constinit LogOnce failures("UPS");
+constinit LogOnce failures("UPS", "systemctl status nut-server nut-driver.target");
 constinit CircuitBreaker breaker;
 
 // The packaged nut.conf says MODE=none: NUT is there, but nobody set it up. Only root and

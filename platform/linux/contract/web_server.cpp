@@ -22,7 +22,7 @@ namespace {
 
 constexpr Bounds kTestBounds = {std::chrono::seconds(5), std::size_t{64} << 10};
 
-constinit LogOnce failures("web server");
+constinit LogOnce failures("web server", "systemctl --failed");
 constinit CircuitBreaker testBreaker;
 
 enum class Test { Passed, Refused, Unknown };
