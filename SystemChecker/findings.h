@@ -37,8 +37,8 @@ inline constexpr auto kChecks = [] {
   return std::to_array<CheckRow>({
       {"volume usage", {Configuration, Volumes}},
       {"external volumes", {Configuration, ExternalVolumes}},
-      {"disks", {Disks}},
-      {"storage overview", {Disks, Volumes}},
+      {"disks", {Disks, Smart}},
+      {"storage overview", {Disks, Volumes, Smart}},  // a failing disk shows here
       {"UPS", {Ups}},
       {"enclosures", {}},  // reports nothing
       {"system status", {Configuration, Hardware, WebServer, Volumes}},

@@ -20,13 +20,14 @@ enum class Source {
   ExpansionUnits,
   HighAvailability,
   San,
+  Smart,  // who watches the disks' own health values
 };
 
 inline constexpr std::array kSourceNames = {
     "network", "configuration",    "hardware",        "web server",        "UPS", "volumes",
-    "disks",   "external volumes", "expansion units", "high availability", "SAN",
+    "disks",   "external volumes", "expansion units", "high availability", "SAN", "SMART",
 };
-static_assert(kSourceNames.size() == static_cast<std::size_t>(Source::San) + 1);
+static_assert(kSourceNames.size() == static_cast<std::size_t>(Source::Smart) + 1);
 
 constexpr const char* SourceName(Source source) {
   return kSourceNames[static_cast<std::size_t>(source)];
@@ -39,6 +40,11 @@ class SourceSet {
     for (const Source source : sources) Add(source);
   }
   constexpr void Add(Source source) { bits_ |= Bit(source); }
+  constexpr bool IsEmpty() const { return bits_ == 0; }
+  constexpr SourceSet And(SourceSet other) const {
+    other.bits_ &= bits_;
+    return other;
+  }
   constexpr bool Contains(Source source) const { return (bits_ & Bit(source)) != 0; }
 
  private:

@@ -15,6 +15,19 @@ double GetPriority(const CheckerResult& result) {
   return result.finding ? result.finding->priority : 0;
 }
 
+// Adds what the module that explains cannot know: whether the sources were read.
+CheckerResult ReadChecker(Json::Value& checker, const SourceReports& sources) {
+  CheckerResult result;
+  result.name = checker["name"].asString();
+  result.rule = checker["rule"];
+  if (!result.rule.isNull()) result.finding = ParseFinding(result.rule);
+  result.outcome = JudgeCheck(result.name, result.finding.has_value(), sources);
+  checker["outcome"] = ToString(result.outcome);
+  HideUnseen(result.name, sources, checker["saw"]);
+  result.saw = checker["saw"];
+  return result;
+}
+
 }  // namespace
 
 Explanation AskExplanation(const Host& host, const SimulatedMachine& machine) {
@@ -22,16 +35,20 @@ Explanation AskExplanation(const Host& host, const SimulatedMachine& machine) {
   if (method == nullptr) return {host.CallMethod(FindHealthMethod(host), machine), {}, {}};
 
   Explanation explanation{host.CallMethod(*method, machine), {}, {}};
-  explanation.json = std::move(explanation.reply.document);
   Json::Value root;
-  common::ParseJson(explanation.json, root);
+  common::ParseJson(explanation.reply.document, root);
   explanation.reply.document = common::WriteCompact(root["document"]);
-  for (const Json::Value& checker : root["checkers"]) {
-    CheckerResult result{checker["name"].asString(), checker["saw"], checker["rule"], {}};
-    if (!result.rule.isNull()) result.finding = ParseFinding(result.rule);
-    explanation.checkers.push_back(std::move(result));
-  }
+  for (Json::Value& checker : root["checkers"])
+    explanation.checkers.push_back(ReadChecker(checker, explanation.reply.sources));
+  explanation.json = common::WriteCompact(root);
   return explanation;
+}
+
+std::string FormatOutcome(const CheckerResult& result, const SourceReports& sources,
+                          const Texts& texts) {
+  if (result.outcome == Outcome::Nothing) return texts.FormatUi("nothing_found");
+  return texts.FormatUi("outcome_" + std::string(ToString(result.outcome)),
+                        JoinNames(ListUnseen(result.name, sources, texts), texts));
 }
 
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results) {

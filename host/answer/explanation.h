@@ -8,13 +8,15 @@
 #include <json/value.h>
 
 #include "host/answer/answer.h"
+#include "host/answer/coverage.h"
 #include "host/loader/host.h"
 
 namespace host {
 
 struct CheckerResult {
   std::string name;
-  Json::Value saw;
+  Outcome outcome = Outcome::Nothing;
+  Json::Value saw;   // null in the place of what may be no more than a default value
   Json::Value rule;  // as in the document of "get"; null: nothing to report
   std::optional<Finding> finding;
 };
@@ -24,11 +26,16 @@ struct Explanation {
   // In the order in which the checkers run; empty when the module that explains is not
   // loaded.
   std::vector<CheckerResult> checkers;
-  std::string json;  // what that module gave, document and checkers; empty like them
+  // {"document": of "get", "checkers": [{"name", "outcome", "saw", "rule"}]}; empty like them.
+  std::string json;
 };
 
 // Asks the machine once. Throws what Host::Ask throws.
 Explanation AskExplanation(const Host& host, const SimulatedMachine& machine);
+
+// What became of a check without a finding: "nothing to report", or what it would have needed.
+std::string FormatOutcome(const CheckerResult& result, const SourceReports& sources,
+                          const Texts& texts);
 
 // Those with a finding: the most urgent first, the earlier checker's on a tie.
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results);

@@ -1,4 +1,5 @@
-// What the sources beside an answer say: how many were read, and which failed and why.
+// What the sources beside an answer say: how many were read, and of the others which, why, and
+// what to do about it.
 #pragma once
 
 #include <string>
@@ -9,20 +10,29 @@
 
 namespace host {
 
-// How many sources were read, failed, and are not on this machine.
-struct SourceCount {
-  int read = 0, failed = 0, absent = 0;
-  int Present() const { return read + failed; }
-};
-SourceCount CountSources(const std::vector<VELASourceReport>& sources);
+using SourceReports = std::vector<VELASourceReport>;
 
-// "read", "failed" or "absent".
-const char* NameSourceState(const VELASourceReport& source);
+// There is something, and nobody has looked at it: failed and unwatched count alike.
+bool IsUnread(const VELASourceReport& source);
 
 // "9 of 10 sources read, 1 not on this machine".
-std::string FormatSourcesLine(const std::vector<VELASourceReport>& sources, const Texts& texts);
-// One line for each source that failed: "Could not read SAN: ...".
-std::vector<std::string> FormatFailedSources(const std::vector<VELASourceReport>& sources,
-                                             const Texts& texts);
+std::string FormatSourcesLine(const SourceReports& sources, const Texts& texts);
+
+// "UPS", in the reader's language.
+std::string NameSource(const VELASourceReport& source, const Texts& texts);
+
+// "disks, UPS".
+std::string JoinNames(const std::vector<std::string>& names, const Texts& texts);
+
+// Stands for the reasons that a report had no place for.
+constexpr const char* kMoreReasons = "and more";
+
+struct SourceLine {
+  std::string text;    // "Nobody watches SMART: smartd is not installed"
+  std::string remedy;  // "apt install smartmontools"; may be empty
+};
+// One for each reason of a source that was not read, whose owner accepts that, or that was read
+// and has something to mend.
+std::vector<SourceLine> FormatSourceLines(const SourceReports& sources, const Texts& texts);
 
 }  // namespace host

@@ -1,6 +1,6 @@
 #include "host/answer/verdict.h"
 
-#include "host/answer/sources.h"
+#include <algorithm>
 
 namespace host {
 
@@ -8,6 +8,12 @@ Verdict JudgeFinding(const Finding& finding) {
   if (finding.type == FindingType::Danger) return Verdict::Danger;
   if (finding.type == FindingType::Warning) return Verdict::Warning;
   return finding.AllWell() ? Verdict::Well : Verdict::Notice;
+}
+
+Verdict JudgeAnswer(const Finding& finding, const SourceReports& sources) {
+  const Verdict verdict = JudgeFinding(finding);
+  const bool blind = std::ranges::any_of(sources, IsUnread);
+  return verdict == Verdict::Well && blind ? Verdict::Unknown : verdict;
 }
 
 const char* ToString(Verdict verdict) {
@@ -19,16 +25,26 @@ const char* ToString(Verdict verdict) {
     case Verdict::Notice:
       return "notice";
     case Verdict::Well:
+      return "well";
+    case Verdict::Unknown:
       break;
   }
-  return "well";
+  return "unknown";
 }
 
-ExitStatus ChooseExitStatus(const Finding& finding, const std::vector<VELASourceReport>& sources) {
-  const Verdict verdict = JudgeFinding(finding);
-  if (verdict == Verdict::Danger) return kDanger;
-  if (verdict != Verdict::Well) return kAttention;
-  return CountSources(sources).failed > 0 ? kIncomplete : kHealthy;
+ExitStatus ChooseExitStatus(const Finding& finding, const SourceReports& sources) {
+  switch (JudgeAnswer(finding, sources)) {
+    case Verdict::Danger:
+      return kDanger;
+    case Verdict::Warning:
+    case Verdict::Notice:
+      return kAttention;
+    case Verdict::Unknown:
+      return kIncomplete;
+    case Verdict::Well:
+      break;
+  }
+  return kHealthy;
 }
 
 }  // namespace host

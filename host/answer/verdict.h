@@ -1,21 +1,21 @@
 // One word on a finding, and what the exit status says of an answer.
 #pragma once
 
-#include <vector>
-
 #include "host/answer/answer.h"
+#include "host/answer/sources.h"
 #include "host/text/failure.h"
-#include "platform/status/source_status.h"
 
 namespace host {
 
-enum class Verdict { Danger, Warning, Notice, Well };
+// Unknown: nothing was found, and something was not looked at. No finding has it, but an answer.
+enum class Verdict { Danger, Warning, Notice, Well, Unknown };
 
 Verdict JudgeFinding(const Finding& finding);
-// "danger", "warning", "notice" or "well".
+Verdict JudgeAnswer(const Finding& finding, const SourceReports& sources);
+// "danger", "warning", "notice", "well" or "unknown".
 const char* ToString(Verdict verdict);
 
-// kIncomplete: nothing was found, and a source failed.
-ExitStatus ChooseExitStatus(const Finding& finding, const std::vector<VELASourceReport>& sources);
+// kIncomplete: of an answer that is Unknown.
+ExitStatus ChooseExitStatus(const Finding& finding, const SourceReports& sources);
 
 }  // namespace host

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/json_writer.h"
+#include "host/answer/coverage.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
@@ -20,8 +21,9 @@ namespace {
 
 struct Side {
   Finding finding;
-  ExitStatus status;
-  std::vector<Finding> others;  // only of a scenario; a saved answer has the winner alone
+  // Only of a scenario; a saved answer has the winner alone.
+  SourceReports sources;
+  std::vector<CheckerResult> checkers;
 };
 
 bool IsSavedAnswer(const std::string& name) {
@@ -34,8 +36,7 @@ Side ReadSavedAnswer(const std::string& file) {
   std::ostringstream document;
   document << std::ifstream(file).rdbuf();
   try {
-    const Finding finding = ParseAnswer(document.str()).rule;
-    return {finding, ChooseExitStatus(finding, {}), {}};
+    return {ParseAnswer(document.str()).rule, {}, {}};
   } catch (const Failure& failure) {
     throw Failure(failure.Status(), file + ": " + failure.what());
   }
@@ -44,32 +45,62 @@ Side ReadSavedAnswer(const std::string& file) {
 Side PlayScenario(Session& session, const std::string& scenario) {
   const SimulatedMachine machine = session.OpenScenario(scenario);
   const Explanation explanation = AskExplanation(session.GetHost(), machine);
-  const Finding finding = ParseAnswer(explanation.reply.document).rule;
-  Side side{finding, ChooseExitStatus(finding, explanation.reply.sources), {}};
-  const auto ranked = MostUrgentFirst(explanation.checkers);
-  for (std::size_t i = 1; i < ranked.size(); ++i) side.others.push_back(*ranked[i].finding);
-  return side;
+  return {ParseAnswer(explanation.reply.document).rule, explanation.reply.sources,
+          explanation.checkers};
 }
 
 Side OpenSide(Session& session, const std::string& name) {
   return IsSavedAnswer(name) ? ReadSavedAnswer(name) : PlayScenario(session, name);
 }
 
-std::string FormatVerdict(const Finding& finding, const Texts& texts, const Style& style) {
-  const Verdict verdict = JudgeFinding(finding);
+std::string FormatVerdict(const Finding& finding, const SourceReports& sources, const Texts& texts,
+                          const Style& style) {
+  const Verdict verdict = JudgeAnswer(finding, sources);
   return style.Severity(verdict, texts.FormatUi(ToString(verdict))) +
-         texts.Resolve("common:colon") + " " + RenderSentence(finding, texts);
+         texts.Resolve("common:colon") + " " + FormatAnswer(finding, sources, texts);
 }
 
 // What B has and A has not, although something more urgent hides it.
 void PrintHidden(const Side& a, const Side& b, const Texts& texts, const Style& style) {
-  std::set<std::string> known = {RenderSentence(a.finding, texts)};
-  for (const Finding& other : a.others) known.insert(RenderSentence(other, texts));
-  for (const Finding& other : b.others) {
-    if (known.contains(RenderSentence(other, texts))) continue;
-    std::cout << "+ " << FormatVerdict(other, texts, style)
+  std::set<std::string> known = {RenderSentence(a.finding, texts),
+                                 RenderSentence(b.finding, texts)};
+  for (const CheckerResult& result : a.checkers)
+    if (result.finding) known.insert(RenderSentence(*result.finding, texts));
+  for (const CheckerResult& result : MostUrgentFirst(b.checkers)) {
+    if (known.contains(RenderSentence(*result.finding, texts))) continue;
+    std::cout << "+ " << FormatVerdict(*result.finding, {}, texts, style)
               << style.Faint(" (" + texts.FormatUi("less_urgent") + ")") << '\n';
   }
+}
+
+// The checks that could not be made on B, and on A could.
+std::vector<CheckerResult> ListBlinded(const Side& a, const Side& b) {
+  std::vector<CheckerResult> blinded;
+  for (const CheckerResult& result : b.checkers) {
+    const auto same = [&result](const CheckerResult& other) {
+      return other.name == result.name && other.outcome == Outcome::NotMade;
+    };
+    if (result.outcome == Outcome::NotMade && std::ranges::none_of(a.checkers, same))
+      blinded.push_back(result);
+  }
+  return blinded;
+}
+
+void PrintBlinded(const std::vector<CheckerResult>& blinded, const SourceReports& sources,
+                  const Texts& texts) {
+  for (const CheckerResult& result : blinded)
+    std::cout << "? " << texts.AddColon(texts.GetText("checker", result.name)) << ' '
+              << FormatOutcome(result, sources, texts) << '\n';
+}
+
+Json::Value ToJson(const Side& before, const Side& after, const Texts& texts) {
+  Json::Value sides;
+  sides["a"] = FormatAnswer(before.finding, before.sources, texts);
+  sides["b"] = FormatAnswer(after.finding, after.sources, texts);
+  sides["blinded"] = Json::arrayValue;
+  for (const CheckerResult& result : ListBlinded(before, after))
+    sides["blinded"].append(result.name);
+  return sides;
 }
 
 }  // namespace
@@ -78,15 +109,14 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
   const Side before = OpenSide(session, a), after = OpenSide(session, b);
   const Texts& texts = session.GetTexts();
   const Style style = Style::ForStandardOutput();
-  const std::string old = FormatVerdict(before.finding, texts, style);
-  const std::string now = FormatVerdict(after.finding, texts, style);
+  const std::string old = FormatVerdict(before.finding, before.sources, texts, style);
+  const std::string now = FormatVerdict(after.finding, after.sources, texts, style);
+  const ExitStatus status = ChooseExitStatus(after.finding, after.sources);
   if (session.Options().json) {
-    Json::Value sides;
+    Json::Value sides = ToJson(before, after, texts);
     sides["changes"] = old != now;
-    sides["a"] = RenderSentence(before.finding, texts);
-    sides["b"] = RenderSentence(after.finding, texts);
     std::cout << common::WriteCompact(sides) << '\n';
-    return after.status;
+    return status;
   }
   if (old == now) {
     std::cout << texts.FormatUi("nothing_changes", now) << '\n';
@@ -96,7 +126,8 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
               << "  " << Sanitize(b) << ": " << now << '\n';
   }
   PrintHidden(before, after, texts, style);
-  return after.status;
+  PrintBlinded(ListBlinded(before, after), after.sources, texts);
+  return status;
 }
 
 }  // namespace host

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "host/answer/coverage.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
@@ -13,7 +14,8 @@
 namespace host {
 namespace {
 
-void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& style) {
+void PrintChecker(const CheckerResult& result, const SourceReports& sources, const Texts& texts,
+                  const Style& style) {
   const std::string name = texts.AddColon(texts.GetText("checker", result.name));
   if (result.finding) {
     const Verdict verdict = JudgeFinding(*result.finding);
@@ -24,8 +26,9 @@ void PrintChecker(const CheckerResult& result, const Texts& texts, const Style& 
                              ")")
               << '\n';
   } else {
-    std::cout << style.Severity(Verdict::Well, name) << ' ' << texts.FormatUi("nothing_found")
-              << '\n';
+    const bool made = result.outcome == Outcome::Nothing;
+    std::cout << style.Severity(made ? Verdict::Well : Verdict::Unknown, name) << ' '
+              << FormatOutcome(result, sources, texts) << '\n';
   }
   for (const InputLine& line : FormatInputs(result.saw, texts)) {
     std::cout << (line.decides ? style.Bold(style.WrapLines(2, "▸ ", line.text))
@@ -60,20 +63,26 @@ ExitStatus RunExplain(Session& session) {
         "Cannot explain: explain/VELA.Core.System.SystemHealth.Explain.so is not installed beside "
         "the health module. Build or install the whole program.");
   }
-  const std::vector<VELASourceReport>& sources = explanation.reply.sources;
+  const Finding rule = ParseAnswer(explanation.reply.document).rule;
+  const SourceReports& sources = explanation.reply.sources;
   if (session.Options().json) {
     std::cout << explanation.json << '\n';
   } else {
     const Texts& texts = session.GetTexts();
     const Style style = Style::ForStandardOutput();
-    for (const CheckerResult& result : explanation.checkers) PrintChecker(result, texts, style);
+    for (const CheckerResult& result : explanation.checkers)
+      PrintChecker(result, sources, texts, style);
     std::cout << '\n';
     PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
+    if (ChooseExitStatus(rule, sources) == kIncomplete)
+      std::cout << "  "
+                << style.Severity(Verdict::Unknown, texts.AddColon(texts.FormatUi("unknown")))
+                << ' ' << FormatAnswer(rule, sources, texts) << '\n';
     std::cout << '\n';
-    for (const std::string& line : FormatFailedSources(sources, texts)) std::cout << line << '\n';
+    for (const SourceLine& line : FormatSourceLines(sources, texts))
+      std::cout << style.Source(line);
     std::cout << style.Faint(FormatSourcesLine(sources, texts)) << '\n';
   }
-  const Finding rule = ParseAnswer(explanation.reply.document).rule;
   return ChooseExitStatus(rule, sources);
 }
 

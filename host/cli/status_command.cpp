@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "host/answer/coverage.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/sources.h"
@@ -21,23 +22,18 @@ std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& t
   return line;
 }
 
-void Print(const Answer& answer, const Reply& reply, ExitStatus status, const Texts& texts) {
+void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
   const Style style = Style::ForStandardOutput();
-  const Verdict verdict = JudgeFinding(answer.rule);
-  if (status == kIncomplete) {
-    std::cout << style.Severity(Verdict::Notice, texts.FormatUi("incomplete")) << '\n';
-  } else {
-    std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict)))
-              << texts.Resolve("common:colon") << ' '
-              << style.Bold(RenderSentence(answer.rule, texts)) << '\n';
-  }
-  if (verdict != Verdict::Well) {
+  const Verdict verdict = JudgeAnswer(answer.rule, reply.sources);
+  std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict)))
+            << texts.Resolve("common:colon") << ' '
+            << style.Bold(FormatAnswer(answer.rule, reply.sources, texts)) << '\n';
+  if (verdict != Verdict::Well && verdict != Verdict::Unknown) {
     const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
     std::cout << style.WrapLines(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
   }
-  for (const std::string& line : FormatFailedSources(reply.sources, texts)) {
-    std::cout << style.WrapLines(2, "", line) << '\n';
-  }
+  for (const SourceLine& line : FormatSourceLines(reply.sources, texts))
+    std::cout << style.Source(line);
   std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << '\n';
 }
 
@@ -52,7 +48,7 @@ ExitStatus RunStatus(Session& session) {
   if (session.Options().json) {
     std::cout << reply.document << '\n';
   } else {
-    Print(answer, reply, status, session.GetTexts());
+    Print(answer, reply, session.GetTexts());
   }
   return status;
 }

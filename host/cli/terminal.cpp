@@ -23,9 +23,11 @@ Mark ChooseMark(Verdict verdict) {
     case Verdict::Notice:
       return {"◆ ", "1;36"};
     case Verdict::Well:
+      return {"● ", "1;32"};
+    case Verdict::Unknown:
       break;
   }
-  return {"● ", "1;32"};
+  return {"? ", "1"};  // the terminal's greys are unreadable on one background or the other
 }
 
 // How many columns a character takes that begins with `first`: three bytes and more are those
@@ -63,6 +65,11 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
   if (!decorated_) return std::string(word);
   const Mark mark = ChooseMark(verdict);
   return Decorate(mark.code, std::string(mark.symbol).append(word));
+}
+
+std::string Style::Source(const SourceLine& line) const {
+  const std::string remedy = line.remedy.empty() ? "" : "\n" + WrapLines(7, "", line.remedy);
+  return WrapLines(2, "", line.text) + remedy + "\n";
 }
 
 std::string Style::WrapLines(std::size_t indent, std::string_view mark,

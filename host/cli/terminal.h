@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 
 namespace host {
@@ -21,6 +22,8 @@ class Style {
   std::string Severity(Verdict verdict, std::string_view word) const;
   std::string Bold(std::string_view text) const { return Decorate("1", text); }
   std::string Faint(std::string_view text) const { return Decorate("2", text); }
+  // What a source has to tell, and indented below it what to do about it.
+  std::string Source(const SourceLine& line) const;
   // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes
   // on below the text.
   std::string WrapLines(std::size_t indent, std::string_view mark, std::string_view text) const;

@@ -53,16 +53,30 @@ std::vector<std::string> ListPaths(const Host& host) {
   return paths;
 }
 
-Json::Value ToJson(const std::vector<VELASourceReport>& reports) {
-  Json::Value sources(Json::arrayValue);
-  for (const VELASourceReport& report : reports) {
-    Json::Value source;
-    source["name"] = report.name;
-    source["state"] = NameSourceState(report);
-    if (report.reasonCount > 0) source["reason"] = report.reasons[0].text;
-    sources.append(std::move(source));
+Json::Value ToJson(const VELASourceReport& report) {
+  Json::Value source;
+  source["name"] = report.name;
+  source["state"] = source_status::NameState(report.state);
+  for (std::uint32_t i = 0; i < report.reasonCount; ++i) {
+    Json::Value reason;
+    reason["text"] = report.reasons[i].text;
+    if (report.reasons[i].remedy[0] != '\0') reason["remedy"] = report.reasons[i].remedy;
+    source["reasons"].append(std::move(reason));
   }
+  if (report.moreReasons != 0) source["reasons"].append(Json::objectValue)["text"] = kMoreReasons;
+  return source;
+}
+
+Json::Value ListSources(const SourceReports& reports) {
+  Json::Value sources(Json::arrayValue);
+  for (const VELASourceReport& report : reports) sources.append(ToJson(report));
   return sources;
+}
+
+Json::Value ListChecks(const std::vector<CheckerResult>& checkers) {
+  Json::Value checks(Json::objectValue);
+  for (const CheckerResult& result : checkers) checks[result.name] = ToString(result.outcome);
+  return checks;
 }
 
 Json::Value ListFurtherFindings(const std::vector<CheckerResult>& checkers) {
@@ -73,13 +87,15 @@ Json::Value ListFurtherFindings(const std::vector<CheckerResult>& checkers) {
 }
 
 // What the page asks for: {"answer": the document of "get" as it is, "findings": the rules after
-// the winner, most urgent first, "sources": [{"name", "state": "read", "failed" or "absent",
-// "reason" if there is one}]}.
+// the winner, most urgent first, "checks": {name: "finding", "nothing", "not_made" or
+// "accepted"}, "sources": [{"name", "state": "read", "failed", "unwatched", "accepted",
+// "absent" or "not asked", "reasons": [{"text", "remedy"}] if there are any}]}.
 std::string AskForPage(const Host& host, const SimulatedMachine& machine) {
   const Explanation explanation = AskExplanation(host, machine);
   return "{\"answer\":" + explanation.reply.document +
          ",\"findings\":" + common::WriteCompact(ListFurtherFindings(explanation.checkers)) +
-         ",\"sources\":" + common::WriteCompact(ToJson(explanation.reply.sources)) + "}";
+         ",\"checks\":" + common::WriteCompact(ListChecks(explanation.checkers)) +
+         ",\"sources\":" + common::WriteCompact(ListSources(explanation.reply.sources)) + "}";
 }
 
 }  // namespace

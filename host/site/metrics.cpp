@@ -43,23 +43,29 @@ MetricFamily MostUrgent(const Finding& finding) {
 
 void AddCheckers(std::vector<MetricFamily>& families, const std::vector<CheckerResult>& results) {
   MetricFamily found = Gauges("vela_health_checker_finding", "Whether this checker has a finding");
+  MetricFamily made = Gauges("vela_health_checker_made",
+                             "0: found nothing, but what it rests on was not read, so not known");
   MetricFamily priority = Gauges("vela_health_checker_priority", "Each checker's finding");
   for (const CheckerResult& result : results) {
     Add(found, {{"checker", result.name}}, result.finding ? 1 : 0);
+    Add(made, {{"checker", result.name}}, result.outcome == Outcome::NotMade ? 0 : 1);
     if (!result.finding) continue;
     Labels labels = LabelFinding(*result.finding);
     labels.push_back({"checker", result.name});
     Add(priority, std::move(labels), result.finding->priority);
   }
   families.push_back(std::move(found));
+  families.push_back(std::move(made));
   families.push_back(std::move(priority));
 }
 
-void AddSources(std::vector<MetricFamily>& families, const std::vector<VELASourceReport>& sources) {
-  MetricFamily state =
-      Gauges("vela_health_source_state", "0 not on this machine, 1 read, 2 failed");
+void AddSources(std::vector<MetricFamily>& families, const SourceReports& sources) {
+  MetricFamily state = Gauges("vela_health_source_state",
+                              "0 not on this machine, 1 read, 2 failed, 3 nobody watches it, "
+                              "4 the same, as the settings accept it");
   MetricFamily seconds = Gauges("vela_health_source_seconds", "Time that reading it took");
   for (const VELASourceReport& source : sources) {
+    if (source.state == source_status::State::NotAsked) continue;
     Add(state, {{"source", source.name}}, static_cast<double>(source.state));
     Add(seconds, {{"source", source.name}}, source.microseconds / 1e6);
   }

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "common/json_writer.h"
+#include "host/answer/coverage.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
 #include "host/answer/sources.h"
@@ -28,6 +29,8 @@ Icon ChooseIcon(Verdict verdict) {
       return {"M24 4L45 43H3z", "M24 19v11M24 36.5v.1"};
     case Verdict::Notice:
       return {"M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1"};
+    case Verdict::Unknown:
+      return {"M4 4h40v40H4z", "M17 19a7 7 0 1 1 11 5.5c-2.6 2-4 3-4 6.5M24 37v.1"};
     case Verdict::Well:
       break;
   }
@@ -80,8 +83,13 @@ std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Text
   return Section(texts.FormatUi("further"), articles);
 }
 
-std::string Check(const CheckerResult& result, const Texts& texts) {
-  const Verdict verdict = result.finding ? JudgeFinding(*result.finding) : Verdict::Well;
+Verdict JudgeResult(const CheckerResult& result) {
+  if (result.finding) return JudgeFinding(*result.finding);
+  return result.outcome == Outcome::Nothing ? Verdict::Well : Verdict::Unknown;
+}
+
+std::string Check(const CheckerResult& result, const SourceReports& sources, const Texts& texts) {
+  const Verdict verdict = JudgeResult(result);
   std::string inputs;
   for (const InputLine& line : FormatInputs(result.saw, texts)) {
     inputs += MakeElement("li", line.text,
@@ -90,7 +98,7 @@ std::string Check(const CheckerResult& result, const Texts& texts) {
   std::string title =
       MakeElement("b", texts.GetText("checker", result.name) + texts.Resolve("common:colon"));
   title += MakeElement("bdi", result.finding ? RenderSentence(*result.finding, texts)
-                                             : texts.FormatUi("nothing_found"));
+                                             : FormatOutcome(result, sources, texts));
   if (result.finding) {
     title += MakeElement("span", texts.FormatUi("priority", FormatNumber(result.finding->priority)),
                          "class=\"priority\"");
@@ -100,42 +108,54 @@ std::string Check(const CheckerResult& result, const Texts& texts) {
                    WriteClass(verdict));
 }
 
-std::string Checks(const std::vector<CheckerResult>& results,
-                   const std::vector<CheckerResult>& ranked, const Texts& texts) {
+std::string Checks(const Explanation& explanation, const std::vector<CheckerResult>& ranked,
+                   const Texts& texts) {
+  const std::vector<CheckerResult>& results = explanation.checkers;
   if (results.empty()) return "";  // the module that explains is not there
   std::string articles;
-  for (const CheckerResult& result : results) articles += Check(result, texts);
+  for (const CheckerResult& result : results)
+    articles += Check(result, explanation.reply.sources, texts);
   return Section(texts.FormatUi("checks"),
                  MakeElement("p", ExplainOrder(ranked, texts)) + articles);
 }
 
-std::string Sources(const std::vector<VELASourceReport>& sources, const Texts& texts) {
+std::string Reasons(const VELASourceReport& source) {
+  std::string lines;
+  for (std::uint32_t i = 0; i < source.reasonCount; ++i) {
+    lines += MakeElement("div", source.reasons[i].text, "dir=\"auto\" lang=\"en\"");
+    if (source.reasons[i].remedy[0] != '\0')
+      lines += MakeElement("code", source.reasons[i].remedy, "dir=\"ltr\" lang=\"en\"");
+  }
+  return lines;
+}
+
+std::string Sources(const SourceReports& sources, const Texts& texts) {
   std::string rows;
   for (const char* column : {"source", "state", "time", "message"})
     rows += MakeElement("th", texts.FormatUi(std::string("sources_") + column), "scope=\"col\"");
   rows = WrapInTag("tr", rows);
   for (const VELASourceReport& source : sources) {
-    const std::string state = NameSourceState(source);
+    const std::string state = source_status::NameState(source.state);
     const bool asked = source.microseconds > 0;
     rows += WrapInTag(
         "tr",
-        MakeElement("td", texts.GetText("source", source.name)) +
-            MakeElement("td", texts.FormatUi(state)) +
+        MakeElement("td", NameSource(source, texts)) + MakeElement("td", texts.FormatUi(state)) +
             MakeElement("td", asked ? FormatMilliseconds(source.microseconds, texts) : "") +
-            MakeElement("td", source.reasons[0].text, "dir=\"auto\" lang=\"en\""),
-        "class=\"is-" + state + "\"");
+            WrapInTag("td", Reasons(source)),
+        "data-state=\"" + state + "\"");
   }
   return Section(texts.FormatUi("sources_title"),
                  MakeElement("p", FormatSourcesLine(sources, texts)) +
                      (sources.empty() ? "" : WrapInTag("table", rows)));
 }
 
-std::string Unread(const std::vector<VELASourceReport>& sources, const Texts& texts) {
-  std::string lines;
-  for (const std::string& line : FormatFailedSources(sources, texts)) {
-    lines += MakeElement("div", line, "dir=\"auto\"");
+std::string Unread(const SourceReports& sources, const Texts& texts) {
+  std::string items;
+  for (const auto& [text, remedy] : FormatSourceLines(sources, texts)) {
+    const std::string command = remedy.empty() ? "" : MakeElement("code", remedy, "dir=\"ltr\"");
+    items += WrapInTag("li", MakeElement("div", text, "dir=\"auto\"") + command);
   }
-  return lines.empty() ? "" : WrapInTag("div", lines, "class=\"stale\"");
+  return items.empty() ? "" : WrapInTag("ul", items, "class=\"unread\"");
 }
 
 // Whose answer it is, and of when.
@@ -185,19 +205,14 @@ std::string Head(const ReportParts& parts, const std::string& title) {
 std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   const Reply& reply = parts.explanation.reply;
   const Answer answer = ParseAnswer(reply.document);
-  const std::vector<CheckerResult>& results = parts.explanation.checkers;
-  const std::vector<CheckerResult> ranked = MostUrgentFirst(results);
-  const Verdict verdict = JudgeFinding(answer.rule);
-  const bool incomplete = ChooseExitStatus(answer.rule, reply.sources) == kIncomplete;
-  const Verdict look = incomplete ? Verdict::Notice : verdict;
+  const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.explanation.checkers);
+  const Verdict look = JudgeAnswer(answer.rule, reply.sources);
 
-  std::string body =
-      Headline(look, incomplete ? texts.FormatUi("incomplete") : RenderSentence(answer.rule, texts),
-               texts) +
-      About(answer, parts.time, texts);
-  if (verdict != Verdict::Well) body += AdviceOn(answer.rule, texts);
+  std::string body = Headline(look, FormatAnswer(answer.rule, reply.sources, texts), texts) +
+                     About(answer, parts.time, texts);
+  if (look != Verdict::Well && look != Verdict::Unknown) body += AdviceOn(answer.rule, texts);
   body += Unread(reply.sources, texts);
-  body += FurtherFindings(ranked, texts) + Checks(results, ranked, texts) +
+  body += FurtherFindings(ranked, texts) + Checks(parts.explanation, ranked, texts) +
           Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
           Document(reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;

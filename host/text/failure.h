@@ -14,7 +14,7 @@ enum ExitStatus : int {
   kHealthy = 0,     // the healthy default, every source read or not on this machine
   kAttention = 1,   // a warning or a notice
   kDanger = 2,      // act now
-  kIncomplete = 3,  // healthy as far as could be read, but a source failed
+  kIncomplete = 3,  // nothing was found, but something was not looked at
   kUsage = 64,
   kNoInput = 66,      // a scenario or saved answer that cannot be used
   kUnavailable = 69,  // a library that cannot be loaded, an address that is taken

@@ -1,5 +1,5 @@
 // The page: asks the machine, tells its answer, and asks again while somebody looks.
-import {fetchJson, fill, languageFor, offerLanguages, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
+import {fetchJson, fill, languageFor, offerLanguages, sanitize, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
 
 const kPollSeconds = 60;
 
@@ -67,13 +67,27 @@ function showMore(findings) {
   }));
 }
 
+const sourceName = ({name}) => state.texts.source[name] ?? name;
+const isUnread = (source) => /failed|unwatched/.test(source.state);
+
+const kTold = ["source_failed", "source_unwatched", "source_accepted", "source_read"];
+
+// What a source has to tell, and what to do about it. One that was read well tells only remarks.
+function linesOf(source) {
+  const key = `source_${source.state}`, reasons = source.reasons ?? [];
+  if (!kTold.includes(key) || source.state === "read" && !reasons[0]?.remedy) return [];
+  return reasons.map(({text, remedy}) =>
+    [ui(key, sourceName(source), sanitize(text)), ...(remedy ? [element("code", sanitize(remedy))] : [])]);
+}
+
+
 function showSources(sources) {
-  const count = (wanted) => sources.filter((source) => source.state === wanted).length;
-  const failed = sources.filter((source) => source.state === "failed");
-  fillList("failed", failed.map((source) => [ui("source_failed", state.texts.source[source.name] ?? source.name, source.reason)]));
   if (sources.length === 0) return show("sources", ui("sources_unknown"));
-  const absent = count("absent") > 0 ? `, ${ui("sources_absent", count("absent"))}` : "";
-  return show("sources", ui("sources", count("read"), count("read") + failed.length) + absent);
+  const count = (wanted) => sources.filter((source) => source.state === wanted).length;
+  const absent = count("absent"), notAsked = count("not asked");
+  return show("sources", [ui("sources", count("read"), sources.length - absent - notAsked),
+    ...(absent > 0 ? [ui("sources_absent", absent)] : []),
+    ...(notAsked > 0 ? [ui("sources_not_asked", notAsked)] : [])].join(", "));
 }
 
 function showFooter({answer, sources}) {
@@ -98,14 +112,20 @@ function showStale() {
   }
 }
 
-function paintReply({answer, sources, findings}) {
+// What is not known, and how much.
+function unknown(sources, checks) {
+  const outcomes = Object.values(checks), names = sources.filter(isUnread).map(sourceName);
+  return ui("not_known", names.join(ui("list_comma")), outcomes.filter((outcome) => outcome === "nothing").length, outcomes.length);
+}
+
+function paintReply({answer, sources, findings, checks}) {
   const verdict = verdictOf(answer.rule);
-  const partly = verdict === "well" && sources.some((source) => source.state === "failed");
-  const look = partly ? "notice" : verdict;
-  showHeadline(widget, look, partly ? ui("incomplete") : sentenceOf(answer.rule, state.texts), state.texts);
+  const look = verdict === "well" && sources.some(isUnread) ? "unknown" : verdict;
+  showHeadline(widget, look, look === "unknown" ? unknown(sources, checks) : sentenceOf(answer.rule, state.texts), state.texts);
   document.title = `${ui(look)} – ${ui("page_title")}`;
   showAdvice(widget, answer.rule, state.texts);
   widget.querySelector(".advice").hidden = verdict === "well";
+  fillList("unread", sources.flatMap(linesOf));
   showMore(findings ?? []);
   showFooter(state.reply);
 }

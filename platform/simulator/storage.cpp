@@ -41,6 +41,13 @@ Record* MakeList(const std::vector<Element>& elements, Fill fill) {
   return records.release();
 }
 
+// No call is SMART's own: who watches the disks' health is told with the disks.
+void ReportSmart(const Machine& machine) {
+  const auto stated = machine.sources.find(common::SourceName(Source::Smart));
+  if (stated == machine.sources.end()) return source_status::SayRead(Source::Smart);
+  ReportStatus(Source::Smart, stated->second);
+}
+
 // A record's private context holds a pointer to its unit.
 const simulator::ExpansionUnit& GetUnit(void* context) {
   const simulator::ExpansionUnit* unit = nullptr;
@@ -111,6 +118,7 @@ Disk::~Disk() { --Simulated().ledger.objects; }
 
 bool Disk::DumpDisks(const Space&, Json::Value& array) {
   Call call(Source::Disks, "Disk::DumpDisks");
+  ReportSmart(*call);
   if (call->disksFail || state_ == nullptr) {
     call.Fail("dumping the disks failed");
     return false;

@@ -64,12 +64,13 @@ test("the option for the language comes before the environment and English last"
 });
 
 test("what could not be read is named and never called healthy", () => {
-  const failing = readdirSync(join(source, "scenarios")).filter(name => /^failing-/.test(name));
+  const failing = readdirSync(join(source, "scenarios"))
+    .filter(name => /^(failing|unwatched)-/.test(name));
   assert.ok(failing.length > 5);
   for (const name of failing) {
     const {status, out} = run(["--scenario", name, "--lang", "en"]);
-    assert.equal(status === 3, out.startsWith("Healthy as far as could be read.\n"), name + out);
-    assert.match(out, /\n {2}Could not read /, name);
+    assert.equal(status === 3, /^Not known: .+ checks found nothing\.\n/.test(out), name + out);
+    assert.match(out, /\n {2}(Could not read|Nobody watches) /, name);
   }
 });
 
@@ -129,7 +130,9 @@ test("diff tells what is new", each => {
   write("text.json", "{}");
   expectTable(each);
   assert.deepEqual(json("diff", "--lang", "en", "healthy", "volume-low"),
-    {a: "Everything is working well.", b: "Volume 1: almost full", changes: true});
+    {a: "Everything is working well.", b: "Volume 1: almost full", changes: true, blinded: []});
+  assert.deepEqual(json("diff", "failing-ups", "unwatched-disks-and-ups").blinded,
+    ["disks", "storage overview"]);
 });
 
 test("findings is the page in the documentation", () => {

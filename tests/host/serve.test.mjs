@@ -49,6 +49,13 @@ test("metrics count each request, and seconds", async () => {
   assert.ok(seconds >= 0.3 && seconds < 100, String(seconds));
   assert.equal(metric('vela_health_source_state{source="web server"}'), 1);
   assert.equal(metric('vela_health_checker_finding{checker="system status"}'), 1);
+  const blind = await serve("--scenario", scenario("blind", {ups: {fails: true}, sources:
+    {SMART: {state: "accepted", reason: "x"}, network: {state: "not asked"}}}));
+  const {body} = await ask(blind.port, "/metrics");
+  for (const line of ['checker_made{checker="UPS"} 0', 'checker_made{checker="SAN"} 1',
+    'checker_made{checker="disks"} 1', 'source_state{source="UPS"} 2', 'source_state{source="SMART"} 4'])
+    assert.ok(body.includes(`\nvela_health_${line}\n`), line + body);
+  assert.ok(!body.includes('source_state{source="network"}'));
 });
 
 test("reading a source took less than the request for it", async () => {
@@ -78,12 +85,14 @@ test("the page learns of sources and of findings that lost, from one answer", as
     highAvailability: {running: true, status: "warning"}});
   const {port} = await serve("--scenario", machine);
   const {headers, body} = await ask(port, "/answer");
-  const {answer, findings, sources} = JSON.parse(body);
+  const {answer, findings, checks, sources} = JSON.parse(body);
   assert.equal(headers["cache-control"], "no-store");
   assert.deepEqual(answer, JSON.parse(run(["--json", "--scenario", machine]).out));
   assert.deepEqual(findings.map(({id}) => id), ["ha_status_warning"]);
   const ups = sources.find(({name}) => name === "UPS");
-  assert.match(`${ups.state}: ${ups.reason}`, /^failed: .*asking for the UPS failed/);
+  assert.match(`${ups.state}: ${ups.reasons[0].text}`, /^failed: .*asking for the UPS failed/);
+  assert.deepEqual([checks.UPS, checks.SAN, checks["system status"]],
+    ["not_made", "nothing", "finding"]);
 });
 
 test("previews and the gallery exist only in a demo", async () => {
