@@ -1,9 +1,12 @@
 // The sources of what the module asks: platforms report on them, findings rest on them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <optional>
+#include <string_view>
 
 namespace common {
 
@@ -31,6 +34,21 @@ static_assert(kSourceNames.size() == static_cast<std::size_t>(Source::Smart) + 1
 
 constexpr const char* SourceName(Source source) {
   return kSourceNames[static_cast<std::size_t>(source)];
+}
+
+// One letter of a name as a settings file has it: small, and "-" for a blank.
+constexpr char ToSettingsLetter(char letter) {
+  if (letter == ' ') return '-';
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// "external-volumes", "ups" or "UPS"; none for a word that names no source.
+constexpr std::optional<Source> FindSource(std::string_view word) {
+  for (std::size_t i = 0; i < kSourceNames.size(); ++i)
+    if (std::ranges::equal(word, std::string_view(kSourceNames[i]), {}, ToSettingsLetter,
+                           ToSettingsLetter))
+      return static_cast<Source>(i);
+  return std::nullopt;
 }
 
 class SourceSet {

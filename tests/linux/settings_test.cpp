@@ -51,6 +51,23 @@ TEST(VelaConf, CurrentSettingsAndFactoryDefaultsAreSeparateSources) {
   EXPECT_FALSE(conf.InfoCheckValue("maxdisks", "", false)) << "absent is not empty";
 }
 
+TEST(VelaConf, AcceptNamesTheSourcesThatMayBeUnwatchedAndWrongWordsAreTold) {
+  using source_status::Source, source_status::State;
+  TemporaryRoot root;
+  root.Write("/etc/velainfo.conf", "accept = \"SMART, High-Availability smrt upss\"\n");
+  VELAPlatformSourcesReset();
+  const VelaConf conf;
+  Say(Source::Smart, State::Unwatched, "", "x");
+  Say(Source::HighAvailability, State::Unwatched, "", "x");
+  Say(Source::Ups, State::Unwatched, "", "x");
+  auto reports = SourceReports();
+  EXPECT_EQ(reports["SMART"].Name(), "accepted");
+  EXPECT_EQ(reports["high availability"].Name(), "accepted");
+  EXPECT_EQ(reports["UPS"].Name(), "unwatched");
+  EXPECT_EQ(reports["configuration"].Name() + ": " + reports["configuration"].reason,
+            "read: \"accept\" in /etc/velainfo.conf names no source with: smrt, upss");
+}
+
 TEST(FileGetKeyValue, AValueFitsWithItsNulOrNotAtAll) {
   TemporaryRoot root;
   root.Write("/etc/a.conf", "short=" + std::string(31, 'a') + "\nlong=" + std::string(32, 'b'));

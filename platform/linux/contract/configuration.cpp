@@ -25,11 +25,29 @@ const Settings& Report(const SettingsFile& file, SourceScope& scope) {
   return file.settings;
 }
 
+// What the owner does not want watched. A word that names no source changes nothing, so it is told.
+void ApplyAccepted(const Settings& settings, SourceScope& scope) {
+  std::string unknown;
+  for (const std::string_view word : settings.List("accept")) {
+    if (const auto source = common::FindSource(word))
+      source_status::Accept(*source);
+    else
+      unknown.append(unknown.empty() ? "" : ", ").append(word);
+  }
+  if (!unknown.empty())
+    scope.ReadWithRemark(
+        "accept takes: network configuration hardware web-server ups volumes disks "
+        "external-volumes expansion-units high-availability san smart",
+        "\"accept\" in %s names no source with: %s", kCurrentSettings, unknown.c_str());
+}
+
 // What a VelaConf holds: its request, which it keeps open.
 struct Sources {
   explicit Sources(SourceScope& scope)
       : current(Report(request->GetCurrentSettings(), scope)),
-        factory(Report(request->GetFactorySettings(), scope)) {}
+        factory(Report(request->GetFactorySettings(), scope)) {
+    ApplyAccepted(current, scope);
+  }
 
   RequestScope request;
   const Settings &current, &factory;
@@ -117,5 +135,8 @@ int VLIBCFileExist(const char* path) {
     return 0;
   }
   struct stat status = {};
-  return Stat(BelowRoot(path), status) && S_ISREG(status.st_mode);
+  const bool exists = Stat(BelowRoot(path), status) && S_ISREG(status.st_mode);
+  if (!exists && std::strcmp(path, kSanTool) == 0)
+    SourceScope(Source::San).Absent("%s is not installed", kSanTool);
+  return exists;
 }
