@@ -31,9 +31,11 @@ TEST(External, AProgramsFileSystemHasTheSizesThatTheCollectorSaw) {
     VELAMountVolInfoFree(list);
     return text + SourceReports()["external volumes"].reason;
   };
-  EXPECT_EQ(told(),
-            "the capacity of /exfat could not be read: "
-            "only vela-platform-collect asks it, which does not run");
+  EXPECT_EQ(
+      told(),
+      "the capacity of /exfat could not be read: "
+      "only root asks it, and vela-platform-collect, which does so in our place, does not run");
+  EXPECT_EQ(SourceReports()["external volumes"].Name(), "unwatched");
   const auto write = [&](const std::string& mounts) {
     machine.Write("/proc/sys/kernel/random/boot_id", "boot\n");
     machine.Write("/run/vela-platform/fuseblk.json",

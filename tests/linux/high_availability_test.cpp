@@ -91,12 +91,12 @@ TEST_F(HighAvailabilityTest, WhoMayNotAskTakesTheCollectorsWord) {
   std::filesystem::create_directories(root_.Path() / "var/lib/pacemaker/cib");
   std::filesystem::permissions(root_.Path() / "var/lib/pacemaker/cib",
                                std::filesystem::perms(0700));
-  for (const auto& row : ReadTable("cluster-collected", 4)) {
+  for (const auto& row : ReadTable("cluster-collected", 5)) {
     SCOPED_TRACE(testing::PrintToString(row));
     if (!row[0].empty()) root_.Write("cluster", row[0], std::stoi(row[1]));
     EXPECT_EQ(AsNobody(Ask), row[2]);
-    EXPECT_NE(Said().reason.find(row[3]), std::string::npos) << Said().reason;
-    EXPECT_EQ(Said().state, row[2].empty() ? 2 : 1);
+    EXPECT_EQ(Said().Name(), row[3]);
+    EXPECT_NE(Said().reason.find(row[4]), std::string::npos) << Said().reason;
   }
   root_.Write("cluster", R"("state": "danger")");
   EXPECT_EQ(Ask(), "normal") << "who can ask himself takes nobody's word";

@@ -15,9 +15,9 @@ TEST(LogOnce, LogsTheFirstFailureOfARowInItsOwnWords) {
   linux_platform::LogOnce failures("UPS", "");
   source_status::SourceScope scope(source_status::Source::Ups);
   failures.Report(scope, "");
-  EXPECT_TRUE(failures.Failed(scope, "at 100 %s"));
+  EXPECT_TRUE(failures.Tell(scope, "at 100 %s"));
   EXPECT_EQ(SourceReports()["UPS"].reason, "at 100 %s");
-  EXPECT_FALSE(failures.Failed(scope, "again"));
+  EXPECT_FALSE(failures.Tell(scope, "again"));
   const Lines first = {"warning UPS: at 100 %s (said once until it is read again)"};
   EXPECT_EQ(TakeSystemLog(), first);
   failures.Report(scope, "");

@@ -109,11 +109,11 @@ std::string RoundAge(std::string reason) {
   return reason;
 }
 
-// What failed, but for capacities: only a real mount has one.
+// What failed or is not watched, but for capacities: only a real mount has one.
 void TellSources(std::ostream& out) {
   for (const auto& [name, report] : SourceReports())
-    if (report.state == 2 && !report.reason.starts_with("the capacity of "))
-      out << "failed " << name << ": " << RoundAge(report.reason) << "\n";
+    if (report.state >= 2 && !report.reason.starts_with("the capacity of "))
+      out << report.Name() << " " << name << ": " << RoundAge(report.reason) << "\n";
 }
 
 std::string TellAll() {

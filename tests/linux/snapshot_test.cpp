@@ -16,6 +16,7 @@ using namespace linux_platform;
 TEST(Snapshot, OnlyAFreshDocumentOfThisBootCounts) {
   const std::pair<SnapshotState, const char*> names[] = {{SnapshotState::Read, "read"},
                                                          {SnapshotState::Absent, "absent"},
+                                                         {SnapshotState::Old, "old"},
                                                          {SnapshotState::Failed, "failed"}};
   for (const auto& row : ReadTable("snapshots", 3)) {
     SCOPED_TRACE(row[0]);

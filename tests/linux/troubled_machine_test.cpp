@@ -35,8 +35,9 @@ Lines With(const Lines& lines, const std::string& word) {
 std::string FailedIn(const Lines& lines) {
   std::string names;
   for (const std::string& source : With(lines, "source"))
-    if (const std::size_t end = source.find(": failed"); end != std::string::npos)
-      names += (names.empty() ? "" : ", ") + source.substr(0, end);
+    for (const char* unread : {": failed", ": unwatched"})
+      if (const std::size_t end = source.find(unread); end != std::string::npos)
+        names += (names.empty() ? "" : ", ") + source.substr(0, end);
   return names;
 }
 

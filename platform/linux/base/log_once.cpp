@@ -6,19 +6,23 @@
 
 namespace linux_platform {
 
-bool LogOnce::Failed(source_status::SourceScope& scope, const std::string& reason) {
-  scope.Failed(remedy_, "%s", reason.c_str());
+bool LogOnce::Tell(source_status::SourceScope& scope, const Trouble& trouble) {
+  const char* reason = trouble.reason.c_str();
+  if (trouble.unwatched)
+    scope.Unwatched(trouble.remedy.c_str(), "%s", reason);
+  else
+    scope.Failed(remedy_, "%s", reason);
   if (failing_.exchange(true, std::memory_order_relaxed)) return false;
   syslog(LOG_WARNING, "%s: %s (said once until it is read again)", what_,
-         common::Sanitize(reason).c_str());  // a daemon's reply may be part of it
+         common::Sanitize(trouble.reason).c_str());  // a daemon's reply may be part of it
   return true;
 }
 
-void LogOnce::Report(source_status::SourceScope& scope, const std::string& reason) {
-  if (reason.empty())
+void LogOnce::Report(source_status::SourceScope& scope, const Trouble& trouble) {
+  if (trouble.IsNone())
     Recovered();
   else
-    Failed(scope, reason);
+    Tell(scope, trouble);
 }
 
 }  // namespace linux_platform

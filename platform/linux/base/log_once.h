@@ -1,9 +1,10 @@
-// A source's failures in the system log: only the first of a row.
+// A source's troubles in the system log: only the first of a row.
 #pragma once
 
 #include <atomic>
 #include <string>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/status/source_status.h"
 
 namespace linux_platform {
@@ -14,13 +15,13 @@ class LogOnce {
   // Static texts: what the log line begins with, "UPS", and the remedy of its failures.
   constexpr LogOnce(const char* what, const char* remedy) : what_(what), remedy_(remedy) {}
 
-  // The source status hears every failure; the system log, at warning priority, only the
+  // The source status hears every trouble; the system log, at warning priority, only the
   // first since the last Recovered(). True: this is that first one.
-  bool Failed(source_status::SourceScope& scope, const std::string& reason);
+  bool Tell(source_status::SourceScope& scope, const Trouble& trouble);
   // The source was read, or is not there: its next failure is news again.
   void Recovered() { failing_.store(false, std::memory_order_relaxed); }
-  // Failed for a reason in words, Recovered for an empty one.
-  void Report(source_status::SourceScope& scope, const std::string& reason);
+  // Tells the trouble; Recovered for none.
+  void Report(source_status::SourceScope& scope, const Trouble& trouble);
 
  private:
   const char *what_, *remedy_;

@@ -20,6 +20,12 @@ SnapshotState Failed(std::string_view source, std::string_view what, std::string
   return SnapshotState::Failed;
 }
 
+SnapshotState Old(std::string_view source, std::time_t age, std::string& reason) {
+  reason.assign(source).append(".json is ").append(std::to_string(age));
+  reason.append(" s old: vela-platform-collect is stuck or off");
+  return SnapshotState::Old;
+}
+
 // A member as seconds; -1 unless it is a plausible count of them.
 std::time_t SecondsMember(const Json::Value& document, const char* name) {
   const Json::Value* member = FindMember(document, name);
@@ -35,12 +41,7 @@ SnapshotState JudgeAge(std::string_view source, const Json::Value& document, std
   const std::time_t lasts = period * kSnapshotPeriods;
   if (written > now && written - now > lasts)
     return Failed(source, "is from the future: was the clock set back?", reason);
-  if (now > written && now - written > lasts)
-    return Failed(source,
-                  "is " + std::to_string(now - written) +
-                      " s old: vela-platform-collect is stuck or off. See systemctl status "
-                      "vela-platform-collect, and enable --now vela-platform-collect.timer",
-                  reason);
+  if (now > written && now - written > lasts) return Old(source, now - written, reason);
   return SnapshotState::Read;
 }
 
@@ -52,7 +53,8 @@ SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std:
   if (!ParseJson(text, parsed) || !parsed.isObject())
     return Failed(source, "is not a JSON object", reason);
   if (bootId.empty() || TextMember(parsed, kBootId) != bootId) return SnapshotState::Absent;
-  if (JudgeAge(source, parsed, now, reason) == SnapshotState::Failed) return SnapshotState::Failed;
+  const SnapshotState age = JudgeAge(source, parsed, now, reason);
+  if (age != SnapshotState::Read) return age;
   if (FindMember(parsed, kError) != nullptr) {
     const std::string error = TextMember(parsed, kError).substr(0, kLongestError);
     reason = std::string(source) + ": " + (error.empty() ? "could not be read" : error);
@@ -90,6 +92,16 @@ SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::strin
       break;
   }
   return ParseSnapshot(source, text, std::time(nullptr), ThisBoot(), document, reason);
+}
+
+Trouble ToTrouble(SnapshotState state, std::string reason) {
+  if (state == SnapshotState::Old) return {std::move(reason), kStartCollector};
+  return state == SnapshotState::Failed ? Trouble(std::move(reason)) : Trouble();
+}
+
+Trouble MissCollector(const std::string& what) {
+  return {what + ", and vela-platform-collect, which does so in our place, does not run",
+          kStartCollector};
 }
 
 std::string SeenByCollector(const Json::Value& document) {

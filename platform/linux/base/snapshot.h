@@ -8,6 +8,8 @@
 
 #include <json/value.h>
 
+#include "platform/linux/base/trouble.h"
+
 namespace linux_platform {
 
 constexpr const char* kSnapshotFolder = "/run/vela-platform";
@@ -19,12 +21,13 @@ constexpr int kSnapshotPeriods = 3;  // as many periods a snapshot counts for
 constexpr const char *kWritten = "written", *kBootId = "boot_id", *kPeriod = "period",
                      *kError = "error", *kTrouble = "trouble";
 
-enum class SnapshotState { Read, Absent, Failed };
+enum class SnapshotState { Read, Absent, Old, Failed };
 
 // The snapshot that `text` makes at the time `now`, in seconds since 1970, of the boot
-// `bootId`. Read: `document` is an object. Absent: of another boot. Failed: no JSON
-// object, without its time, too old, from the future, or with a member "error"; `reason`
-// says so in words, which begin with `source`. Throws nothing but exhausted memory.
+// `bootId`. Read: `document` is an object. Absent: of another boot. Old: nobody has written
+// it for too long. Failed: no JSON object, without its time, from the future, or with a
+// member "error". Of the last two `reason` says so in words, which begin with `source`. Throws
+// nothing but exhausted memory.
 SnapshotState ParseSnapshot(std::string_view source, std::string_view text, std::time_t now,
                             std::string_view bootId, Json::Value& document, std::string& reason);
 
@@ -45,9 +48,16 @@ SnapshotState ReadSnapshot(Snapshot& snapshot, std::string& reason) {
 // The member when it is an array; else an empty one.
 const Json::Value& ListMember(const Json::Value& value, const char* name);
 
-// What to say where no snapshot is, and only the collector can know: what the user can do.
+// What to do where there is no fresh snapshot of what only the collector can know.
 constexpr const char* kStartCollector =
-    "vela-platform-collect asks in our place: systemctl enable --now vela-platform-collect.timer";
+    "systemctl enable --now vela-platform-collect.timer; systemctl status vela-platform-collect";
+
+// The trouble with a snapshot in this state, and for that reason; none with one that was Read
+// or is Absent, where only the caller knows whether there should be one.
+Trouble ToTrouble(SnapshotState state, std::string reason);
+// Where the collector is needed, `what` being there, and its snapshot is Absent: "only root may
+// ask Pacemaker".
+Trouble MissCollector(const std::string& what);
 
 // How a snapshot that was read came about, for people: "seen by vela-platform-collect 23 s ago".
 std::string SeenByCollector(const Json::Value& document);

@@ -14,17 +14,17 @@ namespace linux_platform {
 namespace {
 
 // Keeps the first trouble's words.
-void NoteTrouble(std::string& trouble, std::string reason) {
-  if (trouble.empty()) trouble = std::move(reason);
+void NoteTrouble(Trouble& trouble, Trouble another) {
+  if (trouble.IsNone()) trouble = std::move(another);
 }
 
 template <typename Snapshot>
-Snapshot ReadOrNote(bool& absent, std::string& trouble) {
+Snapshot ReadOrNote(bool& absent, Trouble& trouble) {
   Snapshot snapshot;
   std::string reason;
   const SnapshotState state = ReadSnapshot(snapshot, reason);
   absent = state == SnapshotState::Absent;
-  if (state == SnapshotState::Failed) NoteTrouble(trouble, std::move(reason));
+  NoteTrouble(trouble, ToTrouble(state, std::move(reason)));
   return snapshot;
 }
 

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/base/trouble.h"
+
 namespace linux_platform {
 
 class Settings;
@@ -15,7 +17,7 @@ constexpr std::size_t kWatchedSupplies = 24;  // as many bits as a supply mask h
 
 struct Chassis {
   bool absent = false;  // no sensor chips, management controller or second mains adapter
-  std::string trouble;  // the first thing that could not be read, in words
+  Trouble trouble;      // with the first thing that could not be read
   bool fanFailed = false;
   bool processorFanFailed = false;
   int supplies = 0;                  // that are there

@@ -39,7 +39,9 @@ std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
 ExpansionUnits ReadExpansionUnits(const Settings& settings) {
   ExpansionUnits read;
   EnclosureSnapshot snapshot;
-  read.state = ReadSnapshot(snapshot, read.trouble);
+  std::string reason;
+  read.state = ReadSnapshot(snapshot, reason);
+  read.trouble = ToTrouble(read.state, std::move(reason));
   if (read.state == SnapshotState::Read)
     read.units = ListExpansionUnits(snapshot, settings.List("ebox.internal"));
   return read;

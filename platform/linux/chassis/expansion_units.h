@@ -34,7 +34,7 @@ std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
 struct ExpansionUnits {
   SnapshotState state = SnapshotState::Absent;
   std::vector<ExpansionUnit> units;
-  std::string trouble;  // why Failed, in words
+  Trouble trouble;
 };
 
 // Without those that the setting "ebox.internal" names. One small file is read, two where

@@ -52,22 +52,22 @@ VELA_EBOX_INFO* NewRecord(const ExpansionUnit& unit, std::size_t rank) {
 
 constinit LogOnce failures("expansion units", "systemctl status vela-platform-collect");
 
-// Why the units are not known in full; "" when they are.
-std::string DescribeMissing(const std::vector<ExpansionUnit>& units, const std::string& trouble) {
+// Why the units are not known in full.
+Trouble DescribeMissing(const std::vector<ExpansionUnit>& units, const Trouble& trouble) {
   const auto silent =
       std::ranges::find_if(units, [](const ExpansionUnit& unit) { return !unit.unread.empty(); });
   if (silent != units.end())
     return "enclosure " + silent->product + " " + silent->id + ": " + silent->unread;
-  if (trouble.empty() && units.size() > kWatchedUnits)
+  if (trouble.IsNone() && units.size() > kWatchedUnits)
     return std::to_string(units.size()) + " units; the fans of only the first " +
            std::to_string(kWatchedUnits) + " are watched";
   return trouble;
 }
 
-void ReportUnits(const std::vector<ExpansionUnit>& units, const std::string& missing,
+void ReportUnits(const std::vector<ExpansionUnit>& units, const Trouble& missing,
                  SourceScope& scope) {
   failures.Report(scope, missing);
-  if (missing.empty() && units.empty()) scope.Absent("no enclosure is an expansion unit");
+  if (missing.IsNone() && units.empty()) scope.Absent("no enclosure is an expansion unit");
 }
 
 }  // namespace

@@ -28,31 +28,33 @@ bool IsOfClass(DiskClass kind, int volumeClass) {
 // A program's file system is asked by the collector alone, which may wait for it.
 class CollectedSizes {
  public:
-  bool FindCapacity(const std::string& path, Capacity& capacity, std::string& reason) {
-    if (!state_) state_ = ReadSnapshot(snapshot_, failure_);
+  bool FindCapacity(const std::string& path, Capacity& capacity, Trouble& trouble) {
+    if (!state_) {
+      std::string reason;
+      state_ = ReadSnapshot(snapshot_, reason);
+      failure_ = *state_ == SnapshotState::Absent ? MissCollector("only root asks it")
+                                                  : ToTrouble(*state_, std::move(reason));
+    }
     if (const ProgramMount* mount = snapshot_.FindMount(path)) {
       capacity.size = mount->total;
       capacity.available = mount->free;
       return true;
     }
-    reason = state_ == SnapshotState::Failed ? failure_
-             : state_ == SnapshotState::Absent
-                 ? "only vela-platform-collect asks it, which does not run"
-                 : "it did not answer";
+    trouble = failure_.IsNone() ? Trouble("it did not answer") : failure_;
     return false;
   }
 
  private:
   std::optional<SnapshotState> state_;  // none: not read yet
   ProgramMountSnapshot snapshot_;
-  std::string failure_;
+  Trouble failure_;
 };
 
 bool Measure(const ExternalVolume& volume, CollectedSizes& collected, Capacity& capacity,
-             std::string& reason) {
-  if (volume.isProgram) return collected.FindCapacity(volume.path, capacity, reason);
+             Trouble& trouble) {
+  if (volume.isProgram) return collected.FindCapacity(volume.path, capacity, trouble);
   if (ReadCapacity(volume.path, volume.device, capacity)) return true;
-  reason = std::strerror(errno);
+  trouble = std::string(std::strerror(errno));
   return false;
 }
 
@@ -62,7 +64,7 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   SourceScope scope(Source::ExternalVolumes);
   const RequestScope request;
   const StorageView& view = request->GetStorage();
-  std::string failure = view.failure;
+  Trouble failure = view.failure;
 
   auto records = std::make_unique<VELA_MOUNT_VOL_INFO[]>(view.external.size());
   CollectedSizes collected;
@@ -70,9 +72,10 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   for (const ExternalVolume& volume : view.external) {
     if (!IsOfClass(volume.kind, volumeClass)) continue;
     Capacity capacity;
-    std::string reason;
-    if (!Measure(volume, collected, capacity, reason)) {
-      failure = "the capacity of " + volume.path + " could not be read: " + reason;
+    Trouble trouble;
+    if (!Measure(volume, collected, capacity, trouble)) {
+      failure = trouble;
+      failure.reason = "the capacity of " + volume.path + " could not be read: " + trouble.reason;
       continue;
     }
     VELA_MOUNT_VOL_INFO& record = records[count];

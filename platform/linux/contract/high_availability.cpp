@@ -36,27 +36,22 @@ bool MayAskCluster() {
   return Access(BelowRoot("/var/lib/pacemaker/cib"), X_OK) || errno != EACCES;
 }
 
-std::optional<HaState> ReadCollectedState(SourceScope& scope, std::string& reason) {
+std::optional<HaState> ReadCollectedState(SourceScope& scope, Trouble& trouble) {
   Json::Value document;
-  switch (ReadSnapshot(ClusterSnapshot::kSource, document, reason)) {
-    case SnapshotState::Absent:
-      reason = std::string("only root may ask Pacemaker. ") + kStartCollector;
-      return std::nullopt;
-    case SnapshotState::Failed:
-      return std::nullopt;
-    case SnapshotState::Read:
-      break;
-  }
+  std::string reason;
+  const SnapshotState snapshot = ReadSnapshot(ClusterSnapshot::kSource, document, reason);
+  trouble = snapshot == SnapshotState::Absent ? MissCollector("only root may ask Pacemaker")
+                                              : ToTrouble(snapshot, std::move(reason));
+  if (snapshot != SnapshotState::Read) return std::nullopt;
   const std::optional<HaState> state = ClusterSnapshot::FromJson(document).state;
   if (state)
     scope.Read("%s", SeenByCollector(document).c_str());
   else
-    reason = "cluster.json has no state of the cluster";
+    trouble = "cluster.json has no state of the cluster";
   return state;
 }
 
-std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, std::string& reason) {
-  if (!MayAskCluster()) return ReadCollectedState(scope, reason);
+std::optional<HaState> AskCluster(Request& request, std::string& reason) {
   if (monitorBreaker.IsOpen(reason)) return std::nullopt;
   std::string xml;
   int status = 0;
@@ -65,6 +60,11 @@ std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, st
   if (end == ProgramEnd::Late) monitorBreaker.Trip(reason);
   if (end != ProgramEnd::Exited) return std::nullopt;
   return ParseClusterState(xml, reason);  // which tells a failure better than the exit status
+}
+
+std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, Trouble& trouble) {
+  if (!MayAskCluster()) return ReadCollectedState(scope, trouble);
+  return AskCluster(request, trouble.reason);
 }
 
 std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
@@ -85,13 +85,13 @@ std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
 
 // The worse of both. A part that could not be asked leaves the other's trouble standing, but
 // never makes the whole "normal".
-std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, std::string& reason) {
+std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, Trouble& trouble) {
   const ClusterServices& running = request.GetClusterServices();
   std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
   std::string drbdReason;
-  if (running.pacemaker) cluster = ReadClusterState(request, scope, reason);
+  if (running.pacemaker) cluster = ReadClusterState(request, scope, trouble);
   if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdReason);
-  if (reason.empty()) reason = drbdReason;
+  if (trouble.IsNone()) trouble = drbdReason;
   if (cluster && drbd) return std::max(*cluster, *drbd);
   const HaState known = cluster ? *cluster : drbd.value_or(HaState::Normal);
   return known == HaState::Normal ? std::nullopt : std::optional(known);
@@ -119,9 +119,9 @@ int VELAHAGetOverviewStatusDL(char* buffer, int size) {
     scope.Absent("neither Pacemaker nor DRBD runs here");
     return -1;
   }
-  std::string reason;
-  const std::optional<HaState> state = ReadOverview(*request, scope, reason);
-  failures.Report(scope, reason);
+  Trouble trouble;
+  const std::optional<HaState> state = ReadOverview(*request, scope, trouble);
+  failures.Report(scope, trouble);
   if (!state) return SetError(Error::SourceFailed);
   const char* text = NameHaState(*state);
   if (std::strlen(text) >= static_cast<std::size_t>(size)) return SetError(Error::TooLong);

@@ -94,7 +94,7 @@ ssize_t OnRead(void* cookie, char* buffer, std::size_t size) {
   if (got < 0)
     scope.Failed(kRemedy, "the output of %s could not be read: %s", stream.Program().c_str(),
                  std::strerror(errno));
-  if (stream.child.WasCut() != Child::Cut::None) failures.Failed(scope, WhyCut(stream));
+  if (stream.child.WasCut() != Child::Cut::None) failures.Tell(scope, WhyCut(stream));
   return got;
 }
 

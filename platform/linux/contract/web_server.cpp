@@ -39,24 +39,20 @@ Test TestConfiguration(const WebServer& server, TimeBudget& budget, std::string&
 }
 
 // What the collector's test of this unit said, while the unit is as it was then.
-Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, std::string& reason) {
+Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, Trouble& trouble) {
   const std::string& unit = suspect.unit;
   Json::Value document;
-  switch (ReadSnapshot(WebServerSnapshot::kSource, document, reason)) {
-    case SnapshotState::Absent:
-      reason =
-          unit + " is in trouble, and only root can test its configuration. " + kStartCollector;
-      return Test::Unknown;
-    case SnapshotState::Failed:
-      return Test::Unknown;
-    case SnapshotState::Read:
-      break;
-  }
+  std::string reason;
+  const SnapshotState snapshot = ReadSnapshot(WebServerSnapshot::kSource, document, reason);
+  trouble = snapshot == SnapshotState::Absent
+                ? MissCollector(unit + " is in trouble; only root can test its configuration")
+                : ToTrouble(snapshot, std::move(reason));
+  if (snapshot != SnapshotState::Read) return Test::Unknown;
   const auto seen = WebServerSnapshot::FromJson(document);
   if (seen.unit != unit || seen.active != suspect.state.active ||
       seen.reload != suspect.state.reload || seen.test.empty()) {
-    reason = unit + " is in trouble since vela-platform-collect last looked; it tests the " +
-             "configuration within a minute";
+    trouble = unit + " is in trouble since vela-platform-collect last looked; it tests the " +
+              "configuration within a minute";
     return Test::Unknown;
   }
   scope.Read("%s", SeenByCollector(document).c_str());
@@ -83,7 +79,7 @@ int VELAServiceIsHttpDefaultConf(void) {
     case UnitsAnswer::Late:
       SetError(Error::SourceFailed);
       // The caller logs every -1; one failure, however long it lasts, is one.
-      return failures.Failed(scope, server.reason) ? -1 : 0;
+      return failures.Tell(scope, server.reason) ? -1 : 0;
     case UnitsAnswer::Read:
       break;
   }
@@ -93,8 +89,7 @@ int VELAServiceIsHttpDefaultConf(void) {
     return 0;
   }
   if (server.FindTester() != nullptr) return 1;
-  failures.Failed(scope,
-                  server.unit + " is in trouble; how to test its configuration is not known");
+  failures.Tell(scope, server.unit + " is in trouble; how to test its configuration is not known");
   return 0;
 }
 
@@ -112,13 +107,13 @@ bool NginxConfManager::run() {
   const WebServerState& suspect = request->GetWebServer();
   if (!suspect.IsSuspicious() || suspect.FindTester() == nullptr) return true;
   SourceScope scope(Source::WebServer);
-  std::string reason;
+  Trouble trouble;
   // Its test reads keys and writes a log: only root's word about it is worth anything.
-  const Test test = geteuid() == 0
-                        ? TestConfiguration(*suspect.FindTester(), request->GetTimeBudget(), reason)
-                        : ReadCollectedTest(suspect, scope, reason);
+  const Test test = geteuid() == 0 ? TestConfiguration(*suspect.FindTester(),
+                                                       request->GetTimeBudget(), trouble.reason)
+                                   : ReadCollectedTest(suspect, scope, trouble);
   if (test == Test::Unknown)
-    failures.Failed(scope, reason);
+    failures.Tell(scope, trouble);
   else
     failures.Recovered();
   return test != Test::Refused;

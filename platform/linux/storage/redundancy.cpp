@@ -57,8 +57,10 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const std::string&
 
 void ReadMappings(Redundancy& redundancy) {
   MappingSnapshot snapshot;
-  if (ReadSnapshot(snapshot, redundancy.failure) != SnapshotState::Read) return;
-  redundancy.failure = snapshot.trouble;
+  std::string reason;
+  const SnapshotState state = ReadSnapshot(snapshot, reason);
+  redundancy.failure =
+      state == SnapshotState::Read ? Trouble(snapshot.trouble) : ToTrouble(state, reason);
   for (const Mapping& mapping : snapshot.mappings) {
     if (mapping.health == Health::Normal) continue;
     const std::string folder = LinkTarget(Sys("/dev/block/", mapping.device));

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/md.h"
 
@@ -14,7 +15,7 @@ struct Redundancy {
   std::vector<MdArray> arrays;
   std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
   Health worst = Health::Normal;
-  std::string failure;  // what the collector could not say of the mappings, in words
+  Trouble failure;  // what the collector could not say of the mappings
 
   // The worst of the arrays and mappings that are a layer of the stack.
   Health GetHealth(const Stack& stack) const;

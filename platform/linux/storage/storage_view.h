@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/disks.h"
 #include "platform/linux/storage/external_choice.h"
 #include "platform/linux/storage/volumes.h"
@@ -19,7 +20,7 @@ struct StorageView {
   Health overview = Health::Normal;  // the worst of all internal arrays, mappings, volumes, disks
   std::string failure;               // why the mount table could not be read, in words
   std::string hidden;                // the same of the first volume that nobody may look at
-  std::string diskFailure;           // the same of what the collector says about mappings
+  Trouble diskFailure;               // with what the collector says about mappings
 };
 
 // Reads everything. Waits for no other process, opens no device.
