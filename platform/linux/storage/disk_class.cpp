@@ -8,13 +8,6 @@
 namespace linux_platform {
 namespace {
 
-// Whether the path lies below a root hub ("/usb2/"). libudev would look at every folder above the
-// disk to say so.
-bool HasUsbHub(std::string_view path) {
-  const std::size_t hub = path.find("/usb");
-  return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
-}
-
 // "3" of ".../ata3/host2/..."; empty without an ATA port.
 std::string_view GetAtaPort(std::string_view path) {
   const std::size_t ata = path.find("/ata");
@@ -24,6 +17,12 @@ std::string_view GetAtaPort(std::string_view path) {
 }
 
 }  // namespace
+
+// libudev would look at every folder above the disk to say so.
+bool HasUsbHub(std::string_view path) {
+  const std::size_t hub = path.find("/usb");
+  return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
+}
 
 DiskClass ClassifyDisk(const DiskFacts& facts) {
   if (facts.carriesSystem) return DiskClass::Internal;

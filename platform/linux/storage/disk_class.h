@@ -27,6 +27,9 @@ struct DiskFacts {
 // A disk that carries the system is internal wherever it is connected.
 DiskClass ClassifyDisk(const DiskFacts& facts);
 
+// Whether a device's folder in /sys lies below a root hub: "/usb2/".
+bool HasUsbHub(std::string_view path);
+
 // The facts that /sys and udev's database hold about the whole disk `name`.
 // `esataPorts`: ATA port numbers.
 DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_view>& esataPorts);

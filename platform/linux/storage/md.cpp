@@ -7,13 +7,31 @@ namespace {
 
 bool IsMirror(const MdArray& array) { return array.level == "raid1"; }
 
-// A mirror with more empty slots than members was made that way.
+bool HasFaultyMember(const MdArray& array) {
+  return std::ranges::any_of(array.members, [](const auto& each) { return each.Has("faulty"); });
+}
+
+// A mirror with a place for each bay of the machine, most of them empty, was made that way: nobody
+// loses two disks of three and has two left.
 bool IsSparseMirror(const MdArray& array) {
-  const auto count = [&array](const char* word) {
-    return std::ranges::count_if(array.members, [word](auto& each) { return each.Has(word); });
+  const std::int64_t inSync = CountInSync(array);
+  return IsMirror(array) && !HasFaultyMember(array) && inSync >= 2 &&
+         array.disks - inSync >= 2 * inSync;
+}
+
+// Without its write journal an array with parity takes no more writes, while its state and its
+// count of lost members look well.
+bool LostItsJournal(const MdArray& array) {
+  const auto works = [](const MdMember& member) {
+    return member.Has("journal") && !member.Has("faulty") && member.present;
   };
-  const auto inSync = count("in_sync");
-  return IsMirror(array) && count("faulty") == 0 && inSync >= 2 && array.disks - inSync > inSync;
+  const auto isJournal = [](const MdMember& member) { return member.Has("journal"); };
+  return (array.policy == "journal" || std::ranges::any_of(array.members, isJournal)) &&
+         std::ranges::none_of(array.members, works);
+}
+
+bool HasParity(const MdArray& array) {
+  return array.level == "raid4" || array.level == "raid5" || array.level == "raid6";
 }
 
 // Nothing to be judged: a container, an array that is being taken apart, a sparse mirror.
@@ -25,7 +43,7 @@ bool IsNoArray(const MdArray& array) {
 
 // More members lost than the level can bear.
 bool IsBeyondRedundancy(const MdArray& array) {
-  if (array.state == "broken") return true;
+  if (array.state == "broken" || LostItsJournal(array)) return true;
   if (IsMirror(array)) return array.degraded >= array.disks && array.disks > 0;
   if (array.level == "raid4" || array.level == "raid5") return array.degraded > 1;
   if (array.level == "raid6") return array.degraded > 2;
@@ -52,14 +70,30 @@ MdArray ReadMdArray(const std::string& name) {
   const std::string disks = Attribute(Within(folder, "raid_disks"));
   array.disks = ToNumber(disks.substr(0, disks.find(' '))).value_or(0);
   array.degraded = NumberAttribute(Within(folder, "degraded")).value_or(0);
+  if (HasParity(array)) array.policy = Attribute(Within(folder, "consistency_policy"));
   for (const std::string& entry : NamesIn(folder)) {
     if (!entry.starts_with("dev-")) continue;
     const std::string member = Within(folder, entry);
-    array.members.push_back({entry.substr(4), Attribute(Within(member, "state")),
-                             Attribute(Within(member, "slot")),
-                             PathExists(Within(member, "block"))});
+    MdMember& added = array.members.emplace_back();
+    added = {entry.substr(4), Attribute(Within(member, "state")),
+             Attribute(Within(member, "slot"))};
+    // A member has its slot for as long as it has its folder: without one, this is no whole /sys.
+    added.present = added.slot.empty() || PathExists(Within(member, "block"));
   }
   return array;
+}
+
+std::int64_t CountInSync(const MdArray& array) {
+  return std::ranges::count_if(array.members,
+                               [](const MdMember& member) { return member.Has("in_sync"); });
+}
+
+bool HasEmptyPlaces(const MdArray& array) {
+  const auto isFilling = [](const MdMember& member) {
+    return member.Has("spare") && !member.IsHotSpare();
+  };
+  return array.degraded > 0 && !HasFaultyMember(array) &&
+         std::ranges::none_of(array.members, isFilling);
 }
 
 bool LooksLikeFirstBuild(const MdArray& array) {
@@ -78,7 +112,9 @@ Health JudgeMd(const MdArray& array, bool expected) {
   if (IsNoArray(array)) return Health::Normal;
   if (array.state == "inactive") return expected ? Health::Danger : Health::Abnormal;
   if (IsBeyondRedundancy(array)) return Health::Danger;
-  const auto failing = [](const MdMember& member) { return member.Has("want_replacement"); };
+  const auto failing = [](const MdMember& member) {
+    return member.Has("want_replacement") || member.Has("faulty");
+  };
   if (array.degraded > 0 || std::ranges::any_of(array.members, failing)) return Health::Abnormal;
   return Health::Normal;
 }

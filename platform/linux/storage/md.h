@@ -24,6 +24,7 @@ struct MdArray {
   std::string level;     // "raid5", "container"
   std::string state;     // "clean", "inactive", ...
   std::string metadata;  // "1.2", "external:imsm"
+  std::string policy;    // of consistency, where there is parity: "resync", "journal"
   std::int64_t disks = 0;
   std::int64_t degraded = 0;
   std::vector<MdMember> members;
@@ -32,13 +33,19 @@ struct MdArray {
 // About twelve attributes, none of which takes the array's reconfiguration lock.
 MdArray ReadMdArray(const std::string& name);
 
+// How many members hold all of their data.
+std::int64_t CountInSync(const MdArray& array);
+// Fewer members than places, while nothing failed and nothing is being filled: made so on purpose,
+// or lost and taken out.
+bool HasEmptyPlaces(const MdArray& array);
+
 // Whether the array may be one that is being built for the first time: a RAID 4 or 5 whose
 // last member alone is being filled. The replacement of that member looks the same.
 bool LooksLikeFirstBuild(const MdArray& array);
 
-// `expected`: the array is named in mdadm.conf or fstab, so it ought to run.
-// Containers, arrays being taken apart and mirrors made with empty slots on purpose
-// are Normal. Resync, check and reshape are no fault while no member is missing.
+// `expected`: it is known that the array ought to run. Containers, arrays being taken apart and
+// mirrors with far more places than members are Normal. Resync, check and reshape are no fault
+// while no member is missing; a member that failed is one even where a spare has replaced it.
 Health JudgeMd(const MdArray& array, bool expected);
 
 }  // namespace linux_platform

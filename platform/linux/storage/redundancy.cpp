@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/disk_class.h"
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 
@@ -24,13 +26,28 @@ bool IsNamed(const std::string& tables, const std::string& array) {
          HasWord(tables, "/dev/md/" + array.substr(2), kBlanks);
 }
 
-// The collector has looked at the array when it was made.
-bool IsFirstBuild(const MdArray& array) {
-  if (!LooksLikeFirstBuild(array)) return false;
+// An array that does not run ought to, when somebody named it or its members are disks of this
+// machine. The half of another machine's array on a stick has not lost anything here.
+bool OughtToRun(const MdArray& array, const std::string& tables) {
+  const auto isInternal = [](const MdMember& member) {
+    return member.present && !HasUsbHub(LinkTarget(Sys("/class/block/", member.device)));
+  };
+  return array.state == "inactive" &&
+         (std::ranges::any_of(array.members, isInternal) || IsNamed(tables, array.name));
+}
+
+// The array has fewer members in step than places, as its owner wants it: the setting says so; or
+// the collector has looked at the array when it was made, or knows that it never had more.
+bool IsAsMeant(const MdArray& array, const Settings& settings) {
+  const bool empty = HasEmptyPlaces(array);
+  if (const auto* meant = settings.Text("array.members." + array.name); empty && meant != nullptr)
+    return CountInSync(array) >= ToNumber(meant).value_or(array.disks);
+  if (!empty && !LooksLikeFirstBuild(array)) return false;
   MdSnapshot snapshot;
   std::string reason;
   ReadSnapshot(snapshot, reason);
-  return snapshot.MayBeFirstBuild(array.name);
+  return empty ? snapshot.NeverHadMore(array.name, CountInSync(array))
+               : snapshot.MayBeFirstBuild(array.name);
 }
 
 void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
@@ -39,7 +56,7 @@ void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
 }
 
 void ReadArrays(const std::vector<std::string>& blockDevices, const std::string& fstab,
-                Redundancy& redundancy) {
+                const Settings& settings, Redundancy& redundancy) {
   std::string tables;
   for (const std::string& name : blockDevices) {
     if (!IsMdDevice(name)) continue;
@@ -48,8 +65,8 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const std::string&
       tables.append("\n").append(fstab);
     }
     MdArray array = ReadMdArray(name);
-    Health health = JudgeMd(array, IsNamed(tables, name));
-    if (health == Health::Abnormal && IsFirstBuild(array)) health = Health::Normal;
+    Health health = JudgeMd(array, OughtToRun(array, tables));
+    if (health == Health::Abnormal && IsAsMeant(array, settings)) health = Health::Normal;
     AddHealth(name, health, redundancy);
     redundancy.arrays.push_back(std::move(array));
   }
@@ -79,9 +96,10 @@ Health Redundancy::GetHealth(const Stack& stack) const {
   return worstLayer;
 }
 
-Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab) {
+Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab,
+                          const Settings& settings) {
   Redundancy redundancy;
-  ReadArrays(blockDevices, fstab, redundancy);
+  ReadArrays(blockDevices, fstab, settings, redundancy);
   const auto isMapping = [](const std::string& name) { return name.starts_with("dm-"); };
   if (std::ranges::any_of(blockDevices, isMapping)) ReadMappings(redundancy);
   return redundancy;

@@ -11,6 +11,8 @@
 
 namespace linux_platform {
 
+class Settings;
+
 struct Redundancy {
   std::vector<MdArray> arrays;
   std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
@@ -23,6 +25,7 @@ struct Redundancy {
 
 // `blockDevices` as from ListBlockDevices; `fstab` is the table's text. The mappings' health comes
 // from the collector: they answer only root, and may block.
-Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab);
+Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab,
+                          const Settings& settings);
 
 }  // namespace linux_platform

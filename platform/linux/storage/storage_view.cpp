@@ -19,7 +19,7 @@ StorageView ReadStorage(const Settings& settings) {
   const std::vector<std::string> blockDevices = ListBlockDevices();
   view.listsDisks = !blockDevices.empty();
 
-  Redundancy redundancy = ReadRedundancy(blockDevices, fstab);
+  Redundancy redundancy = ReadRedundancy(blockDevices, fstab, settings);
   InternalVolumes volumes = ReadVolumes(*mounts, settings, fstab, devices, redundancy);
   view.disks = ReadDisks(devices, blockDevices, redundancy.arrays, volumes.all);
   view.external = ChooseExternal(*mounts, devices);
