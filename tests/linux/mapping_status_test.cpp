@@ -17,7 +17,7 @@ TEST(MappingStatus, TheStatusLineIsHeldAgainstWhatTheLayoutSurvives) {
     EXPECT_EQ(status->health, row[2] == "Danger"     ? Health::Danger
                               : row[2] == "Abnormal" ? Health::Abnormal
                                                      : Health::Normal);
-    EXPECT_EQ(status->why, row[3]);
+    EXPECT_EQ(status->note.empty() ? status->why : "note: " + status->note, row[3]);
   }
 }
 
@@ -27,14 +27,22 @@ TEST(MappingStatus, TheWorstTargetCountsAndOtherTextsAreNotUnderstood) {
                       bad = {"raid", "raid1 2 AD 1/1 idle 0"}, worse = {"thin-pool", "Fail"};
   EXPECT_EQ(JudgeMapping({good, bad, linear, worse, good})->why, "it has failed");
   EXPECT_EQ(JudgeMapping({bad, good})->health, Health::Abnormal);
+  const MappingTarget halfLost = {"multipath", "2 0 0 0 1 1 A 0 2 0 8:16 F 3 8:32 A 0"};
+  EXPECT_EQ(JudgeMapping({good, halfLost, good})->note, "1 of 2 paths failed");
   EXPECT_FALSE(JudgeMapping({linear, {"thin", "8192 16383"}}));
   EXPECT_FALSE(JudgeMapping({}));
-  for (const char* type : {"raid", "mirror", "thin-pool"}) {
+  for (const char* type : {"raid", "mirror", "thin-pool", "cache", "snapshot", "integrity", "vdo",
+                           "multipath", "writecache"}) {
     const auto status = JudgeMapping({{type, "what is this"}});
     ASSERT_TRUE(status) << type;
     EXPECT_FALSE(status->understood) << type;
     EXPECT_EQ(status->health, Health::Normal) << type;
   }
+}
+
+TEST(MappingStatus, APartThatLvmCouldNotFindIsDangerOutsideOfMirrors) {
+  for (const auto& row : ReadTable("missing-parts", 3))
+    EXPECT_EQ(JudgeMissingPart(row[0], row[1]).has_value(), row[2] == "danger") << row[0];
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 #include <stdlib.h>
 #include <sys/statvfs.h>
 
+#include "platform/linux/storage/mapping_snapshot.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/source_statuses.h"
+#include "tests/linux/table.h"
 #include "vela_storage.h"
 #include "velac.h"
 
@@ -110,6 +112,11 @@ TEST(Storage, WhatCannotBeReadIsSaid) {
   EXPECT_EQ(SourceReports()["volumes"].reason, "the mount table could not be read: Is a directory");
   EXPECT_EQ(VLIBCMaxDiskGet(), 0);
   EXPECT_EQ(SourceReports()["disks"].reason, "/sys/block lists no disks");
+}
+
+TEST(Storage, OfWhichMappingsOnlyRootKnowsHowTheyAre) {
+  for (const auto& row : ReadTable("mappings-of-root", 3))
+    EXPECT_EQ(linux_platform::OnlyRootKnows(row[0], row[1]), row[2] == "root") << row[0];
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Mirrors, RAID volumes and thin pools, asked of the kernel's device mapper without
+// Mappings that can lose something by themselves, asked of the kernel's device mapper without
 // flushing anything.
 #include <libdevmapper.h>
 #include <unistd.h>
@@ -41,8 +41,14 @@ std::vector<std::string> ReadNames(dm_task* list) {
   }
 }
 
+std::string_view GetUuid(dm_task* task) {
+  const char* uuid = dm_task_get_uuid(task);
+  return uuid != nullptr ? uuid : "";
+}
+
 // The mapping with the worst of its targets; nothing when none has a health of its own.
-std::optional<MappingStatus> JudgeTargets(dm_task* task) {
+std::optional<MappingStatus> JudgeTargets(dm_task* task, const std::string& name) {
+  if (auto missing = JudgeMissingPart(name, GetUuid(task))) return missing;
   std::vector<MappingTarget> targets;
   void* next = nullptr;
   do {
@@ -57,13 +63,13 @@ std::optional<MappingStatus> JudgeTargets(dm_task* task) {
 Mapping Describe(dm_task* task, const std::string& name, const MappingStatus& status) {
   dm_info info = {};
   dm_task_get_info(task, &info);
-  const char* uuid = dm_task_get_uuid(task);
   return {name,
-          uuid != nullptr ? uuid : "",
+          std::string(GetUuid(task)),
           std::to_string(info.major) + ":" + std::to_string(info.minor),
           status.kind,
           status.health,
-          status.why};
+          status.why,
+          status.note};
 }
 
 }  // namespace
@@ -84,7 +90,7 @@ Json::Value CollectDeviceMapper() {
       if (errno != ENXIO) snapshot.trouble = name + " did not tell its status";
       continue;
     }
-    const auto status = JudgeTargets(task.get());
+    const auto status = JudgeTargets(task.get(), name);
     if (!status) continue;
     if (!status->understood) snapshot.trouble = name + ": its status line was not understood";
     snapshot.mappings.push_back(Describe(task.get(), name, *status));

@@ -7,6 +7,8 @@
 #include <new>
 #include <string_view>
 
+#include "platform/linux/collector/mapping_words.h"
+
 namespace linux_platform {
 namespace {
 
@@ -14,9 +16,7 @@ constexpr double kNearlyFull = 0.95;
 
 using Pool = std::unique_ptr<dm_pool, void (*)(dm_pool*)>;
 
-MappingStatus MakeNotUnderstood(const char* kind) {
-  return {.kind = kind, .why = {}, .understood = false};
-}
+MappingStatus MakeNotUnderstood(const char* kind) { return {.kind = kind, .understood = false}; }
 
 // How many dead devices the layout survives for certain.
 std::size_t CountSpareDevices(std::string_view layout, std::size_t devices) {
@@ -36,11 +36,17 @@ bool LostBothCopies(std::string_view layout, std::string_view health) {
 }
 
 MappingStatus JudgeRaid(dm_pool* pool, const char* parameters) {
-  MappingStatus status{.kind = "raid", .why = {}};
+  MappingStatus status{.kind = "raid"};
   dm_status_raid* raid = nullptr;
   if (!dm_get_status_raid(pool, parameters, &raid)) return MakeNotUnderstood("raid");
   const std::string_view layout = raid->raid_type, health = raid->dev_health;
   const auto dead = static_cast<std::size_t>(std::ranges::count(health, 'D'));
+  if (dead == 0 && std::string_view(raid->sync_action) == "recover") {
+    status.health = Health::Abnormal;
+    status.why = std::to_string(std::ranges::count(health, 'a')) + " of " +
+                 std::to_string(health.size()) + " devices are being rebuilt (" +
+                 std::string(layout) + ")";
+  }
   if (dead == 0) return status;
   const bool lost =
       dead > CountSpareDevices(layout, health.size()) || LostBothCopies(layout, health);
@@ -51,7 +57,7 @@ MappingStatus JudgeRaid(dm_pool* pool, const char* parameters) {
 }
 
 MappingStatus JudgeMirror(dm_pool* pool, const char* parameters) {
-  MappingStatus status{.kind = "mirror", .why = {}};
+  MappingStatus status{.kind = "mirror"};
   dm_status_mirror* mirror = nullptr;
   if (!dm_get_status_mirror(pool, parameters, &mirror)) return MakeNotUnderstood("mirror");
   const auto failed =
@@ -62,10 +68,6 @@ MappingStatus JudgeMirror(dm_pool* pool, const char* parameters) {
   status.why =
       std::to_string(failed) + " of " + std::to_string(mirror->dev_count) + " copies failed";
   return status;
-}
-
-bool IsNearlyFull(std::uint64_t used, std::uint64_t total) {
-  return total > 0 && static_cast<double>(used) >= static_cast<double>(total) * kNearlyFull;
 }
 
 MappingStatus JudgeThinPool(dm_pool* pool, const char* parameters) {
@@ -85,15 +87,54 @@ MappingStatus JudgeThinPool(dm_pool* pool, const char* parameters) {
   return is(Health::Normal, "");
 }
 
+// A cache that holds what its origin does not have yet takes the volume along.
+MappingStatus JudgeCache(dm_pool* pool, const char* parameters) {
+  dm_status_cache* cache = nullptr;
+  if (!dm_get_status_cache(pool, parameters, &cache)) return MakeNotUnderstood("cache");
+  MappingStatus status{.kind = "cache"};
+  if (cache->fail || cache->error) {
+    status.health = Health::Danger;
+    status.why = "it has failed";
+  } else if (cache->needs_check || cache->read_only) {
+    const bool holdsData = (cache->feature_flags & DM_CACHE_FEATURE_WRITEBACK) != 0;
+    status.health = holdsData ? Health::Danger : Health::Abnormal;
+    status.why = cache->needs_check ? "its metadata need a check" : "it has become read-only";
+  }
+  return status;
+}
+
+MappingStatus JudgeSnapshot(dm_pool* pool, const char* parameters) {
+  dm_status_snapshot* snapshot = nullptr;
+  if (!dm_get_status_snapshot(pool, parameters, &snapshot)) return MakeNotUnderstood("snapshot");
+  MappingStatus status{.kind = "snapshot"};
+  if (snapshot->merge_failed) {
+    status.health = Health::Danger;
+    status.why = "it could not be merged into its volume";
+  }
+  if (snapshot->invalid || snapshot->overflow) status.note = "this snapshot is lost: it ran full";
+  return status;
+}
+
+using ParsedByLibrary = MappingStatus (*)(dm_pool*, const char*);
+constexpr std::pair<std::string_view, ParsedByLibrary> kParsedByLibrary[] = {
+    {"raid", JudgeRaid},   {"mirror", JudgeMirror},     {"thin-pool", JudgeThinPool},
+    {"cache", JudgeCache}, {"snapshot", JudgeSnapshot}, {"snapshot-merge", JudgeSnapshot}};
+
+using ParsedHere = MappingStatus (*)(const std::string&);
+constexpr std::pair<std::string_view, ParsedHere> kParsedHere[] = {{"multipath", JudgeMultipath},
+                                                                   {"integrity", JudgeIntegrity},
+                                                                   {"vdo", JudgeVdo},
+                                                                   {"writecache", JudgeWriteCache}};
+
 std::optional<MappingStatus> JudgeTarget(const MappingTarget& target) {
-  MappingStatus (*judge)(dm_pool*, const char*) = nullptr;
-  if (target.type == "raid") judge = JudgeRaid;
-  if (target.type == "mirror") judge = JudgeMirror;
-  if (target.type == "thin-pool") judge = JudgeThinPool;
-  if (judge == nullptr) return std::nullopt;
+  for (const auto& [type, judge] : kParsedHere)
+    if (target.type == type) return judge(target.parameters);
+  const auto* found = std::ranges::find(kParsedByLibrary, std::string_view(target.type),
+                                        [](const auto& each) { return each.first; });
+  if (found == std::end(kParsedByLibrary)) return std::nullopt;
   const Pool pool(dm_pool_create("status", 1024), dm_pool_destroy);
   if (!pool) throw std::bad_alloc();
-  return judge(pool.get(), target.parameters.c_str());
+  return found->second(pool.get(), target.parameters.c_str());
 }
 
 void Ignore(int, const char*, int, int, const char*, ...) {}
@@ -102,11 +143,26 @@ void Ignore(int, const char*, int, int, const char*, ...) {}
 
 void SilenceDeviceMapper() { dm_log_with_errno_init(Ignore); }
 
+bool IsNearlyFull(std::uint64_t used, std::uint64_t total) {
+  return total > 0 && static_cast<double>(used) >= static_cast<double>(total) * kNearlyFull;
+}
+
+std::optional<MappingStatus> JudgeMissingPart(std::string_view name, std::string_view uuid) {
+  if (!uuid.starts_with("LVM-") || uuid.find("-missing_") == uuid.npos) return std::nullopt;
+  for (const std::string_view part : {"_rimage_", "_rmeta_", "_mimage_", "_mlog"})
+    if (name.find(part) != name.npos) return std::nullopt;
+  return MappingStatus{.kind = "missing",
+                       .health = Health::Danger,
+                       .why = "the physical volume that held it is missing"};
+}
+
 std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets) {
   std::optional<MappingStatus> worst;
   for (const MappingTarget& target : targets) {
     auto status = JudgeTarget(target);
-    if (status && (!worst || status->health > worst->health)) worst = std::move(status);
+    const bool worse = status && (!worst || status->health > worst->health ||
+                                  (worst->note.empty() && worst->health == status->health));
+    if (worse) worst = std::move(status);
   }
   return worst;
 }

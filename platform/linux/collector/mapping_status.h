@@ -1,8 +1,11 @@
-// How mirrors, RAID volumes and thin pools are, out of the device mapper's status lines.
+// How mappings are that can lose something by themselves, out of the device mapper's status lines:
+// mirrors, RAID volumes, pools, caches, paths, checksums, snapshots.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/storage/block.h"
@@ -10,10 +13,11 @@
 namespace linux_platform {
 
 struct MappingStatus {
-  const char* kind = "";  // "raid", "mirror", "thin_pool"
+  const char* kind = "";  // "raid", "mirror", "thin_pool", ...; static
   Health health = Health::Normal;
-  std::string why;         // empty when normal
+  std::string why = {};    // empty when normal
   bool understood = true;  // else Normal, for want of better knowledge
+  std::string note = {};   // what deserves to be known and changes no health
 };
 
 // One of the devices that a mapping is put together of, as the kernel tells it.
@@ -24,6 +28,14 @@ struct MappingTarget {
 // The worst of the targets. Nothing when none is of a type that has a health of its own.
 // Through libdevmapper's parsers, which ask no kernel.
 std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets);
+
+// Danger, for a part of a volume that LVM put together without one of its physical volumes: the
+// kernel fails all that is read there. Nothing else, and not a part of a mirror or RAID volume,
+// which says itself what it lacks. `name` below /dev/mapper.
+std::optional<MappingStatus> JudgeMissingPart(std::string_view name, std::string_view uuid);
+
+// 95 % or more.
+bool IsNearlyFull(std::uint64_t used, std::uint64_t total);
 
 // libdevmapper prints to standard error unless it is told not to.
 void SilenceDeviceMapper();

@@ -33,9 +33,9 @@ Json::Value CollectIpmi();
 // Which fans of the sensor chips have turned since boot: what the last snapshot knew, and
 // what is read now.
 Json::Value CollectFans();
-// Which arrays are being built for the first time.
+// Which arrays are being built for the first time, and how many devices each ever had.
 Json::Value CollectMd();
-// Mirrors, RAID volumes and thin pools, through the kernel's device mapper.
+// Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
 // The web server's test of its configuration, when systemd finds something wrong with it.
 Json::Value CollectWebServer();

@@ -12,7 +12,7 @@ using common::TextMember;
 
 constexpr std::array<std::string_view, 3> kHealths = {"normal", "abnormal", "danger"};
 constexpr const char *kObjects = "objects", *kName = "name", *kUuid = "uuid", *kDevice = "device",
-                     *kKind = "kind", *kHealth = "health", *kWhy = "why";
+                     *kKind = "kind", *kHealth = "health", *kWhy = "why", *kNote = "note";
 
 Json::Value ToJson(const Mapping& mapping) {
   Json::Value entry(Json::objectValue);
@@ -22,12 +22,18 @@ Json::Value ToJson(const Mapping& mapping) {
   entry[kKind] = mapping.kind;
   entry[kHealth] = std::string(kHealths[static_cast<std::size_t>(mapping.health)]);
   if (!mapping.why.empty()) entry[kWhy] = mapping.why;
+  if (!mapping.note.empty()) entry[kNote] = mapping.note;
   return entry;
 }
 
 Mapping MappingFromJson(const Json::Value& entry) {
-  Mapping mapping = {TextMember(entry, kName), TextMember(entry, kUuid), TextMember(entry, kDevice),
-                     TextMember(entry, kKind), Health::Normal,           TextMember(entry, kWhy)};
+  Mapping mapping;
+  mapping.name = TextMember(entry, kName);
+  mapping.uuid = TextMember(entry, kUuid);
+  mapping.device = TextMember(entry, kDevice);
+  mapping.kind = TextMember(entry, kKind);
+  mapping.why = TextMember(entry, kWhy);
+  mapping.note = TextMember(entry, kNote);
   const auto found = std::ranges::find(kHealths, TextMember(entry, kHealth));
   if (found != kHealths.end()) mapping.health = static_cast<Health>(found - kHealths.begin());
   return mapping;
@@ -41,6 +47,18 @@ Json::Value MappingSnapshot::ToJson() const {
   for (const Mapping& mapping : mappings) list.append(linux_platform::ToJson(mapping));
   if (!trouble.empty()) members[kTrouble] = trouble;
   return members;
+}
+
+bool OnlyRootKnows(std::string_view name, std::string_view uuid) {
+  for (const std::string_view kind : {"mpath-", "VDO-", "CRYPT-INTEGRITY-"})
+    if (uuid.starts_with(kind)) return true;
+  if (!uuid.starts_with("LVM-")) return false;
+  // LVM keeps these endings for itself: no volume of a user has them.
+  for (const std::string_view part : {"_rimage_", "_mimage_"})
+    if (name.find(part) != name.npos) return true;
+  for (const std::string_view layer : {"-tpool", "-vpool", "-cdata", "-cvol", "-cow"})
+    if (uuid.ends_with(layer)) return true;
+  return uuid.find("-missing_") != uuid.npos;
 }
 
 MappingSnapshot MappingSnapshot::FromJson(const Json::Value& document) {

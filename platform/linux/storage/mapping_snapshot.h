@@ -1,7 +1,9 @@
-// How LVM's mirrors, RAID volumes and thin pools are: the collector's snapshot "device_mapper".
+// How the mappings are that can lose something by themselves: the collector's snapshot
+// "device_mapper".
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <json/value.h>
@@ -14,9 +16,10 @@ struct Mapping {
   std::string name;    // below /dev/mapper: "vg0-data"
   std::string uuid;    // "LVM-..."
   std::string device;  // its number: "253:2"
-  std::string kind;    // "raid", "mirror" or "thin_pool"
+  std::string kind;    // as the kernel calls it, with underscores: "raid", "thin_pool"
   Health health = Health::Normal;
-  std::string why;  // in words; empty when normal
+  std::string why;   // in words; empty when normal
+  std::string note;  // what deserves to be known and changes no health, in words; mostly empty
 };
 
 struct MappingSnapshot {
@@ -29,5 +32,9 @@ struct MappingSnapshot {
   // A health of another name is Normal, for want of better knowledge.
   static MappingSnapshot FromJson(const Json::Value& document);
 };
+
+// Whether only root can ask how the mapping is: paths, mirrors, RAID volumes, pools, caches,
+// snapshots, checksums. By what everybody may read of it in /sys: `name` below /dev/mapper, `uuid`.
+bool OnlyRootKnows(std::string_view name, std::string_view uuid);
 
 }  // namespace linux_platform
