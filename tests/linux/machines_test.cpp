@@ -22,13 +22,19 @@ namespace {
 using namespace VELA::ZRT;
 namespace manager = STORAGE_MANAGER;
 
-// "volume_1 /volume1: normal, warns below 0.05"
+bool IsFull(const char* path) {
+  _tag_volume_usage usage = {};
+  FS_INFO* info = nullptr;
+  return manager::Volume::GetVolumeFSInfo(path, usage, info) && usage.u0 == usage.u1;
+}
+
+// "volume_1 /volume1: normal, warns below 0.05, full"
 void TellVolumes(std::ostream& out) {
   const manager::Space space(23);
   for (const auto* record = space.GetAll(); record != nullptr; record = record->next)
     out << manager::StorageUtil::ToUISpaceID(record->type, record->path) << " " << record->path
         << ": " << manager::Volume::ToJsonSpaceStatus(*record) << ", warns below "
-        << VELAVolumeCapWarnPctGet(record->path) << "\n";
+        << VELAVolumeCapWarnPctGet(record->path) << (IsFull(record->path) ? ", full\n" : "\n");
   if (STORAGE_WEBUTILS::Volume::IsSystemVolCrashed()) out << "system volume: crashed\n";
 }
 

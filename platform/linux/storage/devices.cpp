@@ -33,6 +33,7 @@ const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
   const auto whole = btrfs_->find(found.stack.layers.front());
   if (whole == btrfs_->end()) return found;
   found.btrfs = whole->second->health;
+  found.full = whole->second->full;
   for (const std::string& member : whole->second->members)
     Join(found.stack, ReadStack(std::string_view(member)));
   return found;
@@ -77,6 +78,12 @@ bool Devices::IsMountedAsMedia(const std::string& disk) {
     mediaDisks_->insert(below.begin(), below.end());
   }
   return mediaDisks_->contains(disk);
+}
+
+bool Devices::IsOffline(const Stack& stack) {
+  return !stack.disks.empty() && std::ranges::all_of(stack.disks, [this](const std::string& disk) {
+    return GetFacts(disk).offline;
+  });
 }
 
 DiskClass Devices::Classify(const Stack& stack) {

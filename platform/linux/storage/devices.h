@@ -23,13 +23,17 @@ class Devices {
 
   // What lies under a mount; for btrfs all of its members.
   const Stack& GetStack(const Mount& mount);
-  // The health of the btrfs that is mounted there; Normal for another file system.
+  // The btrfs that is mounted there: its health, Normal for another file system; and whether it
+  // takes no more, whatever its capacity says.
   Health GetBtrfsHealth(const Mount& mount);
+  bool IsFullBtrfs(const Mount& mount) { return GetFileSystem(mount).full; }
 
   const DiskFacts& GetFacts(const std::string& disk);
   DiskClass Classify(const std::string& disk) { return ClassifyDisk(GetFacts(disk)); }
   // The one class that all the disks of the stack share; Internal otherwise.
   DiskClass Classify(const Stack& stack);
+  // Whether no disk of the stack answers any more. One that is left may be a mirror's.
+  bool IsOffline(const Stack& stack);
   bool CarriesSystem(const std::string& disk) const { return systemDisks_.contains(disk); }
   // The stacks of "/" and of the swap areas.
   const std::vector<Stack>& GetRootAndSwap() const { return rootAndSwap_; }
@@ -38,6 +42,7 @@ class Devices {
   struct FileSystem {
     Stack stack;
     Health btrfs = Health::Normal;
+    bool full = false;
   };
   struct Key {
     dev_t device;             // 0 where it is anonymous: then the source tells

@@ -53,6 +53,9 @@ DiskFacts ReadDiskFacts(const std::string& name, const std::vector<std::string_v
   facts.place = ToSortKey(path);
   facts.ata = !port.empty();
   facts.usb = HasUsbHub(path);
+  // "offline", or "transport-offline" where a remote disk's way to it is gone.
+  facts.offline =
+      name.starts_with("sd") && Attribute(Within(path, "device/state")).ends_with("offline");
   if (name.starts_with("mmcblk")) facts.memoryCard = Attribute(Within(path, "device/type")) == "SD";
   // What udev's rules say counts for these two only.
   if (!facts.usb && !facts.ata) return facts;

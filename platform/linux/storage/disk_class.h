@@ -19,6 +19,8 @@ struct DiskFacts {
   bool mountedAsMedia = false;  // below /media or /run/media
   bool carriesSystem = false;   // holds /, /boot, /var or swap
 
+  bool offline = false;  // a SCSI disk that the kernel has given up: all that is asked of it fails
+
   std::string path = {};  // its folder in /sys
   // Where it sits, for ordering: the numbers of its USB chain or ATA port, then its LUN.
   std::string place = {};

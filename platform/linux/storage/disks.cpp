@@ -132,8 +132,7 @@ class DiskReader {
     disk.device = device;
     disk.usedBy = FindUser(device, membership);
     disk.disconnected = IsDisconnected(device, path);
-    const bool scsi = device.starts_with("sd");
-    const bool offline = scsi && Attribute(Within(path, "device/state")) == "offline";
+    const bool offline = devices_.GetFacts(device).offline;
     const bool failing = IsFailing(device, path);
     disk.status = membership.faultyInSystem      ? "system_crashed"
                   : membership.faulty || offline ? "crashed"

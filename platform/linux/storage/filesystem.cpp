@@ -8,8 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <chrono>
-#include <thread>
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
@@ -37,10 +35,31 @@ bool HasTrouble(const std::string& member) {
          CountsAnything(Attribute(member + "/error_stats"));
 }
 
-Health JudgeZpoolState(const std::string& state) {
-  constexpr std::array kLost = {"FAULTED", "UNAVAIL", "REMOVED", "SUSPENDED"};
-  if (state.empty() || state == "ONLINE") return Health::Normal;
-  return IsOneOf(state, kLost) ? Health::Danger : Health::Abnormal;
+std::int64_t Sum(const std::string& folder, const std::vector<std::string>& names,
+                 const std::string& attribute) {
+  std::int64_t sum = 0;
+  for (const std::string& name : names)
+    sum += NumberAttribute(Concatenate(folder, "/", name, "/", attribute)).value_or(0);
+  return sum;
+}
+
+// Metadata that have no room left and nowhere to grow: each alone is how a btrfs lives for years.
+// What btrfs keeps back of the metadata to be able to delete counts as in use.
+bool IsFull(const std::string& folder, const std::vector<std::string>& members) {
+  const std::string allocation = Within(folder, "allocation");
+  const auto metadata = [&](const char* name) {
+    return NumberAttribute(Concatenate(allocation, "/", name)).value_or(0);
+  };
+  const std::int64_t total = members.empty() ? 0 : metadata("metadata/total_bytes");
+  if (total <= 0) return false;
+  const std::int64_t used = metadata("metadata/bytes_used") + metadata("global_rsv_size");
+  if (used * 20 <= total * 19) return false;
+  constexpr std::int64_t kSector = 512, kTooLittle = std::int64_t{16} << 20;
+  const std::int64_t all = Sum(Within(folder, "devices"), members, "size") * kSector;
+  const std::int64_t allotted = Sum(allocation, {"data", "metadata", "system"}, "disk_total");
+  const auto left =
+      all - allotted;  // less than nothing: a member is missing, whose size none tells
+  return left >= 0 && left < kTooLittle * static_cast<std::int64_t>(members.size());
 }
 
 }  // namespace
@@ -91,20 +110,14 @@ BtrfsMembers ReadBtrfs() {
     btrfs->members = NamesIn(folder + "/devices");
     for (const std::string& info : NamesIn(infos))
       if (HasTrouble(Within(infos, info))) btrfs->health = Health::Abnormal;
+    btrfs->full = IsFull(folder, btrfs->members);
     for (const std::string& member : btrfs->members) members.try_emplace(member, btrfs);
   }
   return members;
 }
 
-Health ReadZpool(const std::string& pool) {
-  const std::string state = BelowRoot("/proc/spl/kstat/zfs/", pool, "/state");
-  if (JudgeZpoolState(Attribute(state)) == Health::Normal) return Health::Normal;
-  std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  return JudgeZpoolState(Attribute(state));
-}
-
 CrashSigns FindCrashSigns(const Mount& mount) {
-  constexpr std::array kStopsAtErrors = {"ext4", "xfs", "btrfs", "f2fs"};
+  constexpr std::array kStopsAtErrors = {"ext4", "xfs", "btrfs", "f2fs", "vfat", "exfat"};
   CrashSigns signs;
   signs.emergencyReadOnly =
       HasWord(mount.superOptions, "emergency_ro") || HasWord(mount.superOptions, "shutdown");

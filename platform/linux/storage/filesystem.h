@@ -1,4 +1,4 @@
-// A mounted file system: its capacity, what ext4, btrfs and ZFS have recorded about their own
+// A mounted file system: its capacity, what ext4 and btrfs have recorded about their own
 // troubles, and what the mount table gives away. No device is opened.
 #pragma once
 
@@ -46,14 +46,11 @@ Ext4Errors ReadExt4Errors(const std::string& name);
 struct Btrfs {
   Health health = Health::Normal;
   std::vector<std::string> members;  // kernel names
+  bool full = false;                 // nothing can be written, whatever room there is for data
 };
 // Every btrfs that is mounted, by each of its members.
 using BtrfsMembers = std::map<std::string, std::shared_ptr<const Btrfs>>;
 BtrfsMembers ReadBtrfs();
-
-// The health of a ZFS pool, from its state in /proc/spl/kstat/zfs. A pool that is not ONLINE is
-// read again after 10 ms: the state flickers while a pool changes.
-Health ReadZpool(const std::string& pool);
 
 // The signs that a mounted file system has stopped working. A plain read-only mount is
 // none of them.

@@ -72,12 +72,25 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const std::string&
   }
 }
 
-void ReadMappings(Redundancy& redundancy) {
+// The first mapping that nobody watches while the collector says nothing.
+Trouble FindUnwatched(const std::vector<std::string>& blockDevices) {
+  for (const std::string& device : blockDevices) {
+    if (!device.starts_with("dm-")) continue;
+    const std::string folder = Sys("/block/", device, "/dm");
+    const std::string name = Attribute(Within(folder, "name"));
+    if (OnlyRootKnows(name, Attribute(Within(folder, "uuid"))))
+      return MissCollector("only root may ask how " + name + " is");
+  }
+  return {};
+}
+
+void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
   MappingSnapshot snapshot;
   std::string reason;
   const SnapshotState state = ReadSnapshot(snapshot, reason);
-  redundancy.failure =
-      state == SnapshotState::Read ? Trouble(snapshot.trouble) : ToTrouble(state, reason);
+  redundancy.failure = state == SnapshotState::Read     ? Trouble(snapshot.trouble)
+                       : state == SnapshotState::Absent ? FindUnwatched(blockDevices)
+                                                        : ToTrouble(state, reason);
   for (const Mapping& mapping : snapshot.mappings) {
     if (mapping.health == Health::Normal) continue;
     const std::string folder = LinkTarget(Sys("/dev/block/", mapping.device));
@@ -101,7 +114,7 @@ Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const st
   Redundancy redundancy;
   ReadArrays(blockDevices, fstab, settings, redundancy);
   const auto isMapping = [](const std::string& name) { return name.starts_with("dm-"); };
-  if (std::ranges::any_of(blockDevices, isMapping)) ReadMappings(redundancy);
+  if (std::ranges::any_of(blockDevices, isMapping)) ReadMappings(blockDevices, redundancy);
   return redundancy;
 }
 

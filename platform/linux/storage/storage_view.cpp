@@ -5,6 +5,7 @@
 
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
+#include "platform/linux/storage/zfs.h"
 
 namespace linux_platform {
 
@@ -25,11 +26,14 @@ StorageView ReadStorage(const Settings& settings) {
   view.external = ChooseExternal(*mounts, devices);
 
   view.overview = Worse(redundancy.worst, volumes.worst);
+  const std::vector<std::string> pools = ListZpools();
+  for (const std::string& pool : pools) view.overview = Worse(view.overview, ReadZpool(pool));
   for (const WholeDisk& disk : view.disks) view.overview = Worse(view.overview, disk.health);
   view.volumes = std::move(volumes.all);
   view.systemCrashed = volumes.systemCrashed;
   view.hidden = std::move(volumes.hidden);
   view.diskFailure = std::move(redundancy.failure);
+  if (view.diskFailure.IsNone() && !pools.empty()) view.diskFailure = MissZed();
   return view;
 }
 

@@ -20,7 +20,7 @@ struct StorageView {
   Health overview = Health::Normal;  // the worst of all internal arrays, mappings, volumes, disks
   std::string failure;               // why the mount table could not be read, in words
   std::string hidden;                // the same of the first volume that nobody may look at
-  Trouble diskFailure;               // with what the collector says about mappings
+  Trouble diskFailure;               // with what others say about mappings and pools
 };
 
 // Reads everything. Waits for no other process, opens no device.

@@ -18,9 +18,11 @@
 namespace linux_platform {
 namespace {
 
-constexpr std::array<std::string_view, 10> kDiskFileSystems = {
-    "ext2", "ext3", "ext4", "xfs", "btrfs", "f2fs", "jfs", "bcachefs", "zfs", "ntfs3"};
-constexpr std::array<std::string_view, 2> kBoot = {"/boot", "/boot/efi"};
+constexpr std::array<std::string_view, 12> kDiskFileSystems = {"ext2",  "ext3",  "ext4", "xfs",
+                                                               "btrfs", "f2fs",  "jfs",  "bcachefs",
+                                                               "zfs",   "ntfs3", "vfat", "exfat"};
+// With what lies below them: a firmware's partition that is never full by accident.
+constexpr std::array<std::string_view, 2> kBoot = {"/boot", "/efi"};
 constexpr std::array<std::string_view, 5> kProgramsOwn = {
     "/run", "/snap", "/var/lib/docker", "/var/lib/containers", "/var/lib/kubelet"};
 constexpr unsigned kRamMajor = 1, kLoopMajor = 7;
@@ -64,8 +66,8 @@ bool MayBeVolume(const Mount& mount, bool skipRoot) {
   if (major(mount.device) == kLoopMajor || major(mount.device) == kRamMajor) return false;
   if (HasWord(mount.options, "ro") || (skipRoot && target == "/")) return false;
   if (target.size() >= sizeof VELA::ZRT::STORAGE_MANAGER::SpaceRecord::path) return false;
-  return std::ranges::find(kBoot, target) == kBoot.end() &&
-         std::ranges::none_of(kProgramsOwn, [target](auto own) { return IsBelow(target, own); });
+  const auto isBelow = [target](std::string_view folder) { return IsBelow(target, folder); };
+  return std::ranges::none_of(kBoot, isBelow) && std::ranges::none_of(kProgramsOwn, isBelow);
 }
 
 VolumeChoice ChooseVolumes(const Mounts& mounts, bool skipRoot,

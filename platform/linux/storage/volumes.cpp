@@ -9,6 +9,7 @@
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/storage/volume_choice.h"
+#include "platform/linux/storage/zfs.h"
 
 namespace linux_platform {
 namespace {
@@ -77,8 +78,10 @@ class VolumeReader {
     if (!isNew) return state;
     state.beneath = ReadHealthBeneath(mount);
     if (!ReadCapacity(mount.target, mount.device, state.capacity)) state.error = errno;
+    if (devices_.IsFullBtrfs(mount)) state.capacity.available = 0;
     CrashSigns signs = FindCrashSigns(mount);
-    signs.deviceGone = devices_.GetStack(mount).gone;
+    const Stack& stack = devices_.GetStack(mount);
+    signs.deviceGone = stack.gone || devices_.IsOffline(stack);
     signs.deviceFailed = state.beneath == Health::Danger;
     signs.unreadable = state.error == EIO;  // all that shows of an XFS that has shut down
     const Ext4Errors errors = ReadErrors(mount);

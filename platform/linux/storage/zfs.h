@@ -1,0 +1,24 @@
+// ZFS pools: what the kernel says of each, and what ZFS's own event daemon has recorded.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/base/trouble.h"
+#include "platform/linux/storage/block.h"
+
+namespace linux_platform {
+
+// The pools that are imported, whether anything of them is mounted or not.
+std::vector<std::string> ListZpools();
+
+// From the pool's state in /proc/spl/kstat/zfs; one that is not ONLINE is read again after 10 ms,
+// for the state flickers while a pool changes. At least Abnormal while the event daemon's hook
+// keeps a record of errors below /var/lib/vela-platform/zfs.
+Health ReadZpool(const std::string& pool);
+
+// Where pools are imported: nobody hears of errors that leave one ONLINE unless its event daemon
+// runs.
+Trouble MissZed();
+
+}  // namespace linux_platform
