@@ -111,7 +111,7 @@ MappingStatus JudgeSnapshot(dm_pool* pool, const char* parameters) {
     status.health = Health::Danger;
     status.why = "it could not be merged into its volume";
   }
-  if (snapshot->invalid || snapshot->overflow) status.note = "this snapshot is lost: it ran full";
+  if (snapshot->invalid || snapshot->overflow) status.note = "its content is lost";
   return status;
 }
 
