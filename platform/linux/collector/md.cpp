@@ -2,22 +2,18 @@
 // Which are being built for the first time: a new RAID 4 or 5 is built by filling its last member
 // from the others, which in /sys looks like the replacement of a lost one. When the array was
 // made tells the two apart.
-// How many devices an array with empty places has ever had: one that was made with places to be
-// filled later looks in /sys like one whose failed members were taken out.
+// How many members an array is meant to have: one that was made with places to be filled later
+// looks like one whose failed members were taken out.
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/types.h>
-#include <unistd.h>
-
-#include <endian.h>
 
 #include <linux/major.h>
 #include <linux/raid/md_u.h>
 
-#include <array>
 #include <cstdint>
-#include <cstring>
-#include <optional>
+#include <ctime>
+#include <map>
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
@@ -38,52 +34,54 @@ std::int64_t BootTime() {
   return ParseBootTime(text);
 }
 
-// False, too, when the array does not tell.
-bool WasMadeInThisBoot(const std::string& array) {
+// When the array was made, in seconds since 1970; 0 when it does not tell.
+std::int64_t ReadTimeOfMaking(const std::string& array) {
   const std::string node = BelowRoot("/dev/") + array;
   const Descriptor device = Open(node, O_RDONLY);
   mdu_array_info_t info = {};
-  if (!device || ioctl(device.Get(), GET_ARRAY_INFO, &info) != 0) return false;
+  const bool tells = device && ioctl(device.Get(), GET_ARRAY_INFO, &info) == 0;
+  return tells ? static_cast<std::uint32_t>(info.ctime) : 0;
+}
+
+bool WasMadeInThisBoot(std::int64_t made) {
   const std::int64_t boot = BootTime();
-  return boot > 0 && info.ctime >= boot;
+  return boot > 0 && made >= boot;
 }
 
-// Where a member's superblock lies, in bytes; nothing for a format that does not count devices.
-std::optional<off_t> FindSuperblock(const std::string& metadata, int device) {
-  if (metadata == "1.1") return 0;
-  if (metadata == "1.2") return 4096;
-  if (metadata != "1.0") return {};
-  constexpr off_t kSector = 512;
-  return (((lseek(device, 0, SEEK_END) / kSector) - 16) & ~off_t{7}) * kSector;
+// Whether a disk says that it belongs to the array and does not serve it: it was a member. By what
+// udev read of all disks when they came; none of them is asked.
+bool HasFormerMember(const MdArray& array) {
+  constexpr std::string_view kKey = "\nE:ID_FS_UUID=";
+  const std::string folder = BelowRoot("/run/udev/data");
+  std::map<std::string, std::size_t> carriers;  // by the array that they name
+  std::string own;
+  for (const std::string& name : NamesIn(folder)) {
+    if (!name.starts_with("b")) continue;
+    const std::string text = "\n" + Attribute(Within(folder, name)) + "\n";
+    const std::size_t line = text.find(kKey);
+    if (line == text.npos || text.find("\nE:ID_FS_TYPE=linux_raid_member\n") == text.npos) continue;
+    const std::size_t start = line + kKey.size();
+    const std::string uuid = text.substr(start, text.find('\n', start) - start);
+    ++carriers[uuid];
+    const auto serves = [&name](const MdMember& member) {
+      return "b" + Attribute(Sys("/class/block/", member.device, "/dev")) == name;
+    };
+    if (std::ranges::any_of(array.members, serves)) own = uuid;
+  }
+  return !own.empty() && carriers[own] > array.members.size();
 }
 
-// How many numbers the array has given to its devices since it was made: a number is not taken
-// back when its device goes. 0 when the member does not tell. Past the cache, which does not hear
-// of what the array itself writes.
-std::int64_t ReadDevicesEver(const MdMember& member, const std::string& metadata) {
-  constexpr std::uint32_t kMagic = 0xA92B4EFC;
-  constexpr std::size_t kCountAt = 220;
-  const std::string node = BelowRoot("/dev/") + member.device;
-  const Descriptor device(open(node.c_str(), O_RDONLY | O_DIRECT | O_NONBLOCK | O_CLOEXEC));
-  const auto place = device ? FindSuperblock(metadata, device.Get()) : std::nullopt;
-  alignas(4096) std::array<char, 4096> block = {};
-  if (!place || pread(device.Get(), block.data(), block.size(), *place) <= 0) return 0;
-  std::uint32_t magic = 0, count = 0;
-  std::memcpy(&magic, block.data(), sizeof magic);
-  std::memcpy(&count, block.data() + kCountAt, sizeof count);
-  return le32toh(magic) == kMagic ? std::int64_t{le32toh(count)} : 0;
-}
-
-// What was read once stands while the places stay empty: the next look need not wake the disk.
-void AddDevicesEver(const MdArray& array, const MdSnapshot& before, MdSnapshot& snapshot) {
-  if (!HasEmptyPlaces(array)) return;
-  const auto known = before.devicesEver.find(array.name);
-  const auto member = std::ranges::find_if(
-      array.members, [](const MdMember& each) { return each.Has("in_sync") && each.present; });
-  if (known != before.devicesEver.end())
-    snapshot.devicesEver.insert(*known);
-  else if (member != array.members.end())
-    snapshot.devicesEver[array.name] = ReadDevicesEver(*member, array.metadata);
+// A whole array is as it is meant; so is one that had empty places when it was made, a moment ago.
+void AddMaking(const MdArray& array, std::int64_t made, const MdSnapshot& before,
+               MdSnapshot& snapshot) {
+  const auto known = before.makings.find(array.name);
+  const std::int64_t now = std::time(nullptr);
+  if (array.degraded == 0)
+    snapshot.makings[array.name] = {made, CountInSync(array)};
+  else if (known != before.makings.end() && known->second.made == made)
+    snapshot.makings.insert(*known);
+  else if (now - made <= 2 * kSnapshotPeriod && HasEmptyPlaces(array) && !HasFormerMember(array))
+    snapshot.makings[array.name] = {made, CountInSync(array)};
 }
 
 }  // namespace
@@ -94,9 +92,10 @@ Json::Value CollectMd() {
   for (const std::string& name : ListBlockDevices()) {
     if (!name.starts_with("md") || !PathExists(Sys("/block/") + name + "/md")) continue;
     const MdArray array = ReadMdArray(name);
+    const std::int64_t made = ReadTimeOfMaking(name);
     snapshot.isFirstBuild[name] =
-        !before.IsBuilt(name) && LooksLikeFirstBuild(array) && WasMadeInThisBoot(name);
-    AddDevicesEver(array, before, snapshot);
+        !before.IsBuilt(name) && LooksLikeFirstBuild(array) && WasMadeInThisBoot(made);
+    AddMaking(array, made, before, snapshot);
   }
   return snapshot.isFirstBuild.empty() ? Json::Value() : snapshot.ToJson();
 }

@@ -33,7 +33,7 @@ Json::Value CollectIpmi();
 // Which fans of the sensor chips have turned since boot: what the last snapshot knew, and
 // what is read now.
 Json::Value CollectFans();
-// Which arrays are being built for the first time, and how many devices each ever had.
+// Which arrays are being built for the first time, and how many members each is meant to have.
 Json::Value CollectMd();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();

@@ -5,7 +5,16 @@
 namespace linux_platform {
 
 constexpr const char *kArrays = "arrays", *kFirstBuild = "first build", *kBuilt = "built",
-                     *kDevicesEver = "devices ever";
+                     *kMakings = "makings", *kMade = "made", *kMeant = "meant";
+
+namespace {
+
+std::int64_t NumberMember(const Json::Value& object, const char* name) {
+  const Json::Value* member = common::FindMember(object, name);
+  return member != nullptr && member->isInt64() ? member->asInt64() : 0;
+}
+
+}  // namespace
 
 bool MdSnapshot::IsBuilt(const std::string& array) const {
   const auto found = isFirstBuild.find(array);
@@ -16,16 +25,20 @@ bool MdSnapshot::MayBeFirstBuild(const std::string& array) const {
   return !isFirstBuild.empty() && !IsBuilt(array);
 }
 
-bool MdSnapshot::NeverHadMore(const std::string& array, std::int64_t devices) const {
-  const auto found = devicesEver.find(array);
-  return found != devicesEver.end() && found->second > 0 && found->second <= devices;
+bool MdSnapshot::IsMeantToHave(const std::string& array, std::int64_t members) const {
+  const auto found = makings.find(array);
+  return found != makings.end() && found->second.meant > 0 && found->second.meant <= members;
 }
 
 Json::Value MdSnapshot::ToJson() const {
   Json::Value members(Json::objectValue);
   Json::Value& arrays = members[kArrays] = Json::Value(Json::objectValue);
   for (const auto& [array, first] : isFirstBuild) arrays[array] = first ? kFirstBuild : kBuilt;
-  for (const auto& [array, devices] : devicesEver) members[kDevicesEver][array] = devices;
+  for (const auto& [array, making] : makings) {
+    Json::Value& entry = members[kMakings][array];
+    entry[kMade] = making.made;
+    entry[kMeant] = making.meant;
+  }
   return members;
 }
 
@@ -35,10 +48,10 @@ MdSnapshot MdSnapshot::FromJson(const Json::Value& document) {
   if (arrays == nullptr || !arrays->isObject()) return snapshot;
   for (auto entry = arrays->begin(); entry != arrays->end(); ++entry)
     snapshot.isFirstBuild[entry.name()] = common::ViewText(*entry) == kFirstBuild;
-  const Json::Value* ever = common::FindMember(document, kDevicesEver);
-  if (ever == nullptr || !ever->isObject()) return snapshot;
-  for (auto entry = ever->begin(); entry != ever->end(); ++entry)
-    if (entry->isInt64()) snapshot.devicesEver[entry.name()] = entry->asInt64();
+  const Json::Value* makings = common::FindMember(document, kMakings);
+  if (makings == nullptr || !makings->isObject()) return snapshot;
+  for (auto entry = makings->begin(); entry != makings->end(); ++entry)
+    snapshot.makings[entry.name()] = {NumberMember(*entry, kMade), NumberMember(*entry, kMeant)};
   return snapshot;
 }
 

@@ -1,5 +1,5 @@
-// Which md arrays are being built for the first time, and which were made with empty places: the
-// collector's snapshot "md".
+// Which md arrays are being built for the first time, and how many members each is meant to have:
+// the collector's snapshot "md".
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,11 @@ struct MdSnapshot {
 
   std::map<std::string, bool> isFirstBuild;  // by array: "md0"
 
-  // Of arrays with empty places, how many devices each has ever had.
-  std::map<std::string, std::int64_t> devicesEver;
+  struct Making {
+    std::int64_t made = 0;   // when, in seconds since 1970
+    std::int64_t meant = 0;  // so many members
+  };
+  std::map<std::string, Making> makings;  // by array; of those whose owner's mind is known
 
   // The array was seen, and had been built.
   bool IsBuilt(const std::string& array) const;
@@ -24,8 +27,8 @@ struct MdSnapshot {
   // looked. False where the snapshot knows no array at all.
   bool MayBeFirstBuild(const std::string& array) const;
 
-  // The array has never had more devices than so many.
-  bool NeverHadMore(const std::string& array, std::int64_t devices) const;
+  // The array is meant to have no more members than so many.
+  bool IsMeantToHave(const std::string& array, std::int64_t members) const;
 
   Json::Value ToJson() const;
   static MdSnapshot FromJson(const Json::Value& document);

@@ -37,7 +37,7 @@ bool OughtToRun(const MdArray& array, const std::string& tables) {
 }
 
 // The array has fewer members in step than places, as its owner wants it: the setting says so; or
-// the collector has looked at the array when it was made, or knows that it never had more.
+// the collector has looked at the array when it was made, or has seen it whole with so few.
 bool IsAsMeant(const MdArray& array, const Settings& settings) {
   const bool empty = HasEmptyPlaces(array);
   if (const auto* meant = settings.Text("array.members." + array.name); empty && meant != nullptr)
@@ -46,7 +46,7 @@ bool IsAsMeant(const MdArray& array, const Settings& settings) {
   MdSnapshot snapshot;
   std::string reason;
   ReadSnapshot(snapshot, reason);
-  return empty ? snapshot.NeverHadMore(array.name, CountInSync(array))
+  return empty ? snapshot.IsMeantToHave(array.name, CountInSync(array))
                : snapshot.MayBeFirstBuild(array.name);
 }
 

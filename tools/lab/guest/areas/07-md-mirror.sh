@@ -41,6 +41,37 @@ gone
 swapoff /dev/md2
 scrap md2 "$D" "$E"
 
+# Empty places that are meant, and such that are not: only the superblock knows.
+collects md
+build_array md1 1 --assume-clean --raid-devices=2 "$D" missing
+quiet "md raid1, made with one missing"
+mdadm /dev/md1 --add "$E"
+whole md1
+quiet "md raid1, filled up later"
+mdadm /dev/md1 --fail "$E" --remove "$E"
+state "md raid1, one of two taken out" storage_warning
+scrap md1 "$D" "$E"
+gone
+make md1 1 "$D" "$E"
+mdadm --grow /dev/md1 --raid-devices=4
+quiet "md raid1, grown ahead of its disks"
+scrap md1 "$D" "$E"
+make md1 1 "$A" "$D" "$E" "$F" "$G"
+for disk in "$A" "$F" "$G"; do mdadm /dev/md1 --fail "$disk" --remove "$disk"; done
+state "md raid1 of five, three taken out" storage_warning
+collects nothing
+state "md raid1 of five, three taken out, without the collector" storage_warning
+scrap md1 "$A" "$D" "$E" "$F" "$G"
+gone
+
+make md0 0 "$F" "$G"
+mdadm --stop /dev/md0
+mdadm --incremental "$F"
+state "md raid0, one of two found" storage_danger
+mdadm --stop --scan
+mdadm --zero-superblock "$F" "$G"
+gone
+
 make md0 0 "$F" "$G"
 mkfs.ext4 -q /dev/md0
 mkdir -p /mnt/md0

@@ -50,3 +50,32 @@ mdadm /dev/md6 --fail "$F"
 state "md raid6, failed" storage_danger
 scrap md6 "$D" "$E" "$F" "$G"
 gone
+
+make md5 5 "$A" "$B" "$C"
+mdadm /dev/md5 --add "$D"
+quiet "md raid5, with a hot spare"
+mdadm /dev/md5 --fail "$D"
+state "md raid5, its hot spare failed" storage_warning
+mdadm /dev/md5 --remove "$D"
+gone
+mdadm --stop /dev/md5
+mdadm --incremental "$A"
+state "md raid5, one of three found" storage_danger
+mdadm --stop --scan
+mdadm --zero-superblock "$A" "$B" "$C" "$D"
+gone
+
+build_array md5 5 --raid-devices=3 --write-journal "$D" "$A" "$B" "$C"
+whole md5
+quiet "md raid5 with a journal, well"
+mdadm /dev/md5 --fail "$D"
+state "md raid5, its journal failed" storage_danger
+mdadm /dev/md5 --remove "$D"
+state "md raid5, its journal taken out" storage_danger
+scrap md5 "$A" "$B" "$C" "$D"
+gone
+
+collects md
+build_array md5 5 --assume-clean --raid-devices=3 "$A" "$B" missing
+quiet "md raid5, made with one missing"
+scrap md5 "$A" "$B"

@@ -8,7 +8,7 @@ quiet "disk without a use, offline"
 echo running >"/sys/block/$(name_of "$F")/device/state"
 mkfs.ext4 -q "$F" && mount "$F" /volume1
 echo offline >"/sys/block/$(name_of "$F")/device/state"
-state "disk of a volume, offline" storage_warning
+state "only disk of a volume, offline" storage_danger
 echo running >"/sys/block/$(name_of "$F")/device/state"
 # What it refused to write is an error of the file system, too, until that is mounted anew.
 umount /volume1

@@ -37,3 +37,40 @@ lvremove -qq -f lab
 vgremove -qq lab
 wipefs -aq "$A"
 gone
+
+pvcreate -qq -y "$A" "$B"
+vgcreate -q lab "$A" "$B"
+lvcreate -q -y --type linear -L 32m -n one lab "$A"
+lvcreate -q -y -s -L 4m -n old lab/one
+dd if=/dev/urandom of=/dev/lab/one bs=1M count=8 oflag=direct
+dmsetup status lab-old
+quiet "LVM snapshot that ran full"
+lvremove -qq -f lab/old
+lvcreate -q -y --type striped -i 2 -L 32m -n both lab
+vgchange -q -an lab
+tear_out "$B"
+quiet "LVM volume group without a disk, not in use"
+vgchange -q -ay --activationmode partial lab
+state "LVM volume put together without a disk" storage_danger
+vgchange -q -an lab
+put_back
+B=$(by LABSATA1)
+vgreduce -qq --removemissing --force lab || true
+vgremove -qq -f lab || true
+dmsetup remove_all -f
+wipefs -aq "$A" "$B"
+gone
+
+# Two disks stand for two paths: the mapping does not look at what is on them.
+modprobe -a dm_multipath dm_round_robin
+sectors=$(blockdev --getsz "$A")
+a=$(cat "/sys/block/$(name_of "$A")/dev") b=$(cat "/sys/block/$(name_of "$B")/dev")
+dmsetup create --uuid mpath-lab paths --table "0 $sectors multipath 0 0 2 1 round-robin 0 1 1 $a 1000 round-robin 0 1 1 $b 1000"
+quiet "multipath, well"
+dmsetup message paths 0 "fail_path $a"
+quiet "multipath, one of two paths failed"
+dmsetup message paths 0 "fail_path $b"
+state "multipath, all paths failed" storage_danger
+dmsetup message paths 0 "reinstate_path $a"
+gone
+dmsetup remove paths
