@@ -53,7 +53,7 @@ state "md raid1, one of two taken out" storage_warning
 scrap md1 "$D" "$E"
 gone
 make md1 1 "$D" "$E"
-mdadm --grow /dev/md1 --raid-devices=4
+mdadm --grow /dev/md1 --raid-devices=4 --force
 quiet "md raid1, grown ahead of its disks"
 scrap md1 "$D" "$E"
 make md1 1 "$A" "$D" "$E" "$F" "$G"
