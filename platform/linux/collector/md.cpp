@@ -84,6 +84,20 @@ void AddMaking(const MdArray& array, std::int64_t made, const MdSnapshot& before
     snapshot.makings[array.name] = {made, CountInSync(array)};
 }
 
+// A mirror's mismatches are no sign of anything: what is written while the copies are made may
+// differ in them for good.
+void AddNotes(const MdArray& array, MdSnapshot& snapshot) {
+  const std::string folder = Sys("/block/", array.name, "/md");
+  const auto mismatches = NumberAttribute(Within(folder, "mismatch_cnt")).value_or(0);
+  if (HasParity(array) && mismatches > 0)
+    snapshot.notes[array.name].push_back(std::to_string(mismatches) +
+                                         " sectors did not match at the last check");
+  for (const MdMember& member : array.members)
+    if (!Attribute(Concatenate(folder, "/dev-", member.device, "/bad_blocks")).empty())
+      snapshot.notes[array.name].push_back(member.device +
+                                           " has bad blocks that no spare replaced");
+}
+
 }  // namespace
 
 Json::Value CollectMd() {
@@ -96,6 +110,7 @@ Json::Value CollectMd() {
     snapshot.isFirstBuild[name] =
         !before.IsBuilt(name) && LooksLikeFirstBuild(array) && WasMadeInThisBoot(made);
     AddMaking(array, made, before, snapshot);
+    AddNotes(array, snapshot);
   }
   return snapshot.isFirstBuild.empty() ? Json::Value() : snapshot.ToJson();
 }

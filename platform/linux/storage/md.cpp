@@ -30,10 +30,6 @@ bool LostItsJournal(const MdArray& array) {
          std::ranges::none_of(array.members, works);
 }
 
-bool HasParity(const MdArray& array) {
-  return array.level == "raid4" || array.level == "raid5" || array.level == "raid6";
-}
-
 // Nothing to be judged: a container, an array that is being taken apart, a sparse mirror.
 bool IsNoArray(const MdArray& array) {
   if (array.state == "clear" || array.level == "container") return true;
@@ -81,6 +77,10 @@ MdArray ReadMdArray(const std::string& name) {
     added.present = added.slot.empty() || PathExists(Within(member, "block"));
   }
   return array;
+}
+
+bool HasParity(const MdArray& array) {
+  return array.level == "raid4" || array.level == "raid5" || array.level == "raid6";
 }
 
 std::int64_t CountInSync(const MdArray& array) {

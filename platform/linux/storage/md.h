@@ -33,6 +33,9 @@ struct MdArray {
 // About twelve attributes, none of which takes the array's reconfiguration lock.
 MdArray ReadMdArray(const std::string& name);
 
+// RAID 4, 5 and 6.
+bool HasParity(const MdArray& array);
+
 // How many members hold all of their data.
 std::int64_t CountInSync(const MdArray& array);
 // Fewer members than places, while nothing failed and nothing is being filled: made so on purpose,

@@ -5,7 +5,7 @@
 namespace linux_platform {
 
 constexpr const char *kArrays = "arrays", *kFirstBuild = "first build", *kBuilt = "built",
-                     *kMakings = "makings", *kMade = "made", *kMeant = "meant";
+                     *kMakings = "makings", *kMade = "made", *kMeant = "meant", *kNotes = "notes";
 
 namespace {
 
@@ -39,6 +39,8 @@ Json::Value MdSnapshot::ToJson() const {
     entry[kMade] = making.made;
     entry[kMeant] = making.meant;
   }
+  for (const auto& [array, list] : notes)
+    for (const std::string& note : list) members[kNotes][array].append(note);
   return members;
 }
 

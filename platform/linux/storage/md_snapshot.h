@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <json/value.h>
 
@@ -20,6 +21,9 @@ struct MdSnapshot {
     std::int64_t meant = 0;  // so many members
   };
   std::map<std::string, Making> makings;  // by array; of those whose owner's mind is known
+
+  // By array, what deserves to be known and changes no health, in words. Nobody shows it yet.
+  std::map<std::string, std::vector<std::string>> notes;
 
   // The array was seen, and had been built.
   bool IsBuilt(const std::string& array) const;

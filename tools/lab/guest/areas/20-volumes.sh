@@ -24,27 +24,6 @@ gone
 umount /volume1
 wipefs -aq "$A"
 
-# What is in small files goes into the metadata, once the data have taken all the rest.
-mkfs.btrfs -q -f -m single "$A" && mount -o max_inline=2048 "$A" /volume1
-quiet "btrfs, empty"
-head -c 100G /dev/zero >/volume1/filler || true
-sync -f /volume1
-truncate -s -32M /volume1/filler
-sync -f /volume1
-mkdir /volume1/small
-python3 -c 'import itertools, os
-try:
-    for i in itertools.count():
-        with open(f"/volume1/small/{i}", "wb") as each: each.write(b"x" * 2000)
-except OSError: pass' || true
-sync -f /volume1
-btrfs filesystem usage -b /volume1
-grep -H . /sys/fs/btrfs/*/allocation/{global_rsv_size,metadata/{bytes_used,total_bytes}}
-state "btrfs without room for metadata" volume_space '{0} 1{1} {2}'
-umount /volume1
-gone
-wipefs -aq "$A"
-
 mkfs.ext4 -q -m 0 -N 128 "$A" && mount "$A" /volume1
 number=0
 while touch "/volume1/$((number += 1))"; do :; done
