@@ -9,6 +9,7 @@
 #include "platform/linux/chassis/ipmi_snapshot.h"
 #include "platform/linux/services/cluster_snapshot.h"
 #include "platform/linux/services/web_server_snapshot.h"
+#include "platform/linux/smart/smart_snapshot.h"
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 #include "platform/linux/storage/program_mount_snapshot.h"
@@ -18,12 +19,13 @@ namespace linux_platform {
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 8> kParts = {{
+constexpr std::array<Part, 9> kParts = {{
     {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
     {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
     {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
     {MdSnapshot::kSource, "arrays: first builds, and how many members they are meant to have",
      seconds(10), CollectMd},
+    {SmartSnapshot::kSource, "what smartd knows of the drives", seconds(10), CollectSmart},
     {MappingSnapshot::kSource, "mirrors, pools, caches and paths of the device mapper", seconds(10),
      CollectDeviceMapper},
     {WebServerSnapshot::kSource, "the web server's test of its configuration", seconds(10),

@@ -35,6 +35,8 @@ Json::Value CollectIpmi();
 Json::Value CollectFans();
 // Which arrays are being built for the first time, and how many members each is meant to have.
 Json::Value CollectMd();
+// What smartd knows of the drives, and whether it runs.
+Json::Value CollectSmart();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
 // The web server's test of its configuration, when systemd finds something wrong with it.

@@ -1,0 +1,35 @@
+// What the collector makes of smartd's own files: machines with a file "smart" (machine_tree.h).
+// With VELA_WRITE_EXPECTED=1 in the environment it is written down anew.
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "common/json_writer.h"
+#include "platform/linux/collector/parts.h"
+#include "tests/linux/machine_tree.h"
+
+namespace {
+
+class SmartdFiles : public testing::TestWithParam<std::string> {};
+
+// Files with "OLD" in their names are.
+TEST_P(SmartdFiles, AreToldAsExpected) {
+  const MachineTree machine(GetParam());
+  std::error_code none;
+  for (const auto& file :
+       std::filesystem::directory_iterator(machine.Path() / "var/lib/smartmontools", none))
+    if (file.path().string().find("OLD") != std::string::npos)
+      last_write_time(file, std::filesystem::file_time_type::clock::now() - std::chrono::hours(48));
+  Json::Value collected = linux_platform::CollectSmart();
+  for (Json::Value& drive : collected.isNull() ? collected : collected["drives"])
+    drive["read"] = std::time(nullptr) - drive["read"].asInt64() < 3600 ? "lately" : "long ago";
+  const std::string text = common::WritePretty(collected);
+  if (getenv("VELA_WRITE_EXPECTED") != nullptr)
+    std::ofstream(FIXTURES "/machines/" + GetParam() + "/smart") << text;
+  EXPECT_EQ(text, MachineTree::Read(GetParam(), "smart"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SmartdFiles, testing::ValuesIn(MachineTree::ListThoseWith("smart")),
+                         MachineTree::GetTestName);
+
+}  // namespace
