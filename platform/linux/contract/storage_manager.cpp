@@ -43,7 +43,8 @@ Json::Value ToJson(const WholeDisk& disk) {
 
 constexpr const char* kRemedy = "journalctl -k -b";
 
-constinit LogOnce volumeFailures("volumes", kRemedy), diskFailures("disks", kRemedy);
+constinit LogOnce volumeFailures("volumes", kRemedy), diskFailures("disks", kRemedy),
+    smartGaps("SMART", "");
 
 std::string DescribeFailure(const InternalVolume& volume) {
   return "the capacity of " + volume.path + " could not be read: " + std::strerror(volume.error);
@@ -56,8 +57,18 @@ std::string DescribeFailure(const StorageView& view) {
   return failed == view.volumes.end() ? view.hidden : DescribeFailure(*failed);
 }
 
+void ReportSmart(const SmartCoverage& smart) {
+  SourceScope scope(Source::Smart);
+  if (!smart.watched && smart.gaps.empty()) scope.Absent("no disk here has health values");
+  if (!smart.stray.IsNone())
+    scope.ReadWithRemark(smart.stray.remedy.c_str(), "%s", smart.stray.reason.c_str());
+  for (const Trouble& gap : smart.gaps) smartGaps.Tell(scope, gap);
+  if (smart.gaps.empty()) smartGaps.Recovered();
+}
+
 const StorageView& ReportDisks(Request& request, SourceScope& scope) {
   const StorageView& view = request.GetStorage();
+  ReportSmart(view.smart);
   if (!view.listsDisks) scope.Absent("/sys/block lists no disks");
   diskFailures.Report(scope, view.diskFailure);
   return view;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <tuple>
 
-#include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
@@ -70,20 +69,6 @@ bool IsDisconnected(const std::string& device, const std::string& path) {
          Attribute(Within(path, "device/state")) != "live";
 }
 
-// The serial number that the kernel keeps of the disk whose folder in /sys is `path`: no command
-// is sent.
-std::string ReadSerialNumber(const std::string& device, const std::string& path) {
-  if (!device.starts_with("sd")) {
-    const std::string serial =
-        Attribute(Within(path, device.starts_with("vd") ? "serial" : "device/serial"));
-    return serial.substr(std::min(serial.find_first_not_of(' '), serial.size()));
-  }
-  // A SCSI page: four bytes of header, then the text, padded with blanks.
-  const std::string page = Attribute(Within(path, "device/vpd_pg80"));
-  const std::size_t first = page.find_first_not_of(' ', std::min<std::size_t>(4, page.size()));
-  return first == std::string::npos ? std::string() : page.substr(first);
-}
-
 // Sorts disks in bays before the others. A bay shows as a link in the disk's SCSI device:
 // "enclosure_device:Slot 04".
 std::string MakePlaceKey(const std::string& device, const DiskFacts& facts, bool enclosures) {
@@ -97,14 +82,12 @@ class DiskReader {
  public:
   DiskReader(Devices& devices, const std::vector<MdArray>& arrays,
              const std::vector<InternalVolume>& volumes)
-      : devices_(devices),
-        memberships_(ListMemberships(devices, arrays)),
-        failing_(NamesIn(BelowRoot("/var/lib/vela-platform/smart"))) {
+      : devices_(devices), memberships_(ListMemberships(devices, arrays)) {
     for (const InternalVolume& volume : volumes)
       for (const std::string& disk : volume.disks) firstVolumes_.try_emplace(disk, volume.number);
   }
 
-  std::vector<WholeDisk> Read(const std::vector<std::string>& blockDevices) {
+  InternalDisks Read(const std::vector<std::string>& blockDevices) {
     const bool enclosures = PathExists(Sys("/class/enclosure"));
     struct Placed {
       std::string key, device;
@@ -115,25 +98,26 @@ class DiskReader {
         placed.push_back({MakePlaceKey(name, devices_.GetFacts(name), enclosures), name});
     std::ranges::sort(placed, {},
                       [](const Placed& disk) { return std::tie(disk.key, disk.device); });
-    std::vector<WholeDisk> disks;
-    for (const Placed& disk : placed) {
-      disks.push_back(Describe(disk.device));
-      disks.back().name = "Disk " + std::to_string(disks.size());
-    }
+    InternalDisks disks;
+    for (const Placed& disk : placed)
+      disks.all.push_back(Describe(disk.device, disks.all.size() + 1));
+    disks.smart = smart_.GetCoverage(blockDevices);
     return disks;
   }
 
  private:
-  WholeDisk Describe(const std::string& device) {
+  WholeDisk Describe(const std::string& device, std::size_t number) {
     const auto known = memberships_.find(device);
     const Membership membership = known == memberships_.end() ? Membership() : known->second;
     const std::string& path = devices_.GetFacts(device).path;
     WholeDisk disk;
     disk.device = device;
+    disk.name = "Disk " + std::to_string(number);
     disk.usedBy = FindUser(device, membership);
     disk.disconnected = IsDisconnected(device, path);
     const bool offline = devices_.GetFacts(device).offline;
-    const bool failing = IsFailing(device, path);
+    disk.smart = smart_.Judge(device, path, disk.name);
+    const bool failing = disk.smart.health == DriveHealth::Failing;
     disk.status = membership.faultyInSystem      ? "system_crashed"
                   : membership.faulty || offline ? "crashed"
                   : failing                      ? "warning"
@@ -151,23 +135,17 @@ class DiskReader {
     return devices_.CarriesSystem(device) ? "system" : FindHolder(device);
   }
 
-  // The serial number is read only when the daemon's hook has recorded any.
-  bool IsFailing(const std::string& device, const std::string& path) const {
-    if (failing_.empty()) return false;
-    return std::ranges::binary_search(failing_, ReadSerialNumber(device, path));
-  }
-
   Devices& devices_;
   std::map<std::string_view, int> firstVolumes_;  // on each disk: their numbers
   std::map<std::string, Membership> memberships_;
-  std::vector<std::string> failing_;  // serial numbers, in order
+  SmartWatch smart_;
 };
 
 }  // namespace
 
-std::vector<WholeDisk> ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
-                                 const std::vector<MdArray>& arrays,
-                                 const std::vector<InternalVolume>& volumes) {
+InternalDisks ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
+                        const std::vector<MdArray>& arrays,
+                        const std::vector<InternalVolume>& volumes) {
   return DiskReader(devices, arrays, volumes).Read(blockDevices);
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/smart/smart_watch.h"
 #include "platform/linux/storage/devices.h"
 #include "platform/linux/storage/md.h"
 #include "platform/linux/storage/volumes.h"
@@ -17,13 +18,17 @@ struct WholeDisk {
   std::string usedBy;             // an array's or volume's name, "hotspare", or ""
   Health health = Health::Normal;
   bool disconnected = false;  // a remote one that lost its session
+  DriveVerdict smart;         // of its own health values, with what is worth a note
 };
 
-// The internal ones among `blockDevices`, by bay, then by place. A disk counts as failing while
-// the monitoring daemon's hook keeps a record of its serial number below
-// /var/lib/vela-platform/smart.
-std::vector<WholeDisk> ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
-                                 const std::vector<MdArray>& arrays,
-                                 const std::vector<InternalVolume>& volumes);
+struct InternalDisks {
+  std::vector<WholeDisk> all;
+  SmartCoverage smart;  // who watches their health
+};
+
+// The internal ones among `blockDevices`, by bay, then by place.
+InternalDisks ReadDisks(Devices& devices, const std::vector<std::string>& blockDevices,
+                        const std::vector<MdArray>& arrays,
+                        const std::vector<InternalVolume>& volumes);
 
 }  // namespace linux_platform

@@ -22,7 +22,9 @@ StorageView ReadStorage(const Settings& settings) {
 
   Redundancy redundancy = ReadRedundancy(blockDevices, fstab, settings);
   InternalVolumes volumes = ReadVolumes(*mounts, settings, fstab, devices, redundancy);
-  view.disks = ReadDisks(devices, blockDevices, redundancy.arrays, volumes.all);
+  InternalDisks disks = ReadDisks(devices, blockDevices, redundancy.arrays, volumes.all);
+  view.disks = std::move(disks.all);
+  view.smart = std::move(disks.smart);
   view.external = ChooseExternal(*mounts, devices);
 
   view.overview = Worse(redundancy.worst, volumes.worst);

@@ -14,6 +14,7 @@ namespace linux_platform {
 struct StorageView {
   std::vector<InternalVolume> volumes;  // by path
   std::vector<WholeDisk> disks;         // the internal ones
+  SmartCoverage smart;                  // who watches their health
   std::vector<ExternalVolume> external;
   bool listsDisks = false;  // there is a /sys to look at
   bool systemCrashed = false;
