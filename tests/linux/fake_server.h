@@ -13,15 +13,16 @@
 class FakeServer {
  public:
   // Serves one client after the other; each is closed when `serve` returns.
-  explicit FakeServer(std::function<void(int client)> serve)
-      : listening_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    bind(listening_, reinterpret_cast<sockaddr*>(&address), size);
-    getsockname(listening_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
+  explicit FakeServer(std::function<void(int client)> serve, const std::string& host = "127.0.0.1")
+      : listening_(socket(host == "::1" ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address = {AF_INET, 0, {inet_addr(host.c_str())}, {}};
+    sockaddr_in6 address6 = {AF_INET6, 0, 0, in6addr_loopback, 0};
+    auto* const any = host == "::1" ? reinterpret_cast<sockaddr*>(&address6)
+                                    : reinterpret_cast<sockaddr*>(&address);
+    socklen_t size = host == "::1" ? sizeof address6 : sizeof address;
+    bind(listening_, any, size);
+    getsockname(listening_, any, &size);
+    port_ = ntohs(host == "::1" ? address6.sin6_port : address.sin_port);
     listen(listening_, 16);
     thread_ = std::thread([this, serve] {
       for (int client; (client = accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {

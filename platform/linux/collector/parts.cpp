@@ -13,13 +13,14 @@
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 #include "platform/linux/storage/program_mount_snapshot.h"
+#include "platform/linux/ups/nut_configuration.h"
 
 namespace linux_platform {
 
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 9> kParts = {{
+constexpr std::array<Part, 10> kParts = {{
     {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
     {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
     {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
@@ -31,6 +32,7 @@ constexpr std::array<Part, 9> kParts = {{
     {WebServerSnapshot::kSource, "the web server's test of its configuration", seconds(10),
      CollectWebServer},
     {ClusterSnapshot::kSource, "how the Pacemaker cluster is doing", seconds(10), CollectCluster},
+    {NutConfiguration::kSource, "which UPSes NUT is configured for", seconds(5), CollectNut},
     {ProgramMountSnapshot::kSource, "capacity of file systems that are programs (NTFS)",
      seconds(10), CollectFuseblk},
 }};

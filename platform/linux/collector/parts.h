@@ -43,6 +43,8 @@ Json::Value CollectDeviceMapper();
 Json::Value CollectWebServer();
 // The cluster's state, through the program crm_mon.
 Json::Value CollectCluster();
+// Whether NUT is set up, and which UPSes it monitors: no users, no passwords.
+Json::Value CollectNut();
 // The capacity of file systems that are programs; each mount in a process of its own.
 Json::Value CollectFuseblk();
 

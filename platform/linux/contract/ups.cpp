@@ -1,13 +1,15 @@
 // The UPS: NUT's server on this machine, asked live. NUT knows every make of UPS, so
 // there is no second way.
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 #include "platform/linux/base/log_once.h"
-#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
 #include "platform/linux/ups/nut_client.h"
+#include "platform/linux/ups/nut_configuration.h"
+#include "platform/linux/ups/ups_address.h"
 #include "platform/linux/ups/ups_status.h"
 #include "platform/status/source_status.h"
 #include "velac.h"
@@ -17,64 +19,130 @@ using source_status::Source, source_status::SourceScope;
 
 namespace {
 
-constexpr const char* kNutMode = "/etc/nut/nut.conf";
-constexpr const char* kNutMonitors = "/etc/nut/upsmon.conf";
 constexpr auto kBound = std::chrono::seconds(1);
+constexpr const char* kStartServer = "systemctl enable --now nut-driver.target nut-server";
+constexpr const char* kAcceptUps = "accept=\"ups\" in /etc/velainfo.conf, if it is watched there";
 
 constinit LogOnce failures("UPS", "systemctl status nut-server nut-driver.target");
 constinit CircuitBreaker breaker;
 
-// The packaged nut.conf says MODE=none: NUT is there, but nobody set it up. Only root and
-// NUT's own group may read it; for others a server that answers says as much.
-enum class Nut { NotSetUp, SetUp, Unreadable };
+// What one request hears of all UPSes.
+struct Round {
+  bool answered = false;  // a server did
+  bool connected = false;
+  UpsState worst = UpsState::Unknown;
+  std::vector<Trouble> troubles;
+  std::string notes;
+};
 
-Nut ReadNutMode() {
-  const SettingsFile file = ReadSettings(kNutMode);
-  if (file.state == SettingsState::Failed && file.settings.IsEmpty()) return Nut::Unreadable;
-  const char* mode = file.settings.Text("MODE");
-  return mode == nullptr || std::strcmp(mode, "none") == 0 ? Nut::NotSetUp : Nut::SetUp;
+void AddNotes(const UpsReading& ups, std::string& notes) {
+  for (const auto& [word, meaning] : FindUpsNotes(ups.words))
+    notes.append(notes.empty() ? "" : ", ")
+        .append("UPS ")
+        .append(ups.name)
+        .append(" ")
+        .append(meaning)
+        .append(" (")
+        .append(word)
+        .append(")");
 }
 
-// Without monitor lines, or leave to read them, the server's first UPS is asked for.
-std::vector<UpsAddress> ReadMonitors() {
-  std::string text;
-  if (ReadSmallFile(BelowRoot(kNutMonitors).c_str(), kSettingsCap, text) == ReadResult::Failed)
-    text.clear();
-  std::vector<UpsAddress> monitors = ParseMonitors(text);
-  if (monitors.empty()) monitors.push_back(ParseUpsAddress(""));
-  return monitors;
+void AddReading(const UpsReading& ups, Round& round) {
+  if (!ups.refusal.empty()) {
+    round.troubles.emplace_back(ups.refusal);
+    return;
+  }
+  const UpsState state = JudgeUpsWords(ups.words);
+  const bool isOff = std::ranges::count(FindUpsNotes(ups.words), "OFF", &UpsNote::word) > 0;
+  round.connected = true;
+  round.worst = std::max(round.worst, state);
+  AddNotes(ups, round.notes);
+  // One that is off supplies nothing here: whether it has mains matters to nobody.
+  if (state == UpsState::Unknown && !isOff)
+    round.troubles.emplace_back("UPS " + ups.name +
+                                " does not say whether the mains are there: \"" + ups.words + "\"");
 }
 
-// The UPSes that the settings name, else those that NUT monitors.
-std::vector<UpsAddress> ChooseAddresses(const Settings& settings) {
-  std::vector<UpsAddress> addresses;
-  for (const std::string_view word : settings.List("ups.monitor"))
-    addresses.push_back(ParseUpsAddress(word));
-  return settings.Text("ups.monitor") != nullptr ? addresses : ReadMonitors();
-}
-
-// Asks each; the worst state counts. The reason is that of the last one that failed.
-// False: not even a server was there.
-bool ReadStates(const std::vector<UpsAddress>& addresses, TimeBudget& budget, VELA_UPS_INFO& record,
-                std::string& reason) {
+void AskServer(const NutServer& server, TimeBudget& budget, Round& round) {
   const bool wholeTurn = budget.GrantsWholeTurn(kBound);
-  const auto deadline = budget.DeadlineFor(kBound);
-  bool server = false;
-  for (const UpsAddress& address : addresses) {
+  std::string reason;
+  std::vector<UpsReading> readings;
+  const NutAnswer answer = ReadUpses(server, budget.DeadlineFor(kBound), readings, reason);
+  for (const UpsReading& ups : readings) AddReading(ups, round);
+  if (answer == NutAnswer::Late && wholeTurn) breaker.Trip(reason);
+  round.answered |= answer != NutAnswer::NoServer;
+  if (answer == NutAnswer::NoServer)
+    round.troubles.emplace_back(std::move(reason), kStartServer);
+  else if (answer != NutAnswer::Read)
+    round.troubles.emplace_back(std::move(reason));
+}
+
+// One server for all UPSes that are behind it.
+NutServer& FindServer(std::vector<NutServer>& servers, const UpsAddress& address) {
+  const auto found = std::ranges::find_if(servers, [&address](const NutServer& server) {
+    return server.host == address.host && server.port == address.port;
+  });
+  if (found != servers.end()) return *found;
+  return servers.emplace_back(NutServer{address.host, address.port, {}, false});
+}
+
+// `all`: what a server has beside the named, too.
+Round AskServers(const std::vector<std::string>& monitors, bool all, TimeBudget& budget) {
+  Round round;
+  const std::string ownName = ReadHostName();
+  std::vector<NutServer> servers;
+  for (const std::string& monitor : monitors) {
+    const UpsAddress address = ParseUpsAddress(monitor, ownName);
     if (address.host.empty()) {
-      reason = "UPS " + address.name + " belongs to another machine: only a local upsd is asked";
+      round.troubles.emplace_back(
+          "UPS " + monitor + " belongs to another machine: only a local upsd is asked", kAcceptUps);
       continue;
     }
-    std::string words;
-    const NutAnswer answer = ReadUpsStatus(address, deadline, words, reason);
-    server |= answer != NutAnswer::NoServer;
-    if (answer == NutAnswer::Late && wholeTurn) breaker.Trip(reason);
-    if (answer == NutAnswer::Late) return true;
-    if (answer != NutAnswer::Read) continue;
-    record.connected = 1;
-    record.state = std::max(record.state, static_cast<std::int32_t>(JudgeUpsWords(words)));
+    NutServer& server = FindServer(servers, address);
+    server.all |= all || address.name.empty();
+    if (!address.name.empty()) server.names.push_back(address.name);
   }
-  return server;
+  for (const NutServer& server : servers) AskServer(server, budget, round);
+  return round;
+}
+
+// What is to be asked, and why that is not known.
+struct Plan {
+  bool isSetUp = false;
+  std::vector<std::string> monitors;
+  bool all = true;
+  Trouble unread;
+};
+
+// NUT's files are root's and its own group's; others take the collector's word.
+Plan MakePlan(const Settings& settings) {
+  Plan plan;
+  if (settings.Text("ups.monitor") != nullptr) {
+    for (const std::string_view word : settings.List("ups.monitor"))
+      plan.monitors.emplace_back(word);
+    plan.isSetUp = true;
+    plan.all = false;
+    return plan;
+  }
+  NutConfiguration nut;
+  std::string unread, reason;
+  if (!ReadNutFiles(nut, unread)) {
+    const SnapshotState state = ReadSnapshot(nut, reason);
+    plan.unread = state == SnapshotState::Absent ? MissCollector(unread) : ToTrouble(state, reason);
+  }
+  plan.isSetUp = nut.IsSetUp();
+  plan.monitors = std::move(nut.monitors);
+  if (plan.monitors.empty()) plan.monitors.emplace_back();
+  return plan;
+}
+
+Round AskOrLeaveAlone(const Plan& plan, TimeBudget& budget) {
+  std::string reason;
+  if (!breaker.IsOpen(reason)) return AskServers(plan.monitors, plan.all, budget);
+  Round round;
+  round.answered = true;
+  round.troubles.emplace_back(reason);
+  return round;
 }
 
 int ReportAbsent(SourceScope& scope) {
@@ -84,6 +152,16 @@ int ReportAbsent(SourceScope& scope) {
   return 0;
 }
 
+void Report(const Round& round, SourceScope& scope) {
+  for (const Trouble& trouble : round.troubles) failures.Tell(scope, trouble);
+  if (!round.troubles.empty()) {
+    SetError(Error::SourceFailed);
+    return;
+  }
+  failures.Recovered();
+  if (!round.notes.empty()) scope.ReadWithRemark("upsc -l; upsc NAME", "%s", round.notes.c_str());
+}
+
 }  // namespace
 
 int VELAUPSInfoGet(VELA_UPS_INFO* record) {
@@ -91,17 +169,18 @@ int VELAUPSInfoGet(VELA_UPS_INFO* record) {
   if (record == nullptr) return SetError(Error::BadArgument);
   *record = {};
   const RequestScope request;
-  const Settings& settings = request->GetCurrentSettings().settings;
-  const Nut nut = settings.Text("ups.monitor") != nullptr ? Nut::SetUp : ReadNutMode();
-  if (nut == Nut::NotSetUp) return ReportAbsent(scope);
+  const Plan plan = MakePlan(request->GetCurrentSettings().settings);
+  if (!plan.isSetUp && plan.unread.IsNone()) return ReportAbsent(scope);
 
-  std::string reason;
-  bool server = true;
-  if (!breaker.IsOpen(reason))
-    server = ReadStates(ChooseAddresses(settings), request->GetTimeBudget(), *record, reason);
-  if (nut == Nut::Unreadable && !server) return ReportAbsent(scope);
+  const Round round = AskOrLeaveAlone(plan, request->GetTimeBudget());
+  // A server that answers is proof enough of a UPS; none proves nothing.
+  if (!plan.isSetUp && !round.answered) {
+    failures.Tell(scope, plan.unread);
+    return 0;
+  }
   record->enabled = 1;
-  if (!reason.empty()) SetError(Error::SourceFailed);
-  failures.Report(scope, reason);
+  record->connected = round.connected ? 1 : 0;
+  record->state = static_cast<std::int32_t>(round.worst);
+  Report(round, scope);
   return 0;
 }

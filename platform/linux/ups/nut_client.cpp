@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <string_view>
 
 namespace linux_platform {
@@ -89,11 +90,11 @@ milliseconds Left(steady_clock::time_point deadline) {
 
 class Connection {
  public:
-  Connection(const UpsAddress& address, steady_clock::time_point deadline) : deadline_(deadline) {
+  Connection(const char* host, std::uint16_t port, steady_clock::time_point deadline)
+      : deadline_(deadline) {
     const auto left = Left(deadline).count();
     timeval timeout = {left / 1000, (left % 1000) * 1000};
-    connected_ = left > 0 &&
-                 Nut().tryconnect(&server_, address.host.c_str(), address.port, 0, &timeout) == 0;
+    connected_ = left > 0 && Nut().tryconnect(&server_, host, port, 0, &timeout) == 0;
     if (connected_) fcntl(Nut().fd(&server_), F_SETFD, FD_CLOEXEC);
   }
   ~Connection() {
@@ -149,66 +150,91 @@ class Connection {
   steady_clock::time_point deadline_;
 };
 
-std::string Server(const UpsAddress& address) {
-  return "upsd at " + address.host + " port " + std::to_string(address.port);
+// Where a server that listens on "this machine" may be: the last is what Debian's /etc/hosts says
+// of the machine's own name.
+std::vector<const char*> ListHosts(const NutServer& server) {
+  if (server.host != kThisMachine) return {server.host.c_str()};
+  return {"127.0.0.1", "::1", "127.0.1.1"};
 }
 
-NutAnswer Explain(NutAnswer answer, const UpsAddress& address, std::string& reason) {
-  if (answer == NutAnswer::Late) reason = Server(address) + " did not answer in time";
-  if (answer == NutAnswer::Refused)
-    reason = Server(address) + " hung up, or sent something that is no answer";
+std::string Describe(const NutServer& server) {
+  return "upsd at " + server.host + " port " + std::to_string(server.port);
+}
+
+NutAnswer Explain(NutAnswer answer, const NutServer& server, std::string& reason) {
+  if (answer == NutAnswer::Late) reason = Describe(server) + " did not answer in time";
+  if (answer == NutAnswer::Refused && reason.empty())
+    reason = Describe(server) + " hung up, or sent something that is no answer";
   return answer;
 }
 
-// The name of the first UPS that the server lists.
-NutAnswer FirstUps(Connection& server, const UpsAddress& address, std::string& name,
-                   std::string& reason) {
-  std::string line;
-  NutAnswer answer = server.Ask("LIST UPS\n", line);
-  if (answer == NutAnswer::Read && line != "BEGIN LIST UPS") answer = NutAnswer::Refused;
-  for (int lines = 0; answer == NutAnswer::Read && lines < kMostListed; ++lines) {
-    answer = server.ReadLine(line);
-    if (answer == NutAnswer::Read && line == "END LIST UPS") {
-      if (!name.empty()) return NutAnswer::Read;
-      reason = Server(address) + " knows no UPS: see /etc/nut/ups.conf";
-      return NutAnswer::Refused;
-    }
-    if (name.empty() && line.starts_with("UPS ")) name = line.substr(4, line.find(' ', 4) - 4);
+// The first host where a server listens; `connection` is to it.
+NutAnswer Connect(const NutServer& server, steady_clock::time_point deadline,
+                  std::optional<Connection>& connection, std::string& reason) {
+  for (const char* host : ListHosts(server)) {
+    connection.emplace(host, server.port, deadline);
+    if (connection->Connected()) return NutAnswer::Read;
+    if (Left(deadline) == milliseconds(0)) return NutAnswer::Late;
+    if (reason.empty()) reason = Describe(server) + ": " + connection->Trouble();
   }
-  return Explain(answer == NutAnswer::Read ? NutAnswer::Refused : answer, address, reason);
+  return NutAnswer::NoServer;
+}
+
+// Adds the names that the server lists.
+NutAnswer ListUpses(Connection& connection, std::vector<std::string>& names) {
+  std::string line;
+  NutAnswer answer = connection.Ask("LIST UPS\n", line);
+  if (answer == NutAnswer::Read && line != "BEGIN LIST UPS") return NutAnswer::Refused;
+  for (int lines = 0; answer == NutAnswer::Read && lines <= kMostListed; ++lines) {
+    answer = connection.ReadLine(line);
+    if (answer != NutAnswer::Read || line == "END LIST UPS") return answer;
+    if (!line.starts_with("UPS ")) continue;
+    std::string name = line.substr(4, line.find(' ', 4) - 4);
+    if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+  }
+  return answer == NutAnswer::Read ? NutAnswer::Refused : answer;
+}
+
+NutAnswer ReadStatus(Connection& connection, UpsReading& reading) {
+  std::string line;
+  const NutAnswer answer = connection.Ask("GET VAR " + reading.name + " ups.status\n", line);
+  if (answer != NutAnswer::Read) return answer;
+  if (line.starts_with("ERR ")) {
+    reading.refusal = line.substr(4);
+    return NutAnswer::Read;
+  }
+  const std::string expected = "VAR " + reading.name + " ups.status \"";
+  if (!line.starts_with(expected) || !line.ends_with('"')) return NutAnswer::Refused;
+  reading.words = line.substr(expected.size(), line.size() - expected.size() - 1);
+  return NutAnswer::Read;
 }
 
 }  // namespace
 
-NutAnswer ReadUpsStatus(const UpsAddress& address, steady_clock::time_point deadline,
-                        std::string& words, std::string& reason) {
+NutAnswer ReadUpses(const NutServer& server, steady_clock::time_point deadline,
+                    std::vector<UpsReading>& readings, std::string& reason) {
   if (Nut().handle == nullptr) {
     reason = "NUT's client library " VELA_NUT_LIBRARY " cannot be loaded: install its package";
     return NutAnswer::Unsupported;
   }
   const SigpipeHeld held;
-  Connection server(address, deadline);
-  if (!server.Connected()) {
-    if (Left(deadline) == milliseconds(0)) return Explain(NutAnswer::Late, address, reason);
-    reason = Server(address) + ": " + server.Trouble();
-    return NutAnswer::NoServer;
-  }
-  std::string name = address.name, line;
-  NutAnswer answer = NutAnswer::Read;
-  if (name.empty()) answer = FirstUps(server, address, name, reason);
-  if (answer != NutAnswer::Read) return answer;
-
-  answer = server.Ask("GET VAR " + name + " ups.status\n", line);
-  const std::string expected = "VAR " + name + " ups.status \"";
-  if (answer == NutAnswer::Read && line.starts_with("ERR ")) {
-    reason = Server(address) + " on UPS " + name + ": " + line.substr(4);
+  std::optional<Connection> connection;
+  NutAnswer answer = Connect(server, deadline, connection, reason);
+  if (answer != NutAnswer::Read) return Explain(answer, server, reason);
+  std::vector<std::string> names = server.names;
+  if (server.all) answer = ListUpses(*connection, names);
+  if (answer == NutAnswer::Read && names.empty()) {
+    reason = Describe(server) + " knows no UPS: see /etc/nut/ups.conf";
     return NutAnswer::Refused;
   }
-  if (answer == NutAnswer::Read && (!line.starts_with(expected) || !line.ends_with('"')))
-    answer = NutAnswer::Refused;
-  if (answer != NutAnswer::Read) return Explain(answer, address, reason);
-  words = line.substr(expected.size(), line.size() - expected.size() - 1);
-  return NutAnswer::Read;
+  for (std::size_t i = 0; answer == NutAnswer::Read && i < names.size(); ++i) {
+    UpsReading reading = {names[i], {}, {}};
+    answer = ReadStatus(*connection, reading);
+    if (!reading.refusal.empty())
+      reading.refusal = Describe(server) + " on UPS " + reading.name + ": " + reading.refusal;
+    if (answer == NutAnswer::Read) readings.push_back(std::move(reading));
+  }
+  return Explain(answer, server, reason);
 }
 
 }  // namespace linux_platform

@@ -1,25 +1,38 @@
-// One question to a NUT server on this machine.
+// Questions to a NUT server on this machine.
 #pragma once
 
 #include <chrono>
 #include <string>
+#include <vector>
 
-#include "platform/linux/ups/ups_status.h"
+#include "platform/linux/ups/ups_address.h"
 
 namespace linux_platform {
 
 enum class NutAnswer {
   Read,
   NoServer,     // nothing listens there
-  Refused,      // no such UPS, no driver, or an answer that is none
+  Refused,      // an answer that is none, or a server without any UPS
   Late,         // nothing whole by the deadline
   Unsupported,  // without libupsclient, built or installed
 };
 
-// Asks the server at `address` for the status words of its UPS, over a connection of its
-// own. `reason` says what else than Read happened. Raises no signal; may be called from
-// several threads.
-NutAnswer ReadUpsStatus(const UpsAddress& address, std::chrono::steady_clock::time_point deadline,
-                        std::string& words, std::string& reason);
+struct NutServer {
+  std::string host;  // as in UpsAddress
+  std::uint16_t port = 0;
+  std::vector<std::string> names;  // the UPSes to ask for
+  bool all = false;                // and every other that the server lists
+};
+
+struct UpsReading {
+  std::string name, words;
+  std::string refusal;  // why the server has no words for it; "" when it has
+};
+
+// Asks one server, over one connection, for the status words of its UPSes, which `readings`
+// gains. `reason` says what else than Read happened. Raises no signal; may be called from several
+// threads.
+NutAnswer ReadUpses(const NutServer& server, std::chrono::steady_clock::time_point deadline,
+                    std::vector<UpsReading>& readings, std::string& reason);
 
 }  // namespace linux_platform

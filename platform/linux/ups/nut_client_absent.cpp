@@ -2,8 +2,8 @@
 
 namespace linux_platform {
 
-NutAnswer ReadUpsStatus(const UpsAddress&, std::chrono::steady_clock::time_point, std::string&,
-                        std::string& reason) {
+NutAnswer ReadUpses(const NutServer&, std::chrono::steady_clock::time_point,
+                    std::vector<UpsReading>&, std::string& reason) {
   reason = "this platform was built without NUT's client library";
   return NutAnswer::Unsupported;
 }

@@ -1,13 +1,36 @@
 #include "platform/linux/ups/ups_status.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 
 namespace linux_platform {
 namespace {
 
-// Takes the first word off `rest`; empty at the end. Quotes around a word come off.
-std::string_view NextWord(std::string_view& rest) {
+constexpr auto kNotes = std::to_array<UpsNote>({
+    {"OFF", "gives its outlets no power"},
+    {"OVER", "is overloaded"},
+    {"BYPASS", "is in bypass, so that no battery stands behind its load"},
+    {"RB", "asks for a new battery"},
+    {"ALARM", "has an alarm of its own"},
+});
+// What a UPS does only while the mains are there. Some drivers say nothing else.
+constexpr auto kMainsWords =
+    std::to_array<std::string_view>({"OL", "TRIM", "BOOST", "CHRG", "BYPASS"});
+
+class Words {
+ public:
+  explicit Words(std::string_view text) {
+    for (std::string_view word; !(word = NextNutWord(text)).empty();) words_.push_back(word);
+  }
+  bool Has(std::string_view word) const { return std::ranges::find(words_, word) != words_.end(); }
+
+ private:
+  std::vector<std::string_view> words_;
+};
+
+}  // namespace
+
+std::string_view NextNutWord(std::string_view& rest) {
   constexpr std::string_view kBlanks = " \t\r\n";
   rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
   std::string_view word = rest.substr(0, rest.find_first_of(kBlanks));
@@ -17,59 +40,26 @@ std::string_view NextWord(std::string_view& rest) {
   return word;
 }
 
-std::string LoopbackAddress(std::string_view host) {
-  if (host.empty() || host == "localhost") return "127.0.0.1";
-  const bool isIPv4 = host.find_first_not_of("0123456789.") == std::string_view::npos;
-  return host == "::1" || (isIPv4 && host.starts_with("127.")) ? std::string(host) : "";
-}
-
-}  // namespace
-
-UpsState JudgeUpsWords(std::string_view words) {
-  bool fsd = false, ob = false, ol = false, lb = false, cal = false;
-  for (std::string_view word; !(word = NextWord(words)).empty();) {
-    fsd |= word == "FSD";  // forced shutdown
-    ob |= word == "OB";    // on battery
-    ol |= word == "OL";    // on line
-    lb |= word == "LB";    // low battery
-    cal |= word == "CAL";  // calibrating: empties its battery on purpose
-  }
-  if (fsd) return UpsState::BatteryLow;
-  if (ob && lb && !cal) return UpsState::BatteryLow;
-  if (lb && !ol && !ob) return UpsState::BatteryLow;
-  if (ob) return UpsState::OnBattery;
+// FSD is a forced shutdown, OB on battery, LB low battery; CAL empties the battery on purpose.
+UpsState JudgeUpsWords(std::string_view text) {
+  const Words words(text);
+  if (words.Has("FSD")) return UpsState::BatteryLow;
+  const bool mains =
+      std::ranges::any_of(kMainsWords, [&words](auto word) { return words.Has(word); });
+  // With OL it is a load that outgrows the mains, or a test.
+  const bool battery = words.Has("OB") || (words.Has("DISCHRG") && !mains);
   // Drivers flood LB while on mains: it means a worn battery there, not a flat one.
-  return ol ? UpsState::OnMains : UpsState::Unknown;
+  if (words.Has("LB") && (battery ? !words.Has("CAL") : !mains)) return UpsState::BatteryLow;
+  if (battery) return UpsState::OnBattery;
+  return mains ? UpsState::OnMains : UpsState::Unknown;
 }
 
-UpsAddress ParseUpsAddress(std::string_view text) {
-  UpsAddress address;
-  const std::size_t at = std::min(text.find('@'), text.size());
-  address.name = text.substr(0, at);
-  std::string_view host = text.substr(std::min(at + 1, text.size()));
-  std::string_view port;
-  if (host.starts_with('[')) {
-    const std::size_t end = std::min(host.find(']'), host.size());
-    port = host.substr(std::min(end + 1, host.size()));
-    host = host.substr(1, end - 1);
-  } else if (const std::size_t colon = host.find(':'); colon != std::string_view::npos) {
-    port = host.substr(colon);
-    host = host.substr(0, colon);
-  }
-  if (port.starts_with(':'))
-    std::from_chars(port.data() + 1, port.data() + port.size(), address.port);
-  address.host = LoopbackAddress(host);
-  return address;
-}
-
-std::vector<UpsAddress> ParseMonitors(std::string_view text) {
-  std::vector<UpsAddress> addresses;
-  while (!text.empty()) {
-    std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    if (NextWord(line) == "MONITOR") addresses.push_back(ParseUpsAddress(NextWord(line)));
-  }
-  return addresses;
+std::vector<UpsNote> FindUpsNotes(std::string_view text) {
+  const Words words(text);
+  std::vector<UpsNote> notes;
+  std::ranges::copy_if(kNotes, std::back_inserter(notes),
+                       [&words](const UpsNote& note) { return words.Has(note.word); });
+  return notes;
 }
 
 }  // namespace linux_platform

@@ -1,0 +1,45 @@
+#include "platform/linux/ups/nut_configuration.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "common/json_reader.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
+#include "platform/linux/base/snapshot.h"
+#include "platform/linux/ups/ups_address.h"
+
+namespace linux_platform {
+
+constexpr const char *kModeMember = "mode", *kMonitorsMember = "monitors";
+
+Json::Value NutConfiguration::ToJson() const {
+  Json::Value members(Json::objectValue);
+  members[kModeMember] = mode;
+  Json::Value& list = members[kMonitorsMember] = Json::Value(Json::arrayValue);
+  for (const std::string& monitor : monitors) list.append(monitor);
+  return members;
+}
+
+NutConfiguration NutConfiguration::FromJson(const Json::Value& document) {
+  NutConfiguration nut = {common::TextMember(document, kModeMember), {}};
+  for (const Json::Value& monitor : ListMember(document, kMonitorsMember))
+    if (monitor.isString()) nut.monitors.push_back(monitor.asString());
+  return nut;
+}
+
+bool ReadNutFiles(NutConfiguration& nut, std::string& reason) {
+  const SettingsFile file = ReadSettings(kNutMode);
+  const char* mode = file.settings.Text("MODE");
+  nut.mode = mode != nullptr ? mode : "";
+  reason = file.reason;
+  if (reason.empty() && !nut.IsSetUp()) return true;
+  std::string text;
+  const ReadResult read = ReadSmallFile(BelowRoot(kNutMonitors).c_str(), kSettingsCap, text);
+  if (read == ReadResult::Failed && reason.empty())
+    reason = std::string(kNutMonitors) + " could not be read: " + std::strerror(errno);
+  if (read != ReadResult::Failed) nut.monitors = ParseMonitors(text);
+  return reason.empty();
+}
+
+}  // namespace linux_platform
