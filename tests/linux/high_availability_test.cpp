@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/linux/base/deadline.h"
+#include "platform/linux/base/settings.h"
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/private_bus.h"
 #include "tests/linux/source_statuses.h"
@@ -33,7 +34,7 @@ class HighAvailabilityTest : public testing::Test {
   ~HighAvailabilityTest() override { Forget(); }
   // The platform remembers across requests: a machine without a cluster forgets.
   void Forget() {
-    for (const char* path : {"usr", "proc/net", "proc/drbd"})
+    for (const char* path : {"usr", "etc", "proc/net", "proc/drbd"})
       std::filesystem::remove_all(root_.Path() / path);
     linux_platform::CircuitBreaker::CloseAll();
     EXPECT_EQ(Ask(), "off");
@@ -45,6 +46,12 @@ class HighAvailabilityTest : public testing::Test {
     const std::string file = FIXTURES "/ha/" + document + ".xml";
     root_.Install("/usr/sbin/crm_mon", "test \"$*\" = '-1 --output-as=xml' && cat " + file +
                                            " && ! grep -q 'Not connected' " + file);
+  }
+  // As systemctl does, of a unit that is not below this root.
+  void Enable(std::string_view unit) {
+    const auto wants = root_.Path() / "etc/systemd/system/multi-user.target.wants";
+    std::filesystem::create_directories(wants);
+    std::filesystem::create_symlink("/nowhere", wants / unit);
   }
   // As /proc/net/unix shows a process that listens there.
   void Listen(const std::string& name) {
@@ -58,17 +65,18 @@ class HighAvailabilityTest : public testing::Test {
 };
 
 TEST_F(HighAvailabilityTest, WhatRunsIsToldAndTheWorseOfBothCounts) {
-  for (auto row : ReadTable("cluster-services", 5)) {
+  for (auto row : ReadTable("cluster-services", 6)) {
     SCOPED_TRACE(testing::PrintToString(row));
     Forget();
     for (std::string& cell : row) std::ranges::replace(cell, ';', '\n');
     if (!row[0].empty()) Listen(row[0]);
     if (!row[1].empty()) Monitor(row[1]);
     if (!row[2].empty()) root_.TemporaryRoot::Write("/proc/drbd", "version: " + row[2] + "\n");
+    for (const std::string_view unit : linux_platform::SplitList(row[5])) Enable(unit);
     EXPECT_EQ(Ask(), row[3]);
-    if (row[3] == "off") continue;
     const bool failed = !row[4].empty();
-    EXPECT_EQ(Said().state, failed ? 2 : 1);
+    if (row[3] == "off" && !failed) continue;
+    EXPECT_EQ(Said().state, !failed ? 1 : row[5].empty() ? 2 : 3);
     EXPECT_EQ(Said().reason, row[4]);
     Ask();
     EXPECT_EQ(TakeSystemLog().size(), failed ? 1U : 0U) << "a failure is said once";
@@ -114,8 +122,25 @@ TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {
   Listen("@pacemakerd");
   bus.Say("pacemaker.service", "ActiveState", "activating");
   EXPECT_EQ(Ask(), "off") << "whatever its socket tells";
+  Enable("pacemaker.service");
+  EXPECT_EQ(Ask(), "off");
+  EXPECT_NE(Said().reason.find("not active (activating)"), std::string::npos);
   bus.Say("pacemaker.service", "ActiveState", "active");
   EXPECT_EQ(Ask(), "danger");
+  EXPECT_EQ(Said().state, 1);
+}
+
+TEST_F(HighAvailabilityTest, DrbdThatIsSetUpAndDoesNotRunIsToldUnlessPacemakerStartsIt) {
+  root_.TemporaryRoot::Write("/etc/drbd.d/global_common.conf", "");
+  EXPECT_EQ(Ask(), "off");
+  EXPECT_EQ(Said().state, 0);
+  root_.TemporaryRoot::Write("/etc/drbd.d/data.res", "");
+  EXPECT_EQ(Ask(), "off");
+  EXPECT_EQ(Said().reason, "/etc/drbd.d has resources, and DRBD does not run");
+  Listen("@pacemakerd");
+  Monitor("normal");
+  EXPECT_EQ(Ask(), "normal");
+  EXPECT_EQ(Said().state, 1);
 }
 
 }  // namespace

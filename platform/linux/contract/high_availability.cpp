@@ -91,6 +91,8 @@ std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, Troubl
   std::string drbdReason;
   if (running.pacemaker) cluster = ReadClusterState(request, scope, trouble);
   if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdReason);
+  if (!running.idle.IsNone()) cluster.reset();
+  if (trouble.IsNone()) trouble = running.idle;
   if (trouble.IsNone()) trouble = drbdReason;
   if (cluster && drbd) return std::max(*cluster, *drbd);
   const HaState known = cluster ? *cluster : drbd.value_or(HaState::Normal);
@@ -104,8 +106,8 @@ int VELAHAIsRunning(void) {
   const RequestScope request;
   const ClusterServices& running = request->GetClusterServices();
   if (running.pacemaker || running.drbd) return 1;
-  scope.Absent("neither Pacemaker nor DRBD runs here");
-  failures.Recovered();
+  failures.Report(scope, running.idle);
+  if (running.idle.IsNone()) scope.Absent("neither Pacemaker nor DRBD runs here");
   return 0;
 }
 

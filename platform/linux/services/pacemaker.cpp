@@ -6,6 +6,7 @@
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/services/systemd_units.h"
 
 namespace linux_platform {
@@ -30,19 +31,67 @@ bool PacemakerListens() {
 
 namespace {
 
-bool PacemakerRuns(TimeBudget& budget) {
-  if (!Access(BelowRoot(kClusterMonitor), X_OK)) return false;
+struct Unit {
+  const char* name;
+  bool isEnabled = false;
+  std::string active;  // as in UnitState; "" when nobody tells
+
+  bool Runs() const { return active == "active"; }
+};
+
+// As systemctl leaves it in a folder that everybody may read. The link of a unit whose package is
+// gone leads nowhere, and says as much.
+bool IsEnabled(const char* unit) {
+  return !LinkTarget(BelowRoot("/etc/systemd/system/multi-user.target.wants/", unit)).empty();
+}
+
+void ReadActive(Unit& pacemaker, Unit& corosync, TimeBudget& budget) {
+  std::vector<std::string> names = {pacemaker.name};
+  if (corosync.isEnabled) names.emplace_back(corosync.name);
   std::vector<UnitState> states;
   std::string reason;
-  if (ReadUnits({"pacemaker.service"}, budget, states, reason) == UnitsAnswer::Read)
-    return states[0].active == "active";
-  return PacemakerListens();
+  if (ReadUnits(names, budget, states, reason) == UnitsAnswer::Read) {
+    pacemaker.active = states.front().active;
+    corosync.active = states.back().active;
+  } else if (PacemakerListens()) {
+    pacemaker.active = corosync.active = "active";
+  }
+}
+
+Trouble DescribeIdle(const Unit& unit) {
+  const std::string state = unit.active.empty() ? "it does not listen" : unit.active;
+  return {std::string(unit.name) + " is enabled and not active (" + state +
+              "): this machine has no part in its cluster",
+          "systemctl start corosync pacemaker; systemctl disable corosync pacemaker, if there "
+          "is to be no cluster"};
+}
+
+bool ConfiguresDrbd() {
+  for (const std::string& name : NamesIn(BelowRoot("/etc/drbd.d")))
+    if (name.ends_with(".res")) return true;
+  return false;
 }
 
 }  // namespace
 
 ClusterServices ReadClusterServices(TimeBudget& budget) {
-  return {PacemakerRuns(budget), Access(BelowRoot(kDrbd), F_OK)};
+  ClusterServices services = {false, Access(BelowRoot(kDrbd), F_OK), {}};
+  const bool hasMonitor = Access(BelowRoot(kClusterMonitor), X_OK);
+  Unit pacemaker = {"pacemaker.service", IsEnabled("pacemaker.service"), {}};
+  Unit corosync = {"corosync.service", IsEnabled("corosync.service"), {}};
+  if (hasMonitor || pacemaker.isEnabled || corosync.isEnabled)
+    ReadActive(pacemaker, corosync, budget);
+  services.pacemaker = hasMonitor && pacemaker.Runs();
+  if (pacemaker.isEnabled && !pacemaker.Runs())
+    services.idle = DescribeIdle(pacemaker);
+  else if (corosync.isEnabled && !corosync.Runs())
+    services.idle = DescribeIdle(corosync);
+  else if (pacemaker.Runs() && !hasMonitor)
+    services.idle = {std::string(kClusterMonitor) + ", which tells how the cluster is, is missing",
+                     "apt-get install pacemaker-cli-utils"};
+  else if (!services.drbd && !pacemaker.Runs() && ConfiguresDrbd())
+    services.idle = {"/etc/drbd.d has resources, and DRBD does not run", "drbdadm up all"};
+  return services;
 }
 
 }  // namespace linux_platform

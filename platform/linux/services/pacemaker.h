@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/linux/base/deadline.h"
+#include "platform/linux/base/trouble.h"
 
 namespace linux_platform {
 
@@ -19,11 +20,12 @@ bool PacemakerListens();
 
 struct ClusterServices {
   bool pacemaker = false, drbd = false;
+  Trouble idle;  // what is configured here, and does not run
 };
 constexpr const char* kDrbd = "/proc/drbd";
 
-// What runs here. systemd knows of Pacemaker; where it does not run, or cannot be asked
-// within `budget`, its socket tells.
+// What runs here, and what is set up to run and does not. systemd knows; where it does not run, or
+// cannot be asked within `budget`, Pacemaker's socket tells.
 ClusterServices ReadClusterServices(TimeBudget& budget);
 
 }  // namespace linux_platform
