@@ -42,6 +42,10 @@ TEST(Chassis, ThatThereIsNothingToWatchIsNoFailure) {
       {"full", "hardware", 1, ""},
       {"controller-with-odd-members", "hardware", 1, ""},
       {"two-mains-one-out", "hardware", 1, ""},
+      {"parts-that-predict-their-end", "hardware", 1,
+       "supply PS2 still works, and predicts its own failure"},
+      {"parts-that-predict-their-end", "expansion units", 1,
+       "Right of JBOD-24 still works, and predicts its own failure"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.machine) + ", " + c.source);

@@ -4,6 +4,7 @@
 
 #include "common/json_reader.h"
 #include "common/json_writer.h"
+#include "platform/linux/chassis/fan_minimums.h"
 #include "platform/linux/chassis/fan_snapshot.h"
 #include "platform/linux/chassis/sensor_chips.h"
 #include "tests/linux/table.h"
@@ -20,8 +21,10 @@ TEST(Fan, OnlyEvidenceThatItIsThereMakesItFail) {
     const auto says = [&row](const char* word) { return row[4].find(word) != std::string::npos; };
     FanReading fan;
     if (row[1] != "-") fan.input = std::stod(row[1]);
-    fan.minimum = std::stod(row[2]), fan.pwm = std::stod(row[3]);
+    fan.minimum = std::stod(row[2]);
+    if (row[3] != "-") fan.pwm = std::stod(row[3]);
     fan.alarm = says("alarm"), fan.fault = says("fault"), fan.known = says("known");
+    fan.minimumIsSet = says("set"), fan.onBoard = says("board");
     const FanHistory history = {says("turned"), row[5].empty() ? 0 : kNow - std::stoll(row[5])};
     EXPECT_EQ(HasFailed(fan, says("expected"), history, kNow), row[6] == "failed");
   }
@@ -38,6 +41,16 @@ TEST(Fan, TheExpectedOnesAreNamedByChipAndFeature) {
   EXPECT_EQ(FindExpected(fans, "nct6779-isa-0291:fan2"), nullptr);
   EXPECT_EQ(FindExpected(fans, "no colon"), nullptr);
   EXPECT_TRUE(ParseExpectedFans({}).empty());
+}
+
+TEST(Fan, AMinimumThatTheConfigurationSetsWasSetOnPurpose) {
+  std::string found;
+  for (const auto& [chip, feature] :
+       ParseFanMinimums("set fan9_min 1\n  chip \"lm78-*\" \"lm79-*\" # both\n set fan1_min 600\n"
+                        "#set fan2_min 600\n set fan3_div 2\n set in0_min 1\n label fan4_min x\n"
+                        "chip \"it87-*\"\n\tset fan5_min 60*10"))
+    found += chip + ":" + feature + " ";
+  EXPECT_EQ(found, "lm78-*:fan1 lm79-*:fan1 it87-*:fan5 ");
 }
 
 TEST(FanSnapshot, RemembersWhatTurnedAndSinceWhenItStands) {

@@ -22,7 +22,7 @@ TEST(IpmiSensors, SuppliesFansAndTemperaturesAreToldFromTheRest) {
   const Json::Value members = ParseIpmiSensors(text.str()).ToJson();
   EXPECT_EQ(Describe(members["supplies"]),
             "PS1 Status=ok;PS2 Status=failed;PS3, rear=input_lost;PS4 Status=absent;"
-            "PS5 Status=absent;PS6 Status=ok;PS7 Status=failed;");
+            "PS5 Status=absent;PS6 Status=ok;PS7 Status=failing;");
   EXPECT_EQ(Describe(members["fans"]), "FAN1=ok;FAN2=failed;FAN3=unknown;FAN4=ok;");
   EXPECT_EQ(Describe(members["temperatures"]),
             "Inlet=ok;CPU=critical;Cellar=unknown;DIMM=unknown;");

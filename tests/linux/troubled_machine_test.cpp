@@ -201,10 +201,10 @@ TEST(FullMachine, AUserWithoutRightsRaisesNoFalseAlarm) {
   const Lines lines = machine.Answers("3", "setpriv --reuid 65534 --regid 65534 --clear-groups");
   SCOPED_TRACE(testing::PrintToString(lines));
   EXPECT_NE(DocumentIn(lines).find("widget:system_ok"), std::string::npos);
-  EXPECT_EQ(FailedIn(lines), "high availability, web server");
+  EXPECT_EQ(FailedIn(lines), "UPS, high availability, web server");
   const std::string sources = testing::PrintToString(With(lines, "source"));
   EXPECT_NE(sources.find("only root can test its configuration"), std::string::npos);
-  EXPECT_NE(sources.find("UPS: absent no UPS is set up"), std::string::npos);
+  EXPECT_NE(sources.find("UPS: unwatched /etc/nut/nut.conf could not be read"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, TroubledMachine, testing::ValuesIn(ReadTable("troubles", 4)),

@@ -75,6 +75,9 @@ void JudgeSupplies(const std::vector<SupplyReading>& supplies, Chassis& chassis)
     if (!supplies[bay].present) continue;
     ++chassis.supplies;
     if (supplies[bay].failed) chassis.failedSupplies |= 1U << bay;
+    if (supplies[bay].predicted && chassis.remark.empty())
+      chassis.remark =
+          "supply " + supplies[bay].name + " still works, and predicts its own failure";
   }
 }
 

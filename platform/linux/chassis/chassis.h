@@ -18,6 +18,7 @@ constexpr std::size_t kWatchedSupplies = 24;  // as many bits as a supply mask h
 struct Chassis {
   bool absent = false;  // no sensor chips, management controller or second mains adapter
   Trouble trouble;      // with the first thing that could not be read
+  std::string remark;   // which supply only predicts its failure, in words
   bool fanFailed = false;
   bool processorFanFailed = false;
   int supplies = 0;                  // that are there

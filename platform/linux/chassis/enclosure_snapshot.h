@@ -9,8 +9,9 @@
 namespace linux_platform {
 
 struct EnclosurePart {
-  // Absent: the place is empty, which is no fault. Unknown: the enclosure does not say.
-  enum class State { Ok, Failed, Absent, Unknown };
+  // Absent: the place is empty, which is no fault. Failing: it works, and the enclosure predicts
+  // its end. Unknown: the enclosure does not say.
+  enum class State { Ok, Failed, Absent, Failing, Unknown };
 
   std::string name;  // the enclosure's own, in printable ASCII; else "Fan 1", "Supply 1"
   State state = State::Unknown;

@@ -9,9 +9,16 @@ namespace {
 
 bool HasFailed(const EnclosurePart& part) { return part.state == EnclosurePart::State::Failed; }
 
+std::string FindFailing(const Enclosure& enclosure) {
+  for (const auto* parts : {&enclosure.supplies, &enclosure.fans})
+    for (const EnclosurePart& part : *parts)
+      if (part.state == EnclosurePart::State::Failing) return part.name;
+  return {};
+}
+
 ExpansionUnit MakeUnit(const Enclosure& enclosure) {
   const std::vector<EnclosurePart>& supplies = enclosure.supplies;
-  ExpansionUnit unit = {enclosure.id, enclosure.product, enclosure.unread};
+  ExpansionUnit unit = {enclosure.id, enclosure.product, enclosure.unread, FindFailing(enclosure)};
   unit.fanFailed = std::ranges::any_of(enclosure.fans, HasFailed);
   unit.hasSupplies = !supplies.empty();
   unit.firstSupplyFailed = unit.hasSupplies && HasFailed(supplies.front());

@@ -19,6 +19,7 @@ constexpr std::size_t kWatchedUnits = 24;  // as many bits as a fan mask has
 struct ExpansionUnit {
   std::string id, product;  // "500a0b0c0d0e0f10", "JBOD-24"
   std::string unread;       // why it did not answer; then the rest is not known
+  std::string failing;      // the first part that works yet and predicts its end: "Fan 2"
   bool fanFailed = false;
   bool hasSupplies = false;
   bool firstSupplyFailed = false;

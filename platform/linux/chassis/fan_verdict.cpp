@@ -19,11 +19,14 @@ bool IsSaneCritical(double celsius) { return celsius >= 50 && celsius <= 150; }
 bool HasFailed(const FanReading& fan, bool expected, const FanHistory& history, long long now) {
   if (!fan.input) return false;
   const bool stands = *fan.input <= 0;
-  if (expected)
-    return stands || fan.fault || (IsSaneMinimum(fan.minimum) && *fan.input < fan.minimum);
+  const bool tooSlow = IsSaneMinimum(fan.minimum) && *fan.input < fan.minimum;
+  if (expected) return stands || fan.fault || tooSlow;
   if (fan.known) return fan.fault || fan.alarm;
+  if (fan.minimumIsSet && tooSlow && fan.alarm) return true;
   const bool stoodBefore = history.stopped != 0 && now - history.stopped >= kBetweenReadings;
-  return history.turned && stands && stoodBefore && (fan.alarm || fan.pwm >= kDriven);
+  // What nothing drives has full power. Firmware may stop a fan without a word.
+  const bool driven = fan.pwm ? *fan.pwm >= kDriven : fan.onBoard;
+  return history.turned && stands && stoodBefore && (fan.alarm || driven);
 }
 
 bool IsProcessorFan(std::string_view label) {

@@ -13,11 +13,13 @@ struct FanReading {
   std::string label;            // the administrator's or the chip's own: "CPU Fan"
   std::optional<double> input;  // rpm; none when it could not be read
   // Read only where they can matter: of a fan that stands, is expected, or is known.
-  double minimum = 0;  // rpm
-  double pwm = 0;      // 0 to 255
+  double minimum = 0;         // rpm
+  std::optional<double> pwm;  // 0 to 255; none: its chip does not drive it
   bool alarm = false;
   bool fault = false;
-  bool known = false;  // its chip knows which fans are there
+  bool known = false;         // its chip knows which fans are there
+  bool minimumIsSet = false;  // by the administrator, and not by whatever the board began with
+  bool onBoard = false;       // a chip of the board counts its turns, no firmware
 };
 
 // What this boot has taught about a fan.

@@ -11,8 +11,8 @@ namespace {
 
 using State = ControllerSensor::State;
 
-constexpr std::array<std::string_view, 6> kStates = {"ok",     "failed",   "input_lost",
-                                                     "absent", "critical", "unknown"};
+constexpr std::array<std::string_view, 7> kStates = {"ok",       "failed",  "input_lost", "absent",
+                                                     "critical", "failing", "unknown"};
 constexpr const char *kSupplies = "supplies", *kFans = "fans", *kTemperatures = "temperatures";
 constexpr const char *kName = "name", *kState = "state";
 

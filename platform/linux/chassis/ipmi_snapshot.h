@@ -9,8 +9,9 @@
 namespace linux_platform {
 
 struct ControllerSensor {
-  // InputLost and Absent (an empty bay: no fault) are of supplies, Critical of temperatures.
-  enum class State { Ok, Failed, InputLost, Absent, Critical, Unknown };
+  // InputLost, Absent (an empty bay: no fault) and Failing, which works and predicts its end, are
+  // of supplies, Critical of temperatures.
+  enum class State { Ok, Failed, InputLost, Absent, Critical, Failing, Unknown };
 
   std::string name;
   State state = State::Unknown;

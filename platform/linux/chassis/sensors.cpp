@@ -13,17 +13,24 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <set>
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/chassis/fan_minimums.h"
 #include "platform/linux/chassis/sensor_chips.h"
 
 namespace linux_platform {
 namespace {
 
+constexpr const char *kConfiguration = "/etc/sensors3.conf",
+                     *kConfigurationFolder = "/etc/sensors.d";
+constexpr std::size_t kConfigurationCap = std::size_t{256} << 10;
+
 constinit std::mutex mutex;
-bool started = false;  // both under the mutex
+bool started = false;  // all under the mutex
 std::string startedWith;
+std::set<std::string> setMinimums;  // the fans whose minimum the configuration sets, by key
 
 template <typename Each>
 void ForEachEntry(const char* path, const Each& each) {
@@ -48,11 +55,30 @@ std::string Signature() {
     signature.append(entry.d_name).append(std::to_string(entry.d_ino)).push_back(' ');
   });
   if (signature.empty()) return signature;
-  AddFile("/etc/sensors3.conf", signature);
-  ForEachEntry("/etc/sensors.d", [&signature](const dirent& entry) {
-    AddFile(std::string("/etc/sensors.d/") + entry.d_name, signature);
+  AddFile(kConfiguration, signature);
+  ForEachEntry(kConfigurationFolder, [&signature](const dirent& entry) {
+    AddFile(Within(kConfigurationFolder, entry.d_name), signature);
   });
   return signature;
+}
+
+std::string Name(const sensors_chip_name* chip) {
+  char name[256] = {};
+  return sensors_snprintf_chip_name(name, sizeof name, chip) > 0 ? name : chip->prefix;
+}
+
+// libsensors knows which chips a pattern means, and keeps to itself what it sets for them.
+void AddSetMinimums(const std::string& path) {
+  std::string text;
+  ReadSmallFile(path.c_str(), kConfigurationCap, text);
+  for (const auto& [pattern, feature] : ParseFanMinimums(text)) {
+    sensors_chip_name match;
+    if (sensors_parse_chip_name(pattern.c_str(), &match) != 0) continue;
+    int next = 0;
+    while (const sensors_chip_name* chip = sensors_get_detected_chips(&match, &next))
+      setMinimums.insert(Name(chip) + ':' + feature);
+    sensors_free_chip_name(&match);
+  }
 }
 
 void IgnoreParseError(const char*, const char*, int) {}
@@ -72,6 +98,10 @@ int Start(const std::string& signature) {
   }
   started = true;
   startedWith = signature;
+  setMinimums.clear();
+  AddSetMinimums(kConfiguration);
+  for (const std::string& name : NamesIn(kConfigurationFolder))
+    AddSetMinimums(Within(kConfigurationFolder, name));
   return 0;
 }
 
@@ -94,9 +124,10 @@ std::string Label(const sensors_chip_name* chip, const sensors_feature* feature)
   return label ? label.get() : feature->name;
 }
 
-std::string Name(const sensors_chip_name* chip) {
-  char name[256] = {};
-  return sensors_snprintf_chip_name(name, sizeof name, chip) > 0 ? name : chip->prefix;
+// Firmware's own account of the fans has no address on a bus.
+bool IsOnBoard(const sensors_chip_name* chip) {
+  return chip->bus.type == SENSORS_BUS_TYPE_I2C ||
+         (chip->bus.type == SENSORS_BUS_TYPE_ISA && chip->addr != 0);
 }
 
 FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature,
@@ -106,8 +137,11 @@ FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature
   fan.known = KnowsItsFans(chip->prefix);
   fan.input = Value(chip, feature, SENSORS_SUBFEATURE_FAN_INPUT);
   const ExpectedFan* wanted = FindExpected(expected, fan.key);
+  fan.minimumIsSet = setMinimums.contains(fan.key);
   // A fan that turns, and of which nobody expects more, is well.
-  if (!fan.input || (*fan.input > 0 && wanted == nullptr && !fan.known)) return fan;
+  const bool wellIfItTurns = wanted == nullptr && !fan.known && !fan.minimumIsSet;
+  if (!fan.input || (*fan.input > 0 && wellIfItTurns)) return fan;
+  fan.onBoard = IsOnBoard(chip);
   fan.label = wanted != nullptr && !wanted->label.empty() ? std::string(wanted->label)
                                                           : Label(chip, feature);
   fan.minimum = Value(chip, feature, SENSORS_SUBFEATURE_FAN_MIN).value_or(0);
@@ -116,7 +150,7 @@ FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature
   fan.fault = IsSet(chip, feature, SENSORS_SUBFEATURE_FAN_FAULT);
   // libsensors does not know what drives a fan.
   const std::string pwm = Within(chip->path, "pwm" + std::string(feature->name).substr(3));
-  fan.pwm = static_cast<double>(NumberAttribute(pwm).value_or(0));
+  fan.pwm = NumberAttribute(pwm);
   return fan;
 }
 

@@ -12,6 +12,7 @@ struct SupplyReading {
   std::string name;
   bool present = true;  // false: an empty bay
   bool failed = false;
+  bool predicted = false;  // it works yet, and says that it will fail
 };
 
 struct SensorReadings {

@@ -99,6 +99,7 @@ std::optional<ElementTypes> ReadConfiguration(const Page& page, Enclosure& enclo
 State JudgeElement(std::uint8_t kind, PageBytes element) {
   constexpr int kOk = 1, kCritical = 2, kNoncritical = 3, kUnrecoverable = 4, kNotInstalled = 5,
                 kUnavailable = 7;
+  constexpr std::uint8_t kPredicted = 0x40;                // of byte 0
   constexpr std::uint8_t kFail = 0x40, kPowerFail = 0x03;  // of byte 3; AC, DC
   const int code = element[0] & 0x0F;
   if (code == kNotInstalled) return State::Absent;
@@ -106,7 +107,8 @@ State JudgeElement(std::uint8_t kind, PageBytes element) {
   // With any other code the enclosure says that the bits below mean nothing.
   if (code != kOk && code != kNoncritical && code != kUnavailable) return State::Unknown;
   const int failures = kind == kPowerSupply ? kFail | kPowerFail : kFail;
-  return (element[3] & failures) != 0 ? State::Failed : State::Ok;
+  if ((element[3] & failures) != 0) return State::Failed;
+  return (element[0] & kPredicted) != 0 ? State::Failing : State::Ok;
 }
 
 std::vector<EnclosurePart>* FindParts(std::uint8_t kind, Enclosure& enclosure) {

@@ -7,9 +7,11 @@ namespace linux_platform {
 std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi) {
   using State = ControllerSensor::State;
   std::vector<SupplyReading> supplies;
-  for (const auto& [name, state] : ipmi.supplies)
-    supplies.push_back(
-        {name, state != State::Absent, state == State::Failed || state == State::InputLost});
+  for (const auto& [name, state] : ipmi.supplies) {
+    const bool predicted = state == State::Failing;
+    const bool failed = state == State::Failed || state == State::InputLost || predicted;
+    supplies.push_back({name, state != State::Absent, failed, predicted});
+  }
   return supplies;
 }
 

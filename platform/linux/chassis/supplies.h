@@ -8,7 +8,8 @@
 
 namespace linux_platform {
 
-// Those of the management controller's snapshot, in its order, which is the bays'.
+// Those of the management controller's snapshot, in its order, which is the bays'. A failure that
+// it predicts is critical to it, as one that has happened.
 std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi);
 
 // The mains adapters of /sys/class/power_supply, by name. Fewer than two are a laptop's

@@ -48,8 +48,9 @@ std::optional<Sensor> ParseLine(std::string_view line) {
 
 State JudgeSupply(const Sensor& sensor) {
   if (Has(sensor.events, "input lost")) return State::InputLost;
-  if (Has(sensor.events, "Power Supply Failure detected") || sensor.state == "Critical")
-    return State::Failed;
+  if (Has(sensor.events, "Power Supply Failure detected")) return State::Failed;
+  if (Has(sensor.events, "Predictive Failure")) return State::Failing;
+  if (sensor.state == "Critical") return State::Failed;
   return Has(sensor.events, "Presence detected") ? State::Ok : State::Absent;
 }
 

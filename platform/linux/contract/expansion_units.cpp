@@ -68,6 +68,11 @@ void ReportUnits(const std::vector<ExpansionUnit>& units, const Trouble& missing
                  SourceScope& scope) {
   failures.Report(scope, missing);
   if (missing.IsNone() && units.empty()) scope.Absent("no enclosure is an expansion unit");
+  for (const ExpansionUnit& unit : units)
+    if (!unit.failing.empty())
+      scope.ReadWithRemark("have a spare part at hand",
+                           "%s of %s still works, and predicts its own failure",
+                           unit.failing.c_str(), unit.product.c_str());
 }
 
 }  // namespace

@@ -20,6 +20,8 @@ const Chassis& ReportChassis(Request& request) {
   if (chassis.absent)
     scope.Absent("no sensor chips, management controller or second mains adapter");
   failures.Report(scope, chassis.trouble);
+  if (!chassis.remark.empty())
+    scope.ReadWithRemark("have a supply at hand to replace it", "%s", chassis.remark.c_str());
   return chassis;
 }
 
