@@ -47,8 +47,8 @@ TEST(Fan, AMinimumThatTheConfigurationSetsWasSetOnPurpose) {
   std::string found;
   for (const auto& [chip, feature] :
        ParseFanMinimums("set fan9_min 1\n  chip \"lm78-*\" \"lm79-*\" # both\n set fan1_min 600\n"
-                        "#set fan2_min 600\n set fan3_div 2\n set in0_min 1\n label fan4_min x\n"
-                        "chip \"it87-*\"\n\tset fan5_min 60*10"))
+                        "#set fan2_min 600\n set fan3_div 2\n label fan4_min x\nchip "
+                        "\"it87-*\"\n\tset fan5_min 60*10"))
     found += chip + ":" + feature + " ";
   EXPECT_EQ(found, "lm78-*:fan1 lm79-*:fan1 it87-*:fan5 ");
 }

@@ -48,6 +48,11 @@ chown hacluster:haclient /var/lib/pacemaker/cib/cib.xml && chmod 600 /var/lib/pa
 export AWAIT_SECONDS=45
 shows() { crm_mon -1 | grep -E "$1"; }
 
+systemctl enable corosync pacemaker
+blind "cluster that is enabled and does not run"
+as_service
+blind "cluster that is enabled and does not run, asked by who may not ask it"
+asks vela-health --json
 systemctl start corosync pacemaker
 until_is 60 '*Started*' shows service
 state "cluster whose partner is missing" cluster
@@ -79,6 +84,8 @@ gone
 kill -KILL "$partner"
 state "cluster whose partner died" cluster
 systemctl stop pacemaker corosync
+blind "cluster that was stopped and is enabled"
+systemctl disable corosync pacemaker
 ip netns delete partner
 ip link delete ha0
 gone
@@ -98,6 +105,9 @@ state "DRBD without its partner" cluster
 drbdadm disconnect lab
 state "DRBD, standing alone" cluster
 drbdadm down lab
+rmmod drbd
+blind "DRBD that is configured and not up"
+modprobe drbd
 rm /etc/drbd.d/lab.res
 wipefs -aq "$disk"
 gone

@@ -41,7 +41,18 @@ state "processor's fan stopped" cpu_fan
 put 0x2c 0x28=0x50 0x41=0x80
 until_is 5 '[1-9]*' cat "$lm78/fan1_input"
 gone
+# 1350000 / 250 / 2 = 2700 rpm, where the chip has 1350000 / 160 / 2 = 4218 as its minimum.
+printf 'chip "lm78-*"\n  set fan1_min 4218\n' >/etc/sensors.d/lab
+put 0x2c 0x28=0xfa
+until_is 5 2700 cat "$lm78/fan1_input"
+quiet "fan below its minimum, without an alarm"
+put 0x2c 0x41=0xc0
+state "fan with an alarm below the minimum that was set on purpose" fan
 rm /etc/sensors.d/lab
+gone
+quiet "fan with an alarm below a minimum that nobody set"
+put 0x2c 0x28=0x50 0x41=0x80
+until_is 5 8437 cat "$lm78/fan1_input"
 
 echo 'fan.expect="lm78:fan2"' >/etc/velainfo.conf
 state "expected fan that never turned" fan

@@ -2,12 +2,14 @@
 # A management controller's supplies, fans and temperature. It reads the file at each question.
 collects ipmi
 put() { printf '%s\n' "$@" >"/own/bmc.state"; }
-supply1=0x10 supply2=0x11 fan1=0x20 inlet=0x30 failed=0x03 no_mains=0x09 empty=0x00
+supply1=0x10 supply2=0x11 fan1=0x20 inlet=0x30 failed=0x03 predicted=0x05 no_mains=0x09 empty=0x00
 
 put
 quiet "controller, all well"
 put "$supply2 $failed"
 state "redundant supply, failed" supply '{0}2{1} {2}'
+put "$supply2 $predicted"
+state "redundant supply that predicts its failure" supply '{0}2{1} {2}'
 put "$supply1 $no_mains"
 state "redundant supply, unplugged" supply '{0}1{1} {2}'
 put "$supply1 $no_mains" "$supply2 $failed"
