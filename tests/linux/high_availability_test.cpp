@@ -50,6 +50,7 @@ class HighAvailabilityTest : public testing::Test {
   // As systemctl does, of a unit that is not below this root; or a file of DRBD.
   void Enable(const std::string& unit) {
     if (!unit.ends_with(".service")) root_.TemporaryRoot::Write("/etc/drbd.d/" + unit, "");
+    root_.TemporaryRoot::Write("/etc/corosync/corosync.conf", "");
     const auto wants = root_.Path() / "etc/systemd/system/multi-user.target.wants";
     std::filesystem::create_directories(wants);
     std::filesystem::create_symlink("/nowhere", wants / unit);

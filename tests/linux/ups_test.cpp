@@ -102,8 +102,8 @@ TEST_F(UpsTest, NutsOwnConfigurationIsEnough) {
   root_.Write("/etc/nut/nut.conf", "# nothing\n");
   EXPECT_EQ(Ask(), "off");
   FakeServer server(Serve("VAR rack ups.status \"OL\"", "VAR desk ups.status \"OB\""));
-  const std::string live = "MONITOR rack@localhost:" + server.Port() + " 1 a b master\n";
-  root_.Write("/etc/nut/upsmon.conf", live + "MONITOR rack@localhost:1 1 a b slave\n");
+  root_.Write("/etc/nut/upsmon.conf", "MONITOR rack@localhost:" + server.Port() +
+                                          " 1 a b master\nMONITOR rack@localhost:1 1 a b slave\n");
   root_.Write("/etc/nut/nut.conf", "MODE = standalone\n");
   EXPECT_EQ(Ask(), "2") << "of all that a server lists";
   EXPECT_EQ(Said().state, 3) << "and of another server nobody knows";
@@ -129,7 +129,6 @@ TEST_F(UpsTest, WhoMayNotReadNutsFilesTakesTheCollectorsWord) {
     EXPECT_NE(std::system(("grep -rE 'secret' " + path + "/run/*/*.json").c_str()), 0);
     EXPECT_EQ(AsNobody(Ask), told);
   }
-  std::filesystem::remove_all(root_.Path() / "run");
 }
 
 // Over a server that listens at one of the places where this machine's may.

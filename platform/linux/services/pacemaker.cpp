@@ -77,8 +77,10 @@ bool ConfiguresDrbd() {
 ClusterServices ReadClusterServices(TimeBudget& budget) {
   ClusterServices services = {false, Access(BelowRoot(kDrbd), F_OK), {}};
   const bool hasMonitor = Access(BelowRoot(kClusterMonitor), X_OK);
-  Unit pacemaker = {"pacemaker.service", IsEnabled("pacemaker.service"), {}};
-  Unit corosync = {"corosync.service", IsEnabled("corosync.service"), {}};
+  // Corosync's folder comes with it, also beneath Pacemaker, and stays when it is uninstalled.
+  const bool mayBeEnabled = PathExists(BelowRoot("/etc/corosync"));
+  Unit pacemaker = {"pacemaker.service", mayBeEnabled && IsEnabled("pacemaker.service"), {}};
+  Unit corosync = {"corosync.service", mayBeEnabled && IsEnabled("corosync.service"), {}};
   if (hasMonitor || pacemaker.isEnabled || corosync.isEnabled)
     ReadActive(pacemaker, corosync, budget);
   services.pacemaker = hasMonitor && pacemaker.Runs();
