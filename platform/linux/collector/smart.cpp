@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
@@ -35,15 +36,16 @@ void AddDevice(const std::string& device, const std::vector<DriveRecord>& known,
                SmartSnapshot& snapshot, std::vector<bool>& isFound) {
   const std::string path = LinkTarget(Sys("/class/block/", device));
   const std::string serial = ToFileName(ReadSerialNumber(device, path));
+  bool isKnown = false;
   for (std::size_t i = 0; i < known.size() && !serial.empty(); ++i) {
     if (known[i].serial != serial) continue;
     isFound[i] = true;
-    if (snapshot.FindDrive(device) != nullptr) continue;
+    if (std::exchange(isKnown, true)) continue;
     DriveRecord& drive = snapshot.drives.emplace_back(known[i]);
     drive.device = device;
     drive.rotating = Attribute(Within(path, "queue/rotational")) == "1";
   }
-  if (snapshot.FindDrive(device) == nullptr && ReadDriveKind(device, path) == DriveKind::Without)
+  if (!isKnown && ReadDriveKind(device, path) == DriveKind::Without)
     snapshot.without.push_back(device);
 }
 

@@ -82,8 +82,8 @@ DriveRecord DriveFromJson(const Json::Value& entry) {
 }  // namespace
 
 const DriveRecord* SmartSnapshot::FindDrive(std::string_view device) const {
-  const auto found = std::ranges::find(drives, device, &DriveRecord::device);
-  return found == drives.end() ? nullptr : &*found;
+  const auto found = std::ranges::lower_bound(drives, device, {}, &DriveRecord::device);
+  return found == drives.end() || found->device != device ? nullptr : &*found;
 }
 
 Json::Value SmartSnapshot::ToJson() const {
@@ -103,6 +103,8 @@ SmartSnapshot SmartSnapshot::FromJson(const Json::Value& document) {
     snapshot.drives.push_back(DriveFromJson(entry));
   for (const Json::Value& device : ListMember(document, kWithout))
     snapshot.without.emplace_back(common::ViewText(device));
+  std::ranges::stable_sort(snapshot.drives, {}, &DriveRecord::device);
+  std::ranges::sort(snapshot.without);
   return snapshot;
 }
 

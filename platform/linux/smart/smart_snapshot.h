@@ -19,7 +19,8 @@ struct SmartSnapshot {
   std::vector<DriveRecord> drives;
   std::vector<std::string> without;  // devices that keep no such values: "vda"
 
-  // The drive behind the block device; null where smartd knows none.
+  // Of a snapshot that was read, whose lists are in order: the drive behind the block device; null
+  // where smartd knows none.
   const DriveRecord* FindDrive(std::string_view device) const;
 
   Json::Value ToJson() const;

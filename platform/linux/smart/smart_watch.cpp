@@ -63,7 +63,7 @@ DriveVerdict SmartWatch::Judge(const std::string& device, const std::string& pat
     watched_ = true;
     return verdict;
   }
-  if (std::ranges::find(snapshot_.without, device) != snapshot_.without.end()) return verdict;
+  if (std::ranges::binary_search(snapshot_.without, device)) return verdict;
   const DriveKind kind = ReadDriveKind(device, path);
   if (kind == DriveKind::Without) return verdict;
   if (kind == DriveKind::BehindController && running &&
@@ -121,24 +121,27 @@ Trouble SmartWatch::ToTrouble(const Gap& gap) {
   return {text + gap.after, gap.remedy};
 }
 
-bool SmartWatch::FitsADisk(const std::string& serial,
-                           std::span<const std::string> blockDevices) const {
-  const auto hidden = [&serial](const DriveRecord& drive) {
-    return IsHidden(drive) && drive.serial == ToFileName(serial);
-  };
-  return std::ranges::any_of(snapshot_.drives, hidden) ||
-         std::ranges::any_of(blockDevices, [&serial](const std::string& device) {
-           return ReadSerialNumber(device, LinkTarget(Sys("/class/block/", device))) == serial;
-         });
+// Of all disks: those that the machine shows, and those that a controller hides, which only smartd
+// names.
+std::set<std::string> SmartWatch::ListSerialNumbers(
+    std::span<const std::string> blockDevices) const {
+  std::set<std::string> serials;
+  for (const DriveRecord& drive : snapshot_.drives)
+    if (IsHidden(drive)) serials.insert(drive.serial);
+  for (const std::string& device : blockDevices)
+    serials.insert(ReadSerialNumber(device, LinkTarget(Sys("/class/block/", device))));
+  return serials;
 }
 
 SmartCoverage SmartWatch::GetCoverage(std::span<const std::string> blockDevices) const {
   SmartCoverage coverage;
   coverage.watched = watched_;
   for (const Gap& gap : gaps_) coverage.gaps.push_back(ToTrouble(gap));
+  if (records_.empty()) return coverage;
+  const std::set<std::string> present = ListSerialNumbers(blockDevices);
   std::string strays, last;
   for (const auto& [serial, warnings] : records_) {
-    if (FitsADisk(serial, blockDevices)) continue;
+    if (present.contains(serial) || present.contains(ToFileName(serial))) continue;
     strays += (strays.empty() ? "" : ", ") + serial + " (" + warnings.begin()->first + ")";
     last = serial;
   }

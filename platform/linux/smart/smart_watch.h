@@ -4,6 +4,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -45,7 +46,7 @@ class SmartWatch {
   Gap DescribeGap(const std::string& device, DriveKind kind, const DriveRecord& drive) const;
   void NoteUnwatched(Gap gap, const std::string& disk);
   static Trouble ToTrouble(const Gap& gap);
-  bool FitsADisk(const std::string& serial, std::span<const std::string> blockDevices) const;
+  std::set<std::string> ListSerialNumbers(std::span<const std::string> blockDevices) const;
 
   std::map<std::string, DriveWarnings> records_;  // by serial number
   std::optional<SnapshotState> state_;
