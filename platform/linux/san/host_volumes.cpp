@@ -30,10 +30,8 @@ bool HasCrashed(const Mount& mount) {
     if (layer.starts_with("md") && JudgeMd(ReadMdArray(layer), true) == Health::Danger)
       signs.deviceFailed = true;
   if (mount.type.starts_with("ext") && !stack.layers.empty()) {
-    std::string text;
     const Ext4Errors errors = ReadExt4Errors(stack.layers.front());
-    if (errors.count > 0) ReadSmallFile(BelowRoot("/proc/stat").c_str(), 1 << 18, text);
-    signs.errorsStoppedIt = errors.count > 0 && ErrorsStoppedIt(mount, errors, ParseBootTime(text));
+    signs.errorsStoppedIt = errors.count > 0 && ErrorsStoppedIt(mount, errors, ReadBootTime());
   }
   return signs.Any();
 }

@@ -37,7 +37,7 @@ bool IsLowCapacityWriteOn() {
 
 struct LunEvidence {
   bool isConfigured = true;    // the kernel has it; false: only the saved configuration does
-  bool hasStorage = true;      // its file or device is there and not empty
+  bool hasStorage = true;      // its file or device is there, not empty, and not too short
   bool isHostCrashed = false;  // the file system that holds its file has stopped working
   bool isEnabled = true;       // the kernel exports it
   bool isThin = false;         // its file has fewer bytes on disk than the LUN promises
@@ -60,7 +60,7 @@ void ReadBacking(const Lun& lun, LunEvidence& evidence) {
   } else if (S_ISBLK(status.st_mode)) {
     evidence.hasStorage = !ReadStack(status.st_rdev).gone;
   } else {
-    evidence.hasStorage = status.st_size > 0;
+    evidence.hasStorage = status.st_size > 0 && status.st_size >= lun.size;
     evidence.isThin = std::int64_t{status.st_blocks} * 512 < status.st_size;
   }
 }

@@ -18,7 +18,9 @@ Lun ReadLun(const std::string& object) {
   Lun lun;
   lun.name = LastComponent(object);
   lun.backing = Attribute(object + "/udev_path");
-  if (lun.backing.empty()) lun.backing = ParseBackingPath(Attribute(object + "/info"));
+  const std::string info = Attribute(object + "/info");
+  if (lun.backing.empty()) lun.backing = ParseBackingPath(info);
+  lun.size = ParseSize(info);
   lun.isEnabled = Attribute(object + "/enable") != "0" &&
                   Attribute(object + "/statistics/scsi_lu/status") != "notavailable";
   return lun;
@@ -64,7 +66,7 @@ void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::st
       if (object.empty()) continue;
       const auto backing = backings.find(object);
       byObject[object] = {std::string(LastComponent(object)),
-                          backing != backings.end() ? backing->second : "", true};
+                          backing != backings.end() ? backing->second : "", true, 0};
     }
   }
 }
@@ -117,6 +119,14 @@ std::string ParseBackingPath(std::string_view info) {
   if (begin == std::string_view::npos || end == std::string_view::npos || end < begin) return {};
   const std::string_view path = info.substr(begin + kBefore.size(), end - begin - kBefore.size());
   return std::string(path.substr(0, path.find_last_not_of(' ') + 1));
+}
+
+std::int64_t ParseSize(std::string_view info) {
+  constexpr std::string_view kBefore = " Size: ";
+  const std::size_t begin = info.rfind(kBefore);
+  if (begin == info.npos) return 0;
+  const std::string_view rest = info.substr(begin + kBefore.size());
+  return ToNumber(rest.substr(0, rest.find_first_not_of("0123456789"))).value_or(0);
 }
 
 }  // namespace linux_platform

@@ -2,6 +2,7 @@
 // restored at the next boot.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,7 @@ struct Lun {
   std::string name;     // of the object: "lun1"
   std::string backing;  // the path of its file or device; "" for memory and the like
   bool isEnabled = true;
+  std::int64_t size = 0;  // what it promises, in bytes; 0 when that is not known
 };
 
 struct Target {
@@ -30,5 +32,7 @@ bool ParseSavedLuns(std::string_view text, std::vector<Lun>& luns);
 
 // The path in an object's "info" text: "... File: /volume1/a b.img  Size: 67108864 ...".
 std::string ParseBackingPath(std::string_view info);
+// The size in it; 0 without one.
+std::int64_t ParseSize(std::string_view info);
 
 }  // namespace linux_platform
