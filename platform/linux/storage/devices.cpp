@@ -66,6 +66,7 @@ const DiskFacts& Devices::GetFacts(const std::string& disk) {
   facts = ReadDiskFacts(disk, esataPorts_);
   facts.carriesSystem = CarriesSystem(disk);
   facts.mountedAsMedia = facts.ata && IsMountedAsMedia(disk);
+  facts.externalPort = facts.mountedAsMedia && HasExternalPort(facts.path);
   return facts;
 }
 

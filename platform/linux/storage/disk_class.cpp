@@ -1,6 +1,8 @@
 #include "platform/linux/storage/disk_class.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/storage/udev_marks.h"
@@ -24,11 +26,24 @@ bool HasUsbHub(std::string_view path) {
   return hub != std::string_view::npos && path.find_first_of("0123456789", hub) == hub + 4;
 }
 
+bool HasExternalPort(std::string_view path) {
+  constexpr std::int64_t kLeadsOut = std::int64_t{1} << 21;
+  const std::size_t host = path.find("/host");
+  if (host == path.npos) return false;
+  const std::string_view name = path.substr(host + 1, path.find('/', host + 1) - host - 1);
+  const std::string command = Attribute(Sys("/class/scsi_host/", name, "/ahci_port_cmd"));
+  std::int64_t bits = 0;
+  std::from_chars(command.data(), command.data() + command.size(), bits, 16);
+  return (bits & kLeadsOut) != 0;
+}
+
 DiskClass ClassifyDisk(const DiskFacts& facts) {
   if (facts.carriesSystem) return DiskClass::Internal;
   if (facts.memoryCard) return DiskClass::SdCard;
   if (facts.usb) return facts.cardReader ? DiskClass::SdCard : DiskClass::Usb;
-  if (facts.ata && (facts.markedEsata || facts.mountedAsMedia)) return DiskClass::Esata;
+  // A desktop mounts the disks of the machine below /media, too.
+  const bool leadsOut = facts.mountedAsMedia && facts.externalPort;
+  if (facts.ata && (facts.markedEsata || leadsOut)) return DiskClass::Esata;
   return DiskClass::Internal;
 }
 

@@ -17,6 +17,7 @@ struct DiskFacts {
   bool ata = false;
   bool markedEsata = false;     // VELA_BAY=esata, its port in `esata.ports`, or UDISKS_SYSTEM=0
   bool mountedAsMedia = false;  // below /media or /run/media
+  bool externalPort = false;    // its controller says so
   bool carriesSystem = false;   // holds /, /boot, /var or swap
 
   bool offline = false;  // a SCSI disk that the kernel has given up: all that is asked of it fails
@@ -28,6 +29,10 @@ struct DiskFacts {
 
 // A disk that carries the system is internal wherever it is connected.
 DiskClass ClassifyDisk(const DiskFacts& facts);
+
+// Whether the AHCI controller marks the port of the disk whose folder in /sys is `path` as one that
+// leads out of the machine.
+bool HasExternalPort(std::string_view path);
 
 // Whether a device's folder in /sys lies below a root hub: "/usb2/".
 bool HasUsbHub(std::string_view path);

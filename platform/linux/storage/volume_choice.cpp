@@ -67,7 +67,8 @@ bool MayBeVolume(const Mount& mount, bool skipRoot) {
   if (HasWord(mount.options, "ro") || (skipRoot && target == "/")) return false;
   if (target.size() >= sizeof VELA::ZRT::STORAGE_MANAGER::SpaceRecord::path) return false;
   const auto isBelow = [target](std::string_view folder) { return IsBelow(target, folder); };
-  return std::ranges::none_of(kBoot, isBelow) && std::ranges::none_of(kProgramsOwn, isBelow);
+  if (std::ranges::any_of(kBoot, isBelow)) return false;
+  return IsBelow(target, "/run/media") || std::ranges::none_of(kProgramsOwn, isBelow);
 }
 
 VolumeChoice ChooseVolumes(const Mounts& mounts, bool skipRoot,
