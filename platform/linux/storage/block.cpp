@@ -4,8 +4,11 @@
 #include <sys/sysmacros.h>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/disk_class.h"
 
 namespace linux_platform {
 namespace {
@@ -14,6 +17,44 @@ constexpr int kDeepest = 8;  // layers of mapping; a loop in a broken tree ends 
 
 void AddOnce(std::vector<std::string>& names, std::string name) {
   if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+}
+
+// Parts of a mapping that can do without one of them, or tells by itself that it cannot.
+bool IsOneOfSeveral(const std::string& folder) {
+  const std::string name = Attribute(Within(folder, "dm/name"));
+  const auto has = [&name](const char* part) { return name.find(part) != name.npos; };
+  return std::ranges::any_of(
+      std::array{"_rimage_", "_rmeta_", "_mimage_", "_mlog", "_cdata", "_cmeta", "_cvol"}, has);
+}
+
+bool HasPaths(const std::string& folder) {
+  const std::string uuid = Attribute(Within(folder, "dm/uuid"));
+  return uuid.starts_with("mpath-") || uuid.starts_with("DMRAID-");
+}
+
+void Descend(const std::string& folder, Stack& stack, int depth);
+
+// `below`: the names in the folder's slaves/. The link to a disk that was pulled stays, and leads
+// nowhere.
+void DescendAll(const std::string& folder, const std::vector<std::string>& below, Stack& stack,
+                int depth) {
+  std::size_t lost = 0;
+  for (const std::string& name : below) {
+    const std::string next = LinkTarget(Concatenate(folder, "/slaves/", name));
+    if (next.empty()) continue;
+    const bool wasGone = std::exchange(stack.gone, false);
+    if (PathExists(next)) {
+      Descend(next, stack, depth + 1);
+      if (stack.gone && !IsOneOfSeveral(next)) ++lost;
+    } else {
+      ++lost;
+      // A stick is nobody's loss; a disk of this machine is, and stays one of its disks.
+      if (!HasUsbHub(next)) AddOnce(stack.disks, name);
+    }
+    stack.gone = wasGone;
+  }
+  if (lost == 0 || LastComponent(folder).starts_with("md")) return;
+  if (lost == below.size() || !HasPaths(folder)) stack.gone = true;
 }
 
 void Descend(const std::string& folder, Stack& stack, int depth) {
@@ -29,12 +70,8 @@ void Descend(const std::string& folder, Stack& stack, int depth) {
     Descend(folder.substr(0, folder.rfind('/')), stack, depth + 1);
     return;
   }
-  const std::string slaves = Within(folder, "slaves");
-  const std::vector<std::string> below = NamesIn(slaves);
-  for (const std::string& slave : below) {
-    const std::string next = LinkTarget(Within(slaves, slave));
-    if (!next.empty()) Descend(next, stack, depth + 1);
-  }
+  const std::vector<std::string> below = NamesIn(Within(folder, "slaves"));
+  DescendAll(folder, below, stack, depth);
   if (below.empty()) AddOnce(stack.disks, std::string(name));
 }
 
@@ -47,8 +84,8 @@ Stack ReadStackFrom(const std::string& links, std::string_view name) {
     stack.gone = PathExists(links);
     return stack;
   }
-  stack.gone = NumberAttribute(Within(folder, "size")) == 0;
   Descend(folder, stack, 0);
+  if (NumberAttribute(Within(folder, "size")) == 0) stack.gone = true;
   return stack;
 }
 
