@@ -96,8 +96,13 @@ Ext4Errors ReadExt4Errors(const std::string& name) {
   const std::string folder = Sys("/fs/ext4/", name);
   Ext4Errors errors;
   errors.count = NumberAttribute(Within(folder, "errors_count")).value_or(0);
-  if (errors.count > 0)
-    errors.last = NumberAttribute(Within(folder, "last_error_time")).value_or(0);
+  if (errors.count == 0) return errors;
+  errors.last = NumberAttribute(Within(folder, "last_error_time")).value_or(0);
+  errors.stops =
+      HasWord(Attribute(BelowRoot("/proc/fs/ext4/", name, "/options")), "errors=remount-ro", "\n");
+  for (const char* which : {"first_error_func", "last_error_func"})
+    if (Attribute(Within(folder, which)) == "ext4_journal_check_start")
+      errors.journalAborted = true;
   return errors;
 }
 
@@ -127,7 +132,10 @@ CrashSigns FindCrashSigns(const Mount& mount) {
 }
 
 bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot) {
-  return mount.type == "ext4" && HasWord(mount.superOptions, "errors=remount-ro") &&
+  // The mount table hides the policy where it is the file system's own.
+  return mount.type == "ext4" &&
+         (errors.stops || errors.journalAborted ||
+          HasWord(mount.superOptions, "errors=remount-ro")) &&
          errors.count > 0 && boot > 0 && errors.last >= boot;
 }
 
@@ -137,6 +145,17 @@ std::int64_t ParseBootTime(const std::string& text) {
   if (line != std::string::npos)
     std::from_chars(text.data() + line + 6, text.data() + text.size(), boot);
   return boot;
+}
+
+std::int64_t ReadBootTime() {
+  constexpr std::int64_t kNoClock = 1'000'000'000;  // a board that has none starts in 1970
+  std::string text;
+  ReadSmallFile(BelowRoot("/proc/stat").c_str(), std::size_t{256} << 10, text);
+  const std::int64_t boot = ParseBootTime(text);
+  // The kernel makes this node as it starts, and nothing changes its time.
+  struct stat node = {};
+  const bool tells = Stat(BelowRoot("/dev/null"), node) && node.st_mtime > kNoClock;
+  return tells ? std::min<std::int64_t>(boot, node.st_mtime) : boot;
 }
 
 }  // namespace linux_platform

@@ -35,10 +35,12 @@ bool HasAnonymousDevice(const Mount& mount);
 // system without a device: ZFS, a network's.
 Stack ReadStackUnder(const Mount& mount);
 
-// Errors counted by ext4 for the device `name`; `last` in seconds since 1970.
+// Errors counted by ext4 for the device `name`; `last` in seconds since 1970, by the clock of then.
 struct Ext4Errors {
   std::int64_t count = 0;
   std::int64_t last = 0;
+  bool stops = false;           // told to take no more writes after an error, in whatever way
+  bool journalAborted = false;  // which stops it, whatever it was told
 };
 Ext4Errors ReadExt4Errors(const std::string& name);
 
@@ -70,10 +72,13 @@ struct CrashSigns {
 
 // The signs that the mount table shows.
 CrashSigns FindCrashSigns(const Mount& mount);
-// errors=remount-ro and an error since `boot` (seconds since 1970).
+// An error since `boot` (seconds since 1970) that this ext4 stops at.
 bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot);
 
 // When the machine was started, from /proc/stat's text; 0 when it does not say.
 std::int64_t ParseBootTime(const std::string& text);
+// The same, by the clock that the machine had at its start where that was set forward since: what
+// was noted in between would seem to be of an earlier boot.
+std::int64_t ReadBootTime();
 
 }  // namespace linux_platform
