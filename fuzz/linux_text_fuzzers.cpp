@@ -22,7 +22,7 @@ using namespace linux_platform;
 void ReadTables(const std::string& text) {
   const Mounts mounts = ParseMountInfo(text);
   const Settings settings(text);
-  const FstabTargets fstab = ParseFstabTargets(text);
+  const FstabTargets fstab = ParseFstab(text).targets;
   std::vector<std::string> paths;
   for (const Mount* mount :
        ChooseVolumes(mounts, false, [](const Mount&) { return true; }).reachable) {

@@ -64,7 +64,8 @@ void SayAll(Source source, State state, const char* remedy, const char* format,
             std::va_list arguments) {
   VELASourceReport& report = GetStatement(source).report;
   if (!Reach(report, state)) return;
-  const bool addsUp = state == State::Unwatched || state == State::Accepted;
+  const bool isRemark = state == State::Read && remedy[0] != '\0';
+  const bool addsUp = isRemark || state == State::Unwatched || state == State::Accepted;
   if (report.reasonCount > 0 && !addsUp) return;
   VELASourceReason reason;
   std::vsnprintf(reason.text, sizeof reason.text, format, arguments);

@@ -77,8 +77,9 @@ constexpr int kSourceCount = static_cast<int>(common::kSourceNames.size());
 
 // Within one request the worst counts: failed, unwatched, accepted, read, absent. A worse state
 // drops the reasons of a better one. Of the same state the first words stay, for later ones
-// usually follow from them; but each different reason for being unwatched is told, as far as
-// there is room. `remedy` is the command, or the words, that lead out; "" where there is none.
+// usually follow from them; but each different reason for being unwatched, and each remark with a
+// remedy, is told as far as there is room. `remedy` is the command, or the words, that lead out; ""
+// where there is none.
 void Say(Source source, State state, const char* remedy, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 void SayRead(Source source);  // and nothing else about it

@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/snapshot_folder.h"
@@ -179,6 +181,27 @@ TEST_F(CollectorTest, HowManyMembersAnArrayIsMeantToHaveIsWhatItOnceHad) {
   EXPECT_EQ(meant(), 1);
   root.Write("/sys/block/md0/md/degraded", "1");
   EXPECT_EQ(meant(), 1) << "grown ahead of its disks";
+}
+
+TEST_F(CollectorTest, WhatALineOfFstabWasIsRememberedWhenItIsGone) {
+  root.Load("storage-that-is-configured");
+  root.Write("/etc/fstab",
+             "UUID=inside /a ext4\nUUID=stick /b ext4\nUUID=was-inside /c ext4\nUUID=no /d ext4\n");
+  const auto remembered = [this] {
+    EXPECT_EQ(Run("--once --part seen"), "");
+    std::ifstream file(root.Path() / "var/lib/vela-platform/seen.json");
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
+  const std::string all =
+      R"({"sources":{"UUID=inside":"inside","UUID=stick":"outside","UUID=was-inside":"inside"}})";
+  EXPECT_EQ(remembered(), all + "\n");
+  for (const char* gone : {"inside", "stick"})
+    std::filesystem::remove(root.Path() / "dev/disk/by-uuid" / gone);
+  std::filesystem::remove_all(root.Path() / "run/vela-platform");
+  EXPECT_EQ(remembered(), all + "\n");
+  Snapshot("seen", SnapshotState::Absent);
+  root.Write("/etc/fstab", "");
+  EXPECT_EQ(remembered(), "") << "no line names it any more";
 }
 
 TEST_F(CollectorTest, AMountThatHangsCostsNoOtherAndIsAskedByOneProcessOnly) {

@@ -76,6 +76,11 @@ void MachineTree::Load(const std::string& name) const {
     if (!line.empty() && line[0] != '#') LoadLine(line, tree);
 }
 
+void MachineTree::AddLine(const std::string& line) const {
+  std::istringstream none;
+  LoadLine(line, none);
+}
+
 void MachineTree::LoadLine(const std::string& line, std::istream& rest) const {
   const std::string root = Path().string();
   std::istringstream words(line[0] == '/' ? line : Resolve(line, root));

@@ -46,6 +46,9 @@ class MachineTree : public TemporaryRoot {
   // Adds what the lines of that machine's "tree" say.
   void Load(const std::string& name) const;
 
+  // The same of one line.
+  void AddLine(const std::string& line) const;
+
   // A whole disk `name` on `bus`, a path below /sys/devices, with `partitions` numbered from 1.
   void Disk(const std::string& name, const std::string& bus, int major, int minor,
             int partitions = 0) const;

@@ -133,10 +133,11 @@ void TellSmart(std::ostream& out) {
   if (smart.watched) out << "SMART: " << SourceReports()["SMART"].Name() << "\n";
 }
 
-// What failed or is not watched, but for capacities: only a real mount has one.
+// What failed or is not watched, but for capacities: only a real mount has one. What is missing.
 void TellSources(std::ostream& out) {
   for (const auto& [name, report] : SourceReports())
-    if (report.state >= 2 && name != "SMART" && !report.reason.starts_with("the capacity of "))
+    if ((report.state >= 2 || name == "volumes") && name != "SMART" && report.reason != "" &&
+        !report.reason.starts_with("the capacity of "))
       out << report.Name() << " " << name << ": " << RoundAge(report.reason) << "\n";
 }
 

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <sys/statvfs.h>
 
+#include "platform/linux/contract/request.h"
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/source_statuses.h"
@@ -104,6 +105,14 @@ TEST(Storage, AVolumeThatIsNotThereOrIsAnotherHasNoCapacity) {
   EXPECT_EQ(VELAVolumeCapWarnPctGet("/no/such"), 0.05F);
 }
 
+TEST(Storage, ABoardWithoutAClockTakesNoErrorOfAnEarlierBootForOneOfNow) {
+  const MachineTree machine("ext4-that-stops-by-itself");
+  const auto isCrashed = [] { return Space::GetOverviewStatus() == "danger"; };
+  EXPECT_TRUE(isCrashed());
+  ASSERT_TRUE(Shell("touch -d @1000 " + (machine.Path() / "dev/null").string()));
+  EXPECT_FALSE(isCrashed());
+}
+
 TEST(Storage, WhatCannotBeReadIsSaid) {
   MachineTree machine;
   std::filesystem::create_directories(machine.Path() / "proc/self/mountinfo");
@@ -112,6 +121,22 @@ TEST(Storage, WhatCannotBeReadIsSaid) {
   EXPECT_EQ(SourceReports()["volumes"].reason, "the mount table could not be read: Is a directory");
   EXPECT_EQ(VLIBCMaxDiskGet(), 0);
   EXPECT_EQ(SourceReports()["disks"].reason, "/sys/block lists no disks");
+}
+
+// Each line as a table of its own; bytes in it are escaped as in a machine's tree.
+TEST(Storage, WhatTablesNameAndIsNotThereIsToldByNameAndIsAsBadAsItsLine) {
+  for (const auto& row : ReadTable("expected-storage", 4)) {
+    SCOPED_TRACE(row[1]);
+    const MachineTree machine("storage-that-is-configured");
+    machine.Write(R"(/dev/disk/by-label/old\x20disk)", "");
+    machine.AddLine(row[0] + " = " + row[1]);
+    const linux_platform::StorageView view = linux_platform::RequestScope()->GetStorage();
+    EXPECT_EQ(Space::GetOverviewStatus(), row[2]);
+    EXPECT_EQ(view.missing.empty() ? "" : view.missing.front().what, row[3]);
+    EXPECT_LE(view.missing.size(), 1U);
+    machine.AddLine("/run/systemd/container = lxc");
+    EXPECT_EQ(Space::GetOverviewStatus(), "normal") << "its tables are of another machine";
+  }
 }
 
 TEST(Storage, OfWhichMappingsOnlyRootKnowsHowTheyAre) {

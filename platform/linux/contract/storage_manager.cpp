@@ -66,6 +66,12 @@ void ReportSmart(const SmartCoverage& smart) {
   if (smart.gaps.empty()) smartGaps.Recovered();
 }
 
+// What is configured and not there, by name: the answer says only how bad that is.
+void TellMissing(const StorageView& view, SourceScope& scope) {
+  for (const MissingStorage& each : view.missing)
+    scope.ReadWithRemark(each.remedy.c_str(), "%s", each.what.c_str());
+}
+
 const StorageView& ReportDisks(Request& request, SourceScope& scope) {
   const StorageView& view = request.GetStorage();
   ReportSmart(view.smart);
@@ -94,6 +100,7 @@ Space::Space(int) : list_(nullptr) {
   const StorageView& view = request->GetStorage();
   const std::string reason = DescribeFailure(view);
   volumeFailures.Report(scope, reason);
+  TellMissing(view, scope);
   if (view.volumes.empty()) return;
   auto records = std::make_unique<SpaceRecord[]>(view.volumes.size());
   for (std::size_t i = 0; i < view.volumes.size(); ++i) {

@@ -35,6 +35,31 @@ void ForEachEntry(const std::string& text, const Visit& visit) {
   while (mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0) visit(entry);
 }
 
+// A disk's name or mark. Not: drives of media, and devices that a network or a file is behind.
+bool NamesDisk(std::string_view source) {
+  constexpr std::string_view kTags[] = {"UUID=", "LABEL=", "PARTUUID=", "PARTLABEL=", "ID="};
+  constexpr std::string_view kOthers[] = {"sr",  "cdrom", "dvd",  "fd",  "loop", "shm",
+                                          "ram", "zram",  "fuse", "nbd", "rbd",  "drbd"};
+  const auto begins = [&source](std::string_view word) { return source.starts_with(word); };
+  if (std::ranges::any_of(kTags, begins)) return true;
+  if (!begins("/dev/")) return false;
+  source.remove_prefix(5);
+  return std::ranges::none_of(kOthers, begins);
+}
+
+// "/" is what the machine runs from: it is there.
+bool OughtToBeMounted(const FstabLine& line) {
+  constexpr const char* kOtherwise[] = {
+      "noauto", "x-systemd.automount", "comment=systemd.automount", "_netdev", "bind", "rbind"};
+  constexpr std::string_view kOtherTypes[] = {"swap", "none", "tmpfs", "overlay"};
+  if (!line.target.starts_with('/') || line.target == "/" || MayHang(line.type)) return false;
+  if (HasWord(line.type, "iso9660") || HasWord(line.type, "udf")) return false;
+  if (std::ranges::find(kOtherTypes, line.type) != std::end(kOtherTypes)) return false;
+  if (std::ranges::any_of(kOtherwise, [&](auto word) { return HasWord(line.options, word); }))
+    return false;
+  return line.type == "zfs" || NamesDisk(line.source);
+}
+
 }  // namespace
 
 Mounts::Mounts(std::vector<Mount> rows) : rows_(std::move(rows)) {
@@ -114,13 +139,27 @@ bool IsOwnMount(const Mount& mount) {
          (mount.type == "btrfs" && HasWord(mount.superOptions, "subvol=" + mount.root));
 }
 
-FstabTargets ParseFstabTargets(const std::string& text) {
-  FstabTargets targets;
-  std::size_t line = 0;
+const Mount* FindMountOf(const Mounts& mounts, std::string_view path) {
+  while (path.starts_with('/')) {
+    if (const Mount* mount = mounts.FindAt(path)) return mount;
+    if (path == "/") break;
+    path = path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+  }
+  return nullptr;
+}
+
+Fstab ParseFstab(const std::string& text) {
+  Fstab fstab;
+  std::size_t place = 0;
   ForEachEntry(text, [&](libmnt_fs* entry) {
-    if (mnt_fs_get_target(entry) != nullptr) targets.try_emplace(mnt_fs_get_target(entry), line++);
+    FstabLine line = {Text(mnt_fs_get_source(entry)), Text(mnt_fs_get_target(entry)),
+                      Text(mnt_fs_get_fstype(entry)), Text(mnt_fs_get_options(entry))};
+    if (line.target.empty()) return;
+    if (line.target.size() > 1 && line.target.ends_with('/')) line.target.pop_back();
+    fstab.targets.try_emplace(line.target, place++);
+    if (OughtToBeMounted(line)) fstab.storage.push_back(std::move(line));
   });
-  return targets;
+  return fstab;
 }
 
 std::vector<std::string> ParseSwaps(const std::string& text) {

@@ -60,10 +60,22 @@ bool MayHang(std::string_view fileSystemType);
 // which may be read-write over a file system that somebody made read-only.
 bool IsOwnMount(const Mount& mount);
 
+// The mount above `path`, or at it, whatever lies between; null without any.
+const Mount* FindMountOf(const Mounts& mounts, std::string_view path);
+
 // The paths of fstab's second column, decoded, each with the place of its first line among the
 // lines; swap areas' "none" is kept.
 using FstabTargets = std::unordered_map<std::string, std::size_t>;
-FstabTargets ParseFstabTargets(const std::string& text);
+struct FstabLine {
+  std::string source;  // "UUID=1", "/dev/md/data", of ZFS "pool/dataset"
+  std::string target;  // decoded, without a slash at its end
+  std::string type, options;
+};
+struct Fstab {
+  FstabTargets targets;
+  std::vector<FstabLine> storage;  // of this machine's own, to be mounted at every start
+};
+Fstab ParseFstab(const std::string& text);
 // The device column of /proc/swaps.
 std::vector<std::string> ParseSwaps(const std::string& text);
 

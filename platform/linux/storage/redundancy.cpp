@@ -13,27 +13,23 @@
 namespace linux_platform {
 namespace {
 
-constexpr std::size_t kTableCap = std::size_t{256} << 10;
-
 bool IsMdDevice(const std::string& name) {
   return name.starts_with("md") && PathExists(Sys("/block/", name, "/md"));
 }
 
-// `tables` holds the text of fstab and mdadm.conf.
-bool IsNamed(const std::string& tables, const std::string& array) {
-  constexpr std::string_view kBlanks = " \t\n";
-  return HasWord(tables, "/dev/" + array, kBlanks) ||
-         HasWord(tables, "/dev/md/" + array.substr(2), kBlanks);
+bool IsNamed(const MdArray& array, const std::vector<ExpectedArray>& tables) {
+  return std::ranges::any_of(tables, [&array](const auto& each) { return IsArray(each, array); });
 }
 
 // An array that does not run ought to, when somebody named it or its members are disks of this
 // machine. The half of another machine's array on a stick has not lost anything here.
-bool OughtToRun(const MdArray& array, const std::string& tables) {
+bool OughtToRun(const MdArray& array, const ExpectedArrays& expected) {
   const auto isInternal = [](const MdMember& member) {
     return member.present && !HasUsbHub(LinkTarget(Sys("/class/block/", member.device)));
   };
   return array.state == "inactive" &&
-         (std::ranges::any_of(array.members, isInternal) || IsNamed(tables, array.name));
+         (std::ranges::any_of(array.members, isInternal) || IsNamed(array, expected.configured) ||
+          IsNamed(array, expected.mounted));
 }
 
 // The array has fewer members in step than places, as its owner wants it: the setting says so; or
@@ -57,31 +53,59 @@ void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
 
 void ReadArrays(const std::vector<std::string>& blockDevices, const std::string& fstab,
                 const Settings& settings, Redundancy& redundancy) {
-  std::string tables;
+  const ExpectedArrays expected = ReadExpectedArrays(fstab);
   for (const std::string& name : blockDevices) {
     if (!IsMdDevice(name)) continue;
-    if (tables.empty()) {
-      ReadSmallFile(BelowRoot("/etc/mdadm/mdadm.conf").c_str(), kTableCap, tables);
-      tables.append("\n").append(fstab);
-    }
     MdArray array = ReadMdArray(name);
-    Health health = JudgeMd(array, OughtToRun(array, tables));
+    Health health = JudgeMd(array, OughtToRun(array, expected));
     if (health == Health::Abnormal && IsAsMeant(array, settings)) health = Health::Normal;
     AddHealth(name, health, redundancy);
     redundancy.arrays.push_back(std::move(array));
   }
+  for (const ExpectedArray& each : expected.configured) {
+    const auto isIt = [&each](const MdArray& array) { return IsArray(each, array); };
+    if (std::ranges::none_of(redundancy.arrays, isIt)) redundancy.missing.push_back(each);
+  }
+}
+
+struct MappingNames {
+  std::string name, uuid;
+};
+
+// The first mapping of which `needs` says so.
+template <typename Needs>
+std::string FindMapping(const std::vector<std::string>& blockDevices, const Needs& needs) {
+  for (const std::string& device : blockDevices) {
+    if (!device.starts_with("dm-")) continue;
+    const std::string folder = Sys("/block/", device, "/dm");
+    const MappingNames mapping = {Attribute(Within(folder, "name")),
+                                  Attribute(Within(folder, "uuid"))};
+    if (needs(mapping)) return mapping.name;
+  }
+  return {};
 }
 
 // The first mapping that nobody watches while the collector says nothing.
 Trouble FindUnwatched(const std::vector<std::string>& blockDevices) {
-  for (const std::string& device : blockDevices) {
-    if (!device.starts_with("dm-")) continue;
-    const std::string folder = Sys("/block/", device, "/dm");
-    const std::string name = Attribute(Within(folder, "name"));
-    if (OnlyRootKnows(name, Attribute(Within(folder, "uuid"))))
-      return MissCollector("only root may ask how " + name + " is");
-  }
-  return {};
+  const std::string name = FindMapping(
+      blockDevices, [](const auto& each) { return OnlyRootKnows(each.name, each.uuid); });
+  return name.empty() ? Trouble() : MissCollector("only root may ask how " + name + " is");
+}
+
+// The group's own list of its disks is for root alone.
+void ReadGroups(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
+  ExpectedSnapshot snapshot;
+  std::string reason;
+  const SnapshotState state = ReadSnapshot(snapshot, reason);
+  redundancy.groups = std::move(snapshot.groups);
+  if (state == SnapshotState::Read || !redundancy.failure.IsNone()) return;
+  redundancy.failure = ToTrouble(state, reason);
+  if (state != SnapshotState::Absent) return;
+  const std::string name =
+      FindMapping(blockDevices, [](const auto& each) { return each.uuid.starts_with("LVM-"); });
+  if (!name.empty())
+    redundancy.failure =
+        MissCollector("only root may ask whether the volume group of " + name + " is whole");
 }
 
 void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
@@ -115,6 +139,7 @@ Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const st
   ReadArrays(blockDevices, fstab, settings, redundancy);
   const auto isMapping = [](const std::string& name) { return name.starts_with("dm-"); };
   if (std::ranges::any_of(blockDevices, isMapping)) ReadMappings(blockDevices, redundancy);
+  ReadGroups(blockDevices, redundancy);
   return redundancy;
 }
 

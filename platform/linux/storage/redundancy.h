@@ -7,6 +7,8 @@
 
 #include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/block.h"
+#include "platform/linux/storage/expected_arrays.h"
+#include "platform/linux/storage/expected_snapshot.h"
 #include "platform/linux/storage/md.h"
 
 namespace linux_platform {
@@ -17,7 +19,9 @@ struct Redundancy {
   std::vector<MdArray> arrays;
   std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
   Health worst = Health::Normal;
-  Trouble failure;  // what the collector could not say of the mappings
+  Trouble failure;                              // what the collector could not say of the mappings
+  std::vector<ExpectedArray> missing;           // of mdadm.conf, and not there
+  std::vector<ExpectedSnapshot::Group> groups;  // of LVM, those that miss a disk
 
   // The worst of the arrays and mappings that are a layer of the stack.
   Health GetHealth(const Stack& stack) const;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/linux/base/memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/storage/zfs.h"
@@ -14,20 +15,26 @@ StorageView ReadStorage(const Settings& settings) {
   MountTable mounts;
   if (!ReadMounts(mounts))
     view.failure = std::string("the mount table could not be read: ") + std::strerror(errno);
-  std::string fstab;
-  ReadSmallFile(BelowRoot("/etc/fstab").c_str(), std::size_t{256} << 10, fstab);
+  static Memo<Fstab> memo;
+  std::string text;
+  ReadSmallFile(BelowRoot("/etc/fstab").c_str(), std::size_t{256} << 10, text);
+  const auto fstab = memo.Of(text, ParseFstab);
   Devices devices(*mounts, settings.List("esata.ports"));
   const std::vector<std::string> blockDevices = ListBlockDevices();
   view.listsDisks = !blockDevices.empty();
 
-  Redundancy redundancy = ReadRedundancy(blockDevices, fstab, settings);
-  InternalVolumes volumes = ReadVolumes(*mounts, settings, fstab, devices, redundancy);
+  Redundancy redundancy = ReadRedundancy(blockDevices, text, settings);
+  view.missing = FindMissing(*mounts, *fstab, devices, redundancy);
+  InternalVolumes volumes =
+      ReadVolumes(*mounts, settings, {fstab->targets, view.missing}, devices, redundancy);
   InternalDisks disks = ReadDisks(devices, blockDevices, redundancy.arrays, volumes.all);
   view.disks = std::move(disks.all);
   view.smart = std::move(disks.smart);
   view.external = ChooseExternal(*mounts, devices);
 
   view.overview = Worse(redundancy.worst, volumes.worst);
+  for (const MissingStorage& missing : view.missing)
+    view.overview = Worse(view.overview, missing.health);
   const std::vector<std::string> pools = ListZpools();
   for (const std::string& pool : pools) view.overview = Worse(view.overview, ReadZpool(pool));
   for (const WholeDisk& disk : view.disks) view.overview = Worse(view.overview, disk.health);

@@ -7,6 +7,7 @@
 #include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/disks.h"
 #include "platform/linux/storage/external_choice.h"
+#include "platform/linux/storage/missing_storage.h"
 #include "platform/linux/storage/volumes.h"
 
 namespace linux_platform {
@@ -19,9 +20,10 @@ struct StorageView {
   bool listsDisks = false;  // there is a /sys to look at
   bool systemCrashed = false;
   Health overview = Health::Normal;  // the worst of all internal arrays, mappings, volumes, disks
-  std::string failure;               // why the mount table could not be read, in words
-  std::string hidden;                // the same of the first volume that nobody may look at
-  Trouble diskFailure;               // with what others say about mappings and pools
+  std::vector<MissingStorage> missing;  // what is configured and not there
+  std::string failure;                  // why the mount table could not be read, in words
+  std::string hidden;                   // the same of the first volume that nobody may look at
+  Trouble diskFailure;                  // with what others say about mappings and pools
 };
 
 // Reads everything. Waits for no other process, opens no device.

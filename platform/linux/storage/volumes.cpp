@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <map>
 
-#include "platform/linux/base/memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
@@ -22,35 +21,48 @@ bool IsExpected(const std::string& target, const FstabTargets& fstab) {
 
 bool IsSystem(const Mount& mount) { return mount.target == "/" || mount.target == "/var"; }
 
-std::int64_t ReadBootTime() {
-  std::string text;
-  ReadSmallFile(BelowRoot("/proc/stat").c_str(), std::size_t{256} << 10, text);
-  return ParseBootTime(text);
-}
-
 class VolumeReader {
  public:
   VolumeReader(const Mounts& mounts, const Settings& settings, Devices& devices,
                const Redundancy& redundancy)
       : mounts_(mounts), settings_(settings), devices_(devices), redundancy_(redundancy) {}
 
-  InternalVolumes Read(const FstabTargets& fstab) {
+  InternalVolumes Read(const ExpectedVolumes& expected) {
+    const FstabTargets& fstab = expected.targets;
     ReadSystem();
     const bool skipRoot = settings_.Yes("volume.skip_root");
     const VolumeChoice choice = ChooseVolumes(
         mounts_, skipRoot, [&](const Mount& mount) { return IsInternal(mount, fstab); });
     if (!choice.hidden.empty()) volumes_.hidden = ExplainHidden(*choice.hidden.front());
+    for (const Mount* mount : choice.reachable) volumes_.all.push_back(Describe(*mount));
+    AddMissing(expected.missing, skipRoot);
     std::vector<std::string> paths;
-    for (const Mount* mount : choice.reachable) {
-      volumes_.all.push_back(Describe(*mount));
-      paths.push_back(mount->target);
-    }
+    for (const InternalVolume& volume : volumes_.all) paths.push_back(volume.path);
     const std::vector<int> numbers = NumberVolumes(paths, fstab, settings_);
     for (std::size_t i = 0; i < numbers.size(); ++i) volumes_.all[i].number = numbers[i];
     return std::move(volumes_);
   }
 
  private:
+  // Nobody else gets the number of what is not mounted.
+  void AddMissing(const std::vector<MissingStorage>& missing, bool skipRoot) {
+    for (const MissingStorage& each : missing) {
+      Mount absent;
+      absent.target = each.path;
+      absent.type = each.type == "auto" ? "ext4" : each.type;
+      const auto isIt = [&each](const InternalVolume& volume) { return volume.path == each.path; };
+      if (each.health != Health::Danger || !MayBeVolume(absent, skipRoot) ||
+          std::ranges::any_of(volumes_.all, isIt))
+        continue;
+      InternalVolume& volume = volumes_.all.emplace_back();
+      volume.path = each.path;
+      volume.type = each.type;
+      volume.warningLevel = GetWarningLevel(settings_, each.path);
+      volume.status = "crashed";
+    }
+    std::ranges::sort(volumes_.all, {}, &InternalVolume::path);
+  }
+
   bool IsInternal(const Mount& mount, const FstabTargets& fstab) {
     const Stack& stack = devices_.GetStack(mount);
     if (stack.gone && stack.disks.empty()) return IsExpected(mount.target, fstab);
@@ -145,11 +157,9 @@ class VolumeReader {
 }  // namespace
 
 InternalVolumes ReadVolumes(const Mounts& mounts, const Settings& settings,
-                            const std::string& fstab, Devices& devices,
+                            const ExpectedVolumes& expected, Devices& devices,
                             const Redundancy& redundancy) {
-  static Memo<FstabTargets> memo;
-  const auto targets = memo.Of(fstab, ParseFstabTargets);
-  return VolumeReader(mounts, settings, devices, redundancy).Read(*targets);
+  return VolumeReader(mounts, settings, devices, redundancy).Read(expected);
 }
 
 }  // namespace linux_platform

@@ -6,6 +6,7 @@
 
 #include "platform/linux/storage/devices.h"
 #include "platform/linux/storage/filesystem.h"
+#include "platform/linux/storage/missing_storage.h"
 #include "platform/linux/storage/redundancy.h"
 
 namespace linux_platform {
@@ -30,9 +31,15 @@ struct InternalVolumes {
   std::string hidden;  // why the first volume that may not be looked at was not, in words
 };
 
-// `devices` are those of `mounts`; `fstab` is the table's text.
+struct ExpectedVolumes {
+  const FstabTargets& targets;
+  const std::vector<MissingStorage>& missing;
+};
+
+// `devices` are those of `mounts`. What is missing and is danger keeps its place and number, and
+// has crashed.
 InternalVolumes ReadVolumes(const Mounts& mounts, const Settings& settings,
-                            const std::string& fstab, Devices& devices,
+                            const ExpectedVolumes& expected, Devices& devices,
                             const Redundancy& redundancy);
 
 }  // namespace linux_platform

@@ -29,6 +29,36 @@ std::vector<std::string> ListZpools() {
   return pools;
 }
 
+std::vector<std::string> ListMissingZpools() {
+  std::string bytes;
+  ReadSmallFile(BelowRoot("/etc/zfs/zpool.cache").c_str(), std::size_t{4} << 20, bytes);
+  std::vector<std::string> pools = ParseZpoolCache(bytes);
+  std::erase_if(
+      pools, [](const std::string& name) { return PathExists(BelowRoot(kPools, name, "/state")); });
+  return pools;
+}
+
+// Four bytes that say how it is packed, a version and flags; then a pair for each pool: its length
+// packed and in memory, the name's length, the name, and what this does not need. A length of 0
+// ends it.
+std::vector<std::string> ParseZpoolCache(std::string_view bytes) {
+  constexpr std::size_t kHeader = 12, kName = 12;
+  const auto number = [&bytes](std::size_t at) {
+    std::size_t value = 0;
+    for (const char c : bytes.substr(at, 4)) value = value << 8 | static_cast<unsigned char>(c);
+    return value;
+  };
+  std::vector<std::string> pools;
+  if (bytes.size() < kHeader || bytes[0] != 1) return pools;
+  for (std::size_t at = kHeader; at + kName <= bytes.size();) {
+    const std::size_t length = number(at), name = number(at + 8);
+    if (length < kName || length > bytes.size() - at || name > length - kName) break;
+    pools.emplace_back(bytes.substr(at + kName, name));
+    at += length;
+  }
+  return pools;
+}
+
 Health ReadZpool(const std::string& pool) {
   const std::string state = BelowRoot(kPools, pool, "/state");
   Health health = JudgeState(Attribute(state));

@@ -1,0 +1,31 @@
+// The arrays that mdadm.conf and fstab name, held against those that the kernel has.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/storage/md.h"
+
+namespace linux_platform {
+
+// One that ought to be there. "/dev/md/data" is an array's name, "/dev/md127" its number.
+struct ExpectedArray {
+  std::string device;  // as it stands there; "" when only the UUID does
+  std::string uuid;    // hexadecimal digits, nothing between them; may be empty
+  std::string name;    // "data" of "name=host:data"; may be empty
+};
+
+// The ARRAY lines of a text in the format of mdadm.conf, but those to be ignored.
+std::vector<ExpectedArray> ParseMdadmConf(std::string_view text);
+// Those lines of this machine's file, and the devices of `fstab`, the table's text.
+struct ExpectedArrays {
+  std::vector<ExpectedArray> configured, mounted;
+};
+ExpectedArrays ReadExpectedArrays(const std::string& fstab);
+
+// Whether it is this array, running or not: by number, by the link that bears its name, or by what
+// its members and udev say of it.
+bool IsArray(const ExpectedArray& expected, const MdArray& array);
+
+}  // namespace linux_platform

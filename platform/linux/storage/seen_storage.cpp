@@ -1,0 +1,49 @@
+#include "platform/linux/storage/seen_storage.h"
+
+#include "common/json_reader.h"
+#include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
+
+namespace linux_platform {
+namespace {
+
+constexpr const char *kSources = "sources", *kInside = "inside", *kOutside = "outside";
+
+}  // namespace
+
+Seen SeenStorage::Find(const std::string& source) const {
+  const auto found = isInside.find(source);
+  if (found == isInside.end()) return Seen::Never;
+  return found->second ? Seen::Inside : Seen::Outside;
+}
+
+Json::Value SeenStorage::ToJson() const {
+  Json::Value members(Json::objectValue);
+  Json::Value& sources = members[kSources] = Json::Value(Json::objectValue);
+  for (const auto& [source, inside] : isInside) sources[source] = inside ? kInside : kOutside;
+  return members;
+}
+
+SeenStorage SeenStorage::FromJson(const Json::Value& document) {
+  SeenStorage seen;
+  const Json::Value* sources = common::FindMember(document, kSources);
+  if (sources == nullptr || !sources->isObject()) return seen;
+  for (const std::string& source : sources->getMemberNames()) {
+    const std::string where = common::TextMember(*sources, source.c_str());
+    if (where == kInside || where == kOutside) seen.isInside[source] = where == kInside;
+  }
+  return seen;
+}
+
+SeenStorage ReadSeenStorage() {
+  std::string text;
+  Json::Value document;
+  const std::string path =
+      BelowRoot(kMemoryFolder, Concatenate("/", SeenStorage::kSource, ".json"));
+  if (ReadSmallFile(path.c_str(), kSnapshotCap, text) != ReadResult::Read ||
+      !common::ParseJson(text, document) || !document.isObject())
+    return {};
+  return SeenStorage::FromJson(document);
+}
+
+}  // namespace linux_platform

@@ -1,0 +1,30 @@
+// What the lines of fstab stood for when they were last there: the collector's memory "seen", which
+// outlives restarts. It tells a disk that is lost from a stick that lies in a drawer.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include <json/value.h>
+
+namespace linux_platform {
+
+constexpr const char* kMemoryFolder = "/var/lib/vela-platform";
+
+enum class Seen { Never, Inside, Outside };
+
+struct SeenStorage {
+  static constexpr const char* kSource = "seen";
+
+  std::map<std::string, bool> isInside;  // by the line's source, "UUID=1": a disk of this machine
+
+  Seen Find(const std::string& source) const;
+
+  Json::Value ToJson() const;
+  static SeenStorage FromJson(const Json::Value& document);
+};
+
+// Nothing in it when there is none, or it cannot be read.
+SeenStorage ReadSeenStorage();
+
+}  // namespace linux_platform
