@@ -10,9 +10,11 @@
 #include "platform/linux/services/cluster_snapshot.h"
 #include "platform/linux/services/web_server_snapshot.h"
 #include "platform/linux/smart/smart_snapshot.h"
+#include "platform/linux/storage/expected_snapshot.h"
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 #include "platform/linux/storage/program_mount_snapshot.h"
+#include "platform/linux/storage/seen_storage.h"
 #include "platform/linux/ups/nut_configuration.h"
 
 namespace linux_platform {
@@ -20,7 +22,7 @@ namespace linux_platform {
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 10> kParts = {{
+constexpr std::array<Part, 12> kParts = {{
     {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
     {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
     {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
@@ -29,6 +31,10 @@ constexpr std::array<Part, 10> kParts = {{
     {SmartSnapshot::kSource, "what smartd knows of the drives", seconds(10), CollectSmart},
     {MappingSnapshot::kSource, "mirrors, pools, caches and paths of the device mapper", seconds(10),
      CollectDeviceMapper},
+    {SeenStorage::kSource, "which storage of fstab is a disk of this machine", seconds(10),
+     CollectSeenStorage, true},
+    {ExpectedSnapshot::kSource, "volume groups that miss a disk", seconds(10),
+     CollectExpectedStorage},
     {WebServerSnapshot::kSource, "the web server's test of its configuration", seconds(10),
      CollectWebServer},
     {ClusterSnapshot::kSource, "how the Pacemaker cluster is doing", seconds(10), CollectCluster},

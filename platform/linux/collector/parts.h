@@ -17,6 +17,7 @@ struct Part {
   // Null when the machine has no such source; else an object with the source's members,
   // or with "error" alone, in words.
   Json::Value (*collect)();
+  bool isMemory = false;  // kept in kMemoryFolder and over restarts; no snapshot
 };
 
 std::span<const Part> AllParts();
@@ -39,6 +40,10 @@ Json::Value CollectMd();
 Json::Value CollectSmart();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
+// What the lines of fstab stand for, and stood for when they were last there.
+Json::Value CollectSeenStorage();
+// What only root may read of what ought to be there: volume groups that miss a disk.
+Json::Value CollectExpectedStorage();
 // The web server's test of its configuration, when systemd finds something wrong with it.
 Json::Value CollectWebServer();
 // The cluster's state, through the program crm_mon.

@@ -12,6 +12,7 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/snapshot_folder.h"
+#include "platform/linux/storage/seen_storage.h"
 
 namespace linux_platform {
 namespace {
@@ -53,7 +54,16 @@ Json::Value AddLastKnown(Json::Value now, Json::Value before) {
   return before;
 }
 
+bool Remember(const Part& part, const Json::Value& members) {
+  PrintFailures(part, members, {});
+  if (members.isMember(kError) || WriteMemory(part.name, members)) return true;
+  std::cerr << "vela-platform-collect: " << kMemoryFolder << "/" << part.name
+            << ".json could not be written: " << std::strerror(errno) << "\n";
+  return false;
+}
+
 bool Store(const Part& part, Json::Value members) {
+  if (part.isMemory) return Remember(part, members);
   Json::Value before = ReadLastSnapshot(part.name);
   PrintFailures(part, members, before);
   if (members.isNull()

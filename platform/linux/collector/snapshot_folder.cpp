@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <ctime>
 
 #include "common/json_reader.h"
@@ -10,6 +11,7 @@
 #include "platform/linux/base/replace_file.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
+#include "platform/linux/storage/seen_storage.h"
 
 namespace linux_platform {
 namespace {
@@ -36,6 +38,16 @@ Json::Value ReadLastSnapshot(const std::string& source) {
       !common::ParseJson(text, last) || common::TextMember(last, kBootId) != BootId())
     return {};
   return last;
+}
+
+bool WriteMemory(const std::string& source, const Json::Value& members) {
+  const std::string folder = BelowRoot(kMemoryFolder), path = folder + "/" + source + ".json";
+  if (members.isNull()) return RemoveFile(path) || errno == ENOENT;
+  const std::string text = common::WriteCompact(members) + "\n";
+  std::string before;
+  if (ReadSmallFile(path.c_str(), kSnapshotCap, before) == ReadResult::Read && before == text)
+    return true;  // a disk need not wake for it
+  return MakeFolder(folder, 0755) && ReplaceFile(path, text);
 }
 
 std::optional<Descriptor> TakeLock(const std::string& name) {

@@ -25,6 +25,10 @@ bool RemoveSnapshot(const std::string& source);
 // What was last written in this boot, of whatever age; null when there is nothing readable.
 Json::Value ReadLastSnapshot(const std::string& source);
 
+// Replaces <source>.json in kMemoryFolder, where it is to be another; null keeps nothing there.
+// False: errno says why.
+bool WriteMemory(const std::string& source, const Json::Value& members);
+
 // Held by one process at a time for as long as it lives, even when it is killed but stuck
 // in the kernel. Nothing when another one holds it. A user who may not write into the
 // folder gets one that keeps nobody away, as does one who finds no lock of his own there.
