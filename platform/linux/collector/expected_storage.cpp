@@ -29,14 +29,13 @@ std::set<std::string> ListPhysicalVolumes() {
 }  // namespace
 
 Json::Value CollectSeenStorage() {
-  std::string text;
-  ReadSmallFile(BelowRoot("/etc/fstab").c_str(), std::size_t{256} << 10, text);
   MountTable mounts;
   ReadMounts(mounts);
   Devices devices(*mounts, {});
   const SeenStorage before = ReadSeenStorage();
   SeenStorage seen;
-  for (const FstabLine& line : ParseFstab(text).storage) {
+  const auto fstab = ReadFstab();
+  for (const FstabLine& line : fstab->storage) {
     if (const auto inside = IsInside(line.source, devices))
       seen.isInside[line.source] = *inside;
     else if (const Seen known = before.Find(line.source); known != Seen::Never)

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "platform/linux/base/file_memo.h"
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
@@ -55,9 +56,9 @@ std::string ToKernelName(std::string_view device) {
 
 }  // namespace
 
-std::vector<ExpectedArray> ParseMdadmConf(std::string_view text) {
+std::vector<ExpectedArray> ParseMdadmConf(const std::string& text) {
   std::vector<ExpectedArray> arrays;
-  std::istringstream lines{std::string(text)};
+  std::istringstream lines(text);
   std::string whole;
   for (std::string line; std::getline(lines, line);) {
     // One that begins with a blank goes on with the last.
@@ -72,18 +73,9 @@ std::vector<ExpectedArray> ParseMdadmConf(std::string_view text) {
   return arrays;
 }
 
-ExpectedArrays ReadExpectedArrays(const std::string& fstab) {
-  ExpectedArrays expected;
-  std::string text;
-  constexpr std::size_t kCap = std::size_t{256} << 10;
-  if (ReadSmallFile(BelowRoot("/etc/mdadm/mdadm.conf").c_str(), kCap, text) == ReadResult::Missing)
-    ReadSmallFile(BelowRoot("/etc/mdadm.conf").c_str(), kCap, text);
-  expected.configured = ParseMdadmConf(text);
-  std::istringstream lines(fstab);
-  for (std::string line, source; std::getline(lines, line);)
-    if (std::istringstream(line) >> source && source.starts_with("/dev/md"))
-      expected.mounted.push_back({source, "", ""});
-  return expected;
+std::shared_ptr<const std::vector<ExpectedArray>> ReadMdadmConf() {
+  static FileMemo<std::vector<ExpectedArray>> memo;
+  return memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), std::size_t{256} << 10, ParseMdadmConf);
 }
 
 bool IsArray(const ExpectedArray& expected, const MdArray& array) {

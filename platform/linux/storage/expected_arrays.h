@@ -1,6 +1,7 @@
 // The arrays that mdadm.conf and fstab name, held against those that the kernel has.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,12 +18,9 @@ struct ExpectedArray {
 };
 
 // The ARRAY lines of a text in the format of mdadm.conf, but those to be ignored.
-std::vector<ExpectedArray> ParseMdadmConf(std::string_view text);
-// Those lines of this machine's file, and the devices of `fstab`, the table's text.
-struct ExpectedArrays {
-  std::vector<ExpectedArray> configured, mounted;
-};
-ExpectedArrays ReadExpectedArrays(const std::string& fstab);
+std::vector<ExpectedArray> ParseMdadmConf(const std::string& text);
+// Those of /etc/mdadm/mdadm.conf below the root: parsed when it has changed.
+std::shared_ptr<const std::vector<ExpectedArray>> ReadMdadmConf();
 
 // Whether it is this array, running or not: by number, by the link that bears its name, or by what
 // its members and udev say of it.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <memory>
 
+#include "platform/linux/base/file_memo.h"
 #include "platform/linux/base/memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
@@ -157,9 +158,15 @@ Fstab ParseFstab(const std::string& text) {
     if (line.target.empty()) return;
     if (line.target.size() > 1 && line.target.ends_with('/')) line.target.pop_back();
     fstab.targets.try_emplace(line.target, place++);
+    if (line.source.starts_with("/dev/md")) fstab.arrays.push_back(line.source);
     if (OughtToBeMounted(line)) fstab.storage.push_back(std::move(line));
   });
   return fstab;
+}
+
+std::shared_ptr<const Fstab> ReadFstab() {
+  static FileMemo<Fstab> memo;
+  return memo.Of(BelowRoot("/etc/fstab"), std::size_t{256} << 10, ParseFstab);
 }
 
 std::vector<std::string> ParseSwaps(const std::string& text) {

@@ -73,9 +73,12 @@ struct FstabLine {
 };
 struct Fstab {
   FstabTargets targets;
-  std::vector<FstabLine> storage;  // of this machine's own, to be mounted at every start
+  std::vector<FstabLine> storage;   // of this machine's own, to be mounted at every start
+  std::vector<std::string> arrays;  // "/dev/md0", "/dev/md/data", also of lines for other times
 };
 Fstab ParseFstab(const std::string& text);
+// /etc/fstab below the root: parsed when it has changed.
+std::shared_ptr<const Fstab> ReadFstab();
 // The device column of /proc/swaps.
 std::vector<std::string> ParseSwaps(const std::string& text);
 

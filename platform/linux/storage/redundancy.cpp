@@ -23,13 +23,12 @@ bool IsNamed(const MdArray& array, const std::vector<ExpectedArray>& tables) {
 
 // An array that does not run ought to, when somebody named it or its members are disks of this
 // machine. The half of another machine's array on a stick has not lost anything here.
-bool OughtToRun(const MdArray& array, const ExpectedArrays& expected) {
+bool OughtToRun(const MdArray& array, const std::vector<ExpectedArray>& tables) {
   const auto isInternal = [](const MdMember& member) {
     return member.present && !HasUsbHub(LinkTarget(Sys("/class/block/", member.device)));
   };
   return array.state == "inactive" &&
-         (std::ranges::any_of(array.members, isInternal) || IsNamed(array, expected.configured) ||
-          IsNamed(array, expected.mounted));
+         (std::ranges::any_of(array.members, isInternal) || IsNamed(array, tables));
 }
 
 // The array has fewer members in step than places, as its owner wants it: the setting says so; or
@@ -51,18 +50,20 @@ void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
   redundancy.worst = Worse(redundancy.worst, health);
 }
 
-void ReadArrays(const std::vector<std::string>& blockDevices, const std::string& fstab,
+void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                 const Settings& settings, Redundancy& redundancy) {
-  const ExpectedArrays expected = ReadExpectedArrays(fstab);
+  const auto configured = ReadMdadmConf();
+  std::vector<ExpectedArray> tables = *configured;
+  for (const std::string& device : fstab.arrays) tables.push_back({device, "", ""});
   for (const std::string& name : blockDevices) {
     if (!IsMdDevice(name)) continue;
     MdArray array = ReadMdArray(name);
-    Health health = JudgeMd(array, OughtToRun(array, expected));
+    Health health = JudgeMd(array, OughtToRun(array, tables));
     if (health == Health::Abnormal && IsAsMeant(array, settings)) health = Health::Normal;
     AddHealth(name, health, redundancy);
     redundancy.arrays.push_back(std::move(array));
   }
-  for (const ExpectedArray& each : expected.configured) {
+  for (const ExpectedArray& each : *configured) {
     const auto isIt = [&each](const MdArray& array) { return IsArray(each, array); };
     if (std::ranges::none_of(redundancy.arrays, isIt)) redundancy.missing.push_back(each);
   }
@@ -133,7 +134,7 @@ Health Redundancy::GetHealth(const Stack& stack) const {
   return worstLayer;
 }
 
-Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab,
+Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                           const Settings& settings) {
   Redundancy redundancy;
   ReadArrays(blockDevices, fstab, settings, redundancy);

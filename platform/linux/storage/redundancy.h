@@ -10,6 +10,7 @@
 #include "platform/linux/storage/expected_arrays.h"
 #include "platform/linux/storage/expected_snapshot.h"
 #include "platform/linux/storage/md.h"
+#include "platform/linux/storage/mounts.h"
 
 namespace linux_platform {
 
@@ -27,9 +28,9 @@ struct Redundancy {
   Health GetHealth(const Stack& stack) const;
 };
 
-// `blockDevices` as from ListBlockDevices; `fstab` is the table's text. The mappings' health comes
+// `blockDevices` as from ListBlockDevices; The mappings' health comes
 // from the collector: they answer only root, and may block.
-Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const std::string& fstab,
+Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                           const Settings& settings);
 
 }  // namespace linux_platform

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "platform/linux/base/memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/storage/zfs.h"
@@ -15,15 +14,12 @@ StorageView ReadStorage(const Settings& settings) {
   MountTable mounts;
   if (!ReadMounts(mounts))
     view.failure = std::string("the mount table could not be read: ") + std::strerror(errno);
-  static Memo<Fstab> memo;
-  std::string text;
-  ReadSmallFile(BelowRoot("/etc/fstab").c_str(), std::size_t{256} << 10, text);
-  const auto fstab = memo.Of(text, ParseFstab);
+  const auto fstab = ReadFstab();
   Devices devices(*mounts, settings.List("esata.ports"));
   const std::vector<std::string> blockDevices = ListBlockDevices();
   view.listsDisks = !blockDevices.empty();
 
-  Redundancy redundancy = ReadRedundancy(blockDevices, text, settings);
+  Redundancy redundancy = ReadRedundancy(blockDevices, *fstab, settings);
   view.missing = FindMissing(*mounts, *fstab, devices, redundancy);
   InternalVolumes volumes =
       ReadVolumes(*mounts, settings, {fstab->targets, view.missing}, devices, redundancy);

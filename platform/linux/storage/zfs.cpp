@@ -4,6 +4,7 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/linux/base/file_memo.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/sysfs.h"
 
@@ -30,9 +31,9 @@ std::vector<std::string> ListZpools() {
 }
 
 std::vector<std::string> ListMissingZpools() {
-  std::string bytes;
-  ReadSmallFile(BelowRoot("/etc/zfs/zpool.cache").c_str(), std::size_t{4} << 20, bytes);
-  std::vector<std::string> pools = ParseZpoolCache(bytes);
+  static FileMemo<std::vector<std::string>> memo;
+  std::vector<std::string> pools =
+      *memo.Of(BelowRoot("/etc/zfs/zpool.cache"), std::size_t{4} << 20, ParseZpoolCache);
   std::erase_if(
       pools, [](const std::string& name) { return PathExists(BelowRoot(kPools, name, "/state")); });
   return pools;
@@ -41,7 +42,8 @@ std::vector<std::string> ListMissingZpools() {
 // Four bytes that say how it is packed, a version and flags; then a pair for each pool: its length
 // packed and in memory, the name's length, the name, and what this does not need. A length of 0
 // ends it.
-std::vector<std::string> ParseZpoolCache(std::string_view bytes) {
+std::vector<std::string> ParseZpoolCache(const std::string& text) {
+  const std::string_view bytes = text;
   constexpr std::size_t kHeader = 12, kName = 12;
   const auto number = [&bytes](std::size_t at) {
     std::size_t value = 0;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/linux/base/trouble.h"
@@ -16,7 +15,7 @@ std::vector<std::string> ListZpools();
 // The pools of ZFS's cache file, which it imports at every start, that are not imported.
 std::vector<std::string> ListMissingZpools();
 // The names in such a file, a packed list in XDR; none of what is no such list.
-std::vector<std::string> ParseZpoolCache(std::string_view bytes);
+std::vector<std::string> ParseZpoolCache(const std::string& text);
 
 // From the pool's state in /proc/spl/kstat/zfs; one that is not ONLINE is read again after 10 ms,
 // for the state flickers while a pool changes. At least Abnormal while the event daemon's hook
