@@ -1,5 +1,7 @@
-// What a platform reports of its sources within one request.
+// What a platform reports of its sources within one request, and its notes.
 #include "platform/status/source_status.h"
+
+#include "platform/status/notes.h"
 
 #include <sstream>
 #include <thread>
@@ -67,6 +69,27 @@ TEST(SourceStatus, TheTimesOfASourceAddUp) {
   VELASourceReport report = {};
   VELAPlatformSources(&report, 1);
   EXPECT_GE(report.microseconds, 30'000U);
+}
+
+TEST(Notes, AreKeptOnceInOrderUpToTheirRoomAndForgottenByAReset) {
+  VELAPlatformSourcesReset();
+  const std::string key(40, 'k'), part(100, 'p'), command(200, 'c');
+  AddNote(key.c_str(), part, 7, 9, command.c_str());
+  AddNote(key.c_str(), part, 8, 9, "");
+  for (int i = 1; i <= kVELANotes; ++i) AddNote("spare", "nvme" + std::to_string(i), i, 0, "");
+  VELANote notes[kVELANotes] = {};
+  EXPECT_EQ(CopyNotes(notes, 2), kVELANotes);
+  EXPECT_EQ(notes[0].key + std::string(notes[0].part) + notes[0].command,
+            key.substr(0, 31) + part.substr(0, 95) + command.substr(0, 159));
+  EXPECT_EQ(notes[0].figure * 10 + notes[0].mark, 79);
+  EXPECT_STREQ(notes[1].part, "nvme1");
+  EXPECT_STREQ(notes[2].key, "") << "beyond the capacity";
+  EXPECT_EQ(CopyNotes(notes, kVELANotes), kVELANotes);
+  EXPECT_STREQ(notes[kVELANotes - 1].part, "nvme15");
+  VELAPlatformSourcesReset();
+  AddNote("clock", "", 0, 0, "");
+  EXPECT_EQ(CopyNotes(notes, kVELANotes), 1);
+  EXPECT_STREQ(notes[0].command, "") << "nothing is left of an older note";
 }
 
 }  // namespace

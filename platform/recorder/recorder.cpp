@@ -17,6 +17,7 @@
 #include "platform/recorder/recording.h"
 #include "platform/simulator/scenario_writer.h"
 #include "platform/simulator/simulator.h"
+#include "platform/status/notes.h"
 #include "platform/status/source_status.h"
 
 namespace recorder {
@@ -49,7 +50,7 @@ int HostName(char* name, std::size_t size) {
 
 int SystemRecord(struct sysinfo* record) {
   const int result = operatingSystem->sysinfo(record);
-  Recording().uptime = result == 0 ? std::optional<long>(record->uptime) : std::nullopt;
+  Recording().uptime = result == 0 ? std::optional<std::int64_t>(record->uptime) : std::nullopt;
   return result;
 }
 
@@ -96,6 +97,19 @@ void RecordSources(simulator::Machine& machine) {
   }
 }
 
+// Nor may it have notes.
+void RecordNotes(simulator::Machine& machine) {
+  const auto copyNotes =
+      reinterpret_cast<decltype(&VELAPlatformNotes)>(dlsym(platform, "VELAPlatformNotes"));
+  if (copyNotes == nullptr) return;
+  std::array<VELANote, kVELANotes> notes = {};
+  const int count = copyNotes(notes.data(), kVELANotes);
+  for (int i = 0; i < std::min(count, kVELANotes); ++i) {
+    const VELANote& note = notes[static_cast<std::size_t>(i)];
+    machine.notes.push_back({note.key, note.part, note.figure, note.mark, note.command});
+  }
+}
+
 }  // namespace
 
 simulator::Machine& Recording() {
@@ -129,6 +143,7 @@ const char* VELARecorderState(const char* why) {
   static std::string state;
   simulator::Machine machine = Recording();
   RecordSources(machine);
+  RecordNotes(machine);
   state = simulator::WriteScenario(machine, why);
   return state.c_str();
 }

@@ -75,6 +75,14 @@ struct StatedStatus {
 };
 using Sources = std::map<std::string, StatedStatus, std::less<>>;
 
+// A note beside the answer, with the fields of VELANote.
+struct StatedNote {
+  std::string key, part;
+  std::int64_t figure = 0, mark = 0;
+  std::string command;
+  bool operator==(const StatedNote&) const = default;
+};
+
 // None for a word that names no state.
 std::optional<source_status::State> FindState(std::string_view name);
 // Says it of the source of the running request.
@@ -124,8 +132,8 @@ struct Machine {
 
   // --- Operating system; none: cannot be read.
   std::optional<std::string> hostName = "vela";
-  std::optional<long> uptime = 93784;  // seconds
-  MemoryFile securityScan;             // the result file
+  std::optional<std::int64_t> uptime = 93784;  // seconds
+  MemoryFile securityScan;                     // the result file
 
   // --- Error state after a failed call.
   unsigned errorCode = 0x0100;
@@ -191,6 +199,7 @@ struct Machine {
 
   // --- The status of the sources; by default what the calls that were answered amount to.
   Sources sources;
+  std::vector<StatedNote> notes;  // beside the answer
 
   Ledger ledger;
 };

@@ -57,7 +57,7 @@ int SystemRecord(struct sysinfo* record) {
     errno = EFAULT;
     return -1;
   }
-  record->uptime = *machine.uptime;
+  record->uptime = static_cast<long>(*machine.uptime);
   return 0;
 }
 

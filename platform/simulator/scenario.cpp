@@ -10,6 +10,7 @@
 #include "common/json_marks.h"
 #include "common/json_writer.h"
 #include "platform/simulator/scenario_fields.h"
+#include "platform/status/notes.h"
 
 namespace simulator {
 namespace {
@@ -20,6 +21,14 @@ std::string ListStates() {
   for (const auto& [state, name] : source_status::kStateNames)
     words.append(state == source_status::kStateNames.front().state ? "" : ", ").append(name);
   return words;
+}
+
+// A note's field has room for `size` bytes, one of which ends the text.
+void ExpectToFit(const ObjectReader& reader, const char* name, const std::string& text,
+                 std::size_t least, std::size_t size) {
+  if (text.size() >= least && text.size() < size) return;
+  reader.Fail(name,
+              "a text of " + std::to_string(least) + " to " + std::to_string(size - 1) + " bytes");
 }
 
 // Fills the fields of `Object` from the members of the same name.
@@ -85,11 +94,21 @@ class FieldReader {
         ReadSource(members, common::SourceName(static_cast<source_status::Source>(source)), target);
     });
   }
+  void Read(const char* name, std::vector<StatedNote>& target) {
+    reader_.Read(name, target, [](ObjectReader& reader, StatedNote& note) {
+      ReadFields(reader, note);
+      ExpectToFit(reader, "key", note.key, 1, sizeof VELANote::key);
+      ExpectToFit(reader, "part", note.part, 0, sizeof VELANote::part);
+      ExpectToFit(reader, "command", note.command, 0, sizeof VELANote::command);
+    });
+    if (target.size() > kVELANotes)
+      reader_.Fail(name, "a list of at most " + std::to_string(kVELANotes));
+  }
   static void ReadSource(ObjectReader& members, const char* key, Sources& target) {
     if (members.Take(key) == nullptr) return;
     members.Read(key, [&](ObjectReader& reader) {
       ReadFields(reader, target[key]);
-      if (!FindState(target[key].state)) reader.Fail(*reader.Take("state"), "state", ListStates());
+      if (!FindState(target[key].state)) reader.Fail("state", ListStates());
     });
   }
 

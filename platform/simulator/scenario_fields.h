@@ -68,6 +68,15 @@ void Describe(Fields& fields, std::type_identity<StatedStatus>) {
 }
 
 template <typename Fields>
+void Describe(Fields& fields, std::type_identity<StatedNote>) {
+  fields("key", &StatedNote::key);
+  fields("part", &StatedNote::part);
+  fields("figure", &StatedNote::figure);
+  fields("mark", &StatedNote::mark);
+  fields("command", &StatedNote::command);
+}
+
+template <typename Fields>
 void DescribeHardware(Fields& hardware) {
   hardware("delay", &Machine::delay);
   hardware("fails", &Machine::hardwareFails);
@@ -147,6 +156,7 @@ void Describe(Fields& fields, std::type_identity<Machine>) {
     san.Document("output", &Machine::sanOutput);
   });
   fields("sources", &Machine::sources);
+  fields("notes", &Machine::notes);
 }
 
 }  // namespace simulator

@@ -28,7 +28,7 @@ const Json::Value* ObjectReader::Take(const char* name) {
 
 const Json::Value* ObjectReader::TakeArray(const char* name) {
   const Json::Value* member = Take(name);
-  if (member != nullptr && !member->isArray()) Fail(*member, name, "a list");
+  if (member != nullptr && !member->isArray()) Fail(name, "a list");
   return member;
 }
 
@@ -46,6 +46,11 @@ void ObjectReader::Fail(const Json::Value& member, const char* name,
   text_.Fail(member.getOffsetStart(), "\"" + path_ + name + "\" must be " + expected);
 }
 
+void ObjectReader::Fail(const char* name, const std::string& expected) const {
+  const Json::Value* member = object_.find(name, name + std::strlen(name));
+  Fail(member != nullptr ? *member : object_, name, expected);
+}
+
 template <typename Number>
 void ObjectReader::ReadInteger(const char* name, Number& target) {
   const Json::Value* member = Take(name);
@@ -58,44 +63,43 @@ void ObjectReader::ReadInteger(const char* name, Number& target) {
                 member->asInt64() <= static_cast<Json::Int64>(most)
           : member->isUInt64() && member->asUInt64() <= static_cast<Json::UInt64>(most);
   if (!fits)
-    Fail(*member, name,
-         "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    Fail(name, "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
   target = static_cast<Number>(std::numeric_limits<Number>::is_signed
                                    ? static_cast<std::uint64_t>(member->asInt64())
                                    : member->asUInt64());
 }
 
 void ObjectReader::Read(const char* name, int& target) { ReadInteger(name, target); }
-void ObjectReader::Read(const char* name, long& target) { ReadInteger(name, target); }
 void ObjectReader::Read(const char* name, unsigned& target) { ReadInteger(name, target); }
 void ObjectReader::Read(const char* name, std::uint8_t& target) { ReadInteger(name, target); }
+void ObjectReader::Read(const char* name, std::int64_t& target) { ReadInteger(name, target); }
 void ObjectReader::Read(const char* name, std::uint64_t& target) { ReadInteger(name, target); }
 
 void ObjectReader::Read(const char* name, bool& target) {
   const Json::Value* member = Take(name);
   if (member == nullptr) return;
-  if (!member->isBool()) Fail(*member, name, "true or false");
+  if (!member->isBool()) Fail(name, "true or false");
   target = member->asBool();
 }
 
 void ObjectReader::Read(const char* name, float& target) {
   const Json::Value* member = Take(name);
   if (member == nullptr) return;
-  if (!member->isNumeric()) Fail(*member, name, "a number");
+  if (!member->isNumeric()) Fail(name, "a number");
   target = member->asFloat();
 }
 
 void ObjectReader::Read(const char* name, std::string& target) {
   const Json::Value* member = Take(name);
   if (member == nullptr) return;
-  if (!member->isString()) Fail(*member, name, "a text");
+  if (!member->isString()) Fail(name, "a text");
   target = member->asString();
 }
 
 void ObjectReader::Read(const char* name, std::map<std::string, std::string, std::less<>>& target) {
   const Json::Value* member = Take(name);
   if (member == nullptr) return;
-  if (!member->isObject()) Fail(*member, name, "an object of texts");
+  if (!member->isObject()) Fail(name, "an object of texts");
   for (auto entry = member->begin(); entry != member->end(); ++entry) {
     if (entry->isNull())
       target.erase(entry.name());

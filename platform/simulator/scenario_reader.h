@@ -33,9 +33,9 @@ class ObjectReader {
 
   void Read(const char* name, bool& target);
   void Read(const char* name, int& target);
-  void Read(const char* name, long& target);
   void Read(const char* name, unsigned& target);
   void Read(const char* name, std::uint8_t& target);
+  void Read(const char* name, std::int64_t& target);
   void Read(const char* name, std::uint64_t& target);
   void Read(const char* name, float& target);
   void Read(const char* name, std::string& target);
@@ -80,6 +80,8 @@ class ObjectReader {
   void Finish() const;
   [[noreturn]] void Fail(const Json::Value& member, const char* name,
                          const std::string& expected) const;
+  // Names the line of the member; of one that is not there, the object's.
+  [[noreturn]] void Fail(const char* name, const std::string& expected) const;
 
  private:
   template <typename Number>

@@ -5,6 +5,7 @@
 
 #include "platform/simulator/machine.h"
 #include "platform/simulator/scenario.h"
+#include "platform/status/notes.h"
 
 struct VELASimulatedMachine {
   simulator::Machine machine;
@@ -23,6 +24,13 @@ void VELASimulatorClose(VELASimulatedMachine* machine) { delete machine; }
 
 void VELASimulatorEnter(VELASimulatedMachine* machine) {
   simulator::Enter(machine != nullptr ? &machine->machine : nullptr);
+}
+
+int VELAPlatformNotes(VELANote* notes, int capacity) {
+  for (const simulator::StatedNote& note : simulator::Simulated().notes)
+    source_status::AddNote(note.key.c_str(), note.part, note.figure, note.mark,
+                           note.command.c_str());
+  return source_status::CopyNotes(notes, capacity);
 }
 
 int VELASimulatorOwed(const VELASimulatedMachine* machine) {

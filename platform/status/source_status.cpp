@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/status/notes.h"
+
 namespace source_status {
 namespace {
 
@@ -139,6 +141,7 @@ void SourceScope::Failed(const char* remedy, const char* format, ...) {
 void VELAPlatformSourcesReset(void) {
   source_status::statements = {};
   source_status::accepted = {};
+  source_status::ForgetNotes();
 }
 
 int VELAPlatformSources(VELASourceReport* reports, int capacity) {

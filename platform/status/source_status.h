@@ -61,7 +61,7 @@ struct VELASourceReport {
 static_assert(sizeof(VELASourceReport) == 24 + 3 * 400);
 
 extern "C" {
-// Forgets what this thread's sources reported, and what is accepted.
+// Forgets what this thread's sources reported, what is accepted, and the notes.
 __attribute__((visibility("default"))) void VELAPlatformSourcesReset(void);
 // Copies up to `capacity` reports, in a fixed order, and returns how many sources there are.
 __attribute__((visibility("default"))) int VELAPlatformSources(VELASourceReport* reports,
