@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include "platform/linux/base/file_memo.h"
@@ -73,20 +75,31 @@ std::vector<ExpectedArray> ParseMdadmConf(const std::string& text) {
   return arrays;
 }
 
-std::shared_ptr<const std::vector<ExpectedArray>> ReadMdadmConf() {
+std::vector<ExpectedArray> ReadMdadmConf() {
   static FileMemo<std::vector<ExpectedArray>> memo;
-  return memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), std::size_t{256} << 10, ParseMdadmConf);
+  constexpr std::size_t kCap = std::size_t{256} << 10;
+  std::vector<ExpectedArray> arrays =
+      *memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), kCap, ParseMdadmConf);
+  const std::string folder = BelowRoot("/etc/mdadm/mdadm.conf.d");
+  std::string text;
+  for (const std::string& name : NamesIn(folder)) {
+    if (!name.ends_with(".conf")) continue;
+    ReadSmallFile(Within(folder, name).c_str(), kCap, text);
+    std::ranges::move(ParseMdadmConf(text), std::back_inserter(arrays));
+  }
+  return arrays;
 }
 
 bool IsArray(const ExpectedArray& expected, const MdArray& array) {
   if (!expected.device.empty() && ToKernelName(expected.device) == array.name) return true;
-  // udev does not look at an array before it runs, but at its members as they come.
-  const bool runs = array.state != "inactive";
-  if (!runs && array.members.empty()) return false;
-  const std::string& told = runs ? array.name : array.members.front().device;
-  const std::string uuid = ToUuid(ReadUdevPropertyOf(told, runs ? "MD_UUID" : "ID_FS_UUID"));
+  // udev does not look at an array before it runs, but at its members as they come. At a firmware's
+  // container, which never runs, it does; of the members of that it knows nothing.
+  std::string uuid = ToUuid(ReadUdevPropertyOf(array.name, "MD_UUID"));
+  const bool isTold = !uuid.empty() || array.members.empty();
+  const std::string& told = isTold ? array.name : array.members.front().device;
+  if (!isTold) uuid = ToUuid(ReadUdevPropertyOf(told, "ID_FS_UUID"));
   if (!expected.uuid.empty() && !uuid.empty()) return uuid == expected.uuid;
-  const std::string name = ReadUdevPropertyOf(told, runs ? "MD_NAME" : "ID_FS_LABEL");
+  const std::string name = ReadUdevPropertyOf(told, isTold ? "MD_NAME" : "ID_FS_LABEL");
   return !name.empty() && (SkipHost(name) == expected.name ||
                            Concatenate(kNamed, SkipHost(name)) == expected.device);
 }

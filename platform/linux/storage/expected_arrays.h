@@ -1,7 +1,6 @@
 // The arrays that mdadm.conf and fstab name, held against those that the kernel has.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,8 +18,9 @@ struct ExpectedArray {
 
 // The ARRAY lines of a text in the format of mdadm.conf, but those to be ignored.
 std::vector<ExpectedArray> ParseMdadmConf(const std::string& text);
-// Those of /etc/mdadm/mdadm.conf below the root: parsed when it has changed.
-std::shared_ptr<const std::vector<ExpectedArray>> ReadMdadmConf();
+// Those of /etc/mdadm/mdadm.conf below the root, parsed when it has changed, and of the files that
+// lie in mdadm.conf.d.
+std::vector<ExpectedArray> ReadMdadmConf();
 
 // Whether it is this array, running or not: by number, by the link that bears its name, or by what
 // its members and udev say of it.

@@ -59,7 +59,9 @@ bool IsContainer(const Mounts& mounts) {
   return root != nullptr && !IsOwnMount(*root);
 }
 
-bool IsArrayNode(std::string_view node) { return node.starts_with("/dev/md"); }
+bool IsArrayNode(std::string_view node) {
+  return node.starts_with("/dev/md") || node.starts_with("/dev/disk/by-id/md-");
+}
 
 // "/volume1"
 bool IsNumberedVolume(std::string_view path) {
@@ -137,6 +139,7 @@ class Finder {
   Seen Remember(const std::string& source) {
     if (const auto inside = IsInside(source, devices_))
       return *inside ? Seen::Inside : Seen::Outside;
+    if (source.starts_with("/dev/disk/by-id/usb-")) return Seen::Outside;
     if (!seen_) seen_ = ReadSeenStorage();
     return seen_->Find(source);
   }

@@ -52,8 +52,8 @@ void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
 
 void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                 const Settings& settings, Redundancy& redundancy) {
-  const auto configured = ReadMdadmConf();
-  std::vector<ExpectedArray> tables = *configured;
+  const std::vector<ExpectedArray> configured = ReadMdadmConf();
+  std::vector<ExpectedArray> tables = configured;
   for (const std::string& device : fstab.arrays) tables.push_back({device, "", ""});
   for (const std::string& name : blockDevices) {
     if (!IsMdDevice(name)) continue;
@@ -63,7 +63,7 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab
     AddHealth(name, health, redundancy);
     redundancy.arrays.push_back(std::move(array));
   }
-  for (const ExpectedArray& each : *configured) {
+  for (const ExpectedArray& each : configured) {
     const auto isIt = [&each](const MdArray& array) { return IsArray(each, array); };
     if (std::ranges::none_of(redundancy.arrays, isIt)) redundancy.missing.push_back(each);
   }
