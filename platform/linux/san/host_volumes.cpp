@@ -7,7 +7,6 @@
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
-#include "platform/linux/storage/block.h"
 #include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/md.h"
 
@@ -21,11 +20,14 @@ bool IsUnreadable(const std::string& target) {
   return root ? fstat(root.Get(), &status) != 0 && errno == EIO : errno == EIO;
 }
 
-bool HasCrashed(const Mount& mount) {
+}  // namespace
+
+bool HostVolumes::HasCrashed(const Mount& mount) {
   CrashSigns signs = FindCrashSigns(mount);
-  const Stack stack = ReadStackUnder(mount);
+  const Stack& stack = devices_.GetStack(mount);
   signs.unreadable = IsUnreadable(BelowRoot(mount.target));
-  signs.deviceGone = stack.gone;
+  signs.deviceGone = stack.gone || devices_.IsOffline(stack);
+  signs.deviceFailed = devices_.GetBtrfsHealth(mount) == Health::Danger;
   for (const std::string& layer : stack.layers)
     if (layer.starts_with("md") && JudgeMd(ReadMdArray(layer), true) == Health::Danger)
       signs.deviceFailed = true;
@@ -35,8 +37,6 @@ bool HasCrashed(const Mount& mount) {
   }
   return signs.Any();
 }
-
-}  // namespace
 
 const HostVolume* HostVolumes::FindVolume(std::string_view path) {
   if (!path.starts_with('/')) return nullptr;
@@ -52,7 +52,7 @@ const HostVolume* HostVolumes::FindVolume(std::string_view path) {
   }
 }
 
-HostVolume HostVolumes::ReadVolume(const Mount& mount) const {
+HostVolume HostVolumes::ReadVolume(const Mount& mount) {
   HostVolume volume;
   volume.path = mount.target;
   volume.mayHang = MayHang(mount.type) || mounts_->FindHangingParent(mount) != nullptr;

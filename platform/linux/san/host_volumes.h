@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/storage/devices.h"
 #include "platform/linux/storage/filesystem.h"
 #include "platform/linux/storage/mounts.h"
 
@@ -24,7 +25,8 @@ struct HostVolume {
 
 class HostVolumes {
  public:
-  explicit HostVolumes(MountTable mounts) : mounts_(std::move(mounts)) {}
+  explicit HostVolumes(MountTable mounts)
+      : mounts_(std::move(mounts)), devices_(*mounts_, {}) {}
   HostVolumes(const HostVolumes&) = delete;
   HostVolumes& operator=(const HostVolumes&) = delete;
 
@@ -35,9 +37,11 @@ class HostVolumes {
   const std::map<std::string, HostVolume>& GetVolumes() const { return volumes_; }
 
  private:
-  HostVolume ReadVolume(const Mount& mount) const;
+  HostVolume ReadVolume(const Mount& mount);
+  bool HasCrashed(const Mount& mount);
 
   MountTable mounts_;
+  Devices devices_;
   std::map<std::string, HostVolume> volumes_;
 };
 

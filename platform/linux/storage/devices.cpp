@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
 namespace {
@@ -27,16 +28,27 @@ const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
   FileSystem& found = place->second;
   if (!isNew) return found;
   found.stack = ReadStackUnder(mount);
-  if (mount.type != "btrfs" || found.stack.layers.empty()) return found;
-
-  if (!btrfs_) btrfs_ = ReadBtrfs();
-  const auto whole = btrfs_->find(found.stack.layers.front());
-  if (whole == btrfs_->end()) return found;
-  found.btrfs = whole->second->health;
-  found.full = whole->second->full;
-  for (const std::string& member : whole->second->members)
-    Join(found.stack, ReadStack(std::string_view(member)));
+  if (mount.type == "btrfs") AddMembers(mount, found);
   return found;
+}
+
+// The mount's source is one of the members, and may be the one that is gone.
+void Devices::AddMembers(const Mount& mount, FileSystem& found) {
+  if (!btrfs_) btrfs_ = ReadBtrfs();
+  Stack& stack = found.stack;
+  const auto whole = btrfs_->find(
+      stack.layers.empty() ? std::string(LastComponent(mount.source)) : stack.layers.front());
+  if (whole == btrfs_->end()) return;
+  const Btrfs& btrfs = *whole->second;
+  std::size_t lost = 0;
+  for (const std::string& member : btrfs.members) {
+    const Stack below = ReadStack(std::string_view(member));
+    Join(stack, below);
+    if (below.gone) ++lost;
+  }
+  stack.gone = lost == btrfs.members.size();
+  found.full = btrfs.full;
+  found.btrfs = Worse(btrfs.health, JudgeLoss(btrfs, lost));
 }
 
 const Stack& Devices::GetStack(const Mount& mount) { return GetFileSystem(mount).stack; }

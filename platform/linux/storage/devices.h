@@ -50,6 +50,7 @@ class Devices {
     auto operator<=>(const Key&) const = default;
   };
   const FileSystem& GetFileSystem(const Mount& mount);
+  void AddMembers(const Mount& mount, FileSystem& found);
   void FindSystemDisks();
   bool IsMountedAsMedia(const std::string& disk);
 

@@ -112,6 +112,7 @@ BtrfsMembers ReadBtrfs() {
   for (const std::string& uuid : NamesIn(all)) {
     const std::string folder = all + uuid, infos = folder + "/devinfo";
     const auto btrfs = std::make_shared<Btrfs>();
+    btrfs->folder = folder;
     btrfs->members = NamesIn(folder + "/devices");
     for (const std::string& info : NamesIn(infos))
       if (HasTrouble(Within(infos, info))) btrfs->health = Health::Abnormal;
@@ -119,6 +120,21 @@ BtrfsMembers ReadBtrfs() {
     for (const std::string& member : btrfs->members) members.try_emplace(member, btrfs);
   }
   return members;
+}
+
+Health JudgeLoss(const Btrfs& btrfs, std::size_t lost) {
+  constexpr std::pair<const char*, std::size_t> kSpares[] = {
+      {"single", 0}, {"dup", 0},   {"raid0", 0},   {"raid1", 1},  {"raid10", 1},
+      {"raid5", 1},  {"raid6", 2}, {"raid1c3", 2}, {"raid1c4", 3}};
+  if (lost == 0) return Health::Normal;
+  for (const char* kind : {"data", "metadata", "system"})
+    for (const auto& [profile, spare] : kSpares) {
+      // One that holds nothing is left over from when the file system was made or converted.
+      const std::string used =
+          Concatenate(btrfs.folder, "/allocation/", kind, "/") + profile + "/used_bytes";
+      if (lost > spare && NumberAttribute(used).value_or(0) > 0) return Health::Danger;
+    }
+  return Health::Abnormal;
 }
 
 CrashSigns FindCrashSigns(const Mount& mount) {

@@ -49,7 +49,10 @@ struct Btrfs {
   Health health = Health::Normal;
   std::vector<std::string> members;  // kernel names
   bool full = false;                 // nothing can be written, whatever room there is for data
+  std::string folder;                // in /sys
 };
+// What it is once so many of its members are gone since it was mounted, which it does not tell.
+Health JudgeLoss(const Btrfs& btrfs, std::size_t lost);
 // Every btrfs that is mounted, by each of its members.
 using BtrfsMembers = std::map<std::string, std::shared_ptr<const Btrfs>>;
 BtrfsMembers ReadBtrfs();
