@@ -14,9 +14,12 @@ namespace linux_platform {
 namespace {
 
 // A device that is gone does not tell any more whether it was a disk in its bay or a stick
-// that somebody pulled out.
+// that somebody pulled out: "/volume1" was one, "/volumeUSB1" the other.
 bool IsExpected(const std::string& target, const FstabTargets& fstab) {
-  return target == "/" || target.starts_with("/volume") || fstab.contains(target);
+  constexpr std::string_view kVolume = "/volume";
+  const bool numbered = target.starts_with(kVolume) && target.size() > kVolume.size() &&
+                        isdigit(static_cast<unsigned char>(target[kVolume.size()])) != 0;
+  return target == "/" || numbered || fstab.contains(target);
 }
 
 bool IsSystem(const Mount& mount) { return mount.target == "/" || mount.target == "/var"; }
