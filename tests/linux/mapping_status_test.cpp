@@ -40,9 +40,4 @@ TEST(MappingStatus, TheWorstTargetCountsAndOtherTextsAreNotUnderstood) {
   }
 }
 
-TEST(MappingStatus, APartThatLvmCouldNotFindIsDangerOutsideOfMirrors) {
-  for (const auto& row : ReadTable("missing-parts", 3))
-    EXPECT_EQ(JudgeMissingPart(row[0], row[1]).has_value(), row[2] == "danger") << row[0];
-}
-
 }  // namespace

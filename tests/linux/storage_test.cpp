@@ -142,6 +142,8 @@ TEST(Storage, WhatTablesNameAndIsNotThereIsToldByNameAndIsAsBadAsItsLine) {
 TEST(Storage, OfWhichMappingsOnlyRootKnowsHowTheyAre) {
   for (const auto& row : ReadTable("mappings-of-root", 3))
     EXPECT_EQ(linux_platform::OnlyRootKnows(row[0], row[1]), row[2] == "root") << row[0];
+  for (const auto& row : ReadTable("missing-parts", 3))
+    EXPECT_EQ(linux_platform::IsMissingPart(row[0], row[1]), row[2] == "danger") << row[0];
 }
 
 }  // namespace

@@ -25,4 +25,9 @@ void LogOnce::Report(source_status::SourceScope& scope, const Trouble& trouble) 
     Tell(scope, trouble);
 }
 
+void LogOnce::Report(source_status::SourceScope& scope, const std::vector<Trouble>& troubles) {
+  for (const Trouble& trouble : troubles) Tell(scope, trouble);
+  if (troubles.empty()) Recovered();
+}
+
 }  // namespace linux_platform

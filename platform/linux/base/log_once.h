@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include "platform/linux/base/trouble.h"
 #include "platform/status/source_status.h"
@@ -22,6 +23,7 @@ class LogOnce {
   void Recovered() { failing_.store(false, std::memory_order_relaxed); }
   // Tells the trouble; Recovered for none.
   void Report(source_status::SourceScope& scope, const Trouble& trouble);
+  void Report(source_status::SourceScope& scope, const std::vector<Trouble>& troubles);
 
  private:
   const char *what_, *remedy_;

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace linux_platform {
 
@@ -19,5 +20,10 @@ struct Trouble {
   bool unwatched = false;  // nobody watches what is there or configured; else it failed
   std::string remedy;      // of the unwatched
 };
+
+// Unless it is none.
+inline void AddTrouble(Trouble trouble, std::vector<Trouble>& troubles) {
+  if (!trouble.IsNone()) troubles.push_back(std::move(trouble));
+}
 
 }  // namespace linux_platform

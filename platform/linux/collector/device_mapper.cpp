@@ -48,7 +48,10 @@ std::string_view GetUuid(dm_task* task) {
 
 // The mapping with the worst of its targets; nothing when none has a health of its own.
 std::optional<MappingStatus> JudgeTargets(dm_task* task, const std::string& name) {
-  if (auto missing = JudgeMissingPart(name, GetUuid(task))) return missing;
+  if (IsMissingPart(name, GetUuid(task)))
+    return MappingStatus{.kind = "missing",
+                         .health = Health::Danger,
+                         .why = "the physical volume that held it is missing"};
   std::vector<MappingTarget> targets;
   void* next = nullptr;
   do {

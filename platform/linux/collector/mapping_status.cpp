@@ -147,15 +147,6 @@ bool IsNearlyFull(std::uint64_t used, std::uint64_t total) {
   return total > 0 && static_cast<double>(used) >= static_cast<double>(total) * kNearlyFull;
 }
 
-std::optional<MappingStatus> JudgeMissingPart(std::string_view name, std::string_view uuid) {
-  if (!uuid.starts_with("LVM-") || uuid.find("-missing_") == uuid.npos) return std::nullopt;
-  for (const std::string_view part : {"_rimage_", "_rmeta_", "_mimage_", "_mlog"})
-    if (name.find(part) != name.npos) return std::nullopt;
-  return MappingStatus{.kind = "missing",
-                       .health = Health::Danger,
-                       .why = "the physical volume that held it is missing"};
-}
-
 std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets) {
   std::optional<MappingStatus> worst;
   for (const MappingTarget& target : targets) {

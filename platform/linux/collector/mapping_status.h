@@ -29,11 +29,6 @@ struct MappingTarget {
 // Through libdevmapper's parsers, which ask no kernel.
 std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targets);
 
-// Danger, for a part of a volume that LVM put together without one of its physical volumes: the
-// kernel fails all that is read there. Nothing else, and not a part of a mirror or RAID volume,
-// which says itself what it lacks. `name` below /dev/mapper.
-std::optional<MappingStatus> JudgeMissingPart(std::string_view name, std::string_view uuid);
-
 // 95 % or more.
 bool IsNearlyFull(std::uint64_t used, std::uint64_t total);
 

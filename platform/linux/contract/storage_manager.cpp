@@ -62,8 +62,7 @@ void ReportSmart(const SmartCoverage& smart) {
   if (!smart.watched && smart.gaps.empty()) scope.Absent("no disk here has health values");
   if (!smart.stray.IsNone())
     scope.ReadWithRemark(smart.stray.remedy.c_str(), "%s", smart.stray.reason.c_str());
-  for (const Trouble& gap : smart.gaps) smartGaps.Tell(scope, gap);
-  if (smart.gaps.empty()) smartGaps.Recovered();
+  smartGaps.Report(scope, smart.gaps);
 }
 
 // What is configured and not there, by name: the answer says only how bad that is.
@@ -76,7 +75,7 @@ const StorageView& ReportDisks(Request& request, SourceScope& scope) {
   const StorageView& view = request.GetStorage();
   ReportSmart(view.smart);
   if (!view.listsDisks) scope.Absent("/sys/block lists no disks");
-  diskFailures.Report(scope, view.diskFailure);
+  diskFailures.Report(scope, view.diskFailures);
   return view;
 }
 

@@ -39,6 +39,8 @@ Mapping MappingFromJson(const Json::Value& entry) {
   return mapping;
 }
 
+constexpr std::string_view kLvm = "LVM-";  // what the UUIDs of its mappings begin with
+
 }  // namespace
 
 Json::Value MappingSnapshot::ToJson() const {
@@ -50,15 +52,22 @@ Json::Value MappingSnapshot::ToJson() const {
 }
 
 bool OnlyRootKnows(std::string_view name, std::string_view uuid) {
-  for (const std::string_view kind : {"mpath-", "VDO-", "CRYPT-INTEGRITY-"})
+  for (const std::string_view kind : {"mpath-", "VDO-", "CRYPT-INTEGRITY-", "DMRAID-"})
     if (uuid.starts_with(kind)) return true;
-  if (!uuid.starts_with("LVM-")) return false;
+  if (!uuid.starts_with(kLvm)) return false;
   // LVM keeps these endings for itself: no volume of a user has them.
   for (const std::string_view part : {"_rimage_", "_mimage_"})
     if (name.find(part) != name.npos) return true;
   for (const std::string_view layer : {"-tpool", "-vpool", "-cdata", "-cvol", "-cow"})
     if (uuid.ends_with(layer)) return true;
-  return uuid.find("-missing_") != uuid.npos;
+  return false;
+}
+
+bool IsMissingPart(std::string_view name, std::string_view uuid) {
+  if (!uuid.starts_with(kLvm) || uuid.find("-missing_") == uuid.npos) return false;
+  for (const std::string_view part : {"_rimage_", "_rmeta_", "_mimage_", "_mlog"})
+    if (name.find(part) != name.npos) return false;
+  return true;
 }
 
 MappingSnapshot MappingSnapshot::FromJson(const Json::Value& document) {

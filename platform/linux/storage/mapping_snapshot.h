@@ -34,7 +34,13 @@ struct MappingSnapshot {
 };
 
 // Whether only root can ask how the mapping is: paths, mirrors, RAID volumes, pools, caches,
-// snapshots, checksums. By what everybody may read of it in /sys: `name` below /dev/mapper, `uuid`.
+// snapshots, checksums, firmware RAID. By what everybody may read of it in /sys: `name` below
+// /dev/mapper, `uuid`.
 bool OnlyRootKnows(std::string_view name, std::string_view uuid);
+
+// Whether it is what LVM makes in the place of a physical volume that it could not find: the kernel
+// fails all that is read there. Not a part of a mirror or RAID volume, which says itself what it
+// lacks.
+bool IsMissingPart(std::string_view name, std::string_view uuid);
 
 }  // namespace linux_platform

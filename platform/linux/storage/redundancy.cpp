@@ -33,14 +33,19 @@ bool OughtToRun(const MdArray& array, const std::vector<ExpectedArray>& tables) 
 
 // The array has fewer members in step than places, as its owner wants it: the setting says so; or
 // the collector has looked at the array when it was made, or has seen it whole with so few.
-bool IsAsMeant(const MdArray& array, const Settings& settings) {
+bool IsAsMeant(const MdArray& array, const Settings& settings, Redundancy& redundancy) {
   const bool empty = HasEmptyPlaces(array);
   if (const auto* meant = settings.Text("array.members." + array.name); empty && meant != nullptr)
     return CountInSync(array) >= ToNumber(meant).value_or(array.disks);
   if (!empty && !LooksLikeFirstBuild(array)) return false;
   MdSnapshot snapshot;
   std::string reason;
-  ReadSnapshot(snapshot, reason);
+  const SnapshotState state = ReadSnapshot(snapshot, reason);
+  const std::string asked = empty ? "how many members " + array.name + " is meant to have"
+                                  : "whether " + array.name + " is being built for the first time";
+  AddTrouble(state == SnapshotState::Absent ? MissCollector("only root may ask " + asked)
+                                            : ToTrouble(state, reason),
+             redundancy.failures);
   return empty ? snapshot.IsMeantToHave(array.name, CountInSync(array))
                : snapshot.MayBeFirstBuild(array.name);
 }
@@ -59,7 +64,8 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab
     if (!IsMdDevice(name)) continue;
     MdArray array = ReadMdArray(name);
     Health health = JudgeMd(array, OughtToRun(array, tables));
-    if (health == Health::Abnormal && IsAsMeant(array, settings)) health = Health::Normal;
+    if (health == Health::Abnormal && IsAsMeant(array, settings, redundancy))
+      health = Health::Normal;
     AddHealth(name, health, redundancy);
     redundancy.arrays.push_back(std::move(array));
   }
@@ -69,53 +75,39 @@ void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab
   }
 }
 
-struct MappingNames {
-  std::string name, uuid;
-};
-
-// The first mapping of which `needs` says so.
-template <typename Needs>
-std::string FindMapping(const std::vector<std::string>& blockDevices, const Needs& needs) {
+// What everybody may see of the mappings, while the collector says nothing: the parts that LVM
+// could not find, and the first mapping that nobody watches then.
+void LookAtMappings(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
+  std::string unwatched;
   for (const std::string& device : blockDevices) {
     if (!device.starts_with("dm-")) continue;
     const std::string folder = Sys("/block/", device, "/dm");
-    const MappingNames mapping = {Attribute(Within(folder, "name")),
-                                  Attribute(Within(folder, "uuid"))};
-    if (needs(mapping)) return mapping.name;
+    const std::string name = Attribute(Within(folder, "name"));
+    const std::string uuid = Attribute(Within(folder, "uuid"));
+    if (IsMissingPart(name, uuid)) AddHealth(device, Health::Danger, redundancy);
+    if (unwatched.empty() && OnlyRootKnows(name, uuid)) unwatched = name;
   }
-  return {};
+  if (!unwatched.empty())
+    redundancy.failures.push_back(MissCollector("only root may ask how " + unwatched + " is"));
 }
 
-// The first mapping that nobody watches while the collector says nothing.
-Trouble FindUnwatched(const std::vector<std::string>& blockDevices) {
-  const std::string name = FindMapping(
-      blockDevices, [](const auto& each) { return OnlyRootKnows(each.name, each.uuid); });
-  return name.empty() ? Trouble() : MissCollector("only root may ask how " + name + " is");
-}
-
-// The group's own list of its disks is for root alone.
-void ReadGroups(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
+// The group's own list of its disks is for root alone. Without the collector it is not read: a
+// plain volume whose disk is gone is seen by everybody.
+void ReadGroups(Redundancy& redundancy) {
   ExpectedSnapshot snapshot;
   std::string reason;
   const SnapshotState state = ReadSnapshot(snapshot, reason);
   redundancy.groups = std::move(snapshot.groups);
-  if (state == SnapshotState::Read || !redundancy.failure.IsNone()) return;
-  redundancy.failure = ToTrouble(state, reason);
-  if (state != SnapshotState::Absent) return;
-  const std::string name =
-      FindMapping(blockDevices, [](const auto& each) { return each.uuid.starts_with("LVM-"); });
-  if (!name.empty())
-    redundancy.failure =
-        MissCollector("only root may ask whether the volume group of " + name + " is whole");
+  AddTrouble(ToTrouble(state, reason), redundancy.failures);
 }
 
 void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redundancy) {
   MappingSnapshot snapshot;
   std::string reason;
   const SnapshotState state = ReadSnapshot(snapshot, reason);
-  redundancy.failure = state == SnapshotState::Read     ? Trouble(snapshot.trouble)
-                       : state == SnapshotState::Absent ? FindUnwatched(blockDevices)
-                                                        : ToTrouble(state, reason);
+  AddTrouble(state == SnapshotState::Read ? Trouble(snapshot.trouble) : ToTrouble(state, reason),
+             redundancy.failures);
+  if (state != SnapshotState::Read) LookAtMappings(blockDevices, redundancy);
   for (const Mapping& mapping : snapshot.mappings) {
     if (mapping.health == Health::Normal) continue;
     const std::string folder = LinkTarget(Sys("/dev/block/", mapping.device));
@@ -140,7 +132,7 @@ Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const Fs
   ReadArrays(blockDevices, fstab, settings, redundancy);
   const auto isMapping = [](const std::string& name) { return name.starts_with("dm-"); };
   if (std::ranges::any_of(blockDevices, isMapping)) ReadMappings(blockDevices, redundancy);
-  ReadGroups(blockDevices, redundancy);
+  ReadGroups(redundancy);
   return redundancy;
 }
 

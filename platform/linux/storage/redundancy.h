@@ -20,7 +20,7 @@ struct Redundancy {
   std::vector<MdArray> arrays;
   std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
   Health worst = Health::Normal;
-  Trouble failure;                              // what the collector could not say of the mappings
+  std::vector<Trouble> failures;                // what the collector could not say of them
   std::vector<ExpectedArray> missing;           // of mdadm.conf, and not there
   std::vector<ExpectedSnapshot::Group> groups;  // of LVM, those that miss a disk
 

@@ -37,8 +37,8 @@ StorageView ReadStorage(const Settings& settings) {
   view.volumes = std::move(volumes.all);
   view.systemCrashed = volumes.systemCrashed;
   view.hidden = std::move(volumes.hidden);
-  view.diskFailure = std::move(redundancy.failure);
-  if (view.diskFailure.IsNone() && !pools.empty()) view.diskFailure = MissZed();
+  view.diskFailures = std::move(redundancy.failures);
+  if (!pools.empty()) AddTrouble(MissZed(), view.diskFailures);
   return view;
 }
 

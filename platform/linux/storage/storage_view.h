@@ -23,7 +23,7 @@ struct StorageView {
   std::vector<MissingStorage> missing;  // what is configured and not there
   std::string failure;                  // why the mount table could not be read, in words
   std::string hidden;                   // the same of the first volume that nobody may look at
-  Trouble diskFailure;                  // with what others say about mappings and pools
+  std::vector<Trouble> diskFailures;    // with what others say about arrays, mappings and pools
 };
 
 // Reads everything. Waits for no other process, opens no device.
