@@ -30,7 +30,7 @@ const char* ChooseText(const VELASourceReport& source) {
   }
 }
 
-void AddLines(const VELASourceReport& source, const Texts& texts, std::vector<SourceLine>& lines) {
+void AddLines(const VELASourceReport& source, const Texts& texts, std::vector<ToldLine>& lines) {
   const char* key = ChooseText(source);
   if (key == nullptr) return;
   const std::string name = NameSource(source, texts);
@@ -69,8 +69,8 @@ std::string JoinNames(const std::vector<std::string>& names, const Texts& texts)
   return list;
 }
 
-std::vector<SourceLine> FormatSourceLines(const SourceReports& sources, const Texts& texts) {
-  std::vector<SourceLine> lines;
+std::vector<ToldLine> FormatSourceLines(const SourceReports& sources, const Texts& texts) {
+  std::vector<ToldLine> lines;
   for (const VELASourceReport& source : sources) AddLines(source, texts, lines);
   return lines;
 }

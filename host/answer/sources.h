@@ -27,12 +27,13 @@ std::string JoinNames(const std::vector<std::string>& names, const Texts& texts)
 // Stands for the reasons that a report had no place for.
 constexpr const char* kMoreReasons = "and more";
 
-struct SourceLine {
-  std::string text;    // "Nobody watches SMART: smartd is not installed"
-  std::string remedy;  // "apt install smartmontools"; may be empty
+// What is told beside the answer.
+struct ToldLine {
+  std::string text;     // "Nobody watches SMART: smartd is not installed"
+  std::string command;  // what mends it, or shows it: "apt install smartmontools"; may be empty
 };
 // One for each reason of a source that was not read, whose owner accepts that, or that was read
 // and has something to mend.
-std::vector<SourceLine> FormatSourceLines(const SourceReports& sources, const Texts& texts);
+std::vector<ToldLine> FormatSourceLines(const SourceReports& sources, const Texts& texts);
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
+#include "host/answer/notes.h"
 #include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
@@ -79,8 +80,9 @@ ExitStatus RunExplain(Session& session) {
                 << style.Severity(Verdict::Unknown, texts.AddColon(texts.FormatUi("unknown")))
                 << ' ' << FormatAnswer(rule, sources, texts) << '\n';
     std::cout << '\n';
-    for (const SourceLine& line : FormatSourceLines(sources, texts))
-      std::cout << style.Source(line);
+    for (const ToldLine& line : FormatSourceLines(sources, texts)) std::cout << style.Source(line);
+    for (const ToldLine& line : FormatNotes(session.GetHost().GetPlatform().ReadNotes(), texts))
+      std::cout << style.Note(line);
     std::cout << style.Faint(FormatSourcesLine(sources, texts)) << '\n';
   }
   return ChooseExitStatus(rule, sources);

@@ -27,7 +27,8 @@ std::string ReadFile(const fs::path& file) {
 std::string MakePage(Session& session, const Explanation& explanation) {
   const fs::path& data = session.GetPlaces().Data();
   const std::string style = ReadFile(data / "www/style.css") + ReadFile(data / "www/report.css");
-  return ReportPage({explanation, session.LanguageCode(), style, FormatLocalTime("%F %R %Z")},
+  return ReportPage({explanation, session.GetHost().GetPlatform().ReadNotes(),
+                     session.LanguageCode(), style, FormatLocalTime("%F %R %Z")},
                     session.GetTexts());
 }
 

@@ -5,6 +5,7 @@
 #include "host/answer/coverage.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
+#include "host/answer/notes.h"
 #include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
@@ -22,7 +23,7 @@ std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& t
   return line;
 }
 
-void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
+void Print(const Answer& answer, const Reply& reply, const Notes& notes, const Texts& texts) {
   const Style style = Style::ForStandardOutput();
   const Verdict verdict = JudgeAnswer(answer.rule, reply.sources);
   std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict)))
@@ -32,8 +33,9 @@ void Print(const Answer& answer, const Reply& reply, const Texts& texts) {
     const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
     std::cout << style.WrapLines(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
   }
-  for (const SourceLine& line : FormatSourceLines(reply.sources, texts))
+  for (const ToldLine& line : FormatSourceLines(reply.sources, texts))
     std::cout << style.Source(line);
+  for (const ToldLine& line : FormatNotes(notes, texts)) std::cout << style.Note(line);
   std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << '\n';
 }
 
@@ -48,7 +50,7 @@ ExitStatus RunStatus(Session& session) {
   if (session.Options().json) {
     std::cout << reply.document << '\n';
   } else {
-    Print(answer, reply, session.GetTexts());
+    Print(answer, reply, host.GetPlatform().ReadNotes(), session.GetTexts());
   }
   return status;
 }

@@ -9,6 +9,8 @@
 namespace host {
 namespace {
 
+constexpr std::size_t kIndent = 2;  // of what is told beside the answer
+
 struct Mark {
   const char* symbol;
   const char* code;
@@ -67,9 +69,15 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
   return Decorate(mark.code, std::string(mark.symbol).append(word));
 }
 
-std::string Style::Source(const SourceLine& line) const {
-  const std::string remedy = line.remedy.empty() ? "" : "\n" + WrapLines(7, "", line.remedy);
-  return WrapLines(2, "", line.text) + remedy + "\n";
+std::string Style::Source(const ToldLine& line) const {
+  const std::string command = line.command.empty() ? "" : "\n" + WrapLines(7, "", line.command);
+  return WrapLines(kIndent, "", line.text) + command + "\n";
+}
+
+std::string Style::Note(const ToldLine& line) const {
+  const std::string whole = line.text + (line.command.empty() ? "" : " · ") + line.command;
+  const bool fits = columns_ == 0 || kIndent + MeasureWidth(whole) <= columns_;
+  return fits ? WrapLines(kIndent, "", whole) + "\n" : Source(line);
 }
 
 std::string Style::WrapLines(std::size_t indent, std::string_view mark,

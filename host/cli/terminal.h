@@ -23,7 +23,9 @@ class Style {
   std::string Bold(std::string_view text) const { return Decorate("1", text); }
   std::string Faint(std::string_view text) const { return Decorate("2", text); }
   // What a source has to tell, and indented below it what to do about it.
-  std::string Source(const SourceLine& line) const;
+  std::string Source(const ToldLine& line) const;
+  // A note, and its command behind it where both fit on one line.
+  std::string Note(const ToldLine& line) const;
   // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes
   // on below the text.
   std::string WrapLines(std::size_t indent, std::string_view mark, std::string_view text) const;

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <array>
 
 #include "host/loader/operating_system.h"
@@ -14,6 +15,7 @@ Platform::Platform(const std::string& path, Scope scope)
                "Build it, or name another with --platform."),
       reset_(library_.FindFunction<decltype(reset_)>("VELAPlatformSourcesReset")),
       sources_(library_.FindFunction<decltype(sources_)>("VELAPlatformSources")),
+      notes_(library_.FindFunction<decltype(notes_)>("VELAPlatformNotes")),
       open_(library_.FindFunction<decltype(open_)>("VELASimulatorOpen")),
       close_(library_.FindFunction<decltype(close_)>("VELASimulatorClose")),
       enter_(library_.FindFunction<decltype(enter_)>("VELASimulatorEnter")) {
@@ -45,6 +47,14 @@ void Platform::ReadSources(std::vector<VELASourceReport>& reports) const {
   if (sources_ == nullptr) return;
   reports.resize(static_cast<std::size_t>(sources_(nullptr, 0)));
   sources_(reports.data(), static_cast<int>(reports.size()));
+}
+
+std::vector<VELANote> Platform::ReadNotes() const {
+  if (notes_ == nullptr) return {};
+  std::vector<VELANote> notes(kVELANotes);
+  notes.resize(
+      static_cast<std::size_t>(std::clamp(notes_(notes.data(), kVELANotes), 0, kVELANotes)));
+  return notes;
 }
 
 Recorder::Recorder(const std::string& path, const Platform& platform)

@@ -9,6 +9,7 @@
 #include "host/loader/library.h"
 #include "platform/recorder/recorder.h"
 #include "platform/simulator/simulator.h"
+#include "platform/status/notes.h"
 #include "platform/status/source_status.h"
 
 namespace host {
@@ -33,12 +34,16 @@ class Platform {
   // What the sources of this thread's request said; none on a platform that tells nothing.
   void ReadSources(std::vector<VELASourceReport>& reports) const;
 
+  // What is worth a note on the machine of this thread's request; looked for now.
+  std::vector<VELANote> ReadNotes() const;
+
   const std::string& Path() const { return library_.Path(); }
 
  private:
   Library library_;
   decltype(&VELAPlatformSourcesReset) reset_;
   decltype(&VELAPlatformSources) sources_;
+  decltype(&VELAPlatformNotes) notes_;
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;

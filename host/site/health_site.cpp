@@ -86,16 +86,34 @@ Json::Value ListFurtherFindings(const std::vector<CheckerResult>& checkers) {
   return findings;
 }
 
+Json::Value ToJson(const VELANote& note) {
+  Json::Value object;
+  object["key"] = note.key;
+  if (note.part[0] != '\0') object["part"] = note.part;
+  object["figure"] = Json::Int64{note.figure};
+  if (note.mark != 0) object["mark"] = Json::Int64{note.mark};
+  if (note.command[0] != '\0') object["command"] = note.command;
+  return object;
+}
+
+Json::Value ListNotes(const std::vector<VELANote>& notes) {
+  Json::Value list(Json::arrayValue);
+  for (const VELANote& note : notes) list.append(ToJson(note));
+  return list;
+}
+
 // What the page asks for: {"answer": the document of "get" as it is, "findings": the rules after
 // the winner, most urgent first, "checks": {name: "finding", "nothing", "not_made" or
 // "accepted"}, "sources": [{"name", "state": "read", "failed", "unwatched", "accepted",
-// "absent" or "not asked", "reasons": [{"text", "remedy"}] if there are any}]}.
+// "absent" or "not asked", "reasons": [{"text", "remedy"}] if there are any}], "notes": [{"key",
+// "part", "figure", "mark", "command"}, those of them that there are]}.
 std::string AskForPage(const Host& host, const SimulatedMachine& machine) {
   const Explanation explanation = AskExplanation(host, machine);
   return "{\"answer\":" + explanation.reply.document +
          ",\"findings\":" + common::WriteCompact(ListFurtherFindings(explanation.checkers)) +
          ",\"checks\":" + common::WriteCompact(ListChecks(explanation.checkers)) +
-         ",\"sources\":" + common::WriteCompact(ListSources(explanation.reply.sources)) + "}";
+         ",\"sources\":" + common::WriteCompact(ListSources(explanation.reply.sources)) +
+         ",\"notes\":" + common::WriteCompact(ListNotes(host.GetPlatform().ReadNotes())) + "}";
 }
 
 }  // namespace

@@ -149,13 +149,13 @@ std::string Sources(const SourceReports& sources, const Texts& texts) {
                      (sources.empty() ? "" : WrapInTag("table", rows)));
 }
 
-std::string Unread(const SourceReports& sources, const Texts& texts) {
+std::string ListTold(const std::vector<ToldLine>& lines, const char* attributes) {
   std::string items;
-  for (const auto& [text, remedy] : FormatSourceLines(sources, texts)) {
-    const std::string command = remedy.empty() ? "" : MakeElement("code", remedy, "dir=\"ltr\"");
-    items += WrapInTag("li", MakeElement("div", text, "dir=\"auto\"") + command);
+  for (const auto& [text, command] : lines) {
+    const std::string code = command.empty() ? "" : MakeElement("code", command, "dir=\"ltr\"");
+    items += WrapInTag("li", MakeElement("div", text, "dir=\"auto\"") + code);
   }
-  return items.empty() ? "" : WrapInTag("ul", items, "class=\"unread\"");
+  return items.empty() ? "" : WrapInTag("ul", items, attributes);
 }
 
 // Whose answer it is, and of when.
@@ -211,7 +211,8 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   std::string body = Headline(look, FormatAnswer(answer.rule, reply.sources, texts), texts) +
                      About(answer, parts.time, texts);
   if (look != Verdict::Well && look != Verdict::Unknown) body += AdviceOn(answer.rule, texts);
-  body += Unread(reply.sources, texts);
+  body += ListTold(FormatSourceLines(reply.sources, texts), "class=\"unread\"") +
+          ListTold(FormatNotes(parts.notes, texts), "class=\"notes\"");
   body += FurtherFindings(ranked, texts) + Checks(parts.explanation, ranked, texts) +
           Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
           Document(reply.document, texts);

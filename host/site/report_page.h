@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/answer/explanation.h"
+#include "host/answer/notes.h"
 #include "host/loader/host.h"
 #include "host/text/texts.h"
 
@@ -15,6 +16,7 @@ constexpr const char* kReportMark = "<!doctype html>\n<!-- vela-health report --
 
 struct ReportParts {
   const Explanation& explanation;
+  Notes notes;
   std::string language;  // as BCP 47 has it
   std::string style;     // CSS
   std::string time;      // of the check, for people

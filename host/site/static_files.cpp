@@ -8,6 +8,7 @@
 #include <functional>
 #include <iterator>
 #include <new>
+#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -18,6 +19,8 @@
 
 namespace host {
 namespace {
+
+constexpr const char* kNotes = "notes";  // a section of the texts
 
 struct PageFile {
   const char *path, *file, *contentType;
@@ -58,22 +61,45 @@ std::string Minify(const std::string& source) {
   return minified;
 }
 
+// Leaves out what only a reader of a style sheet needs, too: blanks where one thing ends.
+std::string MinifyStyle(const std::string& source) {
+  static const std::regex kEnds(" *([{};]) *"), kBlanks("([:,]) "), kLast(";\\}");
+  const std::string ends = std::regex_replace(Minify(source), kEnds, "$1");
+  return std::regex_replace(std::regex_replace(ends, kBlanks, "$1"), kLast, "}");
+}
+
+// What is said about a finding, in the order that render.js knows.
+Json::Value ListAdvice(const Json::Value& section) {
+  Json::Value list(Json::arrayValue);
+  for (const char* key : {"do", "meaning", "ignored", "where"}) list.append(section[key]);
+  return list;
+}
+
 // Leaves out what the page never shows: the catalogue's titles, advice on what needs none, words
-// that `page` never names, the blanks that make the source readable, and escapes.
+// that `page` never names, names of each piece of advice, the blanks that make the source
+// readable, and escapes.
 std::string MinifyTexts(const std::string& json, const std::string& page) {
   Json::Value value;
   if (!common::ParseJson(json, value) || !value.isObject()) {
     throw Failure(kUnavailable,
                   "The page's texts are damaged: build or install vela-health again.");
   }
-  for (Json::Value& section : value) {
-    if (section.isObject()) section.removeMember("title");
-  }
+  for (Json::Value& section : value)
+    if (section.isObject() && section.isMember("title")) section = ListAdvice(section);
   value.removeMember("system_health/system_ok");
+  value.removeMember(kNotes);
   for (const std::string& word : value["ui"].getMemberNames()) {
     if (page.find('"' + word + '"') == std::string::npos) value["ui"].removeMember(word);
   }
   return common::WriteCompact(value, common::Charset::Utf8);
+}
+
+// What the page asks for only where there are notes: {key: text, or its plural forms}.
+std::string PickNotes(const std::string& json) {
+  Json::Value value;
+  common::ParseJson(json, value);
+  const Json::Value notes = value.get(kNotes, Json::objectValue);
+  return common::WriteCompact(notes, common::Charset::Utf8);
 }
 
 // As small as it gets.
@@ -112,7 +138,9 @@ bool AcceptsGzip(const char* acceptEncoding) {
 
 StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   const auto add = [&](const PageFile& page) {
-    Add(page.path, page.contentType, Minify(ReadFile(data / "www" / page.file)));
+    const std::string source = ReadFile(data / "www" / page.file);
+    const bool style = std::string_view(page.contentType).starts_with("text/css");
+    Add(page.path, page.contentType, style ? MinifyStyle(source) : Minify(source));
   };
   std::string sources;
   for (const PageFile& page : kPage) {
@@ -121,8 +149,10 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
   for (const Language& language : ListLanguages()) {
-    const std::string name = std::string("texts/") + language.code + ".json";
-    Add("/" + name, "application/json", MinifyTexts(ReadFile(data / name), sources));
+    const std::string name = std::string(language.code) + ".json";
+    const std::string texts = ReadFile(data / "texts" / name);
+    Add("/texts/" + name, "application/json", MinifyTexts(texts, sources));
+    Add("/notes/" + name, "application/json", PickNotes(texts));
   }
 }
 

@@ -55,4 +55,9 @@ std::string ChooseLanguage(const std::string& wanted) {
   return code.empty() ? "en" : code;
 }
 
+bool IsSingular(std::int64_t count, std::string_view language) {
+  if (language == "ja" || language == "zh-CN") return false;
+  return count == 1 || count == -1 || (count == 0 && language == "fr");
+}
+
 }  // namespace host

@@ -1,6 +1,7 @@
 // Which language to answer in.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,5 +22,8 @@ std::string FindLanguage(std::string_view locale);
 // The one of `wanted` when it is not empty (throws Failure(kUsage) when it is unknown),
 // else of the environment's LC_ALL, LC_MESSAGES or LANG, else English.
 std::string ChooseLanguage(const std::string& wanted);
+
+// Whether this many are told in the plural form "one", as CLDR has it for our languages.
+bool IsSingular(std::int64_t count, std::string_view language);
 
 }  // namespace host

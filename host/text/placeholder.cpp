@@ -1,5 +1,6 @@
 #include "host/text/placeholder.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace host {
@@ -31,6 +32,19 @@ std::string FillPlaceholders(std::string_view text, const std::vector<std::strin
     at = placeholder->end;
   }
   return filled.append(text.substr(at));
+}
+
+std::string FillNames(std::string_view text, const std::vector<NamedValue>& values) {
+  std::string filled;
+  while (!text.empty()) {
+    const auto named = std::ranges::find_if(values, [text](const NamedValue& value) {
+      return text.starts_with("{" + std::string(value.first) + "}");
+    });
+    const bool found = named != values.end();
+    filled += found ? named->second : text.substr(0, 1);
+    text.remove_prefix(found ? named->first.size() + 2 : 1);
+  }
+  return filled;
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
-// The client's texts of one language: section -> key -> text.
+// The client's texts of one language: section -> key -> text, or its plural forms ("one", "other").
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -20,6 +21,9 @@ class Texts {
 
   // Null when there is no such text.
   const std::string* FindText(std::string_view section, std::string_view key) const;
+  // The text in the plural form of `count`; null when there is no such text.
+  const std::string* FindCounted(std::string_view section, std::string_view key,
+                                 std::int64_t count) const;
   // The text that "section:key" names, else the reference itself: better than nothing.
   std::string Resolve(std::string_view reference) const;
   // The text of `key` in `section`, else the key.
@@ -36,6 +40,7 @@ class Texts {
  private:
   void Add(const Json::Value& root);
 
+  const std::string language_;
   std::map<std::string, Section, std::less<>> sections_;
 };
 

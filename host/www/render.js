@@ -62,6 +62,19 @@ export function render(description, texts) {
   return renderPieces(format.slice(0, format.length - tail.length), values) + fill(tail, values);
 }
 
+// A note in its text, in the plural form of its figure; one that has no text, with its figures.
+export function noteOf(note, texts, language) {
+  const {key, part, figure, mark} = note;
+  const told = {part: part ?? "", figure: group(figure), mark: group(mark ?? 0)};
+  if (!texts.notes || !Object.hasOwn(texts.notes, key))
+    return `${key} (${[part, told.figure, mark && told.mark].filter(Boolean).join(", ")})`;
+  const text = texts.notes[key];
+  const form = text[new Intl.PluralRules(language).select(figure)] ?? text.other ?? text;
+  return form.replace(/\{(part|figure|mark)\}/g, (whole, name) => told[name]);
+}
+
+const group = (figure) => String(figure).replace(/\B(?=(\d{3})+$)/g, "\u202f");
+
 // The key of the text that says what is wrong; with the id it names the finding.
 export function textKey(description) {
   const {description_format: format, description_params: params} = description;
@@ -98,12 +111,16 @@ export function showHeadline(widget, verdict, sentence, texts) {
   widget.querySelector(".sentence").textContent = sentence;
 }
 
+// The order in which the server lists what is said about a finding.
+const kAdvice = ["do", "meaning", "ignored", "where"];
+
 // The program's own words, and what the texts say about the finding.
 export function showAdvice(widget, rule, texts) {
-  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? {do: texts.ui["unknown_finding"]};
-  for (const part of widget.querySelectorAll("[data-advice]")) part.textContent = advice[part.dataset.advice] ?? "";
+  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? [texts.ui["unknown_finding"]];
+  for (const part of widget.querySelectorAll("[data-advice]"))
+    part.textContent = advice[kAdvice.indexOf(part.dataset.advice)] ?? "";
   const details = widget.querySelector(".advice details");
-  if (details) details.hidden = !advice.meaning;
+  if (details) details.hidden = advice.length < 2;
 }
 
 export function showLabels(root, texts) {

@@ -1,5 +1,5 @@
 // The page: asks the machine, tells its answer, and asks again while somebody looks.
-import {fetchJson, fill, languageFor, offerLanguages, sanitize, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
+import {fetchJson, fill, languageFor, noteOf, offerLanguages, sanitize, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
 
 const kPollSeconds = 60;
 
@@ -70,16 +70,19 @@ function showMore(findings) {
 const sourceName = ({name}) => state.texts.source[name] ?? name;
 const isUnread = (source) => /failed|unwatched/.test(source.state);
 
+// A line, and below it what mends it or shows it.
+const told = (text, command) => [text, ...(command ? [element("code", sanitize(command))] : [])];
+
+const lineOf = (note) => told(ui("note", sanitize(noteOf(note, state.texts, state.language))), note.command);
+
 const kTold = ["source_failed", "source_unwatched", "source_accepted", "source_read"];
 
 // What a source has to tell, and what to do about it. One that was read well tells only remarks.
 function linesOf(source) {
   const key = `source_${source.state}`, reasons = source.reasons ?? [];
   if (!kTold.includes(key) || source.state === "read" && !reasons[0]?.remedy) return [];
-  return reasons.map(({text, remedy}) =>
-    [ui(key, sourceName(source), sanitize(text)), ...(remedy ? [element("code", sanitize(remedy))] : [])]);
+  return reasons.map(({text, remedy}) => told(ui(key, sourceName(source), sanitize(text)), remedy));
 }
-
 
 function showSources(sources) {
   if (sources.length === 0) return show("sources", ui("sources_unknown"));
@@ -118,7 +121,7 @@ function unknown(sources, checks) {
   return ui("not_known", names.join(ui("list_comma")), outcomes.filter((outcome) => outcome === "nothing").length, outcomes.length);
 }
 
-function paintReply({answer, sources, findings, checks}) {
+function paintReply({answer, sources, findings, checks, notes}) {
   const verdict = verdictOf(answer.rule);
   const look = verdict === "well" && sources.some(isUnread) ? "unknown" : verdict;
   showHeadline(widget, look, look === "unknown" ? unknown(sources, checks) : sentenceOf(answer.rule, state.texts), state.texts);
@@ -127,7 +130,14 @@ function paintReply({answer, sources, findings, checks}) {
   widget.querySelector(".advice").hidden = verdict === "well";
   fillList("unread", sources.flatMap(linesOf));
   showMore(findings ?? []);
+  fillList("notes", notes.map(lineOf));
   showFooter(state.reply);
+}
+
+// Their texts are fetched where there are some. Without texts a note still tells its figures.
+async function readNotes() {
+  if (state.reply?.notes.length > 0 && !state.texts.notes)
+    state.texts.notes = await fetchJson(`notes/${state.language}.json`).catch(() => undefined);
 }
 
 function paint() {
@@ -149,6 +159,7 @@ async function ask() {
     state.reply = await fetchJson("answer" + (scenario ? `?scenario=${encodeURIComponent(scenario)}` : ""));
     state.answeredAt = Date.now();
     state.unreachable = false;
+    await readNotes();
   } catch {
     state.unreachable = true;
   }
@@ -173,7 +184,7 @@ async function start() {
     try {
       localStorage.setItem("language", select.value);
     } catch { /* storage is switched off: the choice lasts as long as the page */ }
-    await useLanguage(select.value).catch(() => {});
+    await useLanguage(select.value).then(readNotes).catch(() => {});
     paint();
   });
   document.addEventListener("visibilitychange", schedule);

@@ -16,7 +16,8 @@ void VELARecorderStart(const char* path, const VELAOperatingSystem* system);
 // Hands on to `system`, and keeps its answers, too.
 const VELAOperatingSystem* VELARecorderOperatingSystem(void);
 // The machine as the module saw it since the start: the text of a state.json, valid until the
-// next call. Ask in the thread of the request: what its sources said is that thread's.
+// next call. Ask in the thread of the request: what its sources said is that thread's. Its
+// notes are looked for now.
 const char* VELARecorderState(const char* why);
 
 #pragma GCC visibility pop

@@ -7,9 +7,9 @@ import {answered, browser, findings, misfits, open, problemsSoFar, report, tab, 
   from "./support.mjs";
 
 const shots = process.argv[4];
-// Each look, with long and foreign names, and with a source that failed.
+// Each look, with long names, notes, and a source that failed.
 const kPages = {
-  "healthy-host-name-in-another-script": "well",
+  "healthy-with-notes": "well",
   "unwatched-disks-and-ups": "unknown",
   "usb-volume-name-fills-its-field": "notice",
   "two-units-supplies-failed": "warning",
@@ -104,6 +104,7 @@ test("names are shown as they are, never as markup", async () => {
   await page.route("**/answer*", async route => {
     const reply = await (await route.fetch()).json();
     reply.answer.hostname = "<img src=x onerror=alert(1)>";
+    reply.notes = [{key: "drive_worn", part: "<b>\u202e{mark}", figure: 1, mark: 2, command: "<i>"}];
     reply.answer.rule.description.description_params[0] = "<b>\u202eגיבוי\u2069\u2066</b>";
     await route.fulfill({json: reply});
   });
@@ -111,7 +112,8 @@ test("names are shown as they are, never as markup", async () => {
   await answered(page);
   assert.equal(await text(page, "#host"),
     "<img src=x onerror=alert(1)> (volume-named-like-a-placeholder)");
-  assert.equal(await page.locator(".sentence *, #host *").count(), 0);
+  assert.equal(await page.locator(".sentence *, #host *, #notes b, #notes i").count(), 0);
+  assert.match(await text(page, "#notes"), /^Note: .*<b>\ufffd\{mark\}.*<i>$/);
   assert.match(await text(page, ".sentence"), /<b>\ufffdגיבוי\ufffd\ufffd<\/b>/);
   const direction = await page.evaluate(() =>
     getComputedStyle(document.querySelector(".sentence")).direction);
@@ -158,7 +160,8 @@ test("the language is the first preferred one that there are texts in", async ()
 
 test("it asks only while visible, and never twice within a minute", async () => {
   const page = await tab();
-  await page.clock.install();
+  await page.clock.install({time: 0});
+  await page.clock.pauseAt(1000);  // on a busy machine, too
   await page.goto(machine("healthy"));
   await answered(page);
   // How many requests these seconds bring; one that is expected gets the time that it needs.

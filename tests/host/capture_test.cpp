@@ -16,7 +16,7 @@ const Host& RecordedSimulator() {
   return host;
 }
 
-// What its user can see of one request: the document and what each source said.
+// What its user can see of one request: the document, what each source said, and the notes.
 std::string Ask(const SimulatedMachine& machine) {
   const Reply reply =
       RecordedSimulator().CallMethod(FindHealthMethod(RecordedSimulator()), machine);
@@ -27,6 +27,9 @@ std::string Ask(const SimulatedMachine& machine) {
       all += each.text + ("|" + std::string(each.remedy));
     all += std::to_string(source.moreReasons);
   }
+  for (const VELANote& note : RecordedSimulator().GetPlatform().ReadNotes())
+    all += std::string("\n") + note.key + "|" + note.part + "|" + std::to_string(note.figure) +
+           "|" + std::to_string(note.mark) + "|" + note.command;
   return all;
 }
 
@@ -36,7 +39,8 @@ std::string ExpectSameAnswerAgain(const std::filesystem::path& scenario) {
   const std::string file = test_support::OwnFolder() + "captured.json";
   const Platform& simulator = RecordedSimulator().GetPlatform();
   Recorder again(VELA_RECORDER, simulator);
-  const std::string answer = Ask(simulator.OpenScenario(scenario));
+  const SimulatedMachine machine = simulator.OpenScenario(scenario);
+  const std::string answer = Ask(machine);
   const std::string state = RecordedSimulator().GetRecordedState("why");
   std::ofstream(file) << state;
   EXPECT_EQ(Ask(simulator.OpenScenario(file)), answer) << state;

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "host/answer/finding_text.h"
+#include "host/answer/notes.h"
 #include "host/cli/terminal.h"
 #include "host/text/escape.h"
 #include "host/text/quantity.h"
@@ -37,6 +38,20 @@ TEST(Render, EveryCaseThatThePageRendersComesOutTheSame) {
     for (const char* at = bytes; *at != '\0'; ++at) marks += "\uFFFD";
     for (const char* rest : {"", "\u20AC😀"})
       EXPECT_EQ(Sanitize(std::string("a") + bytes + rest), "a" + marks + rest);
+  }
+}
+
+TEST(Render, NotesComeOutAsOnThePage) {
+  for (const Json::Value& c : Cases("notes")) {
+    const std::string language = c[0].asString();
+    std::ofstream(test_support::OwnFolder() + language + ".json") << Cases("texts");
+    VELANote note;
+    c[1]["key"].asString().copy(note.key, sizeof note.key);
+    c[1]["part"].asString().copy(note.part, sizeof note.part);
+    note.figure = c[1]["figure"].asInt64();
+    note.mark = c[1]["mark"].asInt64();
+    const Texts texts(test_support::OwnFolder(), language);
+    EXPECT_EQ(FormatNotes({note}, texts).at(0).text, c[2].asString()) << language;
   }
 }
 

@@ -82,12 +82,15 @@ test("the page and nothing else of the disk is served, guarded", async () => {
 
 test("the page learns of sources and of findings that lost, from one answer", async () => {
   const machine = scenario("two", {hardware: {fanFailed: true}, ups: {fails: true},
-    highAvailability: {running: true, status: "warning"}});
+    highAvailability: {running: true, status: "warning"},
+    notes: [{key: "k", part: "p", figure: 7, mark: 8, command: "c"}, {key: "k"}]});
   const {port} = await serve("--scenario", machine);
   const {headers, body} = await ask(port, "/answer");
-  const {answer, findings, checks, sources} = JSON.parse(body);
+  const {answer, findings, checks, sources, notes} = JSON.parse(body);
   assert.equal(headers["cache-control"], "no-store");
   assert.deepEqual(answer, JSON.parse(run(["--json", "--scenario", machine]).out));
+  assert.deepEqual(notes,
+    [{key: "k", part: "p", figure: 7, mark: 8, command: "c"}, {key: "k", figure: 0}]);
   assert.deepEqual(findings.map(({id}) => id), ["ha_status_warning"]);
   const ups = sources.find(({name}) => name === "UPS");
   assert.match(`${ups.state}: ${ups.reasons[0].text}`, /^failed: .*asking for the UPS failed/);

@@ -31,10 +31,21 @@ test("every finding is told in every language", () => {
 });
 
 test("every language has the same texts with the same placeholders", () => {
-  const placeholders = (key, value) =>
-    typeof value === "string" ? (value.match(/\{\d+\}/g) ?? []).sort().join() : value;
+  const placeholders = (key, value) => {
+    const text = value.other ?? value;  // of plural forms the one that says all
+    return typeof text === "string" ? (text.match(/\{\w+\}/g) ?? []).sort().join() : text;
+  };
   const outline = files => JSON.parse(JSON.stringify(files, placeholders));
   for (const files of texts.values()) assert.deepEqual(outline(files), outline(texts.get("en")));
+});
+
+test("a counted note has the plural forms of its language", () => {
+  for (const [language, [{notes = {}}]] of texts) {
+    const forms = new Intl.PluralRules(language).resolvedOptions().pluralCategories
+      .filter(form => form !== "many");  // of millions
+    for (const [key, text] of Object.entries(notes).filter(([, text]) => typeof text !== "string"))
+      assert.deepEqual(Object.keys(text).sort(), forms.sort(), language + key);
+  }
 });
 
 test("every source has a name for people", () => {
