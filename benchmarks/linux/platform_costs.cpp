@@ -1,7 +1,7 @@
 // platform_costs: whole answers and the platform's reads beside the same reads done bare, in
 // alternation, and the start of a program from a small and from a large process.
-// platform_costs SIDE COUNT [eight]: one side only, for strace to count; over eight disks in
-// a RAID 6, made of small files, when told so.
+// platform_costs SIDE COUNT [MACHINE]: one side only, for strace to count; over that machine of
+// tests/fixtures/linux/machines, made of small files.
 // platform_costs held: memory and descriptors over 100,000 whole answers.
 // platform_costs grown: the storage with 16,000 mounts beside 1,000.
 #include <fcntl.h>
@@ -158,12 +158,12 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (argc >= 3 && kSides.contains(argv[1])) {
-    const auto machine = argc > 3 ? std::make_unique<MachineTree>("eight-bays") : nullptr;
+    const auto machine = argc > 3 ? std::make_unique<MachineTree>(argv[3]) : nullptr;
     for (int i = std::atoi(argv[2]); i > 0; --i) kSides.at(argv[1])();
     return 0;
   }
   if (argc != 1) {
-    std::fprintf(stderr, "usage: platform_costs [held | grown | SIDE COUNT [eight]]; the sides:");
+    std::fprintf(stderr, "usage: platform_costs [held | grown | SIDE COUNT [MACHINE]]; the sides:");
     for (const auto& [name, side] : kSides) std::fprintf(stderr, " %s", name.c_str());
     std::fprintf(stderr, "\n");
     return 64;
