@@ -1,6 +1,7 @@
 #include "platform/linux/base/settings.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <regex>
 
@@ -111,6 +112,26 @@ TEST(VelaConf, AFileThatCannotBeReadWholeIsSaid) {
   EXPECT_STREQ(VelaConf().Info("k", "default"), "default");
   EXPECT_EQ(SourceReports()["configuration"].reason,
             "/etc/velainfo.conf could not be read: Is a directory");
+}
+
+TEST(FileMemo, AFileIsParsedOnceAndNothingIsKeptThatCouldNotBeRead) {
+  linux_platform::FileMemo<std::string> memo;
+  int parsed = 0;
+  const auto read = [&] {
+    const auto parse = [&parsed](auto, const std::string& text) {
+      ++parsed;
+      return text;
+    };
+    return memo.Of(FIXTURES "/board.umockdev", 64, parse)->size();
+  };
+  rlimit normal = {};
+  getrlimit(RLIMIT_NOFILE, &normal);
+  const rlimit noneLeft = {0, normal.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &noneLeft);
+  EXPECT_EQ(read(), 0U);
+  setrlimit(RLIMIT_NOFILE, &normal);
+  for (int again = 0; again < 3; ++again) EXPECT_EQ(read(), 64U);
+  EXPECT_EQ(parsed, 2);
 }
 
 TEST(FileExist, OnlyAFileCounts) {

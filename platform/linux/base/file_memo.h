@@ -4,10 +4,12 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <ctime>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
@@ -19,20 +21,23 @@ namespace linux_platform {
 template <typename Value>
 class FileMemo {
  public:
-  // `parse` gets "" of a file that is not there or cannot be read.
-  std::shared_ptr<const Value> Of(const std::string& path, std::size_t cap,
-                                  Value (*parse)(const std::string&)) {
-    const Version version = Look(path);
-    {
+  // `parse` gets what ReadSmallFile says, and errno with it. What could not be read is tried anew
+  // the next time: the process may have been out of descriptors.
+  template <typename Parse>
+  std::shared_ptr<const Value> Of(const std::string& path, std::size_t cap, const Parse& parse) {
+    Version version = {path};
+    ReadResult read = Look(version);
+    if (read != ReadResult::Failed) {
       const std::lock_guard lock(mutex_);
       if (value_ && version == version_) return value_;
     }
     std::string text;
-    if (version.inode != 0) ReadSmallFile(path.c_str(), cap, text);
-    const auto value = std::make_shared<const Value>(parse(text));
+    if (read == ReadResult::Read) read = ReadSmallFile(path.c_str(), cap, text);
+    const auto value = std::make_shared<const Value>(parse(read, std::move(text)));
     // The next change may fall into the same tick of the clock as the last.
     constexpr std::time_t kSettled = 2;
-    if (version.changed.tv_sec + kSettled > std::time(nullptr)) return value;
+    if (read == ReadResult::Failed || version.changed.tv_sec + kSettled > std::time(nullptr))
+      return value;
     const std::lock_guard lock(mutex_);
     version_ = version;
     return value_ = value;
@@ -50,10 +55,14 @@ class FileMemo {
     }
   };
 
-  static Version Look(const std::string& path) {
+  // Read: it is there.
+  static ReadResult Look(Version& version) {
     struct stat status = {};
-    if (!Stat(path, status)) return {path};
-    return {path, status.st_ino, status.st_size, status.st_ctim};
+    if (!Stat(version.path, status)) return ToReadResult(errno);
+    version.inode = status.st_ino;
+    version.size = status.st_size;
+    version.changed = status.st_ctim;
+    return ReadResult::Read;
   }
 
   std::mutex mutex_;

@@ -50,10 +50,14 @@ bool MayStart(std::string_view program, std::string& reason) {
   return false;
 }
 
+ReadResult ToReadResult(int error) {
+  return error == ENOENT || error == ENOTDIR ? ReadResult::Missing : ReadResult::Failed;
+}
+
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
   text.clear();
   const Descriptor file = Open(path, O_RDONLY);
-  if (!file) return errno == ENOENT || errno == ENOTDIR ? ReadResult::Missing : ReadResult::Failed;
+  if (!file) return ToReadResult(errno);
 
   std::array<char, std::size_t{16} << 10>
       part;  // left as it is: filling it costs more than most reads

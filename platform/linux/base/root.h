@@ -44,5 +44,7 @@ enum class ReadResult { Read, Missing, Failed, TooLarge };
 // Failed: errno says why. TooLarge: `text` holds the first `cap` bytes.
 // Waits for no FIFO. `path` is taken as it is.
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text);
+// Whether a file is Missing, or looking for it has Failed, by the `error` of that.
+ReadResult ToReadResult(int error);
 
 }  // namespace linux_platform

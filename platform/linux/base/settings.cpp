@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "platform/linux/base/root.h"
 
@@ -25,6 +26,25 @@ std::string_view Unquoted(std::string_view value) {
   if (value.empty() || (value.front() != '"' && value.front() != '\'')) return value;
   const std::size_t end = value.find(value.front(), 1);
   return end == std::string_view::npos ? value : value.substr(1, end - 1);
+}
+
+SettingsFile ToSettingsFile(const char* path, ReadResult result, std::string text) {
+  switch (result) {
+    case ReadResult::Read:
+      return {SettingsState::Read, {}, Settings(std::move(text))};
+    case ReadResult::Missing:
+      if (std::strcmp(path, kFactorySettings) != 0) return {};
+      return {SettingsState::Read, {}, Settings(kBuiltInDefaults)};
+    case ReadResult::Failed:
+      return {SettingsState::Failed,
+              std::string(path) + " could not be read: " + std::strerror(errno), Settings()};
+    case ReadResult::TooLarge:
+      break;
+  }
+  text.resize(text.rfind('\n') + 1);
+  return {SettingsState::Failed,
+          std::string(path) + " is larger than 64 KiB; only its beginning was read",
+          Settings(std::move(text))};
 }
 
 }  // namespace
@@ -84,22 +104,14 @@ std::vector<std::string_view> SplitList(std::string_view text) {
 
 SettingsFile ReadSettings(const char* path) {
   std::string text;
-  switch (ReadSmallFile(BelowRoot(path).c_str(), kSettingsCap, text)) {
-    case ReadResult::Read:
-      return {SettingsState::Read, {}, Settings(std::move(text))};
-    case ReadResult::Missing:
-      if (std::strcmp(path, kFactorySettings) != 0) return {};
-      return {SettingsState::Read, {}, Settings(kBuiltInDefaults)};
-    case ReadResult::Failed:
-      return {SettingsState::Failed,
-              std::string(path) + " could not be read: " + std::strerror(errno), Settings()};
-    case ReadResult::TooLarge:
-      break;
-  }
-  text.resize(text.rfind('\n') + 1);
-  return {SettingsState::Failed,
-          std::string(path) + " is larger than 64 KiB; only its beginning was read",
-          Settings(std::move(text))};
+  const ReadResult result = ReadSmallFile(BelowRoot(path).c_str(), kSettingsCap, text);
+  return ToSettingsFile(path, result, std::move(text));
+}
+
+std::shared_ptr<const SettingsFile> RecallSettings(const char* path, FileMemo<SettingsFile>& memo) {
+  return memo.Of(BelowRoot(path), kSettingsCap, [path](ReadResult result, std::string text) {
+    return ToSettingsFile(path, result, std::move(text));
+  });
 }
 
 }  // namespace linux_platform

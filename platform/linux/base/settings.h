@@ -1,9 +1,12 @@
 // Settings files: one key=value or key="value" a line.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/linux/base/file_memo.h"
 
 namespace linux_platform {
 
@@ -59,5 +62,7 @@ struct SettingsFile {
 // is missing, the built-in ones take its place, so that a machine without our package is no
 // failure.
 SettingsFile ReadSettings(const char* path);
+// The same, and parsed anew only when the file has changed.
+std::shared_ptr<const SettingsFile> RecallSettings(const char* path, FileMemo<SettingsFile>& memo);
 
 }  // namespace linux_platform

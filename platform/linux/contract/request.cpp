@@ -19,11 +19,15 @@ RequestScope::RequestScope() : request_(threadsRequest.lock()) {
 }
 
 const SettingsFile& Request::GetCurrentSettings() {
-  return ReadOnce(current_, [] { return ReadSettings(kCurrentSettings); });
+  static FileMemo<SettingsFile> memo;
+  if (!current_) current_ = RecallSettings(kCurrentSettings, memo);
+  return *current_;
 }
 
 const SettingsFile& Request::GetFactorySettings() {
-  return ReadOnce(factory_, [] { return ReadSettings(kFactorySettings); });
+  static FileMemo<SettingsFile> memo;
+  if (!factory_) factory_ = RecallSettings(kFactorySettings, memo);
+  return *factory_;
 }
 
 const StorageView& Request::GetStorage() {

@@ -39,7 +39,7 @@ class Request {
   const Settings& Current() { return GetCurrentSettings().settings; }
 
   TimeBudget timeBudget_;
-  std::optional<SettingsFile> current_, factory_;
+  std::shared_ptr<const SettingsFile> current_, factory_;
   std::optional<StorageView> storage_;
   std::optional<Chassis> chassis_;
   std::optional<ExpansionUnits> expansionUnits_;

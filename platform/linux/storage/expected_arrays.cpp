@@ -79,7 +79,8 @@ std::vector<ExpectedArray> ReadMdadmConf() {
   static FileMemo<std::vector<ExpectedArray>> memo;
   constexpr std::size_t kCap = std::size_t{256} << 10;
   std::vector<ExpectedArray> arrays =
-      *memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), kCap, ParseMdadmConf);
+      *memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), kCap,
+               [](ReadResult, const std::string& text) { return ParseMdadmConf(text); });
   const std::string folder = BelowRoot("/etc/mdadm/mdadm.conf.d");
   std::string text;
   for (const std::string& name : NamesIn(folder)) {

@@ -166,7 +166,8 @@ Fstab ParseFstab(const std::string& text) {
 
 std::shared_ptr<const Fstab> ReadFstab() {
   static FileMemo<Fstab> memo;
-  return memo.Of(BelowRoot("/etc/fstab"), std::size_t{256} << 10, ParseFstab);
+  return memo.Of(BelowRoot("/etc/fstab"), std::size_t{256} << 10,
+                 [](ReadResult, const std::string& text) { return ParseFstab(text); });
 }
 
 std::vector<std::string> ParseSwaps(const std::string& text) {

@@ -33,7 +33,8 @@ std::vector<std::string> ListZpools() {
 std::vector<std::string> ListMissingZpools() {
   static FileMemo<std::vector<std::string>> memo;
   std::vector<std::string> pools =
-      *memo.Of(BelowRoot("/etc/zfs/zpool.cache"), std::size_t{4} << 20, ParseZpoolCache);
+      *memo.Of(BelowRoot("/etc/zfs/zpool.cache"), std::size_t{4} << 20,
+               [](ReadResult, const std::string& text) { return ParseZpoolCache(text); });
   std::erase_if(
       pools, [](const std::string& name) { return PathExists(BelowRoot(kPools, name, "/state")); });
   return pools;

@@ -29,10 +29,11 @@ NutConfiguration NutConfiguration::FromJson(const Json::Value& document) {
 }
 
 bool ReadNutFiles(NutConfiguration& nut, std::string& reason) {
-  const SettingsFile file = ReadSettings(kNutMode);
-  const char* mode = file.settings.Text("MODE");
+  static FileMemo<SettingsFile> memo;
+  const std::shared_ptr<const SettingsFile> file = RecallSettings(kNutMode, memo);
+  const char* mode = file->settings.Text("MODE");
   nut.mode = mode != nullptr ? mode : "";
-  reason = file.reason;
+  reason = file->reason;
   if (reason.empty() && !nut.IsSetUp()) return true;
   std::string text;
   const ReadResult read = ReadSmallFile(BelowRoot(kNutMonitors).c_str(), kSettingsCap, text);
