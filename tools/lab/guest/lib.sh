@@ -66,7 +66,8 @@ SEEN=()
 state() {
   echo "--- state: $1"
   if await "$2" "${3-}"; then
-    SEEN+=("$1 -> $GOT")
+    SEEN+=("$1 -> $GOT, exit status $STATUS")
+    [ -z "${EVERYBODY-}" ] || others_see "$1" "$2" "${3-}"
   else
     report FAIL "$1" "-> wanted ${FINDINGS[$2]} ${3-}, got $GOT $GOT_FORMAT"
   fi
@@ -91,7 +92,10 @@ gone() {
 no_finding() { no_alarm "$1" '[03]'; }
 
 # quiet NAME: a healthy machine. Every source is read or not there, and the system log has no word.
-quiet() { no_alarm "$1" 0 log; }
+quiet() {
+  no_alarm "$1" 0 log
+  [ -z "${EVERYBODY-}" ] || others_are_quiet "$1"
+}
 
 # blind NAME: nothing is found, and somebody does not see: exit status 3, never plain "Healthy".
 blind() { no_alarm "$1" 3; }
@@ -117,8 +121,8 @@ no_alarm() {
   report FAIL "$1" "-> false alarm: $GOT $GOT_FORMAT, exit status $STATUS, said: ${said//$'\n'/; }"
 }
 
-# collects PART|all|nothing: what the collector looks at before each question, with the rights and
-# bounds of its unit, as its timer would have it do.
+# collects PART...|all|nothing: what the collector looks at before each question, with the rights
+# and bounds of its unit, as its timer would have it do.
 collects() {
   local setting=/run/systemd/system/vela-platform-collect.service.d/part.conf
   COLLECTS=$1
@@ -128,7 +132,8 @@ collects() {
     all) ;;
     *)
       mkdir -p "${setting%/*}"
-      printf '[Service]\nExecStart=\nExecStart=vela-platform-collect --once --part %s\n' "$1" >"$setting" ;;
+      printf '[Service]\nExecStart=\nExecStart=vela-platform-collect --once' >"$setting"
+      printf ' --part %s' "$@" >>"$setting" ;;
   esac
   systemctl daemon-reload
 }
