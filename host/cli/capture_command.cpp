@@ -4,7 +4,7 @@
 
 #include "common/json_reader.h"
 #include "common/json_writer.h"
-#include "host/answer/finding_text.h"
+#include "host/answer/coverage.h"
 #include "host/answer/verdict.h"
 #include "host/cli/new_files.h"
 #include "host/cli/terminal.h"
@@ -25,10 +25,12 @@ std::string FormatExpected(const std::string& document) {
   return common::WritePretty(expected);
 }
 
-std::string DescribeCapture(const Finding& finding, const Texts& texts) {
+std::string DescribeCapture(const Reply& reply, const Texts& texts) {
+  const Finding finding = ParseAnswer(reply.document).rule;
+  const Verdict verdict = JudgeAnswer(finding, reply.sources);
   return "Captured by vela-health " VELA_VERSION " on " + FormatLocalTime("%F") + ": " +
-         texts.AddColon(texts.FormatUi(ToString(JudgeFinding(finding)))) + " " +
-         RenderSentence(finding, texts);
+         texts.AddColon(texts.FormatUi(ToString(verdict))) + " " +
+         FormatAnswer(finding, reply.sources, texts);
 }
 
 // As --scenario takes it: a name alone would be looked up among the shipped ones.
@@ -61,10 +63,9 @@ ExitStatus RunCapture(Session& session, const std::string& folder, const std::st
   session.Record();
   const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
-  const std::string document = host.CallForDocument(FindHealthMethod(host), machine);
-  const Finding finding = ParseAnswer(document).rule;
-  target.Make({{kState, host.GetRecordedState(why.empty() ? DescribeCapture(finding, texts) : why)},
-               {kAnswer, FormatExpected(document)}});
+  const Reply reply = host.CallMethod(FindHealthMethod(host), machine);
+  target.Make({{kState, host.GetRecordedState(why.empty() ? DescribeCapture(reply, texts) : why)},
+               {kAnswer, FormatExpected(reply.document)}});
   Print(folder, texts, session.Options().json);
   return kHealthy;
 }

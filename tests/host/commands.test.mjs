@@ -219,6 +219,7 @@ test("capture makes a machine that answers the same or nothing", each => {
   assert.equal(answers[1], answers[0]);
   assert.deepEqual(saved(captured, "expected.json"), {...JSON.parse(answers[0]), log: null});
   assert.match(saved(captured, "state.json").why, /^Captured by .*Notice: /);
+  assert.match(saved(join(folder, "blind"), "state.json").why, /: Not known: UPS\. 9 of 10 checks/);
   assert.equal(run(["capture", here, "--why", 'a "test"']).status, 0);
   assert.equal(saved(here, "state.json").why, 'a "test"');
   assert.deepEqual({...json("--scenario", here), log: null}, saved(here, "expected.json"));
