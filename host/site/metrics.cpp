@@ -29,15 +29,15 @@ void Add(MetricFamily& family, Labels labels, double value) {
   family.metric.push_back(std::move(metric));
 }
 
-Labels LabelFinding(const Finding& finding) {
-  return {
-      {"id", finding.id}, {"type", ToString(JudgeFinding(finding))}, {"text", finding.TextKey()}};
+Labels LabelFinding(const Finding& finding, Verdict verdict) {
+  return {{"id", finding.id}, {"type", ToString(verdict)}, {"text", finding.TextKey()}};
 }
 
-MetricFamily MostUrgent(const Finding& finding) {
+MetricFamily MostUrgent(const Finding& finding, const SourceReports& sources) {
   MetricFamily family = Gauges("vela_health_finding_priority",
-                               "The most urgent finding; the smaller, the more urgent, 40 is well");
-  Add(family, LabelFinding(finding), finding.priority);
+                               "The most urgent finding; the smaller, the more urgent, 40 is none: "
+                               "well, or unknown where something was not read");
+  Add(family, LabelFinding(finding, JudgeAnswer(finding, sources)), finding.priority);
   return family;
 }
 
@@ -50,7 +50,7 @@ void AddCheckers(std::vector<MetricFamily>& families, const std::vector<CheckerR
     Add(found, {{"checker", result.name}}, result.finding ? 1 : 0);
     Add(made, {{"checker", result.name}}, result.outcome == Outcome::NotMade ? 0 : 1);
     if (!result.finding) continue;
-    Labels labels = LabelFinding(*result.finding);
+    Labels labels = LabelFinding(*result.finding, JudgeFinding(*result.finding));
     labels.push_back({"checker", result.name});
     Add(priority, std::move(labels), result.finding->priority);
   }
@@ -98,7 +98,8 @@ void Metrics::Answered(std::chrono::steady_clock::duration took, std::size_t req
 std::string Metrics::Scrape(const Host& host, const SimulatedMachine& machine) const {
   const Explanation explanation = AskExplanation(host, machine);
   const Reply& reply = explanation.reply;
-  std::vector<MetricFamily> families = {MostUrgent(ParseAnswer(reply.document).rule)};
+  std::vector<MetricFamily> families = {
+      MostUrgent(ParseAnswer(reply.document).rule, reply.sources)};
   AddCheckers(families, explanation.checkers);
   AddSources(families, reply.sources);
   families.push_back({"vela_health_answer_seconds",

@@ -53,7 +53,8 @@ test("metrics count each request, and seconds", async () => {
     {SMART: {state: "accepted", reason: "x"}, network: {state: "not asked"}}}));
   const {body} = await ask(blind.port, "/metrics");
   for (const line of ['checker_made{checker="UPS"} 0', 'checker_made{checker="SAN"} 1',
-    'checker_made{checker="disks"} 1', 'source_state{source="UPS"} 2', 'source_state{source="SMART"} 4'])
+    'checker_made{checker="disks"} 1',
+    'finding_priority{id="system_health",type="unknown",text="system_ok"} 40', 'source_state{source="UPS"} 2', 'source_state{source="SMART"} 4'])
     assert.ok(body.includes(`\nvela_health_${line}\n`), line + body);
   assert.ok(!body.includes('source_state{source="network"}'));
 });
