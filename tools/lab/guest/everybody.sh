@@ -30,11 +30,18 @@ others_see() { # others_see NAME FINDING FORMAT
   mv /run/aside /run/vela-platform
 }
 
+# What was unread is asked for again: the emulated processor may have been too slow.
 others_are_quiet() {
-  local QUESTION=("${AS_USER[@]}" vela-health --json) COLLECTS=''
-  ask
-  [[ $GOT == "${FINDINGS[ok]}" && $STATUS == 0 ]] ||
-    report FAIL "$1, as the service's user" "-> $GOT $GOT_FORMAT, exit status $STATUS"
+  local QUESTION=("${AS_USER[@]}" vela-health --json) COLLECTS='' said
+  for _ in 1 2 3; do
+    ask
+    said=$(journal_lines)
+    [[ $GOT == "${FINDINGS[ok]}" && $STATUS == [03] ]] || break
+    [ "$STATUS" != 0 ] || return 0
+    sleep 1
+  done
+  report FAIL "$1, as the service's user" \
+    "-> $GOT $GOT_FORMAT, exit status $STATUS, said: ${said//$'\n'/; }"
 }
 
 # words TEXT: the answer for people says so, to root and to the service's user.
