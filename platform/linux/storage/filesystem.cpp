@@ -138,7 +138,8 @@ Health JudgeLoss(const Btrfs& btrfs, std::size_t lost) {
 }
 
 CrashSigns FindCrashSigns(const Mount& mount) {
-  constexpr std::array kStopsAtErrors = {"ext4", "xfs", "btrfs", "f2fs", "vfat", "exfat"};
+  constexpr std::array kStopsAtErrors = {"ext2",  "ext3", "ext4", "xfs",  "btrfs",
+                                         "f2fs", "jfs",  "vfat", "exfat"};
   CrashSigns signs;
   signs.emergencyReadOnly =
       HasWord(mount.superOptions, "emergency_ro") || HasWord(mount.superOptions, "shutdown");
@@ -149,8 +150,7 @@ CrashSigns FindCrashSigns(const Mount& mount) {
 
 bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot) {
   // The mount table hides the policy where it is the file system's own.
-  return mount.type == "ext4" &&
-         (errors.stops || errors.journalAborted ||
+  return (errors.stops || errors.journalAborted ||
           HasWord(mount.superOptions, "errors=remount-ro")) &&
          errors.count > 0 && boot > 0 && errors.last >= boot;
 }

@@ -75,7 +75,8 @@ struct CrashSigns {
 
 // The signs that the mount table shows.
 CrashSigns FindCrashSigns(const Mount& mount);
-// An error since `boot` (seconds since 1970) that this ext4 stops at.
+// An error since `boot` (seconds since 1970) that this ext4 stops at. The same driver mounts ext2
+// and ext3.
 bool ErrorsStoppedIt(const Mount& mount, const Ext4Errors& errors, std::int64_t boot);
 
 // When the machine was started, from /proc/stat's text; 0 when it does not say.
