@@ -1,6 +1,8 @@
 // What the collector makes of smartd's own files: machines with a file "smart" (machine_tree.h).
 // With VELA_WRITE_EXPECTED=1 in the environment it is written down anew.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 
@@ -31,5 +33,24 @@ TEST_P(SmartdFiles, AreToldAsExpected) {
 
 INSTANTIATE_TEST_SUITE_P(All, SmartdFiles, testing::ValuesIn(MachineTree::ListThoseWith("smart")),
                          MachineTree::GetTestName);
+
+TEST(Smartd, StillWatchesWhenTheClockWasSetForwardAfterItsFirstRound) {
+  const MachineTree machine("files-of-a-smartd-just-started");
+  machine.AddLine("/proc/stat = btime {now-1000}");
+  const auto isWatched = [&machine](long long unitStarted) {
+    const auto link = machine.Path() / "run/systemd/units/invocation:smartmontools.service";
+    machine.AddLine("/run/systemd/units/invocation:smartmontools.service -> /id");
+    const auto age = [](const std::filesystem::path& path, long long seconds) {
+      const timespec then = {std::time(nullptr) - seconds, 0}, times[] = {then, then};
+      EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+    };
+    age(machine.Path() / "var/lib/smartmontools/smartd.M-OLD1.ata.state", 3000);
+    age(link, unitStarted);
+    return linux_platform::CollectSmart()["drives"][0]["device"] == "sda" &&
+           linux_platform::CollectSmart()["drives"][0]["current"].asBool();
+  };
+  EXPECT_TRUE(isWatched(3001));
+  EXPECT_FALSE(isWatched(2999));
+}
 
 }  // namespace

@@ -1,11 +1,14 @@
 // What smartd knows of the drives, out of its own files. No drive is asked, so none is woken. The
 // matching of serial numbers takes more reading than a request should do.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <ctime>
 #include <utility>
 
+#include "platform/linux/base/open.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/smartd_files.h"
@@ -49,6 +52,15 @@ void AddDevice(const std::string& device, const std::vector<DriveRecord>& known,
     snapshot.without.push_back(device);
 }
 
+// When systemd started it, by the clock of that moment: 0 when it did not. A clock that was set
+// forward since makes what smartd wrote before look older than smartd.
+std::time_t ReadTimeOfUnit() {
+  const Descriptor link =
+      Open(BelowRoot("/run/systemd/units/invocation:smartmontools.service"), O_PATH | O_NOFOLLOW);
+  struct stat status = {};
+  return link && fstat(link.Get(), &status) == 0 ? status.st_mtime : 0;
+}
+
 std::string NameDaemonState(std::time_t started) {
   if (started > 0) return SmartSnapshot::kRunning;
   return PathExists(BelowRoot("/usr/sbin/smartd")) ? SmartSnapshot::kStopped
@@ -68,7 +80,10 @@ std::time_t FindSmartdStart() {
   }
   std::string text;
   ReadSmallFile(Within(folder, "stat").c_str(), kStatCap, text);
-  return first < 0 ? 0 : ParseBootTime(text) + first / sysconf(_SC_CLK_TCK);
+  if (first < 0) return 0;
+  const std::time_t started = ParseBootTime(text) + first / sysconf(_SC_CLK_TCK);
+  const std::time_t unit = ReadTimeOfUnit();
+  return unit > 0 ? std::min(started, unit) : started;
 }
 
 Json::Value CollectSmart() {

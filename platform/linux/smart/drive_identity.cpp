@@ -12,7 +12,8 @@ namespace {
 // own name in the place of QEMU's.
 constexpr auto kVirtualNames = std::to_array<std::string_view>(
     {"QEMU", "VBOX", "VMware", "Virtual", "Msft", "Microsoft", "Xen", "Google", "Amazon",
-     "PersistentDisk", "BlockVolume", "DO Volume", "HC Volume", "Linode"});
+     "PersistentDisk", "BlockVolume", "DO Volume", "HC Volume", "Linode", "MSFT", "nvme_card",
+     "Alibaba", "VDISK", "BHYVE", "Parallels"});
 
 // The drivers of controllers that show volumes in the place of their disks.
 constexpr auto kRaidDrivers = std::to_array<std::string_view>(
@@ -33,7 +34,7 @@ std::string ReadDriver(const std::string& path) {
   return Attribute(Sys("/class/scsi_host/", name, "/proc_name"));
 }
 
-// Virtual buses, and disks that another machine or a storage array serves.
+// Virtual buses, memory cards and sticks, and disks that another machine or a storage array serves.
 bool HasNoValues(const std::string& device, const std::string& path) {
   constexpr auto kBuses =
       std::to_array<std::string_view>({"/virtio", "/vmbus", "/VMBUS", "/session", "/rport-"});
@@ -41,6 +42,8 @@ bool HasNoValues(const std::string& device, const std::string& path) {
     return true;
   if (std::ranges::any_of(kBuses, [&path](auto bus) { return path.find(bus) != path.npos; }))
     return true;
+  // A stick that the machine was started from. Disks on USB are not removable.
+  if (path.find("/usb") != path.npos && Attribute(Within(path, "removable")) == "1") return true;
   if (!device.starts_with("nvme")) return false;
   const std::string transport = Attribute(Within(path, "device/transport"));
   return !transport.empty() && transport != "pcie";
