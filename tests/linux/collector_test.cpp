@@ -192,8 +192,14 @@ TEST_F(CollectorTest, WhatALineOfFstabWasIsRememberedWhenItIsGone) {
     std::ifstream file(root.Path() / "var/lib/vela-platform/seen.json");
     return std::string(std::istreambuf_iterator<char>(file), {});
   };
+  root.AddLine("disk sde pci0/ata9/host1/target1:0:0/1:0:0:0 8:64 1");
+  root.AddLine("/etc/velainfo.conf = esata.ports=\"9\"");
+  root.Mounts(
+      "1 0 8:18 / /by-hand rw - ext4 /dev/sdb2 rw\n2 0 8:33 / /stick rw - ext4 /dev/sdc1 rw\n"
+      "3 0 8:65 / /esata rw - ext4 /dev/sde1 rw\n4 0 8:99 / /gone rw - ext4 /dev/sdx1 rw\n");
   const std::string all =
-      R"({"sources":{"UUID=inside":"inside","UUID=stick":"outside","UUID=was-inside":"inside"}})";
+      R"({"sources":{"/by-hand":"inside","/esata":"outside","/stick":"outside",)"
+      R"("UUID=inside":"inside","UUID=stick":"outside","UUID=was-inside":"inside"}})";
   EXPECT_EQ(remembered(), all + "\n");
   for (const char* gone : {"inside", "stick"})
     std::filesystem::remove(root.Path() / "dev/disk/by-uuid" / gone);
@@ -201,7 +207,8 @@ TEST_F(CollectorTest, WhatALineOfFstabWasIsRememberedWhenItIsGone) {
   EXPECT_EQ(remembered(), all + "\n");
   Snapshot("seen", SnapshotState::Absent);
   root.Write("/etc/fstab", "");
-  EXPECT_EQ(remembered(), "") << "no line names it any more";
+  root.Mounts("");
+  EXPECT_EQ(remembered(), "") << "no line names it, and nothing is mounted, any more";
 }
 
 TEST_F(CollectorTest, AMountThatHangsCostsNoOtherAndIsAskedByOneProcessOnly) {

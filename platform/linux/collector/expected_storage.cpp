@@ -2,6 +2,7 @@
 #include <map>
 
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/volume_group.h"
@@ -9,6 +10,7 @@
 #include "platform/linux/storage/missing_storage.h"
 #include "platform/linux/storage/seen_storage.h"
 #include "platform/linux/storage/udev_record.h"
+#include "platform/linux/storage/volume_choice.h"
 
 namespace linux_platform {
 namespace {
@@ -31,16 +33,20 @@ std::set<std::string> ListPhysicalVolumes() {
 Json::Value CollectSeenStorage() {
   MountTable mounts;
   ReadMounts(mounts);
-  Devices devices(*mounts, {});
+  const SettingsFile settings = ReadSettings(kCurrentSettings);
+  Devices devices(*mounts, settings.settings.List("esata.ports"));
   const SeenStorage before = ReadSeenStorage();
   SeenStorage seen;
+  const auto remember = [&](const std::string& what, std::optional<bool> inside) {
+    const Seen known = before.Find(what);
+    if (inside || known != Seen::Never)
+      seen.isInside[what] = inside.value_or(known == Seen::Inside);
+  };
   const auto fstab = ReadFstab();
-  for (const FstabLine& line : fstab->storage) {
-    if (const auto inside = IsInside(line.source, devices))
-      seen.isInside[line.source] = *inside;
-    else if (const Seen known = before.Find(line.source); known != Seen::Never)
-      seen.isInside[line.source] = known == Seen::Inside;
-  }
+  for (const FstabLine& line : fstab->storage)
+    remember(line.source, IsInside(line.source, devices));
+  for (const Mount& mount : *mounts)
+    if (MayBeVolume(mount, false)) remember(mount.target, IsInside(mount, devices));
   return seen.isInside.empty() ? Json::Value() : seen.ToJson();
 }
 

@@ -52,13 +52,6 @@ std::string ToNode(const std::string& source) {
   return source;
 }
 
-bool IsContainer(const Mounts& mounts) {
-  for (const char* mark : {"/run/systemd/container", "/run/.containerenv", "/.dockerenv"})
-    if (PathExists(BelowRoot(mark))) return true;
-  const Mount* root = mounts.FindAt("/");
-  return root != nullptr && !IsOwnMount(*root);
-}
-
 bool IsArrayNode(std::string_view node) {
   return node.starts_with("/dev/md") || node.starts_with("/dev/disk/by-id/md-");
 }
@@ -192,6 +185,12 @@ std::optional<bool> IsInside(const std::string& source, Devices& devices) {
   if (device.empty()) return {};
   const Stack stack = ReadStack(std::string_view(device));
   if (stack.layers.empty()) return {};
+  return devices.Classify(stack) == DiskClass::Internal;
+}
+
+std::optional<bool> IsInside(const Mount& mount, Devices& devices) {
+  const Stack& stack = devices.GetStack(mount);
+  if (stack.disks.empty()) return {};
   return devices.Classify(stack) == DiskClass::Internal;
 }
 

@@ -25,6 +25,9 @@ std::string FindDevice(const std::string& source);
 // Whether that device or mapping lies on disks of this machine; none when it is not there.
 std::optional<bool> IsInside(const std::string& source, Devices& devices);
 
+// The same of what is mounted.
+std::optional<bool> IsInside(const Mount& mount, Devices& devices);
+
 // The worst first. What is there costs one system call a line. In a container, whose tables are of
 // another machine, nothing is missing.
 std::vector<MissingStorage> FindMissing(const Mounts& mounts, const Fstab& fstab, Devices& devices,

@@ -140,6 +140,13 @@ bool IsOwnMount(const Mount& mount) {
          (mount.type == "btrfs" && HasWord(mount.superOptions, "subvol=" + mount.root));
 }
 
+bool IsContainer(const Mounts& mounts) {
+  for (const char* mark : {"/run/systemd/container", "/run/.containerenv", "/.dockerenv"})
+    if (PathExists(BelowRoot(mark))) return true;
+  const Mount* root = mounts.FindAt("/");
+  return root != nullptr && !IsOwnMount(*root);
+}
+
 const Mount* FindMountOf(const Mounts& mounts, std::string_view path) {
   while (path.starts_with('/')) {
     if (const Mount* mount = mounts.FindAt(path)) return mount;

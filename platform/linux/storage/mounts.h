@@ -60,6 +60,9 @@ bool MayHang(std::string_view fileSystemType);
 // which may be read-write over a file system that somebody made read-only.
 bool IsOwnMount(const Mount& mount);
 
+// Whether this is a container: its devices and its tables are of another machine.
+bool IsContainer(const Mounts& mounts);
+
 // The mount above `path`, or at it, whatever lies between; null without any.
 const Mount* FindMountOf(const Mounts& mounts, std::string_view path);
 

@@ -11,8 +11,8 @@ constexpr const char *kSources = "sources", *kInside = "inside", *kOutside = "ou
 
 }  // namespace
 
-Seen SeenStorage::Find(const std::string& source) const {
-  const auto found = isInside.find(source);
+Seen SeenStorage::Find(const std::string& what) const {
+  const auto found = isInside.find(what);
   if (found == isInside.end()) return Seen::Never;
   return found->second ? Seen::Inside : Seen::Outside;
 }

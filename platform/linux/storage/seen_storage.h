@@ -1,5 +1,6 @@
-// What the lines of fstab stood for when they were last there: the collector's memory "seen", which
-// outlives restarts. It tells a disk that is lost from a stick that lies in a drawer.
+// What the lines of fstab stood for when they were last there, and what was mounted where: the
+// collector's memory "seen", which outlives restarts. It tells a disk that is lost from a stick
+// that lies in a drawer.
 #pragma once
 
 #include <map>
@@ -16,9 +17,10 @@ enum class Seen { Never, Inside, Outside };
 struct SeenStorage {
   static constexpr const char* kSource = "seen";
 
-  std::map<std::string, bool> isInside;  // by the line's source, "UUID=1": a disk of this machine
+  // By the line's source, "UUID=1", or the mount point, "/data": a disk of this machine.
+  std::map<std::string, bool> isInside;
 
-  Seen Find(const std::string& source) const;
+  Seen Find(const std::string& what) const;
 
   Json::Value ToJson() const;
   static SeenStorage FromJson(const Json::Value& document);

@@ -39,6 +39,12 @@ StorageView ReadStorage(const Settings& settings) {
   view.hidden = std::move(volumes.hidden);
   view.diskFailures = std::move(redundancy.failures);
   if (!pools.empty()) AddTrouble(MissZed(), view.diskFailures);
+  // Who watches the devices that a container shows, its host knows.
+  const bool isWatched = view.smart.gaps.empty() && view.diskFailures.empty();
+  if (!isWatched && IsContainer(*mounts)) {
+    view.smart.gaps.clear();
+    view.diskFailures.clear();
+  }
   return view;
 }
 

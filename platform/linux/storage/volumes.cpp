@@ -7,6 +7,7 @@
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/storage/seen_storage.h"
 #include "platform/linux/storage/volume_choice.h"
 #include "platform/linux/storage/zfs.h"
 
@@ -14,12 +15,15 @@ namespace linux_platform {
 namespace {
 
 // A device that is gone does not tell any more whether it was a disk in its bay or a stick
-// that somebody pulled out: "/volume1" was one, "/volumeUSB1" the other.
+// that somebody pulled out: "/volume1" was one, "/volumeUSB1" the other. Of others the collector
+// may have seen it.
 bool IsExpected(const std::string& target, const FstabTargets& fstab) {
+  const Seen seen = target == "/" ? Seen::Inside : ReadSeenStorage().Find(target);
+  if (seen != Seen::Never) return seen == Seen::Inside;
   constexpr std::string_view kVolume = "/volume";
   const bool numbered = target.starts_with(kVolume) && target.size() > kVolume.size() &&
                         isdigit(static_cast<unsigned char>(target[kVolume.size()])) != 0;
-  return target == "/" || numbered || fstab.contains(target);
+  return numbered || fstab.contains(target);
 }
 
 bool IsSystem(const Mount& mount) { return mount.target == "/" || mount.target == "/var"; }
