@@ -59,9 +59,18 @@ bool MayBeDefault(const Json::Value& value) {
   return value == false || value == 0 || value == "" || value == "normal";
 }
 
+// A mark that is no setting's may be the usual one because no setting could be read.
+void HideMarks(Json::Value& comparisons) {
+  constexpr double kUsualShare = 0.05;
+  for (Json::Value& compared : comparisons)
+    if (compared["low"] == false && compared["share"] == kUsualShare)
+      compared["mark"] = compared["share"] = Json::Value();
+}
+
 // `sources`: those of the check that were not seen; `own`: those of them that `object` rests on.
 void Hide(const SourceSet& sources, const SourceSet& own, Json::Value& object) {
   for (const std::string& name : object.getMemberNames()) {
+    if (name == "compared" && sources.Contains(Source::Configuration)) HideMarks(object[name]);
     if (name == "decides" || name == "compared") continue;
     const auto row = std::ranges::find(kInputs, name, &InputRow::input);
     const SourceSet rests = row == std::end(kInputs) ? own : row->sources.And(sources);

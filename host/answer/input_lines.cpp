@@ -43,8 +43,10 @@ std::string FormatComparison(const Json::Value& compared, const Texts& texts) {
   };
   const std::string mark =
       amount("mark") + " (" + FormatPercent(compared["share"].asDouble(), texts) + ")";
-  const std::string* text =
-      texts.FindText("value", unit + (compared["low"].asBool() ? " below" : " enough"));
+  const char* result = compared["mark"].isNull()  ? " unknown"
+                       : compared["low"].asBool() ? " below"
+                                                  : " enough";
+  const std::string* text = texts.FindText("value", unit + result);
   return text == nullptr ? "" : FillPlaceholders(*text, {amount("free"), amount("total"), mark});
 }
 
