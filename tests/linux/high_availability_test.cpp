@@ -129,6 +129,11 @@ TEST_F(HighAvailabilityTest, SystemdSaysWhetherPacemakerRuns) {
   EXPECT_NE(Said().reason.find("not active (activating)"), std::string::npos);
   bus.Say("pacemaker.service", "ActiveState", "active");
   EXPECT_EQ(Ask(), "danger");
+  Enable("corosync.service");
+  bus.Say("corosync.service", "ActiveState", "failed");
+  Ask();
+  EXPECT_NE(Said().reason.find("corosync.service is enabled and not active (failed)"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -130,7 +130,10 @@ void TellSmart(std::ostream& out) {
     if (!gap.reason.starts_with("nobody looks") || !smart.stray.IsNone())
       out << "unwatched: " << RoundAge(gap.reason) << " [" << gap.remedy << "]\n";
   if (!smart.stray.IsNone()) out << smart.stray.reason << " [" << smart.stray.remedy << "]\n";
-  if (smart.watched) out << "SMART: " << SourceReports()["SMART"].Name() << "\n";
+  const SourceReport report = SourceReports()["SMART"];
+  const bool remark = report.state == 1 && report.reason != "";
+  if (smart.watched)
+    out << "SMART: " << report.Name() << (remark ? ", " + report.reason : "") << "\n";
 }
 
 // What failed or is not watched, but for capacities: only a real mount has one. What is missing.

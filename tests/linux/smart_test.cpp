@@ -31,6 +31,17 @@ TEST_P(SmartdFiles, AreToldAsExpected) {
   EXPECT_EQ(text, MachineTree::Read(GetParam(), "smart"));
 }
 
+TEST(SmartdFiles, OfALongLogTheEndCounts) {
+  const MachineTree machine("files-of-smartd");
+  const char* const log = "/var/lib/smartmontools/attrlog.WDC_WD40EFRX_68WT0N0-WD_WCC4E123.ata.csv";
+  const auto collect = [] { return linux_platform::CollectSmart()["drives"]; };
+  const Json::Value before = collect();
+  std::ostringstream text;
+  text << std::ifstream(machine.Path().string() + log).rdbuf();
+  machine.Write(log, std::string(300 << 10, '\n') + text.str());
+  EXPECT_EQ(collect(), before);
+}
+
 INSTANTIATE_TEST_SUITE_P(All, SmartdFiles, testing::ValuesIn(MachineTree::ListThoseWith("smart")),
                          MachineTree::GetTestName);
 

@@ -128,7 +128,6 @@ TEST(Storage, WhatTablesNameAndIsNotThereIsToldByNameAndIsAsBadAsItsLine) {
   for (const auto& row : ReadTable("expected-storage", 4)) {
     SCOPED_TRACE(row[1]);
     const MachineTree machine("storage-that-is-configured");
-    machine.Write(R"(/dev/disk/by-label/old\x20disk)", "");
     machine.AddLine(row[0] + " = " + row[1]);
     const linux_platform::StorageView view = linux_platform::RequestScope()->GetStorage();
     EXPECT_EQ(Space::GetOverviewStatus(), row[2]);

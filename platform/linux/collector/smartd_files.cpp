@@ -144,7 +144,7 @@ void ParseSmartdState(std::string_view text, DriveRecord& drive) {
   std::string_view attribute;
   for (const std::string_view line : Split(text, '\n')) {
     const std::size_t equals = line.find('=');
-    if (line.starts_with('#') || equals == line.npos) continue;
+    if (equals == line.npos) continue;
     const std::string_view key = Strip(line.substr(0, equals));
     const std::string_view value = Strip(line.substr(equals + 1));
     const std::int64_t number = ToNumber(value).value_or(0);

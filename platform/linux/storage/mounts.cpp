@@ -52,10 +52,8 @@ bool NamesDisk(std::string_view source) {
 bool OughtToBeMounted(const FstabLine& line) {
   constexpr const char* kOtherwise[] = {
       "noauto", "x-systemd.automount", "comment=systemd.automount", "_netdev", "bind", "rbind"};
-  constexpr std::string_view kOtherTypes[] = {"swap", "none", "tmpfs", "overlay"};
   if (!line.target.starts_with('/') || line.target == "/" || MayHang(line.type)) return false;
   if (HasWord(line.type, "iso9660") || HasWord(line.type, "udf")) return false;
-  if (std::ranges::find(kOtherTypes, line.type) != std::end(kOtherTypes)) return false;
   if (std::ranges::any_of(kOtherwise, [&](auto word) { return HasWord(line.options, word); }))
     return false;
   return line.type == "zfs" || NamesDisk(line.source);
