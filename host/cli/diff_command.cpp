@@ -73,15 +73,15 @@ void PrintHidden(const Side& a, const Side& b, const Texts& texts, const Style& 
   }
 }
 
-// The checks that could not be made on B, and on A could.
+// The checks that B has no answer to, because it could not be had or is not wanted, and A had.
 std::vector<CheckerResult> ListBlinded(const Side& a, const Side& b) {
   std::vector<CheckerResult> blinded;
   for (const CheckerResult& result : b.checkers) {
     const auto same = [&result](const CheckerResult& other) {
-      return other.name == result.name && other.outcome == Outcome::NotMade;
+      return other.name == result.name && other.outcome == result.outcome;
     };
-    if (result.outcome == Outcome::NotMade && std::ranges::none_of(a.checkers, same))
-      blinded.push_back(result);
+    const bool blind = result.outcome == Outcome::NotMade || result.outcome == Outcome::Accepted;
+    if (blind && std::ranges::none_of(a.checkers, same)) blinded.push_back(result);
   }
   return blinded;
 }
