@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <utility>
+#include <map>
 
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/sysfs.h"
@@ -33,23 +33,24 @@ std::int64_t ReadStartTicks(const std::string& process) {
   return ToNumber(text.substr(at + 1, text.find(' ', at + 1) - at - 1)).value_or(-1);
 }
 
+// The latest that smartd wrote of each serial number.
+using KnownDrives = std::map<std::string_view, const DriveRecord*>;
+
 // One that a state file names is the drive behind each device of that serial number: of all paths
-// and namespaces.
-void AddDevice(const std::string& device, const std::vector<DriveRecord>& known,
-               SmartSnapshot& snapshot, std::vector<bool>& isFound) {
+// and namespaces. Each is taken from `hidden`.
+void AddDevice(const std::string& device, const KnownDrives& known, SmartSnapshot& snapshot,
+               KnownDrives& hidden) {
   const std::string path = LinkTarget(Sys("/class/block/", device));
   const std::string serial = ToFileName(ReadSerialNumber(device, path));
-  bool isKnown = false;
-  for (std::size_t i = 0; i < known.size() && !serial.empty(); ++i) {
-    if (known[i].serial != serial) continue;
-    isFound[i] = true;
-    if (std::exchange(isKnown, true)) continue;
-    DriveRecord& drive = snapshot.drives.emplace_back(known[i]);
-    drive.device = device;
-    drive.rotating = Attribute(Within(path, "queue/rotational")) == "1";
+  const auto found = known.find(serial);
+  if (found == known.end()) {
+    if (ReadDriveKind(device, path) == DriveKind::Without) snapshot.without.push_back(device);
+    return;
   }
-  if (!isKnown && ReadDriveKind(device, path) == DriveKind::Without)
-    snapshot.without.push_back(device);
+  hidden.erase(serial);
+  DriveRecord& drive = snapshot.drives.emplace_back(*found->second);
+  drive.device = device;
+  drive.rotating = Attribute(Within(path, "queue/rotational")) == "1";
 }
 
 // When systemd started it, by the clock of that moment: 0 when it did not. A clock that was set
@@ -91,13 +92,15 @@ Json::Value CollectSmart() {
   std::erase_if(disks, [](const std::string& name) { return !IsDiskName(name); });
   if (disks.empty()) return {};
   const std::time_t started = FindSmartdStart();
-  const std::vector<DriveRecord> known = ReadSmartdFiles(started, std::time(nullptr));
+  const std::vector<DriveRecord> records = ReadSmartdFiles(started, std::time(nullptr));
+  KnownDrives known;
+  for (const DriveRecord& drive : records) known.emplace(drive.serial, &drive);
+  KnownDrives hidden = known;
   SmartSnapshot snapshot;
   snapshot.daemon = NameDaemonState(started);
-  std::vector<bool> isFound(known.size());
-  for (const std::string& device : disks) AddDevice(device, known, snapshot, isFound);
-  for (std::size_t i = 0; i < known.size(); ++i)
-    if (!isFound[i] && known[i].current) snapshot.drives.push_back(known[i]);
+  for (const std::string& device : disks) AddDevice(device, known, snapshot, hidden);
+  for (const auto& [serial, drive] : hidden)
+    if (drive->current) snapshot.drives.push_back(*drive);
   return snapshot.ToJson();
 }
 

@@ -25,6 +25,7 @@ void SmartWatch::ReadCollected() {
   if (state_) return;
   state_ = ReadSnapshot(snapshot_, reason_);
   now_ = std::time(nullptr);
+  JudgeHidden();
 }
 
 // What smartd's files and its hook say of the disk. The serial number is compared only where
@@ -42,13 +43,14 @@ DriveRecord SmartWatch::FindRecord(const std::string& device, const std::string&
   return drive;
 }
 
-// What smartd says of disks that the machine does not show.
-void SmartWatch::JudgeHidden(DriveVerdict& verdict) const {
+// Once for all volumes that such disks may be behind.
+void SmartWatch::JudgeHidden() {
   for (const DriveRecord& drive : snapshot_.drives) {
     if (!IsHidden(drive)) continue;
+    if (!hidden_) hidden_.emplace();
     for (DriveRemark& remark : JudgeDrive(drive, now_).remarks) {
       remark.what += " of " + drive.serial;
-      verdict.Add(std::move(remark));
+      hidden_->Add(std::move(remark));
     }
   }
 }
@@ -66,10 +68,9 @@ DriveVerdict SmartWatch::Judge(const std::string& device, const std::string& pat
   if (std::ranges::binary_search(snapshot_.without, device)) return verdict;
   const DriveKind kind = ReadDriveKind(device, path);
   if (kind == DriveKind::Without) return verdict;
-  if (kind == DriveKind::BehindController && running &&
-      std::ranges::any_of(snapshot_.drives, IsHidden)) {
+  if (kind == DriveKind::BehindController && running && hidden_) {
     watched_ = true;
-    JudgeHidden(verdict);
+    for (const DriveRemark& remark : hidden_->remarks) verdict.Add(remark);
     return verdict;
   }
   NoteUnwatched(DescribeGap(device, kind, drive), name + " (" + device + ")");

@@ -38,7 +38,7 @@ class SmartWatch {
  private:
   void ReadCollected();
   DriveRecord FindRecord(const std::string& device, const std::string& path);
-  void JudgeHidden(DriveVerdict& verdict) const;
+  void JudgeHidden();
   struct Gap {
     std::string before, after, remedy;  // the words around the disks
     std::vector<std::string> disks;
@@ -52,6 +52,7 @@ class SmartWatch {
   std::optional<SnapshotState> state_;
   std::string reason_;  // why the snapshot could not be read
   SmartSnapshot snapshot_;
+  std::optional<DriveVerdict> hidden_;  // of the disks that a controller hides, if smartd knows any
   std::time_t now_ = 0;
   bool watched_ = false;
   std::vector<Gap> gaps_;
