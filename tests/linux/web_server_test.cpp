@@ -91,7 +91,7 @@ TEST_F(WebServerOnBusTest, OnlyASuspicionThatTheTestConfirmsIsAFailure) {
     EXPECT_EQ(Said().state, row[5].empty() ? 1 : 2);
     EXPECT_EQ(Said().reason, row[5]);
   }
-  EXPECT_EQ(TakeSystemLog().size(), 3U);
+  EXPECT_EQ(TakeSystemLog().size(), 4U);
 }
 
 TEST_F(WebServerOnBusTest, AMuteSystemdIsGivenUpAndThenLeftAlone) {

@@ -80,4 +80,9 @@ std::optional<std::int64_t> ToNumber(std::string_view text) {
   return number;
 }
 
+bool DaemonRuns(const char* pidFile, std::string_view name) {
+  const std::string pid = Attribute(BelowRoot(pidFile));
+  return ToNumber(pid) && Attribute(BelowRoot("/proc/", pid, "/comm")) == name;
+}
+
 }  // namespace linux_platform

@@ -41,4 +41,8 @@ bool HasWord(std::string_view text, std::string_view word, std::string_view sepa
 // The number that the whole text is.
 std::optional<std::int64_t> ToNumber(std::string_view text);
 
+// Whether the process whose number the file at `pidFile`, below the root, holds runs and is called
+// `name`: another may have been given the number since.
+bool DaemonRuns(const char* pidFile, std::string_view name);
+
 }  // namespace linux_platform

@@ -67,7 +67,7 @@ int VELAServiceIsHttpDefaultConf(void) {
   const WebServerState& server = request->GetWebServer();
   if (server.unit.empty()) {
     scope.Absent("no web server is installed");
-    failures.Recovered();
+    failures.Report(scope, server.missing);
     return 0;
   }
   switch (server.answer) {
@@ -85,7 +85,7 @@ int VELAServiceIsHttpDefaultConf(void) {
   }
   if (server.state.load != "loaded") scope.Absent("no unit %s", server.unit.c_str());
   if (!server.IsSuspicious()) {
-    failures.Recovered();
+    failures.Report(scope, server.missing);
     return 0;
   }
   if (server.FindTester() != nullptr) return 1;
@@ -112,10 +112,10 @@ bool NginxConfManager::run() {
   const Test test = geteuid() == 0 ? TestConfiguration(*suspect.FindTester(),
                                                        request->GetTimeBudget(), trouble.reason)
                                    : ReadCollectedTest(suspect, scope, trouble);
-  if (test == Test::Unknown)
-    failures.Tell(scope, trouble);
-  else
-    failures.Recovered();
+  // Whatever ended it, nobody is served.
+  if (test == Test::Passed && suspect.state.active == "failed")
+    trouble = suspect.unit + " has failed, though its configuration passes its test";
+  failures.Report(scope, trouble);
   return test != Test::Refused;
 }
 

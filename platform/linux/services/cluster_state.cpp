@@ -28,7 +28,7 @@ Members Count(const pugi::xml_node& cluster) {
 }
 
 struct Resources {
-  bool failed = false, stopped = false;
+  bool any = false, failed = false, stopped = false;
 };
 
 // Groups, clones and bundles nest them, three deep at most.
@@ -38,6 +38,7 @@ void JudgeResources(const pugi::xml_node& parent, int deeper, Resources& resourc
       if (deeper > 0) JudgeResources(node, deeper - 1, resources);
       continue;
     }
+    resources.any = true;
     resources.failed |= (Is(node, "failed") && !Is(node, "failure_ignored")) || Is(node, "blocked");
     const std::string_view wanted = node.attribute("target_role").as_string("Started");
     resources.stopped |= Is(node, "managed") && wanted != "Stopped" &&
@@ -67,6 +68,8 @@ std::optional<HaState> ParseClusterState(std::string_view xml, std::string& reas
   Resources resources;
   JudgeResources(cluster.child("resources"), 8, resources);
 
+  // As its packages leave it: one node that nobody gave anything to do, or a partner.
+  if (members.all < 2 && !resources.any) return HaState::Normal;
   if (!Is(coordinator, "present") || !Is(coordinator, "with_quorum") || members.unclean ||
       resources.failed)
     return HaState::Danger;

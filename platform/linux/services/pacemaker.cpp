@@ -39,12 +39,6 @@ struct Unit {
   bool Runs() const { return active == "active"; }
 };
 
-// As systemctl leaves it in a folder that everybody may read. The link of a unit whose package is
-// gone leads nowhere, and says as much.
-bool IsEnabled(const char* unit) {
-  return !LinkTarget(BelowRoot("/etc/systemd/system/multi-user.target.wants/", unit)).empty();
-}
-
 void ReadActive(Unit& pacemaker, Unit& corosync, TimeBudget& budget) {
   std::vector<std::string> names = {pacemaker.name};
   if (corosync.isEnabled) names.emplace_back(corosync.name);

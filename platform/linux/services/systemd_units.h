@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/linux/base/deadline.h"
+#include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
 
@@ -25,5 +26,11 @@ enum class UnitsAnswer {
 // second of `budget` at most, whatever the bus does. `reason` says what else than Read happened.
 UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
                       std::vector<UnitState>& states, std::string& reason);
+
+// Whether the unit starts with the machine: systemctl's link in a folder that everybody may read.
+// That of a unit whose package is gone leads nowhere, and says as much.
+inline bool IsEnabled(std::string_view unit) {
+  return !LinkTarget(BelowRoot("/etc/systemd/system/multi-user.target.wants/", unit)).empty();
+}
 
 }  // namespace linux_platform

@@ -26,6 +26,16 @@ std::vector<std::string> ListUnits(const Settings& settings) {
   return units;
 }
 
+Trouble FindMissing() {
+  for (const WebServer& server : kServers)
+    if (!server.IsInstalled() && IsEnabled(server.unit))
+      return {std::string(server.unit) + " is enabled, and " + server.test[0] +
+                  " is missing or nobody may run it",
+              std::string("install it again; systemctl disable ") + server.unit +
+                  ", if there is to be no such web server"};
+  return {};
+}
+
 std::size_t FindInUse(const std::vector<UnitState>& states) {
   const auto used = std::ranges::find_if(states, [](const UnitState& state) {
     return state.load == "loaded" && state.active != "inactive";
@@ -57,6 +67,7 @@ const WebServer* WebServerState::FindTester() const {
 WebServerState ReadWebServer(const Settings& settings, TimeBudget& budget) {
   WebServerState server;
   const std::vector<std::string> units = ListUnits(settings);
+  if (settings.Text("web.unit") == nullptr) server.missing = FindMissing();
   if (units.empty()) return server;
   std::vector<UnitState> states;
   server.answer = ReadUnits(units, budget, states, server.reason);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/linux/services/systemd_units.h"
 
 namespace linux_platform {
@@ -25,6 +26,7 @@ struct WebServerState {
   std::string reason;  // what else than Read happened
   std::string unit;    // empty: no web server is installed
   UnitState state;
+  Trouble missing;  // another that is enabled and whose program is not there
 
   // It has failed, or refused its last reload: such a one stays "active", with the old
   // configuration in force.

@@ -91,6 +91,15 @@ void LookAtMappings(const std::vector<std::string>& blockDevices, Redundancy& re
     redundancy.failures.push_back(MissCollector("only root may ask how " + unwatched + " is"));
 }
 
+// The kernel leaves out a path that fails a request. One that fails while nothing uses it, and one
+// that works again, only the daemon sees.
+Trouble MissPathWatcher(const std::vector<Mapping>& mappings) {
+  const auto multipath = std::ranges::find(mappings, "multipath", &Mapping::kind);
+  if (multipath == mappings.end() || DaemonRuns("/run/multipathd.pid", "multipathd")) return {};
+  return {"nobody tries the paths of " + multipath->name + ": multipathd does not run",
+          "systemctl enable --now multipathd"};
+}
+
 // The group's own list of its disks is for root alone. Without the collector it is not read: a
 // plain volume whose disk is gone is seen by everybody.
 void ReadGroups(Redundancy& redundancy) {
@@ -107,6 +116,7 @@ void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redu
   const SnapshotState state = ReadSnapshot(snapshot, reason);
   AddTrouble(state == SnapshotState::Read ? Trouble(snapshot.trouble) : ToTrouble(state, reason),
              redundancy.failures);
+  AddTrouble(MissPathWatcher(snapshot.mappings), redundancy.failures);
   if (state != SnapshotState::Read) LookAtMappings(blockDevices, redundancy);
   for (const Mapping& mapping : snapshot.mappings) {
     if (mapping.health == Health::Normal) continue;

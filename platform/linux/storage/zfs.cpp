@@ -74,8 +74,7 @@ Health ReadZpool(const std::string& pool) {
 }
 
 Trouble MissZed() {
-  const std::string pid = Attribute(BelowRoot("/run/zed.pid"));
-  if (ToNumber(pid) && Attribute(BelowRoot("/proc/", pid, "/comm")) == "zed") return {};
+  if (DaemonRuns("/run/zed.pid", "zed")) return {};
   return {"nobody hears of read errors of ZFS pools: zed does not run",
           "systemctl enable --now zfs-zed"};
 }
