@@ -39,13 +39,15 @@ void ForEachEntry(const std::string& text, const Visit& visit) {
 // A disk's name or mark. Not: drives of media, and devices that a network or a file is behind.
 bool NamesDisk(std::string_view source) {
   constexpr std::string_view kTags[] = {"UUID=", "LABEL=", "PARTUUID=", "PARTLABEL=", "ID="};
-  constexpr std::string_view kOthers[] = {"sr",  "cdrom", "dvd",  "fd",  "loop", "shm",
-                                          "ram", "zram",  "fuse", "nbd", "rbd",  "drbd"};
+  constexpr std::string_view kOthers[] = {"sr",  "cdrom", "cdrw", "dvd",  "dvdrw", "fd",  "loop",
+                                          "shm", "ram",   "zram", "fuse", "nbd",   "rbd", "drbd"};
   const auto begins = [&source](std::string_view word) { return source.starts_with(word); };
   if (std::ranges::any_of(kTags, begins)) return true;
   if (!begins("/dev/")) return false;
   source.remove_prefix(5);
-  return std::ranges::none_of(kOthers, begins);
+  // "sr0" and "drbd/by-res/a"; "srv/data" is a volume of the group "srv".
+  const std::string_view name = source.substr(0, source.find_first_of("/0123456789"));
+  return std::ranges::find(kOthers, name) == std::end(kOthers);
 }
 
 // "/" is what the machine runs from: it is there.
