@@ -19,12 +19,12 @@ void AddOnce(std::vector<std::string>& names, std::string name) {
   if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
 }
 
-// Parts of a mapping that can do without one of them, or tells by itself that it cannot.
+// Parts of a mapping that can do without one of them, or tells by itself that it cannot. A cache is
+// none: what it holds cannot be read without it, nor found elsewhere while it is written back.
 bool IsOneOfSeveral(const std::string& folder) {
   const std::string name = Attribute(Within(folder, "dm/name"));
   const auto has = [&name](const char* part) { return name.find(part) != name.npos; };
-  return std::ranges::any_of(
-      std::array{"_rimage_", "_rmeta_", "_mimage_", "_mlog", "_cdata", "_cmeta", "_cvol"}, has);
+  return std::ranges::any_of(std::array{"_rimage_", "_rmeta_", "_mimage_", "_mlog"}, has);
 }
 
 bool HasPaths(const std::string& folder) {

@@ -20,7 +20,7 @@ struct Stack {
   std::vector<std::string> layers;  // every device on the way, by kernel name: dm-0, md0
   std::vector<std::string> disks;   // the whole disks at the bottom: sda, nvme0n1
   // The uppermost device is not there any more, or empty; or what a mapping needs beneath is gone.
-  // What has copies (arrays, mirrors, RAID volumes, paths, caches) tells by itself what it lost.
+  // What has copies (arrays, mirrors, RAID volumes, paths) tells by itself what it lost.
   bool gone = false;
 };
 

@@ -7,15 +7,17 @@ namespace {
 
 bool IsMirror(const MdArray& array) { return array.level == "raid1"; }
 
-bool HasFaultyMember(const MdArray& array) {
-  return std::ranges::any_of(array.members, [](const auto& each) { return each.Has("faulty"); });
+bool HasLostMember(const MdArray& array) {
+  return std::ranges::any_of(array.members, [](const auto& each) {
+    return each.Has("faulty") || !each.present;
+  });
 }
 
 // A mirror with a place for each bay of the machine, most of them empty, was made that way: nobody
 // loses two disks of three and has two left.
 bool IsSparseMirror(const MdArray& array) {
   const std::int64_t inSync = CountInSync(array);
-  return IsMirror(array) && !HasFaultyMember(array) && inSync >= 2 &&
+  return IsMirror(array) && !HasLostMember(array) && inSync >= 2 &&
          array.disks - inSync >= 2 * inSync;
 }
 
@@ -75,6 +77,8 @@ MdArray ReadMdArray(const std::string& name) {
              Attribute(Within(member, "slot"))};
     // A member has its slot for as long as it has its folder: without one, this is no whole /sys.
     added.present = added.slot.empty() || PathExists(Within(member, "block"));
+    // The kernel counts it as soon as it writes or reads there.
+    if (!added.present && added.Has("in_sync")) ++array.degraded;
   }
   return array;
 }
@@ -84,15 +88,16 @@ bool HasParity(const MdArray& array) {
 }
 
 std::int64_t CountInSync(const MdArray& array) {
-  return std::ranges::count_if(array.members,
-                               [](const MdMember& member) { return member.Has("in_sync"); });
+  return std::ranges::count_if(array.members, [](const MdMember& member) {
+    return member.Has("in_sync") && member.present;
+  });
 }
 
 bool HasEmptyPlaces(const MdArray& array) {
   const auto isFilling = [](const MdMember& member) {
     return member.Has("spare") && !member.IsHotSpare();
   };
-  return array.degraded > 0 && !HasFaultyMember(array) &&
+  return array.degraded > 0 && !HasLostMember(array) &&
          std::ranges::none_of(array.members, isFilling);
 }
 
