@@ -52,6 +52,11 @@ const HostVolume* HostVolumes::FindVolume(std::string_view path) {
   }
 }
 
+bool HostVolumes::IsLost(dev_t device) {
+  const Stack stack = ReadStack(device);
+  return stack.gone || devices_.IsOffline(stack);
+}
+
 HostVolume HostVolumes::ReadVolume(const Mount& mount) {
   HostVolume volume;
   volume.path = mount.target;

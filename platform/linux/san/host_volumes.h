@@ -36,6 +36,9 @@ class HostVolumes {
   // All that were found, by path.
   const std::map<std::string, HostVolume>& GetVolumes() const { return volumes_; }
 
+  // Whether the device, on which a LUN lies without a volume, is gone or offline.
+  bool IsLost(dev_t device);
+
  private:
   HostVolume ReadVolume(const Mount& mount);
   bool HasCrashed(const Mount& mount);

@@ -13,7 +13,6 @@
 #include "platform/linux/base/settings.h"
 #include "platform/linux/san/host_volumes.h"
 #include "platform/linux/san/target.h"
-#include "platform/linux/storage/block.h"
 
 namespace linux_platform {
 namespace {
@@ -53,12 +52,12 @@ const char* ChooseStatus(const LunEvidence& lun) {
   return "normal";
 }
 
-void ReadBacking(const Lun& lun, LunEvidence& evidence) {
+void ReadBacking(const Lun& lun, HostVolumes& volumes, LunEvidence& evidence) {
   struct stat status = {};
   if (!Stat(BelowRoot(lun.backing), status)) {
     evidence.hasStorage = errno != ENOENT && errno != ENOTDIR && errno != ENXIO && errno != EIO;
   } else if (S_ISBLK(status.st_mode)) {
-    evidence.hasStorage = !ReadStack(status.st_rdev).gone;
+    evidence.hasStorage = !volumes.IsLost(status.st_rdev);
   } else {
     evidence.hasStorage = status.st_size > 0 && status.st_size >= lun.size;
     evidence.isThin = std::int64_t{status.st_blocks} * 512 < status.st_size;
@@ -76,7 +75,8 @@ Json::Value DescribeLun(const Lun& lun, bool isConfigured, HostVolumes& volumes)
     evidence.isHostCrashed = volume->isCrashed;
     evidence.isHostFull = volume->IsFull();
   }
-  if (!lun.backing.empty() && (volume == nullptr || !volume->mayHang)) ReadBacking(lun, evidence);
+  if (!lun.backing.empty() && (volume == nullptr || !volume->mayHang))
+    ReadBacking(lun, volumes, evidence);
   Json::Value entry(Json::objectValue);
   entry["name"] = lun.name;
   entry["status"] = ChooseStatus(evidence);
