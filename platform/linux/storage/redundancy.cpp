@@ -119,13 +119,23 @@ void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redu
   AddTrouble(MissPathWatcher(snapshot.mappings), redundancy.failures);
   if (state != SnapshotState::Read) LookAtMappings(blockDevices, redundancy);
   for (const Mapping& mapping : snapshot.mappings) {
-    if (mapping.health == Health::Normal) continue;
+    const bool hasCopies =
+        mapping.kind == "raid" || mapping.kind == "mirror" || mapping.kind == "multipath";
+    if (mapping.health == Health::Normal && !hasCopies) continue;
     const std::string folder = LinkTarget(Sys("/dev/block/", mapping.device));
-    if (!folder.empty()) AddHealth(std::string(LastComponent(folder)), mapping.health, redundancy);
+    if (folder.empty()) continue;
+    const std::string name(LastComponent(folder));
+    if (hasCopies) redundancy.withCopies.insert(name);
+    AddHealth(name, mapping.health, redundancy);
   }
 }
 
 }  // namespace
+
+bool Redundancy::HasCopies(const Stack& stack) const {
+  return std::ranges::any_of(
+      stack.layers, [this](const std::string& layer) { return withCopies.contains(layer); });
+}
 
 Health Redundancy::GetHealth(const Stack& stack) const {
   Health worstLayer = Health::Normal;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ struct Redundancy {
   std::vector<ExpectedArray> missing;           // of mdadm.conf, and not there
   std::vector<ExpectedSnapshot::Group> groups;  // of LVM, those that miss a disk
 
+  std::set<std::string> withCopies;  // mappings that can do without a part, or tell otherwise
+
+  bool HasCopies(const Stack& stack) const;
   // The worst of the arrays and mappings that are a layer of the stack.
   Health GetHealth(const Stack& stack) const;
 };

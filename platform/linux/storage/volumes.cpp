@@ -100,7 +100,8 @@ class VolumeReader {
     if (devices_.IsFullBtrfs(mount)) state.capacity.available = 0;
     CrashSigns signs = FindCrashSigns(mount);
     const Stack& stack = devices_.GetStack(mount);
-    signs.deviceGone = stack.gone || devices_.IsOffline(stack);
+    const bool isGone = stack.gone && !(redundancy_.HasCopies(stack) && !stack.disks.empty());
+    signs.deviceGone = isGone || devices_.IsOffline(stack);
     signs.deviceFailed = state.beneath == Health::Danger;
     signs.unreadable = state.error == EIO;  // all that shows of an XFS that has shut down
     const Ext4Errors errors = ReadErrors(mount);
