@@ -3,7 +3,8 @@
 // platform_costs SIDE COUNT [MACHINE]: one side only, for strace to count; over that machine of
 // tests/fixtures/linux/machines, made of small files.
 // platform_costs held: memory and descriptors over 100,000 whole answers.
-// platform_costs grown: the storage with 16,000 mounts beside 1,000.
+// platform_costs grown: the storage with 16,000 mounts beside 1,000, and with 2,000 volumes of RAID
+// controllers over as many hidden disks beside 125.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <string>
@@ -146,6 +148,41 @@ void CompareMountTables() {
   std::printf("16,000 volumes / 1,000: %.0f us / %.0f us = %.1f (aim: at most 24)\n", a, b, a / b);
 }
 
+// "sda" to "sdz", "sdaa" and so on.
+std::string NameDisk(int number) {
+  std::string letters;
+  for (++number; number > 0; number = (number - 1) / 26)
+    letters.insert(letters.begin(), static_cast<char>('a' + (number - 1) % 26));
+  return "sd" + letters;
+}
+
+// The storage of a controller with so many volumes over as many disks, all of which smartd watches.
+double MeasureHiddenDisks(int count) {
+  const MachineTree machine;
+  machine.Mounts("1 0 0:99 / / rw - tmpfs tmpfs rw\n");
+  machine.Write("/sys/class/scsi_host/host0/proc_name", "megaraid_sas\n");
+  machine.Write("/proc/sys/kernel/random/boot_id", "this-boot\n");
+  std::string drives;
+  for (int i = 0; i < count; ++i) {
+    const std::string number = std::to_string(i);
+    machine.Disk(NameDisk(i), "pci0/host0/target0:0:" + number + "/0:0:" + number + ":0", 600, i);
+    drives += std::string(i > 0 ? "," : "") + R"({"type": "scsi", "current": true, "serial": "S)" +
+              number + "\"}";
+  }
+  machine.Write("/run/vela-platform/smart.json",
+                R"({"boot_id": "this-boot", "period": 60, "smartd": "running", "written": )" +
+                    std::to_string(std::time(nullptr)) + ", \"drives\": [" + drives + "]}");
+  std::vector<double> times;
+  for (int i = 0; i < 5; ++i) times.push_back(Microseconds(RequestStorage));
+  return Median(times);
+}
+
+void CompareHiddenDisks() {
+  const double few = MeasureHiddenDisks(125), many = MeasureHiddenDisks(2000);
+  std::printf("2,000 hidden disks / 125: %.0f us / %.0f us = %.1f (aim: at most 24)\n", many, few,
+              many / few);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -155,6 +192,7 @@ int main(int argc, char** argv) {
   }
   if (argc == 2 && std::strcmp(argv[1], "grown") == 0) {
     CompareMountTables();
+    CompareHiddenDisks();
     return 0;
   }
   if (argc >= 3 && kSides.contains(argv[1])) {
