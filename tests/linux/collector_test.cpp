@@ -7,7 +7,9 @@
 #include <iterator>
 
 #include "platform/linux/base/snapshot.h"
+#include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
+#include "platform/linux/storage/md.h"
 #include "tests/linux/hung_mount.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/table.h"
@@ -181,6 +183,19 @@ TEST_F(CollectorTest, HowManyMembersAnArrayIsMeantToHaveIsWhatItOnceHad) {
   EXPECT_EQ(meant(), 1);
   root.Write("/sys/block/md0/md/degraded", "1");
   EXPECT_EQ(meant(), 1) << "grown ahead of its disks";
+}
+
+TEST_F(CollectorTest, AFormerMemberSaysThatItBelongsToTheArrayWhichItDoesNotServe) {
+  root.Load("mirror-lost-member");
+  const auto carries = [this](const char* number, const std::string& type, const char* uuid) {
+    root.Write(std::string("/run/udev/data/") + number,
+               "E:ID_FS_UUID=" + std::string(uuid) + "\nE:ID_FS_TYPE=" + type + "\n");
+    return HasFormerMember(ReadMdArray("md0"));
+  };
+  EXPECT_FALSE(carries("b8:17", "linux_raid_member", "this")) << "whose array is this?";
+  EXPECT_TRUE(carries("b8:1", "linux_raid_member", "this"));
+  EXPECT_FALSE(carries("b8:17", "linux_raid_member", "another"));
+  EXPECT_FALSE(carries("b8:17", "ext4", "this"));
 }
 
 TEST_F(CollectorTest, WhatALineOfFstabWasIsRememberedWhenItIsGone) {

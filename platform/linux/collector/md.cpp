@@ -48,29 +48,6 @@ bool WasMadeInThisBoot(std::int64_t made) {
   return boot > 0 && made >= boot;
 }
 
-// Whether a disk says that it belongs to the array and does not serve it: it was a member. By what
-// udev read of all disks when they came; none of them is asked.
-bool HasFormerMember(const MdArray& array) {
-  constexpr std::string_view kKey = "\nE:ID_FS_UUID=";
-  const std::string folder = BelowRoot("/run/udev/data");
-  std::map<std::string, std::size_t> carriers;  // by the array that they name
-  std::string own;
-  for (const std::string& name : NamesIn(folder)) {
-    if (!name.starts_with("b")) continue;
-    const std::string text = "\n" + Attribute(Within(folder, name)) + "\n";
-    const std::size_t line = text.find(kKey);
-    if (line == text.npos || text.find("\nE:ID_FS_TYPE=linux_raid_member\n") == text.npos) continue;
-    const std::size_t start = line + kKey.size();
-    const std::string uuid = text.substr(start, text.find('\n', start) - start);
-    ++carriers[uuid];
-    const auto serves = [&name](const MdMember& member) {
-      return "b" + Attribute(Sys("/class/block/", member.device, "/dev")) == name;
-    };
-    if (std::ranges::any_of(array.members, serves)) own = uuid;
-  }
-  return !own.empty() && carriers[own] > array.members.size();
-}
-
 // A whole array is as it is meant; so is one that had empty places when it was made, a moment ago.
 void AddMaking(const MdArray& array, std::int64_t made, const MdSnapshot& before,
                MdSnapshot& snapshot) {
@@ -99,6 +76,27 @@ void AddNotes(const MdArray& array, MdSnapshot& snapshot) {
 }
 
 }  // namespace
+
+bool HasFormerMember(const MdArray& array) {
+  constexpr std::string_view kKey = "\nE:ID_FS_UUID=";
+  const std::string folder = BelowRoot("/run/udev/data");
+  std::map<std::string, std::size_t> carriers;  // by the array that they name
+  std::string own;
+  for (const std::string& name : NamesIn(folder)) {
+    if (!name.starts_with("b")) continue;
+    const std::string text = "\n" + Attribute(Within(folder, name)) + "\n";
+    const std::size_t line = text.find(kKey);
+    if (line == text.npos || text.find("\nE:ID_FS_TYPE=linux_raid_member\n") == text.npos) continue;
+    const std::size_t start = line + kKey.size();
+    const std::string uuid = text.substr(start, text.find('\n', start) - start);
+    ++carriers[uuid];
+    const auto serves = [&name](const MdMember& member) {
+      return "b" + Attribute(Sys("/class/block/", member.device, "/dev")) == name;
+    };
+    if (std::ranges::any_of(array.members, serves)) own = uuid;
+  }
+  return !own.empty() && carriers[own] > array.members.size();
+}
 
 Json::Value CollectMd() {
   const MdSnapshot before = MdSnapshot::FromJson(ReadLastSnapshot(MdSnapshot::kSource));

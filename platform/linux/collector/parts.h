@@ -10,6 +10,8 @@
 
 namespace linux_platform {
 
+struct MdArray;
+
 struct Part {
   const char* name;  // of the snapshot: "ses"
   const char* what;  // in a few words, for --help
@@ -36,6 +38,9 @@ Json::Value CollectIpmi();
 Json::Value CollectFans();
 // Which arrays are being built for the first time, and how many members each is meant to have.
 Json::Value CollectMd();
+// Whether a disk says that it belongs to the array and does not serve it: it was a member. By what
+// udev read of all disks when they came; none of them is asked.
+bool HasFormerMember(const MdArray& array);
 // What smartd knows of the drives, and whether it runs.
 Json::Value CollectSmart();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
