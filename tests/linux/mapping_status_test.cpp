@@ -17,7 +17,8 @@ TEST(MappingStatus, TheStatusLineIsHeldAgainstWhatTheLayoutSurvives) {
     EXPECT_EQ(status->health, row[2] == "Danger"     ? Health::Danger
                               : row[2] == "Abnormal" ? Health::Abnormal
                                                      : Health::Normal);
-    EXPECT_EQ(status->note.empty() ? status->why : "note: " + status->note, row[3]);
+    const std::string lost = std::to_string(status->failed) + " of " + std::to_string(status->of);
+    EXPECT_EQ(status->failed == 0 ? status->why : lost, row[3]);
   }
 }
 
@@ -28,7 +29,7 @@ TEST(MappingStatus, TheWorstTargetCountsAndOtherTextsAreNotUnderstood) {
   EXPECT_EQ(JudgeMapping({good, bad, linear, worse, good})->why, "it has failed");
   EXPECT_EQ(JudgeMapping({bad, good})->health, Health::Abnormal);
   const MappingTarget halfLost = {"multipath", "2 0 0 0 1 1 A 0 2 0 8:16 F 3 8:32 A 0"};
-  EXPECT_EQ(JudgeMapping({good, halfLost, good})->note, "1 of 2 paths failed");
+  EXPECT_EQ(JudgeMapping({good, halfLost, good})->failed, 1);
   EXPECT_FALSE(JudgeMapping({linear, {"thin", "8192 16383"}}));
   EXPECT_FALSE(JudgeMapping({}));
   for (const char* type : {"raid", "mirror", "thin-pool", "cache", "snapshot", "integrity", "vdo",

@@ -1,9 +1,12 @@
 #include "tests/linux/private_bus.h"
 
+#include <fnmatch.h>
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <set>
 
 #include "tests/linux/eventually.h"
 
@@ -53,6 +56,30 @@ int PrivateBus::Get(sd_bus*, const char* path, const char*, const char* property
   return sd_bus_message_append(reply, "s", value.c_str());
 }
 
+int PrivateBus::List(sd_bus_message* call, void* self, sd_bus_error*) {
+  auto* bus = static_cast<PrivateBus*>(self);
+  const char *state = nullptr, *pattern = nullptr;
+  std::set<std::string> units;
+  sd_bus_message_read(call, "as", 1, &state);
+  sd_bus_message_enter_container(call, 'a', "s");
+  const std::lock_guard lock(bus->mutex_);
+  while (sd_bus_message_read(call, "s", &pattern) > 0)
+    for (const auto& [key, value] : bus->values_)
+      if (value == state &&
+          fnmatch((pattern + std::string(" ActiveState")).c_str(), key.c_str(), 0) == 0)
+        units.insert(key.substr(0, key.find(' ')));
+  sd_bus_message* reply = nullptr;
+  sd_bus_message_new_method_return(call, &reply);
+  sd_bus_message_open_container(reply, 'a', "(ssssssouso)");
+  for (const std::string& unit : units)
+    sd_bus_message_append(reply, "(ssssssouso)", unit.c_str(), "", "", "", "", "", "/", 0U, "",
+                          "/");
+  sd_bus_message_close_container(reply);
+  sd_bus_send(nullptr, reply, nullptr);
+  sd_bus_message_unref(reply);
+  return 1;
+}
+
 void PrivateBus::Serve() {
   constexpr const char *kUnits = "/org/freedesktop/systemd1/unit",
                        *kUnit = "org.freedesktop.systemd1.Unit",
@@ -62,6 +89,9 @@ void PrivateBus::Serve() {
       SD_BUS_PROPERTY("ActiveState", "s", Get, 0, 0), SD_BUS_VTABLE_END};
   static const sd_bus_vtable service[] = {
       SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("ReloadResult", "s", Get, 0, 0), SD_BUS_VTABLE_END};
+  static const sd_bus_vtable manager[] = {
+      SD_BUS_VTABLE_START(0),
+      SD_BUS_METHOD("ListUnitsByPatterns", "asas", "a(ssssssouso)", List, 0), SD_BUS_VTABLE_END};
   sd_bus* bus = nullptr;
   ready_ = Eventually([&] {
     sd_bus_unref(bus);
@@ -70,6 +100,8 @@ void PrivateBus::Serve() {
     sd_bus_set_bus_client(bus, 1);
     sd_bus_add_fallback_vtable(bus, nullptr, kUnits, kUnit, unit, nullptr, this);
     sd_bus_add_fallback_vtable(bus, nullptr, kUnits, kService, service, nullptr, this);
+    sd_bus_add_object_vtable(bus, nullptr, "/org/freedesktop/systemd1",
+                             "org.freedesktop.systemd1.Manager", manager, this);
     return stop_ ||
            (sd_bus_start(bus) >= 0 && sd_bus_request_name(bus, "org.freedesktop.systemd1", 0) >= 0);
   });

@@ -28,6 +28,8 @@ class PrivateBus {
   void StopDaemon() const { kill(daemon_, SIGSTOP); }
 
  private:
+  // Lists the units that were said to be in one of the states and match one of the patterns.
+  static int List(sd_bus_message* call, void* self, sd_bus_error*);
   static int Get(sd_bus*, const char* path, const char*, const char* property,
                  sd_bus_message* reply, void* self, sd_bus_error* error);
   void Serve();

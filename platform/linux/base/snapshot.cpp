@@ -110,6 +110,11 @@ std::string SeenByCollector(const Json::Value& document) {
          " s ago";
 }
 
+std::int64_t NumberMember(const Json::Value& value, const char* name) {
+  const Json::Value* member = FindMember(value, name);
+  return member != nullptr && member->isInt64() ? member->asInt64() : 0;
+}
+
 const Json::Value& ListMember(const Json::Value& value, const char* name) {
   static const Json::Value kNone(Json::arrayValue);
   const Json::Value* member = FindMember(value, name);

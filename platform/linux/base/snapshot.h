@@ -2,6 +2,7 @@
 // reads these files and never the sources themselves.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
 #include <string>
 #include <string_view>
@@ -45,6 +46,8 @@ SnapshotState ReadSnapshot(Snapshot& snapshot, std::string& reason) {
   return state;
 }
 
+// The member when it is a whole number; else 0.
+std::int64_t NumberMember(const Json::Value& value, const char* name);
 // The member when it is an array; else an empty one.
 const Json::Value& ListMember(const Json::Value& value, const char* name);
 

@@ -72,7 +72,8 @@ Mapping Describe(dm_task* task, const std::string& name, const MappingStatus& st
           status.kind,
           status.health,
           status.why,
-          status.note};
+          status.failed,
+          status.of};
 }
 
 }  // namespace

@@ -111,7 +111,7 @@ MappingStatus JudgeSnapshot(dm_pool* pool, const char* parameters) {
     status.health = Health::Danger;
     status.why = "it could not be merged into its volume";
   }
-  if (snapshot->invalid || snapshot->overflow) status.note = "its content is lost";
+  if (snapshot->invalid || snapshot->overflow) status.failed = status.of = 1;
   return status;
 }
 
@@ -152,7 +152,7 @@ std::optional<MappingStatus> JudgeMapping(const std::vector<MappingTarget>& targ
   for (const MappingTarget& target : targets) {
     auto status = JudgeTarget(target);
     const bool worse = status && (!worst || status->health > worst->health ||
-                                  (worst->note.empty() && worst->health == status->health));
+                                  (worst->failed == 0 && worst->health == status->health));
     if (worse) worst = std::move(status);
   }
   return worst;

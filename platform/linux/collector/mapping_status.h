@@ -15,9 +15,9 @@ namespace linux_platform {
 struct MappingStatus {
   const char* kind = "";  // "raid", "mirror", "thin_pool", ...; static
   Health health = Health::Normal;
-  std::string why = {};    // empty when normal
-  bool understood = true;  // else Normal, for want of better knowledge
-  std::string note = {};   // what deserves to be known and changes no health
+  std::string why = {};             // empty when normal
+  bool understood = true;           // else Normal, for want of better knowledge
+  std::int64_t failed = 0, of = 0;  // as Mapping has them
 };
 
 // One of the devices that a mapping is put together of, as the kernel tells it.

@@ -35,7 +35,7 @@ bool IsDeviceNumber(std::string_view word) {
 // is each path selector's own matter; a path is a device's number and A for active or F.
 MappingStatus JudgeMultipath(const std::string& parameters) {
   const std::vector<std::string_view> words = SplitList(parameters);
-  std::size_t paths = 0, failed = 0;
+  std::int64_t paths = 0, failed = 0;
   for (std::size_t i = 0; i + 1 < words.size(); ++i) {
     if (!IsDeviceNumber(words[i]) || (words[i + 1] != "A" && words[i + 1] != "F")) continue;
     ++paths;
@@ -47,8 +47,8 @@ MappingStatus JudgeMultipath(const std::string& parameters) {
   if (failed == paths)
     return Make("multipath", Health::Danger, "all " + std::to_string(paths) + " paths failed");
   MappingStatus status = Make("multipath", Health::Normal, "");
-  if (failed > 0)
-    status.note = std::to_string(failed) + " of " + std::to_string(paths) + " paths failed";
+  status.failed = failed;
+  status.of = paths;
   return status;
 }
 

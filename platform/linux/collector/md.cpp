@@ -62,17 +62,20 @@ void AddMaking(const MdArray& array, std::int64_t made, const MdSnapshot& before
 }
 
 // A mirror's mismatches are no sign of anything: what is written while the copies are made may
-// differ in them for good.
+// differ in them for good. Nor is what a first build, a resync or a repair counts: they mend it.
+std::int64_t ReadMismatches(const MdArray& array, const std::string& folder) {
+  if (!HasParity(array) || Attribute(Within(folder, "last_sync_action")) != "check") return 0;
+  return NumberAttribute(Within(folder, "mismatch_cnt")).value_or(0);
+}
+
 void AddNotes(const MdArray& array, MdSnapshot& snapshot) {
   const std::string folder = Sys("/block/", array.name, "/md");
-  const auto mismatches = NumberAttribute(Within(folder, "mismatch_cnt")).value_or(0);
-  if (HasParity(array) && mismatches > 0)
-    snapshot.notes[array.name].push_back(std::to_string(mismatches) +
-                                         " sectors did not match at the last check");
+  MdSnapshot::Notes notes = {ReadMismatches(array, folder), {}};
   for (const MdMember& member : array.members)
     if (!Attribute(Concatenate(folder, "/dev-", member.device, "/bad_blocks")).empty())
-      snapshot.notes[array.name].push_back(member.device +
-                                           " has bad blocks that no spare replaced");
+      notes.badBlocks.push_back(member.device);
+  if (notes.mismatches > 0 || !notes.badBlocks.empty())
+    snapshot.notes[array.name] = std::move(notes);
 }
 
 }  // namespace

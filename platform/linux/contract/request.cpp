@@ -1,5 +1,7 @@
 #include "platform/linux/contract/request.h"
 
+#include "platform/linux/notes/notes.h"
+
 namespace linux_platform {
 namespace {
 
@@ -31,7 +33,8 @@ const SettingsFile& Request::GetFactorySettings() {
 }
 
 const StorageView& Request::GetStorage() {
-  return ReadOnce(storage_, [this] { return ReadStorage(Current()); });
+  if (!storage_) TellDriveNotes(storage_.emplace(ReadStorage(Current())).disks);
+  return *storage_;
 }
 
 const Chassis& Request::GetChassis() {

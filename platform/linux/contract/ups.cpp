@@ -7,6 +7,7 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
+#include "platform/linux/notes/notes.h"
 #include "platform/linux/ups/nut_client.h"
 #include "platform/linux/ups/nut_configuration.h"
 #include "platform/linux/ups/ups_address.h"
@@ -32,20 +33,7 @@ struct Round {
   bool connected = false;
   UpsState worst = UpsState::Unknown;
   std::vector<Trouble> troubles;
-  std::string notes;
 };
-
-void AddNotes(const UpsReading& ups, std::string& notes) {
-  for (const auto& [word, meaning] : FindUpsNotes(ups.words))
-    notes.append(notes.empty() ? "" : ", ")
-        .append("UPS ")
-        .append(ups.name)
-        .append(" ")
-        .append(meaning)
-        .append(" (")
-        .append(word)
-        .append(")");
-}
 
 void AddReading(const UpsReading& ups, Round& round) {
   if (!ups.refusal.empty()) {
@@ -53,12 +41,11 @@ void AddReading(const UpsReading& ups, Round& round) {
     return;
   }
   const UpsState state = JudgeUpsWords(ups.words);
-  const bool isOff = std::ranges::count(FindUpsNotes(ups.words), "OFF", &UpsNote::word) > 0;
   round.connected = true;
   round.worst = std::max(round.worst, state);
-  AddNotes(ups, round.notes);
+  TellUpsNotes(ups.name, ups.words);
   // One that is off supplies nothing here: whether it has mains matters to nobody.
-  if (state == UpsState::Unknown && !isOff)
+  if (state == UpsState::Unknown && !HasUpsWord(ups.words, "OFF"))
     round.troubles.emplace_back("UPS " + ups.name +
                                 " does not say whether the mains are there: \"" + ups.words + "\"");
 }
@@ -159,7 +146,6 @@ void Report(const Round& round, SourceScope& scope) {
     return;
   }
   failures.Recovered();
-  if (!round.notes.empty()) scope.ReadWithRemark("upsc -l; upsc NAME", "%s", round.notes.c_str());
 }
 
 }  // namespace

@@ -2,6 +2,15 @@
 
 namespace linux_platform {
 
-void GatherNotes() {}
+// The weightier first: there is room for so many.
+void GatherNotes() {
+  TellMemoryErrors();
+  TellCollectedNotes();
+  TellChipWear();
+  TimeBudget budget;
+  TellFailedUnits(budget);
+  TellBondLegs();
+  TellClock(ReadKernelClock());
+}
 
 }  // namespace linux_platform

@@ -43,7 +43,8 @@ struct DriveRemark {
   DriveHealth health = DriveHealth::Note;
   std::string what;  // a figure, or a kind of warning
   std::uint64_t value = 0, mark = 0;
-  bool grown = false;  // value and mark are of the growth within seven days
+  bool grown = false;       // value and mark are of the growth within seven days
+  std::string serial = {};  // of a drive behind the disk, which a RAID controller hides
 };
 
 struct DriveVerdict {

@@ -49,7 +49,7 @@ void SmartWatch::JudgeHidden() {
     if (!IsHidden(drive)) continue;
     if (!hidden_) hidden_.emplace();
     for (DriveRemark& remark : JudgeDrive(drive, now_).remarks) {
-      remark.what += " of " + drive.serial;
+      remark.serial = drive.serial;
       hidden_->Add(std::move(remark));
     }
   }

@@ -12,7 +12,8 @@ using common::TextMember;
 
 constexpr std::array<std::string_view, 3> kHealths = {"normal", "abnormal", "danger"};
 constexpr const char *kObjects = "objects", *kName = "name", *kUuid = "uuid", *kDevice = "device",
-                     *kKind = "kind", *kHealth = "health", *kWhy = "why", *kNote = "note";
+                     *kKind = "kind", *kHealth = "health", *kWhy = "why", *kFailed = "failed",
+                     *kOf = "of";
 
 Json::Value ToJson(const Mapping& mapping) {
   Json::Value entry(Json::objectValue);
@@ -22,7 +23,10 @@ Json::Value ToJson(const Mapping& mapping) {
   entry[kKind] = mapping.kind;
   entry[kHealth] = std::string(kHealths[static_cast<std::size_t>(mapping.health)]);
   if (!mapping.why.empty()) entry[kWhy] = mapping.why;
-  if (!mapping.note.empty()) entry[kNote] = mapping.note;
+  if (mapping.failed > 0) {
+    entry[kFailed] = mapping.failed;
+    entry[kOf] = mapping.of;
+  }
   return entry;
 }
 
@@ -33,7 +37,8 @@ Mapping MappingFromJson(const Json::Value& entry) {
   mapping.device = TextMember(entry, kDevice);
   mapping.kind = TextMember(entry, kKind);
   mapping.why = TextMember(entry, kWhy);
-  mapping.note = TextMember(entry, kNote);
+  mapping.failed = NumberMember(entry, kFailed);
+  mapping.of = NumberMember(entry, kOf);
   const auto found = std::ranges::find(kHealths, TextMember(entry, kHealth));
   if (found != kHealths.end()) mapping.health = static_cast<Health>(found - kHealths.begin());
   return mapping;

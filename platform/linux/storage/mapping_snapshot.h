@@ -2,6 +2,7 @@
 // "device_mapper".
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,8 +19,10 @@ struct Mapping {
   std::string device;  // its number: "253:2"
   std::string kind;    // as the kernel calls it, with underscores: "raid", "thin_pool"
   Health health = Health::Normal;
-  std::string why;   // in words; empty when normal
-  std::string note;  // what deserves to be known and changes no health, in words; mostly empty
+  std::string why;  // in words; empty when normal
+  // What deserves to be known and changes no health: so many paths failed, of so many; of a
+  // snapshot 1 of 1, its content is lost. 0: nothing.
+  std::int64_t failed = 0, of = 0;
 };
 
 struct MappingSnapshot {

@@ -1,17 +1,29 @@
 #include "platform/linux/storage/md_snapshot.h"
 
 #include "common/json_reader.h"
+#include "platform/linux/base/snapshot.h"
 
 namespace linux_platform {
 
 constexpr const char *kArrays = "arrays", *kFirstBuild = "first build", *kBuilt = "built",
-                     *kMakings = "makings", *kMade = "made", *kMeant = "meant", *kNotes = "notes";
+                     *kMakings = "makings", *kMade = "made", *kMeant = "meant", *kNotes = "notes",
+                     *kMismatches = "mismatches", *kBadBlocks = "bad blocks";
 
 namespace {
 
-std::int64_t NumberMember(const Json::Value& object, const char* name) {
-  const Json::Value* member = common::FindMember(object, name);
-  return member != nullptr && member->isInt64() ? member->asInt64() : 0;
+// The member's members, when it is an object; else none.
+template <typename Read>
+void ForEachIn(const Json::Value& document, const char* name, const Read& read) {
+  const Json::Value* members = common::FindMember(document, name);
+  if (members == nullptr || !members->isObject()) return;
+  for (auto entry = members->begin(); entry != members->end(); ++entry) read(entry.name(), *entry);
+}
+
+MdSnapshot::Notes NotesFromJson(const Json::Value& entry) {
+  MdSnapshot::Notes notes = {NumberMember(entry, kMismatches), {}};
+  for (const Json::Value& member : ListMember(entry, kBadBlocks))
+    notes.badBlocks.emplace_back(common::ViewText(member));
+  return notes;
 }
 
 }  // namespace
@@ -39,21 +51,25 @@ Json::Value MdSnapshot::ToJson() const {
     entry[kMade] = making.made;
     entry[kMeant] = making.meant;
   }
-  for (const auto& [array, list] : notes)
-    for (const std::string& note : list) members[kNotes][array].append(note);
+  for (const auto& [array, found] : notes) {
+    Json::Value& entry = members[kNotes][array];
+    entry[kMismatches] = found.mismatches;
+    for (const std::string& member : found.badBlocks) entry[kBadBlocks].append(member);
+  }
   return members;
 }
 
 MdSnapshot MdSnapshot::FromJson(const Json::Value& document) {
   MdSnapshot snapshot;
-  const Json::Value* arrays = common::FindMember(document, kArrays);
-  if (arrays == nullptr || !arrays->isObject()) return snapshot;
-  for (auto entry = arrays->begin(); entry != arrays->end(); ++entry)
-    snapshot.isFirstBuild[entry.name()] = common::ViewText(*entry) == kFirstBuild;
-  const Json::Value* makings = common::FindMember(document, kMakings);
-  if (makings == nullptr || !makings->isObject()) return snapshot;
-  for (auto entry = makings->begin(); entry != makings->end(); ++entry)
-    snapshot.makings[entry.name()] = {NumberMember(*entry, kMade), NumberMember(*entry, kMeant)};
+  ForEachIn(document, kArrays, [&](const std::string& array, const Json::Value& entry) {
+    snapshot.isFirstBuild[array] = common::ViewText(entry) == kFirstBuild;
+  });
+  ForEachIn(document, kMakings, [&](const std::string& array, const Json::Value& entry) {
+    snapshot.makings[array] = {NumberMember(entry, kMade), NumberMember(entry, kMeant)};
+  });
+  ForEachIn(document, kNotes, [&](const std::string& array, const Json::Value& entry) {
+    snapshot.notes[array] = NotesFromJson(entry);
+  });
   return snapshot;
 }
 

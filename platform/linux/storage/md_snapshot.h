@@ -22,8 +22,12 @@ struct MdSnapshot {
   };
   std::map<std::string, Making> makings;  // by array; of those whose owner's mind is known
 
-  // By array, what deserves to be known and changes no health, in words. Nobody shows it yet.
-  std::map<std::string, std::vector<std::string>> notes;
+  // What deserves to be known and changes no health.
+  struct Notes {
+    std::int64_t mismatches = 0;         // sectors, as the last check counted them
+    std::vector<std::string> badBlocks;  // members with some: "sda1"
+  };
+  std::map<std::string, Notes> notes;  // by array; of those that have some
 
   // The array was seen, and had been built.
   bool IsBuilt(const std::string& array) const;

@@ -2,17 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace linux_platform {
 namespace {
 
-constexpr auto kNotes = std::to_array<UpsNote>({
-    {"OFF", "gives its outlets no power"},
-    {"OVER", "is overloaded"},
-    {"BYPASS", "is in bypass, so that no battery stands behind its load"},
-    {"RB", "asks for a new battery"},
-    {"ALARM", "has an alarm of its own"},
-});
 // What a UPS does only while the mains are there. Some drivers say nothing else.
 constexpr auto kMainsWords =
     std::to_array<std::string_view>({"OL", "TRIM", "BOOST", "CHRG", "BYPASS"});
@@ -54,12 +48,6 @@ UpsState JudgeUpsWords(std::string_view text) {
   return mains ? UpsState::OnMains : UpsState::Unknown;
 }
 
-std::vector<UpsNote> FindUpsNotes(std::string_view text) {
-  const Words words(text);
-  std::vector<UpsNote> notes;
-  std::ranges::copy_if(kNotes, std::back_inserter(notes),
-                       [&words](const UpsNote& note) { return words.Has(note.word); });
-  return notes;
-}
+bool HasUpsWord(std::string_view text, std::string_view word) { return Words(text).Has(word); }
 
 }  // namespace linux_platform

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 namespace linux_platform {
 
@@ -13,13 +12,8 @@ enum class UpsState : std::int32_t { Unknown = 0, OnMains = 1, OnBattery = 2, Ba
 // tells whether the mains are there.
 UpsState JudgeUpsWords(std::string_view words);
 
-// What a UPS says beside its state, and its owner would want to know.
-struct UpsNote {
-  std::string_view word;     // "RB"
-  std::string_view meaning;  // "asks for a new battery"
-};
-// In the order of their weight.
-std::vector<UpsNote> FindUpsNotes(std::string_view words);
+// Whether `word` is one of them: "RB".
+bool HasUpsWord(std::string_view words, std::string_view word);
 
 // Takes the first word off `rest`; empty at the end. Quotes around a word come off.
 std::string_view NextNutWord(std::string_view& rest);
