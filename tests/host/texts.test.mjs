@@ -48,6 +48,13 @@ test("a counted note has the plural forms of its language", () => {
   }
 });
 
+test("every note of Linux is told, and no other", () => {
+  const kinds = read("platform/linux/notes/note_kinds.h").matchAll(/NoteKind \w+ = \{\s*"(\w+)"/g);
+  const keys = [...kinds].map(([, key]) => key).sort();
+  for (const [language, [{notes}]] of texts)
+    assert.deepEqual(Object.keys(notes).sort(), keys, language);
+});
+
 test("every source has a name for people", () => {
   const [, names] = read("common/sources.h").match(/kSourceNames = \{([^}]+)\}/);
   const all = names.match(/"[^"]+"/g).map(JSON.parse);
