@@ -32,7 +32,7 @@ struct Redundancy {
   Health GetHealth(const Stack& stack) const;
 };
 
-// `blockDevices` as from ListBlockDevices; The mappings' health comes
+// `blockDevices` as from ListBlockDevices. The health of mappings comes
 // from the collector: they answer only root, and may block.
 Redundancy ReadRedundancy(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                           const Settings& settings);
