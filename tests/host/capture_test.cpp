@@ -28,8 +28,7 @@ std::string Ask(const SimulatedMachine& machine) {
     all += std::to_string(source.moreReasons);
   }
   for (const VELANote& note : RecordedSimulator().GetPlatform().ReadNotes())
-    all += std::string("\n") + note.key + "|" + note.part + "|" + std::to_string(note.figure) +
-           "|" + std::to_string(note.mark) + "|" + note.command;
+    all.append(reinterpret_cast<const char*>(&note), sizeof note);
   return all;
 }
 

@@ -21,4 +21,3 @@ assert.equal(textKey(describe("iscsimgr:luns", ["3"], true)), "luns");
 for (const [type, id, verdict] of [[0, "x", "danger"], [1, "system_health", "warning"],
   [2, "volume_usage", "notice"], [2, "system_health", "well"]])
   assert.equal(verdictOf({type, id}), verdict);
-console.log(`${cases.length} cases`);

@@ -92,10 +92,9 @@ test("the page learns of sources and of findings that lost, from one answer", as
   assert.deepEqual(answer, JSON.parse(run(["--json", "--scenario", machine]).out));
   assert.deepEqual(notes,
     [{key: "k", part: "p", figure: 7, mark: 8, command: "c"}, {key: "k", figure: 0}]);
-  const [page, told] = await Promise.all(["texts", "notes"].map(async folder =>
-    JSON.parse((await ask(port, `/${folder}/de.json`)).body)));
+  const say = async folder => JSON.parse((await ask(port, `/${folder}/de.json`)).body);
   const file = JSON.parse(readFileSync(join(source, "host/texts/de.json"), "utf8"));
-  assert.deepEqual([page.notes, told], [undefined, file.notes ?? {}]);
+  assert.deepEqual([(await say("texts")).notes, await say("notes")], [undefined, file.notes ?? {}]);
   assert.deepEqual(findings.map(({id}) => id), ["ha_status_warning"]);
   const ups = sources.find(({name}) => name === "UPS");
   assert.match(`${ups.state}: ${ups.reasons[0].text}`, /^failed: .*asking for the UPS failed/);
