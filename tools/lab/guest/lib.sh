@@ -203,6 +203,10 @@ reload_device() {
 }
 break_device() { reload_device "$1" "0 $(blockdev --getsz "/dev/mapper/$1") error"; }
 
+# The management controller is there, and is not: only the collector may ask it.
+plug_in_controller() { modprobe -a ipmi_devintf ipmi_si && until_is 10 /dev/ipmi0 ls /dev/ipmi0; }
+unplug_controller() { modprobe -qr ipmi_devintf acpi_ipmi ipmi_si; }
+
 # The factory settings of a model that takes no disks of its own, and of one that does.
 bayless() { mkdir -p /etc.defaults && echo 'maxdisks="0"' >/etc.defaults/velainfo.conf; }
 with_bays() { rm /etc.defaults/velainfo.conf; }

@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # A management controller's supplies, fans and temperature. It reads the file at each question.
 collects ipmi
+plug_in_controller
 put() { printf '%s\n' "$@" >"/own/bmc.state"; }
 supply1=0x10 supply2=0x11 fan1=0x20 inlet=0x30 failed=0x03 predicted=0x05 no_mains=0x09 empty=0x00
 
@@ -30,3 +31,6 @@ gone
 put "$inlet 75"
 quiet "controller's temperature, warm"
 put
+unplug_controller
+rm -rf /run/vela-platform
+quiet "no controller"

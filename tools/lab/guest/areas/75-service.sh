@@ -4,6 +4,7 @@
 serve
 quiet "health service under its unit"
 collects all
+plug_in_controller
 put() { printf '%s\n' "$@" >/own/bmc.state; }
 put
 quiet "health service and collector, all well"
@@ -40,3 +41,4 @@ systemctl start vela-platform-collect.timer
 until_is 5 active systemctl is-active vela-platform-collect.timer
 systemctl stop vela-platform-collect.timer
 serve_no_more
+unplug_controller
