@@ -1,6 +1,7 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC1091
 # LVM: a mirror without a disk, a thin pool without room. The collector reads device mapper.
-collects device_mapper
+. "$LAB/everybody.sh"
+collects device_mapper expected
 export LVM_SUPPRESS_FD_WARNINGS=1
 modprobe -a dm_mod dm_raid dm_thin_pool
 A=$(by LABSATA0) B=$(by LABSATA1)
@@ -10,15 +11,24 @@ vgcreate -q lab "$A" "$B"
 lvcreate -q -y --type raid1 -m1 --nosync -L 32m -n mirror lab
 quiet "LVM mirror, well"
 tear_out "$B"
-dd if=/dev/zero of=/dev/lab/mirror bs=1M count=4 oflag=direct
+dd if=/dev/zero of=/dev/lab/mirror bs=1M count=16 oflag=direct
 state "LVM mirror, disk lost" storage_warning
-lvremove -qq -f lab
-vgremove -qq -f lab
-dmsetup remove_all -f
 put_back
 B=$(by LABSATA1)
-wipefs -aq "$A" "$B"
+vgextend -q --restoremissing lab "$B"
+echo 200 >/proc/sys/dev/raid/speed_limit_min
+echo 200 >/proc/sys/dev/raid/speed_limit_max
+lvchange -q --refresh lab/mirror
+lvchange -q --refresh lab/mirror # the parts first, then what is made of them
+until_is 10 '*recover*' dmsetup status lab-mirror
+state "LVM mirror, recovering" storage_warning
+echo 200000 >/proc/sys/dev/raid/speed_limit_max
+echo 1000 >/proc/sys/dev/raid/speed_limit_min
+until_is 30 '*idle*' dmsetup status lab-mirror
 gone
+lvremove -qq -f lab
+vgremove -qq -f lab
+wipefs -aq "$A" "$B"
 
 pvcreate -qq -y "$A"
 vgcreate -q lab "$A"
@@ -49,7 +59,6 @@ lvremove -qq -f lab/old
 lvcreate -q -y --type striped -i 2 -L 32m -n both lab
 vgchange -q -an lab
 tear_out "$B"
-quiet "LVM volume group without a disk, not in use"
 vgchange -q -ay --activationmode partial lab
 state "LVM volume put together without a disk" storage_danger
 vgchange -q -an lab
@@ -60,17 +69,3 @@ vgremove -qq -f lab || true
 dmsetup remove_all -f
 wipefs -aq "$A" "$B"
 gone
-
-# Two disks stand for two paths: the mapping does not look at what is on them.
-modprobe -a dm_multipath dm_round_robin
-sectors=$(blockdev --getsz "$A")
-a=$(cat "/sys/block/$(name_of "$A")/dev") b=$(cat "/sys/block/$(name_of "$B")/dev")
-dmsetup create --uuid mpath-lab paths --table "0 $sectors multipath 0 0 2 1 round-robin 0 1 1 $a 1000 round-robin 0 1 1 $b 1000"
-quiet "multipath, well"
-dmsetup message paths 0 "fail_path $a"
-quiet "multipath, one of two paths failed"
-dmsetup message paths 0 "fail_path $b"
-state "multipath, all paths failed" storage_danger
-dmsetup message paths 0 "reinstate_path $a"
-gone
-dmsetup remove paths
