@@ -1,14 +1,14 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC1091
 # LUNs of the kernel's iSCSI target, and a disk from it that goes away.
-modprobe -a target_core_mod target_core_file iscsi_target_mod iscsi_tcp
+modprobe -a target_core_mod target_core_file target_core_iblock iscsi_target_mod iscsi_tcp
 big=$(by LABBIG0) target=/sys/kernel/config/target name=iqn.2000-01.lab.example:luns
 group=$target/iscsi/$name/tpgt_1
 ln -sf /usr/libexec/vela-systemhealth/velaiscsiep /usr/local/bin/velaiscsiep
 mkfs.ext4 -q -m 0 "$big"
 mkdir -p /volume1 /mnt/lun
 mount "$big" /volume1
-lun() { # lun NUMBER: exports a thin file of the volume
-  local file=/volume1/lun$1.img store=$target/core/fileio_0/lun$1
+lun() { # lun NUMBER [VOLUME]: exports a thin file of the volume
+  local file=${2-/volume1}/lun$1.img store=$target/core/fileio_0/lun$1
   truncate -s 64M "$file"
   mkdir -p "$store"
   echo "fd_dev_name=$file,fd_dev_size=67108864" >"$store/control"
@@ -67,7 +67,70 @@ mount "$big" /volume1
 mv /volume1/elsewhere /volume1/lun1.img
 gone
 no_lun 2
+truncate -s 32M /volume1/lun1.img
+state "LUN whose file is shorter than the LUN" lun_crashed
+truncate -s 64M /volume1/lun1.img
+gone
 
+# What stops its volume stops the LUN: an error below it, its disk offline, its disk torn out.
+modprobe dm_mod
+D=$(by LABSCSI0) E=$(by LABSCSI1) F=$(by LABSCSI2)
+failing_device lab "$D"
+mkdir -p /volume2 /volume3 /volume4
+number=1
+for device in /dev/mapper/lab "$E" "$F"; do
+  mkfs.ext4 -q -m 0 "$device" && mount -o errors=remount-ro "$device" "/volume$((number += 1))"
+  lun $number "/volume$number"
+done
+. "$LAB/everybody.sh"
+unhealthy() { # unhealthy LUN: the storage is more urgent, but the LUN's own status says so, too
+  local said
+  said=$("${AS_USER[@]}" velaiscsiep --get_service_status)
+  [[ $said == *"\"name\":\"$1\",\"status\":\"Unhealthy\""* ]] || report FAIL "$1" "-> not unhealthy: $said"
+}
+quiet "LUNs on volumes of their own"
+break_device lab
+touch /volume2/file
+sync -f /volume2
+# Only who writes next finds that the journal is gone.
+touch /volume2/file
+state "volume of a LUN, stopped by I/O errors" storage_danger
+unhealthy lun2
+no_lun 2
+umount /volume2
+dmsetup remove lab
+gone
+echo offline >"/sys/block/$(name_of "$E")/device/state"
+state "volume of a LUN, its disk offline" storage_danger
+unhealthy lun3
+no_lun 3
+echo running >"/sys/block/$(name_of "$E")/device/state"
+umount /volume3
+gone
+# A disk that is a LUN by itself, and nothing else.
+store=$target/core/iblock_0/disk
+mkdir -p "$store" "$group/lun/lun_5"
+echo "udev_path=$E" >"$store/control"
+echo "$E" >"$store/udev_path"
+echo 1 >"$store/enable"
+ln -s "$store" "$group/lun/lun_5/port"
+quiet "disk that is a LUN"
+echo offline >"/sys/block/$(name_of "$E")/device/state"
+state "disk that is a LUN, offline" lun_crashed
+echo running >"/sys/block/$(name_of "$E")/device/state"
+gone
+rm "$group/lun/lun_5/port"
+rmdir "$group/lun/lun_5" "$store"
+tear_out "$F"
+state "volume of a LUN, its disk torn out" storage_danger
+unhealthy lun4
+no_lun 4
+umount -l /volume4
+put_back
+wipefs -aq "$D" "$E" "$(by LABSCSI2)"
+gone
+
+unset EVERYBODY
 serve
 quiet "LUN, asked about by the service"
 mv /volume1/lun1.img /volume1/elsewhere
