@@ -48,7 +48,7 @@ TEST_DISK=${TEST_DISK#/sys/block/} TEST_DISK=/dev/${TEST_DISK%%/*}
 smartctl -s on "$TEST_DISK"
 printf '%s -H -m root -M exec /usr/share/smartmontools/smartd-runner\n' /dev/nvme0 "$(by LABSATA0)" "$TEST_DISK" >/tmp/smartd.conf
 unwatched "real disk, before the collector's first round" "what smartd knows of"
-collects smart
+collects smart nut
 unwatched "real disk, smartd does not run" "smartd does not run"
 watch
 quiet "disks that smartd watches"
