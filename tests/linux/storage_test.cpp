@@ -5,6 +5,7 @@
 
 #include "platform/linux/contract/request.h"
 #include "platform/linux/storage/mapping_snapshot.h"
+#include "tests/linux/machine_snapshot.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/source_statuses.h"
 #include "tests/linux/table.h"
@@ -121,6 +122,26 @@ TEST(Storage, WhatCannotBeReadIsSaid) {
   EXPECT_EQ(SourceReports()["volumes"].reason, "the mount table could not be read: Is a directory");
   EXPECT_EQ(VLIBCMaxDiskGet(), 0);
   EXPECT_EQ(SourceReports()["disks"].reason, "/sys/block lists no disks");
+}
+
+TEST(Storage, ATableThatMayNotBeReadIsSaid) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root, to be somebody else";
+  for (const std::string path : {"/etc/fstab", "/etc/mdadm/mdadm.conf", "/etc/mdadm/mdadm.conf.d",
+                                 "/etc/mdadm/mdadm.conf.d/a.conf", "/etc/zfs/zpool.cache"}) {
+    const MachineTree machine;
+    permissions(machine.Path(), std::filesystem::perms(0755));
+    machine.Write(path.ends_with(".d") ? path + "/a.conf" : path, "ARRAY /dev/md7\n");
+    permissions(machine.Path().string() + path, std::filesystem::perms(0));
+    const auto ask = [] {
+      VELAPlatformSourcesReset();
+      Space::GetOverviewStatus();
+      return SourceReports()["disks"];
+    };
+    EXPECT_EQ(AsNobody(ask).state, 3);
+    EXPECT_EQ(SourceReports()["disks"].reason, "nobody looks for what " + path +
+                                                   " names, which could not be read: Permission "
+                                                   "denied");
+  }
 }
 
 // Each line as a table of its own; bytes in it are escaped as in a machine's tree.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/linux/base/open.h"
 
@@ -76,6 +77,13 @@ ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text) {
     }
   }
   return ReadResult::Read;
+}
+
+Trouble MissTable(const std::string& path, ReadResult result) {
+  if (result == ReadResult::Read || result == ReadResult::Missing) return {};
+  const std::string why = result == ReadResult::TooLarge ? "it is too large" : std::strerror(errno);
+  return {"nobody looks for what " + path + " names, which could not be read: " + why,
+          "chmod a+r " + path};
 }
 
 }  // namespace linux_platform

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/base/trouble.h"
+
 namespace linux_platform {
 
 // The texts one after the other, in one allocation, where a + b + c takes one more for each
@@ -46,5 +48,8 @@ enum class ReadResult { Read, Missing, Failed, TooLarge };
 ReadResult ReadSmallFile(const char* path, std::size_t cap, std::string& text);
 // Whether a file is Missing, or looking for it has Failed, by the `error` of that.
 ReadResult ToReadResult(int error);
+// The trouble with the table at `path`, which says what ought to be there, after that `result` and
+// with its errno; none where it was read or is Missing.
+Trouble MissTable(const std::string& path, ReadResult result);
 
 }  // namespace linux_platform

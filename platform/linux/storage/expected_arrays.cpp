@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <sstream>
 
@@ -75,17 +76,27 @@ std::vector<ExpectedArray> ParseMdadmConf(const std::string& text) {
   return arrays;
 }
 
-std::vector<ExpectedArray> ReadMdadmConf() {
-  static FileMemo<std::vector<ExpectedArray>> memo;
+std::vector<ExpectedArray> ReadMdadmConf(std::vector<Trouble>& troubles) {
+  struct Table {
+    std::vector<ExpectedArray> arrays;
+    Trouble unread;
+  };
+  static FileMemo<Table> memo;
+  constexpr const char *kFile = "/etc/mdadm/mdadm.conf", *kFolder = "/etc/mdadm/mdadm.conf.d";
   constexpr std::size_t kCap = std::size_t{256} << 10;
-  std::vector<ExpectedArray> arrays =
-      *memo.Of(BelowRoot("/etc/mdadm/mdadm.conf"), kCap,
-               [](ReadResult, const std::string& text) { return ParseMdadmConf(text); });
-  const std::string folder = BelowRoot("/etc/mdadm/mdadm.conf.d");
-  std::string text;
-  for (const std::string& name : NamesIn(folder)) {
+  const auto main = memo.Of(BelowRoot(kFile), kCap, [](ReadResult read, const std::string& text) {
+    return Table{ParseMdadmConf(text), MissTable(kFile, read)};
+  });
+  std::vector<ExpectedArray> arrays = main->arrays;
+  AddTrouble(main->unread, troubles);
+  errno = 0;
+  const std::vector<std::string> names = NamesIn(BelowRoot(kFolder));
+  if (errno == EACCES) AddTrouble(MissTable(kFolder, ReadResult::Failed), troubles);
+  for (const std::string& name : names) {
     if (!name.ends_with(".conf")) continue;
-    ReadSmallFile(Within(folder, name).c_str(), kCap, text);
+    std::string text;
+    const std::string path = Within(kFolder, name);
+    AddTrouble(MissTable(path, ReadSmallFile(BelowRoot(path).c_str(), kCap, text)), troubles);
     std::ranges::move(ParseMdadmConf(text), std::back_inserter(arrays));
   }
   return arrays;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/md.h"
 
 namespace linux_platform {
@@ -19,8 +20,8 @@ struct ExpectedArray {
 // The ARRAY lines of a text in the format of mdadm.conf, but those to be ignored.
 std::vector<ExpectedArray> ParseMdadmConf(const std::string& text);
 // Those of /etc/mdadm/mdadm.conf below the root, parsed when it has changed, and of the files that
-// lie in mdadm.conf.d.
-std::vector<ExpectedArray> ReadMdadmConf();
+// lie in mdadm.conf.d; and which of them could not be read.
+std::vector<ExpectedArray> ReadMdadmConf(std::vector<Trouble>& troubles);
 
 // Whether it is this array, running or not: by number, by the link that bears its name, or by what
 // its members and udev say of it.

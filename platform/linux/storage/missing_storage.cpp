@@ -199,14 +199,16 @@ std::optional<bool> IsInside(const Mount& mount, Devices& devices) {
 }
 
 std::vector<MissingStorage> FindMissing(const Mounts& mounts, const Fstab& fstab, Devices& devices,
-                                        const Redundancy& redundancy) {
+                                        Redundancy& redundancy) {
   std::vector<MissingStorage> missing;
   Finder finder(mounts, devices);
+  AddTrouble(fstab.unread, redundancy.failures);
   for (const FstabLine& line : fstab.storage)
     if (!finder.IsThere(line)) missing.push_back(finder.Describe(line));
   for (const ExpectedArray& array : redundancy.missing) missing.push_back(Describe(array));
   for (const ExpectedSnapshot::Group& group : redundancy.groups) missing.push_back(Describe(group));
-  for (const std::string& pool : ListMissingZpools()) missing.push_back(DescribePool(pool));
+  for (const std::string& pool : ListMissingZpools(redundancy.failures))
+    missing.push_back(DescribePool(pool));
   if (!missing.empty() && IsContainer(mounts)) missing.clear();
   std::ranges::stable_sort(missing, std::ranges::greater(), &MissingStorage::health);
   return missing;

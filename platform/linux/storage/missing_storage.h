@@ -28,9 +28,9 @@ std::optional<bool> IsInside(const std::string& source, Devices& devices);
 // The same of what is mounted.
 std::optional<bool> IsInside(const Mount& mount, Devices& devices);
 
-// The worst first. What is there costs one system call a line. In a container, whose tables are of
-// another machine, nothing is missing.
+// The worst first; tables that could not be read join the failures. What is there costs one system
+// call a line. In a container, whose tables are of another machine, nothing is missing.
 std::vector<MissingStorage> FindMissing(const Mounts& mounts, const Fstab& fstab, Devices& devices,
-                                        const Redundancy& redundancy);
+                                        Redundancy& redundancy);
 
 }  // namespace linux_platform

@@ -174,7 +174,11 @@ Fstab ParseFstab(const std::string& text) {
 std::shared_ptr<const Fstab> ReadFstab() {
   static FileMemo<Fstab> memo;
   return memo.Of(BelowRoot("/etc/fstab"), std::size_t{256} << 10,
-                 [](ReadResult, const std::string& text) { return ParseFstab(text); });
+                 [](ReadResult read, const std::string& text) {
+                   Fstab fstab = ParseFstab(text);
+                   fstab.unread = MissTable("/etc/fstab", read);
+                   return fstab;
+                 });
 }
 
 std::vector<std::string> ParseSwaps(const std::string& text) {

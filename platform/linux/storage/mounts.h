@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
+
 namespace linux_platform {
 
 struct Mount {
@@ -78,6 +80,7 @@ struct Fstab {
   FstabTargets targets;
   std::vector<FstabLine> storage;   // of this machine's own, to be mounted at every start
   std::vector<std::string> arrays;  // "/dev/md0", "/dev/md/data", also of lines for other times
+  Trouble unread;                   // why nothing is known of it
 };
 Fstab ParseFstab(const std::string& text);
 // /etc/fstab below the root: parsed when it has changed.

@@ -57,7 +57,7 @@ void AddHealth(const std::string& name, Health health, Redundancy& redundancy) {
 
 void ReadArrays(const std::vector<std::string>& blockDevices, const Fstab& fstab,
                 const Settings& settings, Redundancy& redundancy) {
-  const std::vector<ExpectedArray> configured = ReadMdadmConf();
+  const std::vector<ExpectedArray> configured = ReadMdadmConf(redundancy.failures);
   std::vector<ExpectedArray> tables = configured;
   for (const std::string& device : fstab.arrays) tables.push_back({device, "", ""});
   for (const std::string& name : blockDevices) {

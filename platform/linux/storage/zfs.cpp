@@ -30,11 +30,19 @@ std::vector<std::string> ListZpools() {
   return pools;
 }
 
-std::vector<std::string> ListMissingZpools() {
-  static FileMemo<std::vector<std::string>> memo;
-  std::vector<std::string> pools =
-      *memo.Of(BelowRoot("/etc/zfs/zpool.cache"), std::size_t{4} << 20,
-               [](ReadResult, const std::string& text) { return ParseZpoolCache(text); });
+std::vector<std::string> ListMissingZpools(std::vector<Trouble>& troubles) {
+  struct Table {
+    std::vector<std::string> pools;
+    Trouble unread;
+  };
+  static FileMemo<Table> memo;
+  constexpr const char* kFile = "/etc/zfs/zpool.cache";
+  const auto cache =
+      memo.Of(BelowRoot(kFile), std::size_t{4} << 20, [](ReadResult read, const std::string& text) {
+        return Table{ParseZpoolCache(text), MissTable(kFile, read)};
+      });
+  AddTrouble(cache->unread, troubles);
+  std::vector<std::string> pools = cache->pools;
   std::erase_if(
       pools, [](const std::string& name) { return PathExists(BelowRoot(kPools, name, "/state")); });
   return pools;

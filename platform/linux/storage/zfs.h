@@ -12,8 +12,9 @@ namespace linux_platform {
 // The pools that are imported, whether anything of them is mounted or not.
 std::vector<std::string> ListZpools();
 
-// The pools of ZFS's cache file, which it imports at every start, that are not imported.
-std::vector<std::string> ListMissingZpools();
+// The pools of ZFS's cache file, which it imports at every start, that are not imported; and
+// whether it could not be read.
+std::vector<std::string> ListMissingZpools(std::vector<Trouble>& troubles);
 // The names in such a file, a packed list in XDR; none of what is no such list.
 std::vector<std::string> ParseZpoolCache(const std::string& text);
 
