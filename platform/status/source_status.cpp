@@ -88,6 +88,8 @@ void Say(Source source, State state, const char* remedy, const char* format, ...
 
 void Accept(Source source) { accepted.Add(source); }
 
+bool IsAccepted(Source source) { return accepted.Contains(source); }
+
 SourceScope::SourceScope(Source source)
     : source_(source), start_(std::chrono::steady_clock::now()) {}
 

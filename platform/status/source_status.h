@@ -87,6 +87,7 @@ void SayRead(Source source);  // and nothing else about it
 // From here to the reset, and for what was said before, too: where this source is unwatched, that
 // is as its owner wants it. A source that failed is never accepted.
 void Accept(Source source);
+bool IsAccepted(Source source);
 
 // Adds its own lifetime to the source's time and reports that it was read, unless
 // something else is reported.
@@ -96,6 +97,8 @@ class SourceScope {
   ~SourceScope();
   SourceScope(const SourceScope&) = delete;
   SourceScope& operator=(const SourceScope&) = delete;
+
+  Source GetSource() const { return source_; }
 
   // Read, but by somebody else, or a while ago.
   void Read(const char* format, ...) __attribute__((format(printf, 2, 3)));

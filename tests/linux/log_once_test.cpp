@@ -26,4 +26,21 @@ TEST(LogOnce, LogsTheFirstFailureOfARowInItsOwnWords) {
   EXPECT_EQ(SourceReports()["UPS"].state, 2);
 }
 
+TEST(LogOnce, OfWhatItsOwnerAcceptsTheLogHearsNothing) {
+  VELAPlatformSourcesReset();
+  TakeSystemLog();
+  linux_platform::LogOnce failures("UPS", "");
+  source_status::SourceScope scope(source_status::Source::Ups);
+  const linux_platform::Trouble unwatched = {"nobody watches it", "watch it"};
+  source_status::Accept(source_status::Source::Ups);
+  failures.Report(scope, unwatched);
+  EXPECT_TRUE(TakeSystemLog().empty());
+  VELAPlatformSourcesReset();
+  failures.Report(scope, unwatched);
+  EXPECT_EQ(TakeSystemLog().size(), 1U) << "not any more";
+  source_status::Accept(source_status::Source::Ups);
+  failures.Recovered();
+  EXPECT_TRUE(failures.Tell(scope, "it failed")) << "a failure is never accepted";
+}
+
 }  // namespace

@@ -12,6 +12,7 @@ bool LogOnce::Tell(source_status::SourceScope& scope, const Trouble& trouble) {
     scope.Unwatched(trouble.remedy.c_str(), "%s", reason);
   else
     scope.Failed(remedy_, "%s", reason);
+  if (trouble.unwatched && source_status::IsAccepted(scope.GetSource())) return false;
   if (failing_.exchange(true, std::memory_order_relaxed)) return false;
   syslog(LOG_WARNING, "%s: %s (said once until it is read again)", what_,
          common::Sanitize(trouble.reason).c_str());  // a daemon's reply may be part of it

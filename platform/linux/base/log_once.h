@@ -17,7 +17,8 @@ class LogOnce {
   constexpr LogOnce(const char* what, const char* remedy) : what_(what), remedy_(remedy) {}
 
   // The source status hears every trouble; the system log, at warning priority, only the
-  // first since the last Recovered(). True: this is that first one.
+  // first since the last Recovered(), and nothing of what its owner accepts. True: this is that
+  // first one.
   bool Tell(source_status::SourceScope& scope, const Trouble& trouble);
   // The source was read, or is not there: its next failure is news again.
   void Recovered() { failing_.store(false, std::memory_order_relaxed); }
