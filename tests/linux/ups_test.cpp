@@ -95,7 +95,10 @@ std::function<void(int)> Serve(const std::string& rack, const std::string& desk)
       if (line == "LIST UPS")
         FakeServer::Send(client, "BEGIN LIST UPS\nUPS rack \"A\"\nUPS desk \"\"\nEND LIST UPS\n");
       if (line.starts_with("GET VAR"))
-        FakeServer::Send(client, (line == "GET VAR rack ups.status" ? rack : desk) + "\n");
+        FakeServer::Send(client, (line == "GET VAR rack ups.status"   ? rack
+                                  : line == "GET VAR desk ups.status" ? desk
+                                                                      : "ERR UNKNOWN-UPS") +
+                                     "\n");
     }
   };
 }
@@ -110,6 +113,16 @@ TEST_F(UpsTest, NutsOwnConfigurationIsEnough) {
   EXPECT_EQ(Ask(), "2") << "of all that a server lists";
   EXPECT_EQ(Said().state, 3) << "and of another server nobody knows";
   EXPECT_EQ(Said().reason, "upsd at localhost port 1: Connection failure: Connection refused");
+  root_.Write("/etc/nut/upsmon.conf",
+              "MONITOR a@other.example 1\nMONITOR @localhost:" + server.Port() + " 1 a b master\n");
+  root_.Write("/etc/nut/ups.conf", "maxretry = 3\n[rack]\n  driver = x\n # [none]\n [cellar]\n");
+  EXPECT_EQ(Ask(), "2");
+  EXPECT_EQ(Said().reason,
+            "upsd at localhost port " + server.Port() + " on UPS cellar: UNKNOWN-UPS")
+      << "it is not gone without a word";
+  root_.Write("/etc/nut/nut.conf", "MODE=netclient\n");
+  EXPECT_EQ(Ask(), "2");
+  EXPECT_EQ(Said().reason.find("cellar"), std::string::npos);
 }
 
 // As the installed service: nut.conf and upsmon.conf are root's and NUT's.
@@ -124,7 +137,10 @@ TEST_F(UpsTest, WhoMayNotReadNutsFilesTakesTheCollectorsWord) {
     permissions(root_.Path() / path, std::filesystem::perms(*path != '\0' ? 0600 : 0755));
   EXPECT_NE(AsNobody(Ask).find("nut.conf could not be read"), std::string::npos);
   EXPECT_EQ(Said().state, 3);
+  permissions(root_.Path() / "etc/nut/nut.conf", std::filesystem::perms(0644));
+  EXPECT_NE(AsNobody(Ask).find("upsmon.conf could not be read"), std::string::npos);
   const std::string path = root_.Path().string();
+  permissions(root_.Path() / "etc/nut/nut.conf", std::filesystem::perms(0600));
   for (const auto& [mode, told] : {std::pair("standalone", "2"), {"none", "off"}}) {
     root_.Write("/etc/nut/nut.conf", std::string("MODE=") + mode + "\n");
     EXPECT_EQ(std::system((VELA_COLLECTOR " --once --part nut --root " + path).c_str()), 0);

@@ -87,7 +87,8 @@ Round AskServers(const std::vector<std::string>& monitors, bool all, TimeBudget&
     }
     NutServer& server = FindServer(servers, address);
     server.all |= all || address.name.empty();
-    if (!address.name.empty()) server.names.push_back(address.name);
+    const bool isNew = std::ranges::find(server.names, address.name) == server.names.end();
+    if (!address.name.empty() && isNew) server.names.push_back(address.name);
   }
   for (const NutServer& server : servers) AskServer(server, budget, round);
   return round;
@@ -100,6 +101,15 @@ struct Plan {
   bool all = true;
   Trouble unread;
 };
+
+// Where upsmon finds the server of this machine: "@localhost:4000"; "" for the usual place.
+std::string FindOwnServer(const std::vector<std::string>& monitors) {
+  const std::string ownName = ReadHostName();
+  for (const std::string& monitor : monitors)
+    if (!ParseUpsAddress(monitor, ownName).host.empty())
+      return monitor.substr(std::min(monitor.find('@'), monitor.size()));
+  return {};
+}
 
 // NUT's files are root's and its own group's; others take the collector's word.
 Plan MakePlan(const Settings& settings) {
@@ -118,7 +128,9 @@ Plan MakePlan(const Settings& settings) {
     plan.unread = state == SnapshotState::Absent ? MissCollector(unread) : ToTrouble(state, reason);
   }
   plan.isSetUp = nut.IsSetUp();
-  plan.monitors = std::move(nut.monitors);
+  for (const std::string& name : nut.served)
+    plan.monitors.push_back(name + FindOwnServer(nut.monitors));
+  plan.monitors.insert(plan.monitors.end(), nut.monitors.begin(), nut.monitors.end());
   if (plan.monitors.empty()) plan.monitors.emplace_back();
   return plan;
 }
@@ -140,12 +152,8 @@ int ReportAbsent(SourceScope& scope) {
 }
 
 void Report(const Round& round, SourceScope& scope) {
-  for (const Trouble& trouble : round.troubles) failures.Tell(scope, trouble);
-  if (!round.troubles.empty()) {
-    SetError(Error::SourceFailed);
-    return;
-  }
-  failures.Recovered();
+  failures.Report(scope, round.troubles);
+  if (!round.troubles.empty()) SetError(Error::SourceFailed);
 }
 
 }  // namespace
@@ -158,12 +166,14 @@ int VELAUPSInfoGet(VELA_UPS_INFO* record) {
   const Plan plan = MakePlan(request->GetCurrentSettings().settings);
   if (!plan.isSetUp && plan.unread.IsNone()) return ReportAbsent(scope);
 
-  const Round round = AskOrLeaveAlone(plan, request->GetTimeBudget());
+  Round round = AskOrLeaveAlone(plan, request->GetTimeBudget());
   // A server that answers is proof enough of a UPS; none proves nothing.
   if (!plan.isSetUp && !round.answered) {
     failures.Tell(scope, plan.unread);
     return 0;
   }
+  // What it ought to have besides nobody knows.
+  if (!plan.unread.IsNone()) round.troubles.insert(round.troubles.begin(), plan.unread);
   record->enabled = 1;
   record->connected = round.connected ? 1 : 0;
   record->state = static_cast<std::int32_t>(round.worst);

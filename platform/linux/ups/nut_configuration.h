@@ -12,12 +12,14 @@ namespace linux_platform {
 constexpr const char* kNutFolder = "/etc/nut";
 constexpr const char* kNutMode = "/etc/nut/nut.conf";
 constexpr const char* kNutMonitors = "/etc/nut/upsmon.conf";
+constexpr const char* kNutServed = "/etc/nut/ups.conf";
 
 struct NutConfiguration {
   static constexpr const char* kSource = "nut";
 
   std::string mode;                   // "none", as Debian ships it, or "": nobody set NUT up
   std::vector<std::string> monitors;  // "rack@localhost:3493"
+  std::vector<std::string> served;    // those of ups.conf, which a server here has: "rack"
 
   bool IsSetUp() const { return !mode.empty() && mode != "none"; }
 

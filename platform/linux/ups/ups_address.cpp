@@ -75,6 +75,18 @@ std::vector<std::string> ParseMonitors(std::string_view text) {
   return monitors;
 }
 
+std::vector<std::string> ParseSections(std::string_view text) {
+  std::vector<std::string> names;
+  while (!text.empty()) {
+    std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const std::string_view word = NextNutWord(line);
+    if (word.size() > 2 && word.starts_with('[') && word.ends_with(']'))
+      names.emplace_back(word.substr(1, word.size() - 2));
+  }
+  return names;
+}
+
 std::string ReadHostName() {
   char name[HOST_NAME_MAX + 1] = {};
   return gethostname(name, sizeof name - 1) == 0 ? name : "";

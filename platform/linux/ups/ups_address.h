@@ -26,6 +26,9 @@ UpsAddress ParseUpsAddress(std::string_view text, std::string_view ownName);
 // behind.
 std::vector<std::string> ParseMonitors(std::string_view text);
 
+// What the sections of ups.conf are called: "rack" of "[rack]".
+std::vector<std::string> ParseSections(std::string_view text);
+
 // This machine's, as the kernel has it.
 std::string ReadHostName();
 
