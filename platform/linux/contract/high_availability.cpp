@@ -67,17 +67,20 @@ std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, Tr
   return AskCluster(request, trouble.reason);
 }
 
-std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
+std::optional<HaState> ReadDrbdState(bool pacemakerRuns, Trouble& trouble) {
   std::string text;
   bool isVersion8 = false;
   if (ReadSmallFile(BelowRoot(kDrbd).c_str(), kDrbdCap, text) != ReadResult::Read) {
-    reason = std::string(kDrbd) + " could not be read";
+    trouble = std::string(kDrbd) + " could not be read";
     return std::nullopt;
   }
   const std::optional<HaState> state = ParseDrbdState(text, isVersion8);
   if (!isVersion8 && pacemakerRuns) return HaState::Normal;  // which watches it
   if (!isVersion8) {
-    reason = "DRBD 9 and later do not tell their state in /proc/drbd";
+    trouble = {
+        "DRBD 9 and later do not tell their state in /proc/drbd",
+        "drbdadm status; accept=\"high-availability\" in /etc/velainfo.conf, if it is watched "
+        "otherwise"};
     return std::nullopt;
   }
   return state.value_or(HaState::Normal);
@@ -88,12 +91,12 @@ std::optional<HaState> ReadDrbdState(bool pacemakerRuns, std::string& reason) {
 std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, Trouble& trouble) {
   const ClusterServices& running = request.GetClusterServices();
   std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
-  std::string drbdReason;
+  Trouble drbdTrouble;
   if (running.pacemaker) cluster = ReadClusterState(request, scope, trouble);
-  if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdReason);
+  if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdTrouble);
   if (!running.idle.IsNone()) cluster.reset();
   if (trouble.IsNone()) trouble = running.idle;
-  if (trouble.IsNone()) trouble = drbdReason;
+  if (trouble.IsNone()) trouble = drbdTrouble;
   if (cluster && drbd) return std::max(*cluster, *drbd);
   const HaState known = cluster ? *cluster : drbd.value_or(HaState::Normal);
   return known == HaState::Normal ? std::nullopt : std::optional(known);
