@@ -46,6 +46,9 @@ TEST(Chassis, ThatThereIsNothingToWatchIsNoFailure) {
        "supply PS2 still works, and predicts its own failure"},
       {"parts-that-predict-their-end", "expansion units", 1,
        "Right of JBOD-24 still works, and predicts its own failure"},
+      {"parts-that-are-gone", "hardware", 1, "supply PS2 is gone"},
+      {"parts-that-are-gone", "expansion units", 1, "Right of JBOD-24 is gone"},
+      {"enclosure-inside", "expansion units", 0, "no enclosure with SES"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.machine) + ", " + c.source);

@@ -152,6 +152,30 @@ TEST_F(CollectorTest, WithoutOnceItGoesRoundUntilItIsEnded) {
   EXPECT_EQ(WEXITSTATUS(system(command.c_str())), 124) << "it waits for the next round";
 }
 
+TEST_F(CollectorTest, ASupplyThatWasThereIsGoneUntilItsOwnerForgetsIt) {
+  const auto look = [this](const std::string& second) {
+    BmcWhoseToolRuns("echo \"1,PS1,Power Supply,Nominal,N/A,N/A,'Presence detected'\"; echo \"" +
+                     ("2,PS2,Power Supply,Nominal,N/A,N/A," + second) +
+                     "\"; echo \"3,PS3,Power Supply,N/A,N/A,N/A,N/A\"");
+    EXPECT_EQ(Run("--once"), "");
+    const Json::Value supplies = Snapshot("ipmi")["supplies"];
+    EXPECT_EQ(supplies[2]["state"], "absent") << "never plugged in";
+    return supplies[1]["state"].asString();
+  };
+  root.Write("/var/lib/none", "");
+  const std::string there = "'Presence detected'", away = "N/A";
+  EXPECT_EQ(look(away), "absent");
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(look(there), "ok");
+  EXPECT_EQ(look(away), "absent") << "a busy controller leaves one out now and then";
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(look(away), "gone");
+  std::filesystem::remove_all(root.Path() / "run/vela-platform");
+  EXPECT_EQ(look(away), "gone") << "after a restart, too";
+  EXPECT_EQ(look(there), "ok");
+  for (int i = 0; i < 2; ++i) look(away);
+  ASSERT_TRUE(std::filesystem::remove(root.Path() / "var/lib/vela-platform/plugged.json"));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(look(away), "absent");
+}
+
 TEST_F(CollectorTest, WhatCannotBeAskedKeepsItsPlaceAndItsReason) {
   root.Load("slow-sources-in-trouble");
   for (const auto& row : ReadTable("collector-parts", 2)) EXPECT_EQ(Run(row[0]), row[1] + "\n");

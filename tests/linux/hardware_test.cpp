@@ -63,6 +63,11 @@ class BoardTest : public testing::Test {
 
 TEST_F(BoardTest, EmptyHeadersOddLimitsAndHotDisksAreNoFault) {
   EXPECT_EQ(Ask(), "redundant, well");
+  EXPECT_EQ(SourceReports()["hardware"].state, 3) << "nobody knows whether one of them turned";
+  EXPECT_NE(SourceReports()["hardware"].reason.find(" stands, and"), std::string::npos);
+  TakeSystemLog();
+  root_.Write("fans", R"("fans":{})");
+  EXPECT_EQ(Ask(), "redundant, well");
   EXPECT_EQ(SourceReports()["hardware"].state, 1);
   EXPECT_TRUE(TakeSystemLog().empty());
 }

@@ -104,6 +104,16 @@ Trouble MissCollector(const std::string& what) {
           kStartCollector};
 }
 
+Json::Value ReadMemory(const char* source) {
+  std::string text;
+  Json::Value document;
+  const std::string path = BelowRoot(kMemoryFolder, "/", source, ".json");
+  if (ReadSmallFile(path.c_str(), kSnapshotCap, text) != ReadResult::Read ||
+      !ParseJson(text, document) || !document.isObject())
+    return {};
+  return document;
+}
+
 std::string SeenByCollector(const Json::Value& document) {
   const std::time_t age = std::time(nullptr) - SecondsMember(document, kWritten);
   return "seen by vela-platform-collect " + std::to_string(std::max<std::time_t>(age, 0)) +

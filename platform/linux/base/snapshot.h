@@ -65,6 +65,11 @@ Trouble MissCollector(const std::string& what);
 // How a snapshot that was read came about, for people: "seen by vela-platform-collect 23 s ago".
 std::string SeenByCollector(const Json::Value& document);
 
+// What the collector remembers over restarts, one file <source>.json each.
+constexpr const char* kMemoryFolder = "/var/lib/vela-platform";
+// Null when there is none, or it cannot be read. One system call where there is none, else four.
+Json::Value ReadMemory(const char* source);
+
 // The running boot's identifier, below the root; "" when the kernel does not tell.
 std::string BootId();
 

@@ -1,54 +1,77 @@
 #include "platform/linux/chassis/chassis.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <ctime>
 
+#include "platform/linux/base/open.h"
+#include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/snapshot.h"
+#include "platform/linux/base/sysfs.h"
 #include "platform/linux/chassis/fan_snapshot.h"
 #include "platform/linux/chassis/ipmi_snapshot.h"
+#include "platform/linux/chassis/plugged_parts.h"
 #include "platform/linux/chassis/sensors.h"
 #include "platform/linux/chassis/supplies.h"
 
 namespace linux_platform {
 namespace {
 
-// Keeps the first trouble's words.
-void NoteTrouble(Trouble& trouble, Trouble another) {
-  if (trouble.IsNone()) trouble = std::move(another);
-}
-
 template <typename Snapshot>
-Snapshot ReadOrNote(bool& absent, Trouble& trouble) {
+Snapshot ReadOrNote(bool& absent, std::vector<Trouble>& troubles) {
   Snapshot snapshot;
   std::string reason;
   const SnapshotState state = ReadSnapshot(snapshot, reason);
   absent = state == SnapshotState::Absent;
-  NoteTrouble(trouble, ToTrouble(state, std::move(reason)));
+  AddTrouble(ToTrouble(state, std::move(reason)), troubles);
   return snapshot;
+}
+
+// A management controller that is there, as everybody sees, while the collector says nothing of it.
+Trouble MissController() {
+  const bool hasNode = PathExists(Sys("/class/ipmi/ipmi0"));
+  if (!hasNode && !PathExists(Sys("/bus/platform/devices/ipmi_bmc.0"))) return {};
+  constexpr const char* kNobody = "nobody asks the management controller for its sensors: ";
+  if (!Access(BelowRoot(kIpmiSensors), X_OK))
+    return {std::string(kNobody) + "ipmi-sensors is not installed", "apt install freeipmi-tools"};
+  if (!hasNode)
+    return {std::string(kNobody) + "the kernel module ipmi_devintf is not loaded",
+            "modprobe ipmi_devintf; echo ipmi_devintf >/etc/modules-load.d/ipmi.conf"};
+  return MissCollector("only root may ask the management controller");
 }
 
 void AddFan(const std::string& label, Chassis& chassis) {
   (IsProcessorFan(label) ? chassis.processorFanFailed : chassis.fanFailed) = true;
 }
 
+constexpr FanHistory kTurnedAndStopped = {true, 1};
+
 void JudgeFans(const SensorReadings& readings, const std::vector<ExpectedFan>& expected,
                Chassis& chassis) {
   bool absent = false;
-  const auto snapshot = ReadOrNote<FanSnapshot>(absent, chassis.trouble);
+  const auto snapshot = ReadOrNote<FanSnapshot>(absent, chassis.troubles);
   const std::time_t now = std::time(nullptr);
+  std::string unknown;  // a fan that stands, of which nobody remembers whether it ever turned
   for (const FanReading& fan : readings.fans) {
-    if (HasFailed(fan, FindExpected(expected, fan.key) != nullptr, snapshot.FindHistory(fan.key),
-                  now))
+    const bool wanted = FindExpected(expected, fan.key) != nullptr;
+    if (HasFailed(fan, wanted, snapshot.FindHistory(fan.key), now))
       AddFan(fan.label, chassis);
+    else if (absent && HasFailed(fan, wanted, kTurnedAndStopped, now))
+      unknown = fan.label + " (" + fan.key + ")";
   }
+  if (!unknown.empty())
+    chassis.troubles.push_back(
+        {unknown + " stands, and vela-platform-collect, which remembers what turned, does not run",
+         kStartCollector});
   for (const ExpectedFan& wanted : expected) {
     const auto there = [&](const FanReading& fan) {
       return FindExpected({wanted}, fan.key) != nullptr;
     };
     if (std::ranges::none_of(readings.fans, there))
-      NoteTrouble(chassis.trouble, "fan.expect names " + std::string(wanted.chip) + ":" +
-                                       std::string(wanted.feature) + ", which no sensor chip has");
+      chassis.troubles.emplace_back("fan.expect names " + std::string(wanted.chip) + ":" +
+                                    std::string(wanted.feature) + ", which no sensor chip has");
   }
 }
 
@@ -75,9 +98,12 @@ void JudgeSupplies(const std::vector<SupplyReading>& supplies, Chassis& chassis)
     if (!supplies[bay].present) continue;
     ++chassis.supplies;
     if (supplies[bay].failed) chassis.failedSupplies |= 1U << bay;
-    if (supplies[bay].predicted && chassis.remark.empty())
-      chassis.remark =
-          "supply " + supplies[bay].name + " still works, and predicts its own failure";
+    if (supplies[bay].gone)
+      chassis.remarks.push_back({"supply " + supplies[bay].name + " is gone", kForgetPart});
+    if (supplies[bay].predicted)
+      chassis.remarks.push_back(
+          {"supply " + supplies[bay].name + " still works, and predicts its own failure",
+           "have a supply at hand to replace it"});
   }
 }
 
@@ -98,9 +124,10 @@ Chassis ReadChassis(const Settings& settings) {
   SensorReadings readings;
   std::string reason;
   const SensorsState state = ReadSensors(expected, readings, reason);
-  if (state == SensorsState::Failed) NoteTrouble(chassis.trouble, reason);
+  if (state == SensorsState::Failed) chassis.troubles.emplace_back(reason);
   bool noController = false;
-  const auto ipmi = ReadOrNote<IpmiSnapshot>(noController, chassis.trouble);
+  const auto ipmi = ReadOrNote<IpmiSnapshot>(noController, chassis.troubles);
+  if (noController) AddTrouble(MissController(), chassis.troubles);
   const auto supplies = ChooseSupplies(ipmi, readings);
 
   if (state == SensorsState::Read || !expected.empty()) JudgeFans(readings, expected, chassis);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <vector>
 
 #include "platform/linux/base/trouble.h"
 
@@ -16,9 +16,9 @@ class Settings;
 constexpr std::size_t kWatchedSupplies = 24;  // as many bits as a supply mask has
 
 struct Chassis {
-  bool absent = false;  // no sensor chips, management controller or second mains adapter
-  Trouble trouble;      // with the first thing that could not be read
-  std::string remark;   // which supply only predicts its failure, in words
+  bool absent = false;            // no sensor chips, management controller or second mains adapter
+  std::vector<Trouble> troubles;  // with what could not be read, or nobody watches
+  std::vector<Trouble> remarks;   // supplies that are gone or predict their failure
   bool fanFailed = false;
   bool processorFanFailed = false;
   int supplies = 0;                  // that are there

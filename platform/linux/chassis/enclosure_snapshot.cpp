@@ -12,8 +12,8 @@ namespace {
 using common::TextMember;
 using State = EnclosurePart::State;
 
-constexpr std::array<std::string_view, 5> kStates = {"ok", "failed", "absent", "failing",
-                                                     "unknown"};
+constexpr std::array<std::string_view, 6> kStates = {"ok",      "failed", "absent",
+                                                     "failing", "gone",   "unknown"};
 constexpr const char *kEnclosures = "enclosures", *kId = "id", *kProduct = "product",
                      *kUnread = "unread", *kFans = "fans", *kSupplies = "supplies", *kName = "name",
                      *kState = "state";

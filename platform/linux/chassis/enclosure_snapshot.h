@@ -9,9 +9,9 @@
 namespace linux_platform {
 
 struct EnclosurePart {
-  // Absent: the place is empty, which is no fault. Failing: it works, and the enclosure predicts
-  // its end. Unknown: the enclosure does not say.
-  enum class State { Ok, Failed, Absent, Failing, Unknown };
+  // Absent: the place is empty, which is no fault. Gone: it was not always. Failing: it works, and
+  // the enclosure predicts its end. Unknown: the enclosure does not say.
+  enum class State { Ok, Failed, Absent, Failing, Gone, Unknown };
 
   std::string name;  // the enclosure's own, in printable ASCII; else "Fan 1", "Supply 1"
   State state = State::Unknown;
@@ -22,6 +22,10 @@ struct Enclosure {
   std::string product;  // without the blanks around it, in printable ASCII
   std::string unread;   // why it did not answer, in words; then it has no parts
   std::vector<EnclosurePart> fans, supplies;
+
+  // Of each list, as PluggedParts knows it.
+  std::string NameFans() const { return id + " fans"; }
+  std::string NameSupplies() const { return id + " supplies"; }
 
   Json::Value ToJson() const;
   // Members of the wrong type count as missing.

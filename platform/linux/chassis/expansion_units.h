@@ -20,6 +20,7 @@ struct ExpansionUnit {
   std::string id, product;  // "500a0b0c0d0e0f10", "JBOD-24"
   std::string unread;       // why it did not answer; then the rest is not known
   std::string failing;      // the first part that works yet and predicts its end: "Fan 2"
+  std::string gone;         // the first that is not in its place any more, which counts as failed
   bool fanFailed = false;
   bool hasSupplies = false;
   bool firstSupplyFailed = false;
@@ -31,7 +32,8 @@ struct ExpansionUnit {
 std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
                                               const std::vector<std::string_view>& internal);
 
-// Not Read: there are no units, or they cannot be known.
+// Not Read: there are no units, or they cannot be known, which is a trouble where there is an
+// enclosure.
 struct ExpansionUnits {
   SnapshotState state = SnapshotState::Absent;
   std::vector<ExpansionUnit> units;

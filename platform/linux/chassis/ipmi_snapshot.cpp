@@ -11,8 +11,8 @@ namespace {
 
 using State = ControllerSensor::State;
 
-constexpr std::array<std::string_view, 7> kStates = {"ok",       "failed",  "input_lost", "absent",
-                                                     "critical", "failing", "unknown"};
+constexpr std::array<std::string_view, 8> kStates = {
+    "ok", "failed", "input_lost", "absent", "critical", "failing", "gone", "unknown"};
 constexpr const char *kSupplies = "supplies", *kFans = "fans", *kTemperatures = "temperatures";
 constexpr const char *kName = "name", *kState = "state";
 

@@ -8,10 +8,13 @@
 
 namespace linux_platform {
 
+// The program that asks it.
+constexpr const char* kIpmiSensors = "/usr/sbin/ipmi-sensors";
+
 struct ControllerSensor {
-  // InputLost, Absent (an empty bay: no fault) and Failing, which works and predicts its end, are
-  // of supplies, Critical of temperatures.
-  enum class State { Ok, Failed, InputLost, Absent, Critical, Failing, Unknown };
+  // InputLost, Absent (an empty bay: no fault), Gone (a bay that had one) and Failing, which works
+  // and predicts its end, are of supplies, Critical of temperatures.
+  enum class State { Ok, Failed, InputLost, Absent, Critical, Failing, Gone, Unknown };
 
   std::string name;
   State state = State::Unknown;

@@ -13,6 +13,7 @@ struct SupplyReading {
   bool present = true;  // false: an empty bay
   bool failed = false;
   bool predicted = false;  // it works yet, and says that it will fail
+  bool gone = false;       // failed, for it is not in its bay any more
 };
 
 struct SensorReadings {

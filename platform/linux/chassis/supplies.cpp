@@ -1,6 +1,10 @@
 #include "platform/linux/chassis/supplies.h"
 
+#include <algorithm>
+
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
+#include "platform/linux/chassis/plugged_parts.h"
 
 namespace linux_platform {
 
@@ -9,21 +13,35 @@ std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi) {
   std::vector<SupplyReading> supplies;
   for (const auto& [name, state] : ipmi.supplies) {
     const bool predicted = state == State::Failing;
-    const bool failed = state == State::Failed || state == State::InputLost || predicted;
-    supplies.push_back({name, state != State::Absent, failed, predicted});
+    const bool gone = state == State::Gone;
+    const bool failed = state == State::Failed || state == State::InputLost || predicted || gone;
+    supplies.push_back({name, state != State::Absent, failed, predicted, gone});
   }
   return supplies;
+}
+
+std::vector<std::string> ListMainsAdapters() {
+  const std::string folder = Sys("/class/power_supply");
+  std::vector<std::string> names = NamesIn(folder);
+  std::erase_if(names, [&folder](const std::string& name) {
+    return Attribute(Concatenate(folder, "/", name, "/type")) != "Mains";
+  });
+  return names;
 }
 
 std::vector<SupplyReading> ReadMainsAdapters() {
   std::vector<SupplyReading> supplies;
   const std::string folder = Sys("/class/power_supply");
-  for (const std::string& name : NamesIn(folder)) {
-    const std::string adapter = Within(folder, name);
-    if (Attribute(Within(adapter, "type")) != "Mains") continue;
-    const auto online = NumberAttribute(Within(adapter, "online"));
+  for (const std::string& name : ListMainsAdapters()) {
+    const auto online = NumberAttribute(Concatenate(folder, "/", name, "/online"));
     supplies.push_back({name, online.has_value(), online == 0});
   }
+  if (supplies.empty()) return supplies;
+  auto plugged = PluggedParts::FromJson(ReadMemory(PluggedParts::kSource));
+  for (const std::string& name : plugged.parts[PluggedParts::kMains])
+    if (std::ranges::find(supplies, name, &SupplyReading::name) == supplies.end())
+      supplies.push_back({name, true, true, false, true});
+  std::ranges::sort(supplies, {}, &SupplyReading::name);
   if (supplies.size() < 2) supplies.clear();
   return supplies;
 }

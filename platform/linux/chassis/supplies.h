@@ -1,6 +1,7 @@
 // The power supplies, by bay: which are there and which have failed.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "platform/linux/chassis/ipmi_snapshot.h"
@@ -12,8 +13,10 @@ namespace linux_platform {
 // it predicts is critical to it, as one that has happened.
 std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi);
 
-// The mains adapters of /sys/class/power_supply, by name. Fewer than two are a laptop's
-// plug, which may be out, and are left out.
+// Those of /sys/class/power_supply, by name.
+std::vector<std::string> ListMainsAdapters();
+// How these are. Fewer than two are a laptop's plug, which may be out, and are left out, unless
+// there once were two.
 std::vector<SupplyReading> ReadMainsAdapters();
 
 }  // namespace linux_platform

@@ -7,6 +7,7 @@
 #include "platform/linux/chassis/enclosure_snapshot.h"
 #include "platform/linux/chassis/fan_snapshot.h"
 #include "platform/linux/chassis/ipmi_snapshot.h"
+#include "platform/linux/chassis/plugged_parts.h"
 #include "platform/linux/services/cluster_snapshot.h"
 #include "platform/linux/services/web_server_snapshot.h"
 #include "platform/linux/smart/smart_snapshot.h"
@@ -22,10 +23,12 @@ namespace linux_platform {
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 12> kParts = {{
+constexpr std::array<Part, 13> kParts = {{
     {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
     {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
     {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
+    {PluggedParts::kSource, "which supplies and fans were plugged in", seconds(10), CollectPlugged,
+     true},
     {MdSnapshot::kSource, "arrays: first builds, and how many members they are meant to have",
      seconds(10), CollectMd},
     {SmartSnapshot::kSource, "what smartd knows of the drives", seconds(10), CollectSmart},

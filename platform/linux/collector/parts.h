@@ -36,6 +36,8 @@ Json::Value CollectIpmi();
 // Which fans of the sensor chips have turned since boot: what the last snapshot knew, and
 // what is read now.
 Json::Value CollectFans();
+// Which supplies and fans the last snapshots have shown, now or before.
+Json::Value CollectPlugged();
 // Which arrays are being built for the first time, and how many members each is meant to have.
 Json::Value CollectMd();
 // Whether a disk says that it belongs to the array and does not serve it: it was a member. By what

@@ -12,7 +12,6 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/snapshot_folder.h"
-#include "platform/linux/storage/seen_storage.h"
 
 namespace linux_platform {
 namespace {

@@ -15,8 +15,10 @@
 #include "common/json_reader.h"
 #include "platform/linux/base/open.h"
 #include "platform/linux/base/root.h"
+#include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/chassis/enclosure_snapshot.h"
+#include "platform/linux/chassis/plugged_parts.h"
 #include "platform/linux/chassis/ses_pages.h"
 #include "platform/linux/collector/commands.h"
 #include "platform/linux/collector/parts.h"
@@ -123,7 +125,12 @@ Json::Value CollectSes() {
     if (isNew || !place->second.unread.empty()) place->second = std::move(*enclosure);
   }
   EnclosureSnapshot snapshot;
-  for (auto& [id, enclosure] : byId) snapshot.enclosures.push_back(std::move(enclosure));
+  const auto plugged = PluggedParts::FromJson(ReadMemory(PluggedParts::kSource));
+  for (auto& [id, enclosure] : byId) {
+    plugged.MarkGone(enclosure.NameSupplies(), enclosure.supplies);
+    plugged.MarkGone(enclosure.NameFans(), enclosure.fans);
+    snapshot.enclosures.push_back(std::move(enclosure));
+  }
   return snapshot.ToJson();
 }
 

@@ -11,7 +11,6 @@
 #include "platform/linux/base/replace_file.h"
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
-#include "platform/linux/storage/seen_storage.h"
 
 namespace linux_platform {
 namespace {

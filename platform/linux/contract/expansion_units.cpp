@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/base/log_once.h"
+#include "platform/linux/chassis/plugged_parts.h"
 #include "platform/linux/contract/error.h"
 #include "platform/linux/contract/request.h"
 #include "platform/status/source_status.h"
@@ -68,11 +69,15 @@ void ReportUnits(const std::vector<ExpansionUnit>& units, const Trouble& missing
                  SourceScope& scope) {
   failures.Report(scope, missing);
   if (missing.IsNone() && units.empty()) scope.Absent("no enclosure is an expansion unit");
-  for (const ExpansionUnit& unit : units)
+  for (const ExpansionUnit& unit : units) {
+    if (!unit.gone.empty())
+      scope.ReadWithRemark(kForgetPart, "%s of %s is gone", unit.gone.c_str(),
+                           unit.product.c_str());
     if (!unit.failing.empty())
       scope.ReadWithRemark("have a spare part at hand",
                            "%s of %s still works, and predicts its own failure",
                            unit.failing.c_str(), unit.product.c_str());
+  }
 }
 
 }  // namespace

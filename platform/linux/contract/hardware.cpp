@@ -19,9 +19,9 @@ const Chassis& ReportChassis(Request& request) {
   const Chassis& chassis = request.GetChassis();
   if (chassis.absent)
     scope.Absent("no sensor chips, management controller or second mains adapter");
-  failures.Report(scope, chassis.trouble);
-  if (!chassis.remark.empty())
-    scope.ReadWithRemark("have a supply at hand to replace it", "%s", chassis.remark.c_str());
+  failures.Report(scope, chassis.troubles);
+  for (const Trouble& remark : chassis.remarks)
+    scope.ReadWithRemark(remark.remedy.c_str(), "%s", remark.reason.c_str());
   return chassis;
 }
 

@@ -1,7 +1,6 @@
 #include "platform/linux/storage/seen_storage.h"
 
 #include "common/json_reader.h"
-#include "platform/linux/base/root.h"
 #include "platform/linux/base/snapshot.h"
 
 namespace linux_platform {
@@ -35,15 +34,6 @@ SeenStorage SeenStorage::FromJson(const Json::Value& document) {
   return seen;
 }
 
-SeenStorage ReadSeenStorage() {
-  std::string text;
-  Json::Value document;
-  const std::string path =
-      BelowRoot(kMemoryFolder, Concatenate("/", SeenStorage::kSource, ".json"));
-  if (ReadSmallFile(path.c_str(), kSnapshotCap, text) != ReadResult::Read ||
-      !common::ParseJson(text, document) || !document.isObject())
-    return {};
-  return SeenStorage::FromJson(document);
-}
+SeenStorage ReadSeenStorage() { return SeenStorage::FromJson(ReadMemory(SeenStorage::kSource)); }
 
 }  // namespace linux_platform

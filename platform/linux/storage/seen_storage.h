@@ -10,8 +10,6 @@
 
 namespace linux_platform {
 
-constexpr const char* kMemoryFolder = "/var/lib/vela-platform";
-
 enum class Seen { Never, Inside, Outside };
 
 struct SeenStorage {
