@@ -55,7 +55,8 @@ class FullMachine : public MachineTree {
     Load("daemons");
     Write("/etc/velainfo.conf", "ups.monitor=rack@127.0.0.1:" + upsd_.Port() + "\n");
     bus_.Say("nginx.service", "LoadState", "loaded");
-    bus_.Say("nginx.service", "ActiveState", "failed");
+    bus_.Say("nginx.service", "ActiveState", "active");
+    bus_.Say("nginx.service", "ReloadResult", "exit-code");
     bus_.Say("pacemaker.service", "ActiveState", "active");
     create_directories(Path() / "hangs");
   }

@@ -13,9 +13,10 @@ modprobe -a dm_multipath dm_round_robin
 sectors=$(blockdev --getsz "$A")
 a=$(cat "/sys/block/$(name_of "$A")/dev") b=$(cat "/sys/block/$(name_of "$B")/dev")
 dmsetup create --uuid mpath-lab paths --table "0 $sectors multipath 0 0 2 1 round-robin 0 1 1 $a 1000 round-robin 0 1 1 $b 1000"
-quiet "multipath, well"
+blind "multipath, well, and nobody tries its paths"
 dmsetup message paths 0 "fail_path $a"
-quiet "multipath, one of two paths failed"
+blind "multipath, one of two paths failed"
+words "1 of 2 paths to paths has failed."
 dmsetup message paths 0 "fail_path $b"
 state "multipath, all paths failed" storage_danger
 dmsetup message paths 0 "reinstate_path $a"

@@ -58,7 +58,7 @@ set_status WAIT
 blind "UPS that does not say whether the mains are there"
 set_status OL
 as_service
-quiet "UPS on mains, asked by who may not read NUT's files"
+blind "UPS on mains, asked by who may not read NUT's files"
 set_status "OB DISCHRG" desk
 state "second UPS on battery, asked by who may not read NUT's files" ups_battery
 set_status OL desk

@@ -34,13 +34,13 @@ systemctl reload nginx
 gone
 systemctl kill -s KILL nginx
 until_is 10 failed systemctl is-active nginx
-quiet "web server killed, with files that only root reads, configuration good"
+no_finding "web server killed, with files that only root reads, configuration good"
 collects nothing
 serve_no_more
 systemctl restart nginx
 systemctl kill -s KILL nginx
 until_is 10 failed systemctl is-active nginx
-no_finding "web server killed, configuration good"
+blind "web server killed, configuration good"
 systemctl reset-failed nginx
 systemctl stop nginx
 quiet "web server switched off"
