@@ -25,6 +25,7 @@ std::string GetRootDevice() {
 // With what the words in braces and the escaped bytes stand for.
 std::string Resolve(std::string text, const std::string& root) {
   static const std::regex kNamed(R"(\{(now|root|fixtures|device)(-\d+)?\}|\\x([0-9a-f]{2}))");
+  std::string resolved;
   for (std::smatch found; std::regex_search(text, found, kNamed);) {
     const std::string name = found.str(1);
     const std::string value =
@@ -34,9 +35,10 @@ std::string Resolve(std::string text, const std::string& root) {
         : name == "device"
             ? GetRootDevice()
             : std::string(1, static_cast<char>(std::stoi(found.str(3), nullptr, 16)));
-    text = found.prefix().str() + value + found.suffix().str();
+    resolved += found.prefix().str() + value;
+    text = found.suffix().str();
   }
-  return text;
+  return resolved + text;
 }
 
 std::string Indented(std::istream& rest) {
