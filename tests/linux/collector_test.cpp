@@ -10,6 +10,7 @@
 #include "platform/linux/collector/parts.h"
 #include "platform/linux/collector/snapshot_folder.h"
 #include "platform/linux/storage/md.h"
+#include "platform/linux/storage/seen_storage.h"
 #include "tests/linux/hung_mount.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/table.h"
@@ -248,6 +249,18 @@ TEST_F(CollectorTest, WhatALineOfFstabWasIsRememberedWhenItIsGone) {
   root.Write("/etc/fstab", "");
   root.Mounts("");
   EXPECT_EQ(remembered(), "") << "no line names it, and nothing is mounted, any more";
+}
+
+TEST_F(CollectorTest, DaysWithoutAScrubAreCountedWhereATimerOughtToScrub) {
+  root.Load("to-be-scrubbed");
+  for (const auto& row : ReadTable("collector-scrubs", 2)) {
+    root.AddLine(row[0]);
+    EXPECT_EQ(Run("--once --part seen"), "");
+    std::string said;
+    for (const auto& [name, scrub] : ReadSeenStorage().scrubs)
+      said += name + " " + std::to_string(scrub.days);
+    EXPECT_EQ(said, row[1]) << row[0];
+  }
 }
 
 TEST_F(CollectorTest, AMountThatHangsCostsNoOtherAndIsAskedByOneProcessOnly) {

@@ -5,6 +5,7 @@
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/collector/parts.h"
+#include "platform/linux/collector/scrubs.h"
 #include "platform/linux/collector/volume_group.h"
 #include "platform/linux/storage/expected_snapshot.h"
 #include "platform/linux/storage/missing_storage.h"
@@ -47,7 +48,8 @@ Json::Value CollectSeenStorage() {
     remember(line.source, IsInside(line.source, devices));
   for (const Mount& mount : *mounts)
     if (MayBeVolume(mount, false)) remember(mount.target, IsInside(mount, devices));
-  return seen.isInside.empty() ? Json::Value() : seen.ToJson();
+  RememberScrubs(*mounts, before, seen);
+  return seen.isInside.empty() && seen.scrubs.empty() ? Json::Value() : seen.ToJson();
 }
 
 Json::Value CollectExpectedStorage() {

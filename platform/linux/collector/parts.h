@@ -47,7 +47,7 @@ bool HasFormerMember(const MdArray& array);
 Json::Value CollectSmart();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
-// What the lines of fstab stand for, and stood for when they were last there.
+// What the lines of fstab stand for, and stood for when they were last there; what was scrubbed.
 Json::Value CollectSeenStorage();
 // What only root may read of what ought to be there: volume groups that miss a disk.
 Json::Value CollectExpectedStorage();

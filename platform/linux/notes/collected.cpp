@@ -5,6 +5,7 @@
 #include "platform/linux/notes/tell.h"
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
+#include "platform/linux/storage/seen_storage.h"
 
 namespace linux_platform {
 namespace {
@@ -16,6 +17,17 @@ Snapshot ReadSeen() {
   std::string reason;
   ReadSnapshot(snapshot, reason);
   return snapshot;
+}
+
+// Two months between first Sundays are nine weeks, and a check may take days.
+constexpr std::int64_t kTwoPeriods = 70;
+
+void TellOldScrubs() {
+  for (const auto& [name, scrub] : ReadSeenStorage().scrubs) {
+    if (scrub.days < kTwoPeriods) continue;
+    const NoteKind& kind = name.starts_with('/') ? kScrubOld : kArrayUnchecked;
+    Tell(kind, name, name, scrub.days, kTwoPeriods);
+  }
 }
 
 }  // namespace
@@ -33,6 +45,7 @@ void TellCollectedNotes() {
     else
       Tell(kSnapshotLost, mapping.name, mapping.name);
   }
+  TellOldScrubs();
 }
 
 }  // namespace linux_platform

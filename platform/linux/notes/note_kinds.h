@@ -42,6 +42,9 @@ inline constexpr NoteKind kArrayMismatches = {"array_mismatches",
                                               "cat /sys/block/%s/md/mismatch_cnt"};
 inline constexpr NoteKind kArrayBadBlocks = {"array_bad_blocks",
                                              "grep . /sys/block/%s/md/dev-*/bad_blocks"};
+inline constexpr NoteKind kArrayUnchecked = {"array_unchecked",
+                                             "cat /sys/block/%s/md/last_sync_action"};
+inline constexpr NoteKind kScrubOld = {"scrub_old", "btrfs scrub status %s"};
 
 inline constexpr NoteKind kBondLegDown = {"bond_leg_down", "cat /proc/net/bonding/%s"};
 inline constexpr NoteKind kClockAdrift = {"clock_adrift", "timedatectl"};

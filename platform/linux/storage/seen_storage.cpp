@@ -6,7 +6,8 @@
 namespace linux_platform {
 namespace {
 
-constexpr const char *kSources = "sources", *kInside = "inside", *kOutside = "outside";
+constexpr const char *kSources = "sources", *kInside = "inside", *kOutside = "outside",
+                     *kScrubs = "scrubs", *kDays = "days", *kLooked = "looked";
 
 }  // namespace
 
@@ -20,11 +21,20 @@ Json::Value SeenStorage::ToJson() const {
   Json::Value members(Json::objectValue);
   Json::Value& sources = members[kSources] = Json::Value(Json::objectValue);
   for (const auto& [source, inside] : isInside) sources[source] = inside ? kInside : kOutside;
+  for (const auto& [name, scrub] : scrubs) {
+    Json::Value& entry = members[kScrubs][name];
+    entry[kDays] = scrub.days;
+    entry[kLooked] = scrub.looked;
+  }
   return members;
 }
 
 SeenStorage SeenStorage::FromJson(const Json::Value& document) {
   SeenStorage seen;
+  const Json::Value* scrubs = common::FindMember(document, kScrubs);
+  if (scrubs != nullptr && scrubs->isObject())
+    for (auto entry = scrubs->begin(); entry != scrubs->end(); ++entry)
+      seen.scrubs[entry.name()] = {NumberMember(*entry, kDays), NumberMember(*entry, kLooked)};
   const Json::Value* sources = common::FindMember(document, kSources);
   if (sources == nullptr || !sources->isObject()) return seen;
   for (const std::string& source : sources->getMemberNames()) {
