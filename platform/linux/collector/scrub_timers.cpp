@@ -25,9 +25,9 @@ bool IsEnabled(const std::string& timer) {
 std::string FindInLine(const char* path, const char* pattern) {
   std::string text;
   ReadSmallFile(BelowRoot(path).c_str(), std::size_t{64} << 10, text);
-  text.insert(0, "\n");
+  text = Concatenate("\n", text);
   std::smatch found;
-  const std::regex line(std::string("\n") + pattern);
+  const std::regex line(Concatenate("\n", pattern));
   return std::regex_search(text, found, line) ? found.str(1) : std::string();
 }
 
