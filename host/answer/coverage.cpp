@@ -56,7 +56,8 @@ constexpr InputRow kInputs[] = {
 bool MayBeDefault(const Json::Value& value) {
   if (value.isArray())
     return std::ranges::all_of(value, [](const auto& each) { return each == "works"; });
-  return value == false || value == 0 || value == "" || value == "normal";
+  if (value.isString()) return value == "normal" || value.asString().empty();
+  return value == false || value == 0;
 }
 
 // A mark that is no setting's may be the usual one because no setting could be read.

@@ -36,7 +36,8 @@ inline constexpr auto kStateNames = std::to_array<StateName>({
 });
 
 constexpr const char* NameState(State state) {
-  return kStateNames[static_cast<std::size_t>(static_cast<int>(state) + 1)].name;
+  const int index = static_cast<int>(state) - static_cast<int>(State::NotAsked);
+  return kStateNames[static_cast<std::size_t>(index)].name;
 }
 
 }  // namespace source_status

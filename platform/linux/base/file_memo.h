@@ -33,7 +33,7 @@ class FileMemo {
     }
     std::string text;
     if (read == ReadResult::Read) read = ReadSmallFile(path.c_str(), cap, text);
-    const auto value = std::make_shared<const Value>(parse(read, std::move(text)));
+    auto value = std::make_shared<const Value>(parse(read, std::move(text)));
     // The next change may fall into the same tick of the clock as the last.
     constexpr std::time_t kSettled = 2;
     if (read == ReadResult::Failed || version.changed.tv_sec + kSettled > std::time(nullptr))

@@ -49,7 +49,7 @@ Trouble MissEnclosure(const std::vector<std::string_view>& internal) {
     const std::string model = Attribute(Concatenate(folder, "/", name, "/device/model"));
     if (!IsInternal(id, internal))
       return MissCollector("only root may ask for the fans and supplies of the enclosure " +
-                           (id.empty() ? name : model + " " + id));
+                           (id.empty() ? name : Concatenate(model, " ", id)));
   }
   return {};
 }

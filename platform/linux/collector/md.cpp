@@ -52,12 +52,14 @@ bool WasMadeInThisBoot(std::int64_t made) {
 void AddMaking(const MdArray& array, std::int64_t made, const MdSnapshot& before,
                MdSnapshot& snapshot) {
   const auto known = before.makings.find(array.name);
-  const std::int64_t now = std::time(nullptr);
-  if (array.degraded == 0)
-    snapshot.makings[array.name] = {made, CountInSync(array)};
-  else if (known != before.makings.end() && known->second.made == made)
+  const bool isKnown = known != before.makings.end() && known->second.made == made;
+  const auto isNewWithEmptyPlaces = [&] {
+    return std::time(nullptr) - made <= 2 * kSnapshotPeriod && HasEmptyPlaces(array) &&
+           !HasFormerMember(array);
+  };
+  if (array.degraded != 0 && isKnown)
     snapshot.makings.insert(*known);
-  else if (now - made <= 2 * kSnapshotPeriod && HasEmptyPlaces(array) && !HasFormerMember(array))
+  else if (array.degraded == 0 || isNewWithEmptyPlaces())
     snapshot.makings[array.name] = {made, CountInSync(array)};
 }
 

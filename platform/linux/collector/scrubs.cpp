@@ -84,8 +84,7 @@ void RememberScrubs(const Mounts& mounts, const SeenStorage& before, SeenStorage
     const auto found = stack.layers.empty() ? members.end() : members.find(stack.layers.front());
     if (found == members.end()) continue;
     const std::string_view uuid = LastComponent(found->second->folder);
-    if (known.insert(uuid).second)
-      seen.scrubs[mount.target] = LookAtBtrfs(mount, uuid, before);
+    if (known.insert(uuid).second) seen.scrubs[mount.target] = LookAtBtrfs(mount, uuid, before);
   }
 }
 

@@ -25,8 +25,7 @@ struct HostVolume {
 
 class HostVolumes {
  public:
-  explicit HostVolumes(MountTable mounts)
-      : mounts_(std::move(mounts)), devices_(*mounts_, {}) {}
+  explicit HostVolumes(MountTable mounts) : mounts_(std::move(mounts)), devices_(*mounts_, {}) {}
   HostVolumes(const HostVolumes&) = delete;
   HostVolumes& operator=(const HostVolumes&) = delete;
 

@@ -11,9 +11,9 @@ namespace {
 // What virtual machines call their disks, as vendor or within the model's name. Clouds put their
 // own name in the place of QEMU's.
 constexpr auto kVirtualNames = std::to_array<std::string_view>(
-    {"QEMU", "VBOX", "VMware", "Virtual", "Msft", "Microsoft", "Xen", "Google", "Amazon",
-     "PersistentDisk", "BlockVolume", "DO Volume", "HC Volume", "Linode", "MSFT", "nvme_card",
-     "Alibaba", "VDISK", "BHYVE", "Parallels"});
+    {"QEMU",   "VBOX",      "VMware",         "Virtual",     "Msft",      "Microsoft", "Xen",
+     "Google", "Amazon",    "PersistentDisk", "BlockVolume", "DO Volume", "HC Volume", "Linode",
+     "MSFT",   "nvme_card", "Alibaba",        "VDISK",       "BHYVE",     "Parallels"});
 
 // The drivers of controllers that show volumes in the place of their disks.
 constexpr auto kRaidDrivers = std::to_array<std::string_view>(

@@ -36,8 +36,8 @@ const Devices::FileSystem& Devices::GetFileSystem(const Mount& mount) {
 void Devices::AddMembers(const Mount& mount, FileSystem& found) {
   if (!btrfs_) btrfs_ = ReadBtrfs();
   Stack& stack = found.stack;
-  const auto whole = btrfs_->find(
-      stack.layers.empty() ? std::string(LastComponent(mount.source)) : stack.layers.front());
+  const auto whole = btrfs_->find(stack.layers.empty() ? std::string(LastComponent(mount.source))
+                                                       : stack.layers.front());
   if (whole == btrfs_->end()) return;
   const Btrfs& btrfs = *whole->second;
   std::size_t lost = 0;

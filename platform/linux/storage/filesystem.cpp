@@ -138,7 +138,7 @@ Health JudgeLoss(const Btrfs& btrfs, std::size_t lost) {
 }
 
 CrashSigns FindCrashSigns(const Mount& mount) {
-  constexpr std::array kStopsAtErrors = {"ext2",  "ext3", "ext4", "xfs",  "btrfs",
+  constexpr std::array kStopsAtErrors = {"ext2", "ext3", "ext4", "xfs",  "btrfs",
                                          "f2fs", "jfs",  "vfat", "exfat"};
   CrashSigns signs;
   signs.emergencyReadOnly =

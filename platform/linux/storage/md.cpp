@@ -8,9 +8,8 @@ namespace {
 bool IsMirror(const MdArray& array) { return array.level == "raid1"; }
 
 bool HasLostMember(const MdArray& array) {
-  return std::ranges::any_of(array.members, [](const auto& each) {
-    return each.Has("faulty") || !each.present;
-  });
+  return std::ranges::any_of(array.members,
+                             [](const auto& each) { return each.Has("faulty") || !each.present; });
 }
 
 // A mirror with a place for each bay of the machine, most of them empty, was made that way: nobody

@@ -55,8 +55,8 @@ std::string ToNode(const std::string& source) {
 // "/dev/md0", "/dev/md/data"; "/dev/mdata/x" is a volume of the group "mdata".
 bool IsArrayNode(std::string_view node) {
   constexpr std::string_view kArray = "/dev/md";
-  const bool isName = node.starts_with(kArray) &&
-                      node.find_first_of("/0123456789", kArray.size()) == kArray.size();
+  const bool isName =
+      node.starts_with(kArray) && node.find_first_of("/0123456789", kArray.size()) == kArray.size();
   return isName || node.starts_with("/dev/disk/by-id/md-");
 }
 

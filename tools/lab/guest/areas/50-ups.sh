@@ -75,7 +75,7 @@ blind "UPS server gone, NUT's files read by the collector"
 printf 'LISTEN ::1 4000\nMAXAGE 5\n' >$conf/upsd.conf
 printf 'MONITOR ups@%s:4000 1 admin lab primary\n' "$(uname -n)" >$conf/upsmon.conf
 chown root:nut $conf/* && chmod 640 $conf/*
-server=[::1]:4000
+server="[::1]:4000"
 upsd
 # NUT 2.8.0's driver keeps the connection of the server that ended, and aborts ("bit out of range")
 # at the first value that it then tells: it begins anew with the server.

@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC1091
 # A machine with something for each watcher, and each watcher in turn killed, uninstalled or
 # forbidden: nobody is then told plain "Healthy", neither root nor the service's user.
 . "$LAB/everybody.sh"
@@ -45,6 +45,7 @@ watch
 # A UPS, a controller, a web server.
 conf=/etc/nut
 echo MODE=standalone >$conf/nut.conf
+rm -f $conf/upsmon.conf
 printf '[ups]\n driver = dummy-ups\n port = ups.dev\n mode = dummy-once\n' >$conf/ups.conf
 printf 'ups.status: OL\n' >$conf/ups.dev
 printf 'LISTEN 127.0.0.1 3493\nMAXAGE 5\n' >$conf/upsd.conf
