@@ -16,4 +16,10 @@ std::string_view ViewText(const char (&field)[Size]) {
   return {field, strnlen(field, Size)};
 }
 
+// Copies what of `text` has a place in a field of zeros, the last of which stays.
+template <std::size_t Size>
+void FillField(char (&field)[Size], std::string_view text) {
+  text.copy(field, Size - 1);
+}
+
 }  // namespace common

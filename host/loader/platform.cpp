@@ -9,6 +9,20 @@
 #include "host/text/failure.h"
 
 namespace host {
+namespace {
+
+// What is handed over one by one; none by a platform that lacks the function.
+template <typename Element>
+std::vector<Element> ReadAll(void (*handOver)(void (*)(void*, const Element*), void*)) {
+  std::vector<Element> list;
+  const auto take = [](void* taker, const Element* element) {
+    static_cast<std::vector<Element>*>(taker)->push_back(*element);
+  };
+  if (handOver != nullptr) handOver(take, &list);
+  return list;
+}
+
+}  // namespace
 
 Platform::Platform(const std::string& path, Scope scope)
     : library_(path, RTLD_NOW | (scope == Scope::All ? RTLD_GLOBAL : RTLD_LOCAL), "the platform",
@@ -16,6 +30,8 @@ Platform::Platform(const std::string& path, Scope scope)
       reset_(library_.FindFunction<decltype(reset_)>("VELAPlatformSourcesReset")),
       sources_(library_.FindFunction<decltype(sources_)>("VELAPlatformSources")),
       notes_(library_.FindFunction<decltype(notes_)>("VELAPlatformNotes")),
+      parts_(library_.FindFunction<decltype(parts_)>("VELAPlatformParts")),
+      evidence_(library_.FindFunction<decltype(evidence_)>("VELAPlatformEvidence")),
       open_(library_.FindFunction<decltype(open_)>("VELASimulatorOpen")),
       close_(library_.FindFunction<decltype(close_)>("VELASimulatorClose")),
       enter_(library_.FindFunction<decltype(enter_)>("VELASimulatorEnter")) {
@@ -55,6 +71,12 @@ std::vector<VELANote> Platform::ReadNotes() const {
   notes.resize(
       static_cast<std::size_t>(std::clamp(notes_(notes.data(), kVELANotes), 0, kVELANotes)));
   return notes;
+}
+
+std::vector<VELAPart> Platform::ReadParts() const { return ReadAll<VELAPart>(parts_); }
+
+std::vector<VELAEvidence> Platform::ReadEvidence() const {
+  return ReadAll<VELAEvidence>(evidence_);
 }
 
 Recorder::Recorder(const std::string& path, const Platform& platform)

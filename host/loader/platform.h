@@ -9,7 +9,9 @@
 #include "host/loader/library.h"
 #include "platform/recorder/recorder.h"
 #include "platform/simulator/simulator.h"
+#include "platform/status/evidence.h"
 #include "platform/status/notes.h"
+#include "platform/status/parts.h"
 #include "platform/status/source_status.h"
 
 namespace host {
@@ -36,6 +38,9 @@ class Platform {
 
   // What is worth a note on the machine of this thread's request; looked for now.
   std::vector<VELANote> ReadNotes() const;
+  // Who the names in an answer stand for, and why something was not well; looked for now.
+  std::vector<VELAPart> ReadParts() const;
+  std::vector<VELAEvidence> ReadEvidence() const;
 
   const std::string& Path() const { return library_.Path(); }
 
@@ -44,6 +49,8 @@ class Platform {
   decltype(&VELAPlatformSourcesReset) reset_;
   decltype(&VELAPlatformSources) sources_;
   decltype(&VELAPlatformNotes) notes_;
+  decltype(&VELAPlatformParts) parts_;
+  decltype(&VELAPlatformEvidence) evidence_;
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;

@@ -110,6 +110,19 @@ void RecordNotes(simulator::Machine& machine) {
   }
 }
 
+// What `name` hands over goes to the end of `list`.
+template <typename Element>
+void RecordAll(const char* name, std::vector<Element>& list) {
+  using Take = void (*)(void* taker, const Element* element);
+  const auto handOver = reinterpret_cast<void (*)(Take, void*)>(dlsym(platform, name));
+  if (handOver == nullptr) return;
+  handOver(
+      [](void* taker, const Element* element) {
+        static_cast<std::vector<Element>*>(taker)->push_back(*element);
+      },
+      &list);
+}
+
 }  // namespace
 
 simulator::Machine& Recording() {
@@ -144,6 +157,8 @@ const char* VELARecorderState(const char* why) {
   simulator::Machine machine = Recording();
   RecordSources(machine);
   RecordNotes(machine);
+  RecordAll("VELAPlatformParts", machine.parts);
+  RecordAll("VELAPlatformEvidence", machine.evidence);
   state = simulator::WriteScenario(machine, why);
   return state.c_str();
 }

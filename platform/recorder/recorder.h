@@ -17,7 +17,7 @@ void VELARecorderStart(const char* path, const VELAOperatingSystem* system);
 const VELAOperatingSystem* VELARecorderOperatingSystem(void);
 // The machine as the module saw it since the start: the text of a state.json, valid until the
 // next call. Ask in the thread of the request: what its sources said is that thread's. Its
-// notes are looked for now.
+// notes, parts and evidence are looked for now.
 const char* VELARecorderState(const char* why);
 
 #pragma GCC visibility pop

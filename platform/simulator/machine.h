@@ -15,6 +15,8 @@
 
 #include "platform/simulator/borrowed_json.h"
 #include "platform/simulator/memory_file.h"
+#include "platform/status/evidence.h"
+#include "platform/status/parts.h"
 #include "platform/status/source_status.h"
 
 namespace simulator {
@@ -199,7 +201,11 @@ struct Machine {
 
   // --- The status of the sources; by default what the calls that were answered amount to.
   Sources sources;
-  std::vector<StatedNote> notes;  // beside the answer
+
+  // --- Beside the answer.
+  std::vector<StatedNote> notes;
+  std::vector<VELAPart> parts;
+  std::vector<VELAEvidence> evidence;
 
   Ledger ledger;
 };

@@ -1,5 +1,7 @@
 #include "platform/simulator/scenario.h"
 
+#include <algorithm>
+#include <array>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -9,6 +11,7 @@
 #include "common/json_lists.h"
 #include "common/json_marks.h"
 #include "common/json_writer.h"
+#include "common/text.h"
 #include "platform/simulator/scenario_fields.h"
 #include "platform/status/notes.h"
 
@@ -16,14 +19,21 @@ namespace simulator {
 namespace {
 
 // "one of: not asked, absent, ...".
-std::string ListStates() {
-  std::string words = "one of: ";
-  for (const auto& [state, name] : source_status::kStateNames)
-    words.append(state == source_status::kStateNames.front().state ? "" : ", ").append(name);
+template <typename Names>
+std::string ListNames(const Names& names) {
+  std::string words;
+  for (const char* name : names) words.append(words.empty() ? "one of: " : ", ").append(name);
   return words;
 }
 
-// A note's field has room for `size` bytes, one of which ends the text.
+constexpr std::array kStates = [] {
+  std::array<const char*, source_status::kStateNames.size()> names = {};
+  std::ranges::transform(source_status::kStateNames, names.begin(),
+                         &source_status::StateName::name);
+  return names;
+}();
+
+// A field has room for `size` bytes, one of which ends the text.
 void ExpectToFit(const ObjectReader& reader, const char* name, const std::string& text,
                  std::size_t least, std::size_t size) {
   if (text.size() >= least && text.size() < size) return;
@@ -40,6 +50,35 @@ class FieldReader {
   template <typename Value>
   void operator()(const char* name, Value Object::*field) {
     Read(name, object_.*field);
+  }
+  template <std::size_t Size>
+  void operator()(const char* name, char (Object::*field)[Size]) {
+    std::string text;
+    reader_.Read(name, text);
+    ExpectToFit(reader_, name, text, 0, Size);
+    common::FillField(object_.*field, text);
+  }
+  // A list of texts.
+  template <std::size_t Count, std::size_t Size>
+  void operator()(const char* name, char (Object::*field)[Count][Size]) {
+    const Json::Value* list = reader_.TakeArray(name);
+    if (list == nullptr) return;
+    ExpectAtMost(name, list->size(), Count);
+    for (Json::ArrayIndex i = 0; i < list->size(); ++i) {
+      const Json::Value& text = (*list)[i];
+      if (!text.isString() || text.asString().size() >= Size)
+        reader_.Fail(text, name,
+                     "a list of texts of at most " + std::to_string(Size - 1) + " bytes");
+      common::FillField((object_.*field)[i], text.asString());
+    }
+  }
+  template <typename Element, std::size_t Size>
+  void operator()(const char* name, Element (Object::*field)[Size], std::uint32_t Object::*count) {
+    std::vector<Element> list;
+    Read(name, list);
+    ExpectAtMost(name, list.size(), Size);
+    std::ranges::copy(list, object_.*field);
+    object_.*count = static_cast<std::uint32_t>(list.size());
   }
   template <typename DescribeMembers>
   void Group(const char* name, DescribeMembers describe) {
@@ -101,14 +140,43 @@ class FieldReader {
       ExpectToFit(reader, "part", note.part, 0, sizeof VELANote::part);
       ExpectToFit(reader, "command", note.command, 0, sizeof VELANote::command);
     });
-    if (target.size() > kVELANotes)
-      reader_.Fail(name, "a list of at most " + std::to_string(kVELANotes));
+    ExpectAtMost(name, target.size(), kVELANotes);
+  }
+  void Read(const char* name, std::vector<VELAPart>& target) {
+    reader_.Read(name, target, [](ObjectReader& reader, VELAPart& part) {
+      ReadFields(reader, part);
+      ExpectToFit(reader, "name", part.name, 1, sizeof part.name);
+    });
+  }
+  void Read(const char* name, std::vector<VELAEvidence>& target) {
+    reader_.Read(name, target, [](ObjectReader& reader, VELAEvidence& evidence) {
+      ReadFields(reader, evidence);
+      ExpectToFit(reader, "key", evidence.key, 1, sizeof evidence.key);
+      ExpectToFit(reader, "check", evidence.check, 1, sizeof evidence.check);
+    });
+  }
+  void Read(const char* name, source_status::PartKind& target) {
+    target = ReadName<source_status::PartKind>(name, source_status::kPartKindNames, target);
+  }
+  void Read(const char* name, source_status::PartState& target) {
+    target = ReadName<source_status::PartState>(name, source_status::kPartStateNames, target);
+  }
+  template <typename Enum, typename Names>
+  Enum ReadName(const char* name, const Names& names, Enum usual) {
+    std::string word = names[static_cast<std::size_t>(usual)];
+    reader_.Read(name, word);
+    const auto found = std::ranges::find(names, word);
+    if (found == names.end()) reader_.Fail(name, ListNames(names));
+    return static_cast<Enum>(found - names.begin());
+  }
+  void ExpectAtMost(const char* name, std::size_t size, std::size_t most) {
+    if (size > most) reader_.Fail(name, "a list of at most " + std::to_string(most));
   }
   static void ReadSource(ObjectReader& members, const char* key, Sources& target) {
     if (members.Take(key) == nullptr) return;
     members.Read(key, [&](ObjectReader& reader) {
       ReadFields(reader, target[key]);
-      if (!FindState(target[key].state)) reader.Fail("state", ListStates());
+      if (!FindState(target[key].state)) reader.Fail("state", ListNames(kStates));
     });
   }
 

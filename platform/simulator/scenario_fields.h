@@ -77,6 +77,51 @@ void Describe(Fields& fields, std::type_identity<StatedNote>) {
 }
 
 template <typename Fields>
+void Describe(Fields& fields, std::type_identity<VELAPart>) {
+  fields("kind", &VELAPart::kind);
+  fields("state", &VELAPart::state);
+  fields("name", &VELAPart::name);
+  fields("device", &VELAPart::device);
+  fields("path", &VELAPart::path);
+  fields("parent", &VELAPart::parent);
+  fields("bay", &VELAPart::bay);
+  fields("slot", &VELAPart::slot);
+  fields("port", &VELAPart::port);
+  fields("mountPoint", &VELAPart::mountPoint);
+  fields("model", &VELAPart::model);
+  fields("serial", &VELAPart::serial);
+  fields("size", &VELAPart::size);
+  fields("used", &VELAPart::used);
+  fields("total", &VELAPart::total);
+  fields("reading", &VELAPart::reading);
+  fields("mark", &VELAPart::mark);
+  fields("unit", &VELAPart::unit);
+}
+
+template <typename Fields>
+void Describe(Fields& fields, std::type_identity<VELARelatedPart>) {
+  fields("relation", &VELARelatedPart::relation);
+  fields("part", &VELARelatedPart::part);
+}
+
+template <typename Fields>
+void Describe(Fields& fields, std::type_identity<VELAEvidence>) {
+  fields("key", &VELAEvidence::key);
+  fields("check", &VELAEvidence::check);
+  fields("part", &VELAEvidence::part);
+  fields("words", &VELAEvidence::words);
+  fields("path", &VELAEvidence::path);
+  fields("figure", &VELAEvidence::figure);
+  fields("mark", &VELAEvidence::mark);
+  fields("other", &VELAEvidence::other);
+  fields("since", &VELAEvidence::since);
+  fields("show", &VELAEvidence::show);
+  fields("mend", &VELAEvidence::mend);
+  fields("related", &VELAEvidence::related, &VELAEvidence::relatedCount);
+  fields("moreRelated", &VELAEvidence::moreRelated);
+}
+
+template <typename Fields>
 void DescribeHardware(Fields& hardware) {
   hardware("delay", &Machine::delay);
   hardware("fails", &Machine::hardwareFails);
@@ -157,6 +202,8 @@ void Describe(Fields& fields, std::type_identity<Machine>) {
   });
   fields("sources", &Machine::sources);
   fields("notes", &Machine::notes);
+  fields("parts", &Machine::parts);
+  fields("evidence", &Machine::evidence);
 }
 
 }  // namespace simulator

@@ -17,6 +17,13 @@ namespace {
 Json::Value ToJson(const std::string& text) { return text; }
 Json::Value ToJson(bool value) { return value; }
 
+Json::Value ToJson(source_status::PartKind kind) {
+  return source_status::kPartKindNames[static_cast<std::size_t>(kind)];
+}
+Json::Value ToJson(source_status::PartState state) {
+  return source_status::kPartStateNames[static_cast<std::size_t>(state)];
+}
+
 Json::Value ToJson(std::signed_integral auto value) { return Json::Int64{value}; }
 Json::Value ToJson(std::unsigned_integral auto value) { return Json::UInt64{value}; }
 
@@ -60,6 +67,20 @@ class FieldWriter {
   template <typename Value>
   void operator()(const char* name, Value Object::*field) {
     if (!(object_.*field == usual_.*field)) out_[name] = Write(object_.*field, usual_.*field);
+  }
+  template <std::size_t Size>
+  void operator()(const char* name, char (Object::*field)[Size]) {
+    if ((object_.*field)[0] != '\0') out_[name] = object_.*field;
+  }
+  template <std::size_t Count, std::size_t Size>
+  void operator()(const char* name, char (Object::*field)[Count][Size]) {
+    for (const char* text : object_.*field)
+      if (text[0] != '\0') out_[name].append(text);
+  }
+  template <typename Element, std::size_t Size>
+  void operator()(const char* name, Element (Object::*field)[Size], std::uint32_t Object::*count) {
+    for (std::uint32_t i = 0; i < object_.*count; ++i)
+      out_[name].append(WriteFields((object_.*field)[i], Element()));
   }
   template <typename DescribeMembers>
   void Group(const char* name, DescribeMembers describe) {

@@ -33,6 +33,14 @@ int VELAPlatformNotes(VELANote* notes, int capacity) {
   return source_status::CopyNotes(notes, capacity);
 }
 
+void VELAPlatformParts(VELATakePart take, void* taker) {
+  for (const VELAPart& part : simulator::Simulated().parts) take(taker, &part);
+}
+
+void VELAPlatformEvidence(VELATakeEvidence take, void* taker) {
+  for (const VELAEvidence& evidence : simulator::Simulated().evidence) take(taker, &evidence);
+}
+
 int VELASimulatorOwed(const VELASimulatedMachine* machine) {
   const auto& ledger = machine->machine.ledger;
   return ledger.lists + ledger.streams + ledger.objects;

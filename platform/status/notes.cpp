@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstring>
 #include <iterator>
+
+#include "common/text.h"
 
 namespace source_status {
 namespace {
@@ -16,20 +17,14 @@ struct Notes {
 
 thread_local constinit Notes notes;
 
-// The field holds zeros, the last of which stays.
-template <std::size_t Size>
-void Fill(char (&field)[Size], std::string_view text) {
-  text.copy(field, Size - 1);
-}
-
 }  // namespace
 
 void AddNote(const char* key, std::string_view part, std::int64_t figure, std::int64_t mark,
              const char* command) {
   VELANote note;
-  Fill(note.key, key);
-  Fill(note.part, part);
-  Fill(note.command, command);
+  common::FillField(note.key, key);
+  common::FillField(note.part, part);
+  common::FillField(note.command, command);
   note.figure = figure;
   note.mark = mark;
   const auto end = notes.list.begin() + notes.count;
