@@ -6,11 +6,6 @@
 namespace host {
 namespace {
 
-std::string FormatFigure(std::int64_t figure) {
-  const auto count = static_cast<std::uint64_t>(figure);
-  return figure < 0 ? "-" + FormatCount(0 - count) : FormatCount(count);
-}
-
 // "new_key (eth0, 3, 4)".
 std::string NameNote(const VELANote& note) {
   std::string words = std::string(note.key) + " (";

@@ -6,6 +6,7 @@
 #include "common/json_writer.h"
 #include "host/answer/coverage.h"
 #include "host/answer/verdict.h"
+#include "host/cli/aliases.h"
 #include "host/cli/new_files.h"
 #include "host/cli/terminal.h"
 #include "host/text/escape.h"
@@ -17,12 +18,25 @@ namespace {
 constexpr const char* kState = "state.json";
 constexpr const char* kAnswer = "expected.json";
 
-// The whole answer. What the module logged depends on the platform: nothing is expected of it.
-std::string FormatExpected(const std::string& document) {
-  Json::Value expected;
+struct Captured {
+  std::string state, expected;
+};
+
+// What was recorded, and the whole answer. What the module logged depends on the platform: nothing
+// is expected of it.
+Captured MakeFiles(const std::string& recorded, const std::string& document, bool realNames) {
+  Json::Value state, expected;
   common::ParseJson(document, expected);
   expected["log"] = Json::Value();
-  return common::WritePretty(expected);
+  if (realNames) return {recorded, common::WritePretty(expected)};
+  if (!common::ParseJson(recorded, state))
+    throw Failure(
+        kInternal,
+        "Cannot replace names in what was recorded. With --real-names it is kept as it is.");
+  const Aliases aliases = ChooseAliases(state);
+  ReplaceNames(state, aliases);
+  ReplaceNames(expected, aliases);
+  return {common::WritePretty(state), common::WritePretty(expected)};
 }
 
 std::string DescribeCapture(const Reply& reply, const Texts& texts) {
@@ -57,15 +71,18 @@ void Print(const std::string& folder, const Texts& texts, bool json) {
 
 }  // namespace
 
-ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why) {
+ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why,
+                      bool realNames) {
   NewFolder target(folder);
   const Texts& texts = session.GetTexts();
   session.Record();
   const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
   const Reply reply = host.CallMethod(FindHealthMethod(host), machine);
-  target.Make({{kState, host.GetRecordedState(why.empty() ? DescribeCapture(reply, texts) : why)},
-               {kAnswer, FormatExpected(reply.document)}});
+  const std::string state =
+      host.GetRecordedState(why.empty() ? DescribeCapture(reply, texts) : why);
+  const Captured files = MakeFiles(state, reply.document, realNames);
+  target.Make({{kState, files.state}, {kAnswer, files.expected}});
   Print(folder, texts, session.Options().json);
   return kHealthy;
 }

@@ -111,10 +111,13 @@ class CommandLine {
   void AddCapture() {
     CLI::App* capture =
         Add("capture", "This machine as a scenario folder, for a report or a test", kCommonOptions,
-            [this](Session& session) { return RunCapture(session, to_, why_); });
+            [this](Session& session) { return RunCapture(session, to_, why_, realNames_); });
     capture->add_option("folder", to_, "The folder to make")->required();
     capture->add_option("--why", why_, "A line for people: what is special about the machine")
         ->type_name("TEXT");
+    capture->add_flag(
+        "--real-names", realNames_,
+        "Keep serial numbers and the names of machines, which have aliases otherwise");
   }
 
   void AddReport() {
@@ -153,7 +156,7 @@ class CommandLine {
   CommonOptions common_;
   ServeOptions serve_;
   std::array<std::string, 2> sides_;
-  bool markdown_ = false;
+  bool markdown_ = false, realNames_ = false;
   std::string to_, why_, page_;
   std::map<const CLI::App*, Names> used_;  // of the common options, by command
   Command command_ = [](Session& session) { return RunStatus(session); };

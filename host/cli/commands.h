@@ -26,8 +26,10 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
 ExitStatus RunFindings(Session& session, bool markdown);
 
 // Makes the folder with state.json, whose `why` is the line for people (empty: when and what
-// was captured), and expected.json, the answer. When it throws there is no folder.
-ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why);
+// was captured), and expected.json, the answer. Aliases stand for names and serial numbers unless
+// `realNames`. When it throws there is no folder.
+ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why,
+                      bool realNames);
 
 // The answer as one page; "-" is standard output. A file that is there is replaced only when it
 // is a report, too; when it throws the file is what it was.

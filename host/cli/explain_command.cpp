@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "host/answer/coverage.h"
+#include "host/answer/evidence.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
@@ -14,6 +15,13 @@
 
 namespace host {
 namespace {
+
+void PrintCauses(const Evidence& evidence, const CheckerResult& result, const Texts& texts,
+                 const Style& style) {
+  if (!result.finding) return;
+  for (const ToldCause& cause : FormatCauses(evidence, result.name, texts))
+    std::cout << style.Cause(texts.AddColon(texts.FormatUi("why")), cause);
+}
 
 void PrintChecker(const CheckerResult& result, const SourceReports& sources, const Texts& texts,
                   const Style& style) {
@@ -71,8 +79,12 @@ ExitStatus RunExplain(Session& session) {
   } else {
     const Texts& texts = session.GetTexts();
     const Style style = Style::ForStandardOutput();
-    for (const CheckerResult& result : explanation.checkers)
+    const Platform& platform = session.GetHost().GetPlatform();
+    const Evidence evidence = {platform.ReadParts(), platform.ReadEvidence()};
+    for (const CheckerResult& result : explanation.checkers) {
       PrintChecker(result, sources, texts, style);
+      PrintCauses(evidence, result, texts, style);
+    }
     std::cout << '\n';
     PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
     if (ChooseExitStatus(rule, sources) == kIncomplete)
@@ -81,7 +93,7 @@ ExitStatus RunExplain(Session& session) {
                 << ' ' << FormatAnswer(rule, sources, texts) << '\n';
     std::cout << '\n';
     for (const ToldLine& line : FormatSourceLines(sources, texts)) std::cout << style.Source(line);
-    for (const ToldLine& line : FormatNotes(session.GetHost().GetPlatform().ReadNotes(), texts))
+    for (const ToldLine& line : FormatNotes(platform.ReadNotes(), texts))
       std::cout << style.Note(line);
     std::cout << style.Faint(FormatSourcesLine(sources, texts)) << '\n';
   }

@@ -1,8 +1,10 @@
 #include "host/cli/commands.h"
 
 #include <iostream>
+#include <set>
 
 #include "host/answer/coverage.h"
+#include "host/answer/evidence.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/notes.h"
@@ -23,19 +25,57 @@ std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& t
   return line;
 }
 
-void Print(const Answer& answer, const Reply& reply, const Notes& notes, const Texts& texts) {
+using Causes = std::vector<ToldCause>;
+
+void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& texts,
+                 const Style& style) {
+  const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
+  std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
+  for (const ToldCause& cause : causes)
+    for (const std::string& command : cause.mend) std::cout << style.Command(command);
+}
+
+// The findings that lost, a line each, with their first cause. What reads like an earlier one, as
+// two checks may find the same, is not told twice.
+void PrintFurther(const std::vector<CheckerResult>& ranked, const Evidence& evidence,
+                  const Texts& texts, const Style& style) {
+  std::set<std::string> told;
+  for (const CheckerResult& result : ranked) {
+    const std::string label = texts.FormatUi(ToString(JudgeFinding(*result.finding)));
+    std::string line = texts.AddColon(label) + " " + RenderSentence(*result.finding, texts);
+    const bool first = told.empty();
+    if (!told.insert(line).second || first) continue;
+    const Causes causes = FormatCauses(evidence, result.name, texts);
+    if (!causes.empty()) line += " " + causes.front().lines.front();
+    std::cout << style.WrapLines(2, "", line) << '\n';
+  }
+}
+
+void PrintFinding(const Finding& rule, const std::vector<CheckerResult>& checkers,
+                  const Platform& platform, const Texts& texts, const Style& style) {
+  const std::vector<CheckerResult> ranked = MostUrgentFirst(checkers);
+  const Evidence evidence = {platform.ReadParts(), platform.ReadEvidence()};
+  const Causes causes = FormatCauses(evidence, ranked.empty() ? "" : ranked.front().name, texts);
+  for (const ToldCause& cause : causes)
+    std::cout << style.Cause(texts.AddColon(texts.FormatUi("why")), cause);
+  PrintRemedy(rule, causes, texts, style);
+  PrintFurther(ranked, evidence, texts, style);
+}
+
+void Print(const Explanation& explanation, const Platform& platform, const Texts& texts) {
+  const Reply& reply = explanation.reply;
+  const Answer answer = ParseAnswer(reply.document);
   const Style style = Style::ForStandardOutput();
   const Verdict verdict = JudgeAnswer(answer.rule, reply.sources);
-  std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict)))
-            << texts.Resolve("common:colon") << ' '
-            << style.Bold(FormatAnswer(answer.rule, reply.sources, texts)) << '\n';
-  if (verdict != Verdict::Well && verdict != Verdict::Unknown) {
-    const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
-    std::cout << style.WrapLines(2, "", label + FindAdvice(answer.rule, "do", texts)) << '\n';
-  }
+  std::cout << style.Headline(verdict, texts.AddColon(texts.FormatUi(ToString(verdict))),
+                              FormatAnswer(answer.rule, reply.sources, texts))
+            << '\n';
+  if (verdict != Verdict::Well && verdict != Verdict::Unknown)
+    PrintFinding(answer.rule, explanation.checkers, platform, texts, style);
   for (const ToldLine& line : FormatSourceLines(reply.sources, texts))
     std::cout << style.Source(line);
-  for (const ToldLine& line : FormatNotes(notes, texts)) std::cout << style.Note(line);
+  for (const ToldLine& line : FormatNotes(platform.ReadNotes(), texts))
+    std::cout << style.Note(line);
   std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << '\n';
 }
 
@@ -44,14 +84,17 @@ void Print(const Answer& answer, const Reply& reply, const Notes& notes, const T
 ExitStatus RunStatus(Session& session) {
   const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
-  const Reply reply = host.CallMethod(FindHealthMethod(host), machine);
-  const Answer answer = ParseAnswer(reply.document);
-  const ExitStatus status = ChooseExitStatus(answer.rule, reply.sources);
-  if (session.Options().json) {
+  Explanation explanation;
+  if (session.Options().json)
+    explanation.reply = host.CallMethod(FindHealthMethod(host), machine);
+  else
+    explanation = AskExplanation(host, machine);
+  const Reply& reply = explanation.reply;
+  const ExitStatus status = ChooseExitStatus(ParseAnswer(reply.document).rule, reply.sources);
+  if (session.Options().json)
     std::cout << reply.document << '\n';
-  } else {
-    Print(answer, reply, host.GetPlatform().ReadNotes(), session.GetTexts());
-  }
+  else
+    Print(explanation, host.GetPlatform(), session.GetTexts());
   return status;
 }
 

@@ -69,9 +69,29 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
   return Decorate(mark.code, std::string(mark.symbol).append(word));
 }
 
+std::string Style::Headline(Verdict verdict, const std::string& label,
+                            const std::string& sentence) const {
+  const std::string plain = decorated_ ? ChooseMark(verdict).symbol + label : label;
+  const std::string lines = WrapLines(0, "", plain + " " + sentence);
+  const std::size_t gap = plain.size();  // a blank, or the line's end
+  return Severity(verdict, label) + lines[gap] + Bold(lines.substr(gap + 1));
+}
+
+std::string Style::Cause(const std::string& label, const ToldCause& cause) const {
+  std::string lines;
+  for (const std::string& line : cause.lines)
+    lines += WrapLines(lines.empty() ? kIndent : 2 * kIndent, "",
+                       lines.empty() ? label + " " + line : line) +
+             "\n";
+  return lines + Command(cause.show);
+}
+
+std::string Style::Command(const std::string& command) const {
+  return command.empty() ? "" : WrapLines(7, "", command) + "\n";
+}
+
 std::string Style::Source(const ToldLine& line) const {
-  const std::string command = line.command.empty() ? "" : "\n" + WrapLines(7, "", line.command);
-  return WrapLines(kIndent, "", line.text) + command + "\n";
+  return WrapLines(kIndent, "", line.text) + "\n" + Command(line.command);
 }
 
 std::string Style::Note(const ToldLine& line) const {

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/answer/evidence.h"
 #include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 
@@ -20,10 +21,17 @@ class Style {
 
   // "Warning" with symbol and colour of its severity.
   std::string Severity(Verdict verdict, std::string_view word) const;
+  // "Warning: The storage needs attention.", broken where the terminal ends.
+  std::string Headline(Verdict verdict, const std::string& label,
+                       const std::string& sentence) const;
   std::string Bold(std::string_view text) const { return Decorate("1", text); }
   std::string Faint(std::string_view text) const { return Decorate("2", text); }
   // What a source has to tell, and indented below it what to do about it.
   std::string Source(const ToldLine& line) const;
+  // Why something is not well, behind `label`, and the command that shows it.
+  std::string Cause(const std::string& label, const ToldCause& cause) const;
+  // A command to type, in a line of its own.
+  std::string Command(const std::string& command) const;
   // A note, and its command behind it where both fit on one line.
   std::string Note(const ToldLine& line) const;
   // `mark` and `text` behind `indent` blanks; what does not fit on a line of the terminal goes

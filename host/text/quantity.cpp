@@ -35,6 +35,11 @@ std::string FormatCount(std::uint64_t count) {
   return digits;
 }
 
+std::string FormatFigure(std::int64_t figure) {
+  const auto count = static_cast<std::uint64_t>(figure);
+  return figure < 0 ? "-" + FormatCount(0 - count) : FormatCount(count);
+}
+
 std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts) {
   return Decimal(microseconds / 1000.0, microseconds < 1000 ? 2 : 1, texts) + "\u00A0ms";
 }
@@ -60,9 +65,13 @@ std::string FormatUptime(const std::string& uptime, const Texts& texts) {
 }
 
 std::string FormatLocalTime(const char* format) {
-  const std::time_t now = std::time(nullptr);
+  return FormatLocalTime(format, std::time(nullptr));
+}
+
+std::string FormatLocalTime(const char* format, std::int64_t time) {
+  const auto seconds = static_cast<std::time_t>(time);
   std::tm local = {};
-  localtime_r(&now, &local);
+  localtime_r(&seconds, &local);
   char text[64];
   return {text, std::strftime(text, sizeof text, format, &local)};
 }

@@ -12,6 +12,8 @@ namespace host {
 std::string FormatBytes(std::uint64_t bytes, const Texts& texts);
 // 240000000 as "240 000 000", with narrow blanks.
 std::string FormatCount(std::uint64_t count);
+// The same of what may be below zero.
+std::string FormatFigure(std::int64_t figure);
 // 1234 as "1.2 ms".
 std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts);
 // 0.05 as "5 %".
@@ -22,5 +24,7 @@ std::string FormatNumber(double value);
 std::string FormatUptime(const std::string& uptime, const Texts& texts);
 // The time of day and the date, by a format of strftime(3): "%F" is 2024-02-29.
 std::string FormatLocalTime(const char* format);
+// Of `time`, in seconds since 1970.
+std::string FormatLocalTime(const char* format, std::int64_t time);
 
 }  // namespace host

@@ -1,0 +1,62 @@
+#include "host/answer/parts.h"
+
+#include <algorithm>
+
+#include "host/answer/sources.h"
+#include "host/text/escape.h"
+
+namespace host {
+namespace {
+
+using source_status::PartKind, source_status::PartState;
+
+std::string FormatPartText(const char* key, const std::string& value, const Texts& texts) {
+  return FillPlaceholders(texts.Resolve(std::string("part:") + key), {value});
+}
+
+// The name as a person reads it: "Volume 1" for "volume_1", "UPS rack" for "rack".
+std::string NamePart(const VELAPart& part, const Texts& texts) {
+  const std::string name = Sanitize(part.name);
+  if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
+  constexpr std::string_view kVolume = "volume_";
+  const bool numbered = part.kind == PartKind::Volume && name.starts_with(kVolume);
+  return numbered ? FormatPartText("volume", name.substr(kVolume.size()), texts) : name;
+}
+
+// The nearest of the places that are known.
+std::string FormatPlace(const VELAPart& part, const Texts& texts) {
+  if (part.bay[0] != '\0') return FormatPartText("bay", Sanitize(part.bay), texts);
+  if (part.slot[0] != '\0') return FormatPartText("slot", Sanitize(part.slot), texts);
+  if (part.port[0] != '\0') return FormatPartText("port", Sanitize(part.port), texts);
+  return Sanitize(part.mountPoint);
+}
+
+}  // namespace
+
+const VELAPart* FindPart(const Parts& parts, std::string_view name) {
+  const auto found = std::ranges::find(
+      parts, name, [](const VELAPart& part) { return std::string_view(part.name); });
+  return found != parts.end() ? &*found : nullptr;
+}
+
+std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts) {
+  std::vector<std::string> details = {FormatPlace(part, texts), Sanitize(part.model)};
+  if (part.serial[0] != '\0')
+    details.push_back(FormatPartText("serial", Sanitize(part.serial), texts));
+  if (part.state == PartState::Missing && part.device[0] != '\0')
+    details.push_back(FormatPartText("was", Sanitize(part.device), texts));
+  const VELAPart* parent = FindPart(parts, part.parent);
+  if (part.kind != PartKind::Disk && parent != nullptr) details.push_back(NamePart(*parent, texts));
+  std::erase(details, "");
+  return JoinNames(details, texts);
+}
+
+std::string DescribePart(std::string_view name, const Parts& parts, const Texts& texts) {
+  const VELAPart* part = FindPart(parts, name);
+  if (part == nullptr) return Sanitize(name);
+  const std::string details = FormatDetails(*part, parts, texts);
+  if (details.empty()) return NamePart(*part, texts);
+  return FillPlaceholders(texts.Resolve("part:with_details"), {NamePart(*part, texts), details});
+}
+
+}  // namespace host

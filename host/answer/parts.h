@@ -1,0 +1,25 @@
+// The parts that the names in an answer stand for, in the words of one language.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/text/texts.h"
+#include "platform/status/parts.h"
+
+namespace host {
+
+using Parts = std::vector<VELAPart>;
+
+// Null when the platform told of no part of that name.
+const VELAPart* FindPart(const Parts& parts, std::string_view name);
+
+// What a person needs to lay hands on it: "bay 3, WDC WD40EFRX, serial WD-1, was sdc". Of what is
+// no disk, also what it is in: "RAID 5, Volume 1". Empty where nothing is known.
+std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts);
+
+// "md0 (RAID 5, Volume 1)"; of what is no part its name.
+std::string DescribePart(std::string_view name, const Parts& parts, const Texts& texts);
+
+}  // namespace host
