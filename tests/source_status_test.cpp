@@ -1,6 +1,7 @@
 // What a platform reports of its sources within one request, and its notes.
 #include "platform/status/source_status.h"
 
+#include "platform/status/evidence.h"
 #include "platform/status/notes.h"
 
 #include <sstream>
@@ -89,6 +90,17 @@ TEST(Notes, AreKeptOnceInOrderUpToTheirRoomAndForgottenByAReset) {
   AddNote("clock", "", 0, 0, "");
   EXPECT_EQ(CopyNotes(notes, kVELANotes), 1);
   EXPECT_STREQ(notes[0].command, "") << "nothing is left of an older note";
+}
+
+TEST(Evidence, CountsTheRelatedPartsThatHaveNoRoom) {
+  VELAEvidence evidence;
+  for (int i = 1; i <= kVELARelatedParts + 2; ++i)
+    AddRelated(evidence, std::string(20, 'r'), i == 1 ? std::string(100, 'p') : std::to_string(i));
+  EXPECT_EQ(evidence.relatedCount, 24U);
+  EXPECT_EQ(evidence.moreRelated, 2U);
+  EXPECT_EQ(evidence.related[0].part, std::string(95, 'p'));
+  EXPECT_EQ(evidence.related[23].relation, std::string(15, 'r'));
+  EXPECT_STREQ(evidence.related[23].part, "24");
 }
 
 }  // namespace

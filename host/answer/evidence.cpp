@@ -16,13 +16,18 @@ std::string NameEvidence(const VELAEvidence& evidence, const std::string& part) 
   return words + ")";
 }
 
+// " (coretemp)": which driver or daemon has read it; empty where nobody tells.
+std::string FormatSource(const VELAPart* part, const Texts& texts) {
+  if (part == nullptr || part->device[0] == '\0') return "";
+  return FillPlaceholders(texts.Resolve("part:source"), {Sanitize(part->device)});
+}
+
 std::string FormatSentence(const VELAEvidence& evidence, const Parts& parts, const Texts& texts) {
   const std::string part = DescribePart(evidence.part, parts, texts);
   const std::string* text = texts.FindCounted("evidence", evidence.key, evidence.figure);
   if (text == nullptr) return NameEvidence(evidence, part);
-  const VELAPart* known = FindPart(parts, evidence.part);
   return FillNames(*text, {{"part", part},
-                           {"device", Sanitize(known != nullptr ? known->device : "")},
+                           {"source", FormatSource(FindPart(parts, evidence.part), texts)},
                            {"figure", FormatFigure(evidence.figure)},
                            {"mark", FormatFigure(evidence.mark)},
                            {"other", FormatFigure(evidence.other)},

@@ -67,7 +67,8 @@ void Print(const Explanation& explanation, const Platform& platform, const Texts
   const Answer answer = ParseAnswer(reply.document);
   const Style style = Style::ForStandardOutput();
   const Verdict verdict = JudgeAnswer(answer.rule, reply.sources);
-  std::cout << style.Headline(verdict, texts.AddColon(texts.FormatUi(ToString(verdict))),
+  std::cout << style.Headline(verdict, texts.FormatUi(ToString(verdict)),
+                              texts.Resolve("common:colon"),
                               FormatAnswer(answer.rule, reply.sources, texts))
             << '\n';
   if (verdict != Verdict::Well && verdict != Verdict::Unknown)

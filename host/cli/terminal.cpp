@@ -69,12 +69,12 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
   return Decorate(mark.code, std::string(mark.symbol).append(word));
 }
 
-std::string Style::Headline(Verdict verdict, const std::string& label,
+std::string Style::Headline(Verdict verdict, const std::string& word, const std::string& colon,
                             const std::string& sentence) const {
-  const std::string plain = decorated_ ? ChooseMark(verdict).symbol + label : label;
-  const std::string lines = WrapLines(0, "", plain + " " + sentence);
-  const std::size_t gap = plain.size();  // a blank, or the line's end
-  return Severity(verdict, label) + lines[gap] + Bold(lines.substr(gap + 1));
+  const std::string label = (decorated_ ? ChooseMark(verdict).symbol + word : word) + colon;
+  const std::string lines = WrapLines(0, "", label + " " + sentence);
+  const char gap = lines[label.size()];  // a blank, or the line's end
+  return Severity(verdict, word) + colon + gap + Bold(lines.substr(label.size() + 1));
 }
 
 std::string Style::Cause(const std::string& label, const ToldCause& cause) const {

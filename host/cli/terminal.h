@@ -22,7 +22,7 @@ class Style {
   // "Warning" with symbol and colour of its severity.
   std::string Severity(Verdict verdict, std::string_view word) const;
   // "Warning: The storage needs attention.", broken where the terminal ends.
-  std::string Headline(Verdict verdict, const std::string& label,
+  std::string Headline(Verdict verdict, const std::string& word, const std::string& colon,
                        const std::string& sentence) const;
   std::string Bold(std::string_view text) const { return Decorate("1", text); }
   std::string Faint(std::string_view text) const { return Decorate("2", text); }

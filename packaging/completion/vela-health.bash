@@ -19,7 +19,7 @@ _vela_health() {
   case $command in
     diff) mapfile -t COMPREPLY < <(compgen -W "$(ls "$scenarios" 2>/dev/null) --module $words" -f -- "$word") ;;
     findings) mapfile -t COMPREPLY < <(compgen -W "--markdown $words" -- "$word") ;;
-    capture) mapfile -t COMPREPLY < <(compgen -W "--why $options" -d -- "$word") ;;
+    capture) mapfile -t COMPREPLY < <(compgen -W "--why --real-names $options" -d -- "$word") ;;
     report) mapfile -t COMPREPLY < <(compgen -W "$options" -f -- "$word") ;;
     serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo --platform --module --scenario --help" -- "$word") ;;
     '') mapfile -t COMPREPLY < <(compgen -W "status explain diff findings capture report serve $options" -- "$word") ;;

@@ -16,7 +16,8 @@ const Host& RecordedSimulator() {
   return host;
 }
 
-// What its user can see of one request: the document, what each source said, and the notes.
+// What its user can see of one request: the document, what each source said, and what is told
+// beside it.
 std::string Ask(const SimulatedMachine& machine) {
   const Reply reply =
       RecordedSimulator().CallMethod(FindHealthMethod(RecordedSimulator()), machine);
@@ -29,6 +30,10 @@ std::string Ask(const SimulatedMachine& machine) {
   }
   for (const VELANote& note : RecordedSimulator().GetPlatform().ReadNotes())
     all.append(reinterpret_cast<const char*>(&note), sizeof note);
+  for (const VELAPart& part : RecordedSimulator().GetPlatform().ReadParts())
+    all.append(reinterpret_cast<const char*>(&part), sizeof part);
+  for (const VELAEvidence& each : RecordedSimulator().GetPlatform().ReadEvidence())
+    all.append(reinterpret_cast<const char*>(&each), sizeof each);
   return all;
 }
 

@@ -42,6 +42,7 @@ const onTerminal = (columns, words, environment = "TERM=xterm") => spawnSync("sc
 test("the exit status tells the verdict", expectTable);
 test("explain shows every check and what decided", expectTable);
 test("an option that a command has no use for is refused", expectTable);
+test("status names the part and what shows and mends it", expectTable);
 test("no name reaches the terminal with its control characters", expectTable);
 test("report holds findings and checks and sources and the document", expectTable);
 
@@ -223,6 +224,16 @@ test("capture makes a machine that answers the same or nothing", each => {
   assert.equal(run(["capture", here, "--why", 'a "test"']).status, 0);
   assert.equal(saved(here, "state.json").why, 'a "test"');
   assert.deepEqual({...json("--scenario", here), log: null}, saved(here, "expected.json"));
+
+  const aliased = saved(join(folder, "aliased"), "state.json");
+  assert.deepEqual([aliased.hostName, aliased.sources.SMART.reason, aliased.notes, aliased.evidence],
+    ["host-1", "nobody asks ata-serial-1 of host-1, nor WD-778",
+      [{key: "a", part: "nasty", command: "upsc UPS-1@host-1"}],
+      [{key: "k", check: "UPS", part: "UPS-1", words: "serial-3, node-1",
+        mend: ["smartctl -x /dev/disk/by-id/ata-serial-1"]}]]);
+  assert.deepEqual(aliased.parts.map(({name, serial}) => serial ?? name),
+    ["serial-1", "serial-2", "serial-1", "UPS-1", "node-1", "serial-3"]);
+  assert.equal(saved(join(folder, "aliased"), "expected.json").hostname, "host-1");
 });
 
 test("a terminal gets colours and lines that fit", () => {

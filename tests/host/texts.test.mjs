@@ -39,11 +39,12 @@ test("every language has the same texts with the same placeholders", () => {
   for (const files of texts.values()) assert.deepEqual(outline(files), outline(texts.get("en")));
 });
 
-test("a counted note has the plural forms of its language", () => {
-  for (const [language, [{notes = {}}]] of texts) {
+test("what is counted has the plural forms of its language", () => {
+  for (const [language, [{notes}, {evidence}]] of texts) {
     const forms = new Intl.PluralRules(language).resolvedOptions().pluralCategories
       .filter(form => form !== "many");  // of millions
-    for (const [key, text] of Object.entries(notes).filter(([, text]) => typeof text !== "string"))
+    for (const [key, text] of Object.entries({...notes, ...evidence})
+      .filter(([, text]) => typeof text !== "string"))
       assert.deepEqual(Object.keys(text).sort(), forms.sort(), language + key);
   }
 });
