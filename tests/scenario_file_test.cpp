@@ -45,6 +45,37 @@ TEST(ScenarioFile, EndsOfARangeAndCommentsAreWelcome) {
   EXPECT_EQ(machine.defaults, (decltype(machine.defaults){{"maxdisks", "8"}}));
 }
 
+TEST(ScenarioFile, EachMemberOfAPartAndItsEvidenceIsAFieldOfItsOwn) {
+  const Machine machine = ParseScenario("state.json", R"({"parts": [{"kind": "LUN",
+ "state": "empty", "name": "a", "device": "b", "path": "c", "parent": "d", "bay": "e", "slot": "f",
+ "port": "g", "mountPoint": "h", "model": "i", "serial": "j", "size": 1, "used": 2, "total": 3,
+ "reading": -4, "mark": 5, "unit": "k"}], "evidence": [{"key": "a", "check": "b", "part": "c",
+ "words": "d", "path": "e", "figure": 1, "mark": 2, "other": 3, "since": 4, "show": "f",
+ "mend": ["g", "h"], "related": [{"relation": "i", "part": "j"}], "moreRelated": 5}]})");
+  const VELAPart part = {source_status::PartKind::Lun,
+                         source_status::PartState::Empty,
+                         "a",
+                         "b",
+                         "c",
+                         "d",
+                         "e",
+                         "f",
+                         "g",
+                         "h",
+                         "i",
+                         "j",
+                         1,
+                         2,
+                         3,
+                         -4,
+                         5,
+                         "k"};
+  EXPECT_TRUE(machine.parts.at(0) == part);
+  const VELAEvidence evidence = {"a", "b", "c", "d",        "e",          1, 2,
+                                 3,   4,   "f", {"g", "h"}, {{"i", "j"}}, 1, 5};
+  EXPECT_TRUE(machine.evidence.at(0) == evidence);
+}
+
 TEST(ScenarioFolder, IsReadOrRefusedByTheFileInIt) {
   const std::string folder = test_support::OwnFolder(), file = folder + "state.json";
   EXPECT_THROW(LoadScenario(folder), ScenarioError);
