@@ -48,7 +48,7 @@ std::string FormatRelated(const VELARelatedPart& related, const Parts& parts, co
   const std::string name = NameRelated(related, parts, texts);
   const std::string* text = texts.FindText("part", related.relation);
   return text != nullptr ? FillPlaceholders(*text, {name})
-                         : texts.AddColon(Sanitize(related.relation)) + " " + name;
+                         : texts.AddLabel(Sanitize(related.relation)) + name;
 }
 
 ToldCause FormatCause(const VELAEvidence& evidence, const Parts& parts, const Texts& texts) {

@@ -44,6 +44,13 @@ std::optional<Placeholder> ChoosePlaceholder(std::string_view piece, std::string
   return last ? last : next;
 }
 
+// "USB {0} 1" and "eSATA {0} 1" are one name: its start is a text of its own, "Disque USB".
+const std::string* FindDevice(std::string_view piece, const Placeholder& found,
+                              const Texts& texts) {
+  if (!IsNumbered(piece.substr(found.end))) return nullptr;
+  return texts.FindText("device", piece.substr(0, found.begin));
+}
+
 // A text that follows a name brings the blank between both, where its language has one.
 void AppendText(std::string& line, std::string_view text) {
   if (text.starts_with(' ') && (line.empty() || line.back() == ' ')) text.remove_prefix(1);
@@ -51,33 +58,36 @@ void AppendText(std::string& line, std::string_view text) {
 }
 
 // The pieces before the closing words: each names one thing, by at most one placeholder.
-std::string RenderPieces(std::string_view head, const std::vector<std::string>& values) {
+std::string RenderPieces(std::string_view head, const std::vector<std::string>& values,
+                         const Texts& texts) {
   std::string text;
   std::size_t turn = 0;
   for (std::size_t at = 0; at <= head.size();) {
     const std::size_t end = std::min(head.find(kSeparator, at), head.size());
     const std::string_view piece = head.substr(at, end - at);
     if (const auto found = ChoosePlaceholder(piece, head, turn, values.size() - 2)) {
-      text.append(piece.substr(0, found->begin));
-      AppendText(text, values[found->number]);
+      const std::string* device = FindDevice(piece, *found, texts);
+      if (device == nullptr) text.append(piece.substr(0, found->begin));
+      AppendText(text, device != nullptr ? *device : values[found->number]);
       text.append(piece.substr(found->end));
       turn = found->number + 1;
     } else {
       text.append(piece);
     }
     if (end == head.size()) break;
-    text.append(kSeparator);
+    text.append(texts.FormatUi("list_comma"));
     at = end + kSeparator.size();
   }
   return text;
 }
 
-std::string Compose(std::string_view format, const std::vector<std::string>& values) {
+std::string Compose(std::string_view format, const std::vector<std::string>& values,
+                    const Texts& texts) {
   if (values.size() < 2) return FillPlaceholders(format, values);
   const std::string tail = MakeTail(values.size());
   if (!format.ends_with(tail)) return FillPlaceholders(format, values);
-  return RenderPieces(format.substr(0, format.size() - tail.size()), values) +
-         FillPlaceholders(tail, values);
+  return RenderPieces(format.substr(0, format.size() - tail.size()), values, texts) +
+         EndLabel(values[values.size() - 2]) + values.back();
 }
 
 }  // namespace
@@ -88,11 +98,12 @@ std::string RenderDescription(const Description& description, const Texts& texts
   std::vector<std::string> values;
   for (const std::string& reference : description.params)
     values.push_back(texts.Resolve(reference));
-  return Compose(description.format, values);
+  return Compose(description.format, values, texts);
 }
 
 std::string RenderSentence(const Finding& finding, const Texts& texts) {
-  return Sanitize(RenderDescription(finding.description, texts));
+  const std::string* own = texts.FindText(AdviceSection(finding), "sentence");
+  return own != nullptr ? *own : Sanitize(RenderDescription(finding.description, texts));
 }
 
 std::string AdviceSection(const Finding& finding) { return finding.id + "/" + finding.TextKey(); }

@@ -12,11 +12,12 @@ namespace host {
 // Names of volumes and units come out literally, whatever they hold; a placeholder or a
 // reference that nothing belongs to stays as it is. The page's render.js does the same.
 std::string RenderDescription(const Description& description, const Texts& texts);
-// The finding's description without anything that could harm a terminal.
+// The finding's own "sentence", where others share its text, else its description; without
+// anything that could harm a terminal.
 std::string RenderSentence(const Finding& finding, const Texts& texts);
 
-// The section of the texts that holds a finding's "title", "meaning", "ignored", "do" and
-// "where": its id and text key.
+// The section of the texts that holds a finding's "title", "meaning", "ignored", "do", "where"
+// and perhaps "sentence": its id and text key.
 std::string AdviceSection(const Finding& finding);
 // Of an unknown finding: that there is none.
 std::string FindAdvice(const Finding& finding, std::string_view key, const Texts& texts);

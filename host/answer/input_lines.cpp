@@ -20,7 +20,8 @@ std::string FormatValue(const std::string& name, const Json::Value& value, const
   if (value.isArray()) {
     std::string words;
     for (const Json::Value& each : value) {
-      words += (words.empty() ? "" : ", ") + texts.GetText("value", Sanitize(each.asString()));
+      words += (words.empty() ? "" : texts.FormatUi("list_comma")) +
+               texts.GetText("value", Sanitize(each.asString()));
     }
     return value.empty() ? texts.GetText("value", "none") : words;
   }
@@ -31,7 +32,7 @@ std::string FormatValue(const std::string& name, const Json::Value& value, const
 
 std::string FormatLabelledValue(const std::string& name, const Json::Value& value,
                                 const Texts& texts) {
-  return texts.AddColon(texts.GetText("input", name)) + " " + FormatValue(name, value, texts);
+  return texts.AddLabel(texts.GetText("input", name)) + FormatValue(name, value, texts);
 }
 
 // "4.1 GiB free of 100 GiB: below the mark of 5 GiB (5 %)".
@@ -93,29 +94,31 @@ void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputL
   struct Group {
     Json::Value values;
     std::string label, names;
+    bool bare = true;  // the names are numbers
   };
   std::vector<Group> groups;
   for (const Json::Value& element : list) {
-    Group group{element, "", ""};
+    Group group{element, "", "", true};
     for (const char* name : kNames) {
       if (!element.isMember(name)) continue;
       group.label = texts.GetText("input", name);
       group.names = FormatValue(name, element[name], texts);
       group.values.removeMember(name);
     }
+    group.bare = group.names.find_first_not_of("0123456789") == std::string::npos;
     const auto same = std::find_if(groups.begin(), groups.end(), [&group](const Group& other) {
       return other.values == group.values;
     });
     if (same == groups.end()) {
       groups.push_back(std::move(group));
     } else {
-      same->names += ", " + group.names;
+      same->names += texts.FormatUi("list_comma") + group.names;
+      same->bare = same->bare && group.bare;
     }
   }
   // Most names say themselves what they name; "1" does not.
   for (const Group& group : groups) {
-    const bool bare = group.names.find_first_not_of("0123456789, ") == std::string::npos;
-    AddValues(group.values, (bare ? group.label + " " : "") + group.names, texts, lines);
+    AddValues(group.values, (group.bare ? group.label + " " : "") + group.names, texts, lines);
   }
 }
 
@@ -136,8 +139,9 @@ std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& 
   if (ranked.empty()) return texts.FormatUi("no_finding");
   if (ranked.size() == 1) return texts.FormatUi("only_finding");
   const double first = ranked[0].finding->priority, second = ranked[1].finding->priority;
-  if (first < second) return texts.FormatUi("beats", FormatNumber(first), FormatNumber(second));
-  return texts.FormatUi("tie", texts.FormatUi("priority", FormatNumber(first)),
+  if (first < second)
+    return texts.FormatUi("beats", FormatNumber(first, texts), FormatNumber(second, texts));
+  return texts.FormatUi("tie", texts.FormatUi("priority", FormatNumber(first, texts)),
                         texts.GetText("checker", ranked[0].name),
                         texts.GetText("checker", ranked[1].name));
 }

@@ -52,9 +52,10 @@ std::string FormatSourcesLine(const SourceReports& sources, const Texts& texts) 
   const int read = Count(sources, State::Read), absent = Count(sources, State::Absent);
   const int notAsked = Count(sources, State::NotAsked);
   const int present = static_cast<int>(sources.size()) - absent - notAsked;
+  const std::string comma = texts.FormatUi("clause_comma");
   std::string line = texts.FormatUi("sources", std::to_string(read), std::to_string(present));
-  if (absent > 0) line += ", " + texts.FormatUi("sources_absent", std::to_string(absent));
-  if (notAsked > 0) line += ", " + texts.FormatUi("sources_not_asked", std::to_string(notAsked));
+  if (absent > 0) line += comma + texts.FormatUi("sources_absent", std::to_string(absent));
+  if (notAsked > 0) line += comma + texts.FormatUi("sources_not_asked", std::to_string(notAsked));
   return line;
 }
 

@@ -43,7 +43,7 @@ std::string DescribeCapture(const Reply& reply, const Texts& texts) {
   const Finding finding = ParseAnswer(reply.document).rule;
   const Verdict verdict = JudgeAnswer(finding, reply.sources);
   return "Captured by vela-health " VELA_VERSION " on " + FormatLocalTime("%F") + ": " +
-         texts.AddColon(texts.FormatUi(ToString(verdict))) + " " +
+         texts.AddLabel(texts.FormatUi(ToString(verdict))) +
          FormatAnswer(finding, reply.sources, texts);
 }
 

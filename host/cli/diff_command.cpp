@@ -57,7 +57,7 @@ std::string FormatVerdict(const Finding& finding, const SourceReports& sources, 
                           const Style& style) {
   const Verdict verdict = JudgeAnswer(finding, sources);
   return style.Severity(verdict, texts.FormatUi(ToString(verdict))) +
-         texts.Resolve("common:colon") + " " + FormatAnswer(finding, sources, texts);
+         EndLabel(texts.Resolve("common:colon")) + FormatAnswer(finding, sources, texts);
 }
 
 // What B has and A has not, although something more urgent hides it.

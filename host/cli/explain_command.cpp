@@ -20,23 +20,26 @@ void PrintCauses(const Evidence& evidence, const CheckerResult& result, const Te
                  const Style& style) {
   if (!result.finding) return;
   for (const ToldCause& cause : FormatCauses(evidence, result.name, texts))
-    std::cout << style.Cause(texts.AddColon(texts.FormatUi("why")), cause);
+    std::cout << style.Cause(texts.AddLabel(texts.FormatUi("why")), cause);
+}
+
+// What stands behind a finding in parentheses, with the blank before it where there is one.
+std::string Remark(const std::string& words, const Finding& finding, const Texts& texts) {
+  return texts.FormatUi("remark", words,
+                        texts.FormatUi("priority", FormatNumber(finding.priority, texts)));
 }
 
 void PrintChecker(const CheckerResult& result, const SourceReports& sources, const Texts& texts,
                   const Style& style) {
-  const std::string name = texts.AddColon(texts.GetText("checker", result.name));
+  const std::string name = texts.AddLabel(texts.GetText("checker", result.name));
   if (result.finding) {
     const Verdict verdict = JudgeFinding(*result.finding);
-    std::cout << style.Severity(verdict, name) << ' '
-              << style.Bold(RenderSentence(*result.finding, texts)) << ' '
-              << style.Faint("(" + texts.FormatUi(ToString(verdict)) + ", " +
-                             texts.FormatUi("priority", FormatNumber(result.finding->priority)) +
-                             ")")
+    std::cout << style.Severity(verdict, name) << style.Bold(RenderSentence(*result.finding, texts))
+              << style.Faint(Remark(texts.FormatUi(ToString(verdict)), *result.finding, texts))
               << '\n';
   } else {
     const bool made = result.outcome == Outcome::Nothing;
-    std::cout << style.Severity(made ? Verdict::Well : Verdict::Unknown, name) << ' '
+    std::cout << style.Severity(made ? Verdict::Well : Verdict::Unknown, name)
               << FormatOutcome(result, sources, texts) << '\n';
   }
   for (const InputLine& line : FormatInputs(result.saw, texts)) {
@@ -53,9 +56,8 @@ void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
   for (std::size_t i = 0; i < ranked.size(); ++i) {
     const Finding& finding = *ranked[i].finding;
     const std::string line = std::to_string(i + 1) + ". " + RenderSentence(finding, texts);
-    std::cout << "  " << (i == 0 ? style.Bold(line) : line) << ' '
-              << style.Faint("(" + texts.GetText("checker", ranked[i].name) + ", " +
-                             texts.FormatUi("priority", FormatNumber(finding.priority)) + ")")
+    std::cout << "  " << (i == 0 ? style.Bold(line) : line)
+              << style.Faint(Remark(texts.GetText("checker", ranked[i].name), finding, texts))
               << '\n';
   }
   std::cout << "  " << ExplainOrder(ranked, texts) << '\n';
@@ -89,8 +91,8 @@ ExitStatus RunExplain(Session& session) {
     PrintRanking(MostUrgentFirst(explanation.checkers), texts, style);
     if (ChooseExitStatus(rule, sources) == kIncomplete)
       std::cout << "  "
-                << style.Severity(Verdict::Unknown, texts.AddColon(texts.FormatUi("unknown")))
-                << ' ' << FormatAnswer(rule, sources, texts) << '\n';
+                << style.Severity(Verdict::Unknown, texts.AddLabel(texts.FormatUi("unknown")))
+                << FormatAnswer(rule, sources, texts) << '\n';
     std::cout << '\n';
     for (const ToldLine& line : FormatSourceLines(sources, texts)) std::cout << style.Source(line);
     for (const ToldLine& line : FormatNotes(platform.ReadNotes(), texts))

@@ -23,11 +23,11 @@ void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
   const Verdict verdict = JudgeFinding(finding);
   std::cout << style.Severity(verdict, texts.FormatUi(ToString(verdict))) << "  "
             << style.Bold(FindAdvice(finding, "title", texts)) << "  "
-            << style.Faint(texts.FormatUi("priority", FormatNumber(finding.priority)) + ", " +
-                           AdviceSection(finding))
+            << style.Faint(texts.FormatUi("priority", FormatNumber(finding.priority, texts)) +
+                           ", " + AdviceSection(finding))
             << '\n';
   for (const char* key : kAdvice) {
-    const std::string label = texts.AddColon(texts.FormatUi(key)) + " ";
+    const std::string label = texts.AddLabel(texts.FormatUi(key));
     std::cout << style.WrapLines(2, "", label + FindAdvice(finding, key, texts)) << '\n';
   }
   std::cout << '\n';
@@ -36,7 +36,7 @@ void PrintText(const Finding& finding, const Texts& texts, const Style& style) {
 void PrintMarkdown(const Finding& finding, const Texts& texts) {
   std::cout << "\n## " << FindAdvice(finding, "title", texts) << "\n\n"
             << texts.FormatUi(ToString(JudgeFinding(finding))) << ", priority "
-            << FormatNumber(finding.priority) << ", `" << AdviceSection(finding) << "`\n\n";
+            << FormatNumber(finding.priority, texts) << ", `" << AdviceSection(finding) << "`\n\n";
   for (const char* key : kAdvice) {
     std::cout << "- **" << texts.FormatUi(key) << ":** " << FindAdvice(finding, key, texts) << '\n';
   }

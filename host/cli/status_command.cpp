@@ -29,7 +29,7 @@ using Causes = std::vector<ToldCause>;
 
 void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& texts,
                  const Style& style) {
-  const std::string label = texts.AddColon(texts.FormatUi("do")) + " ";
+  const std::string label = texts.AddLabel(texts.FormatUi("do"));
   std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
   for (const ToldCause& cause : causes)
     for (const std::string& command : cause.mend) std::cout << style.Command(command);
@@ -42,7 +42,7 @@ void PrintFurther(const std::vector<CheckerResult>& ranked, const Evidence& evid
   std::set<std::string> told;
   for (const CheckerResult& result : ranked) {
     const std::string label = texts.FormatUi(ToString(JudgeFinding(*result.finding)));
-    std::string line = texts.AddColon(label) + " " + RenderSentence(*result.finding, texts);
+    std::string line = texts.AddLabel(label) + RenderSentence(*result.finding, texts);
     const bool first = told.empty();
     if (!told.insert(line).second || first) continue;
     const Causes causes = FormatCauses(evidence, result.name, texts);
@@ -57,7 +57,7 @@ void PrintFinding(const Finding& rule, const std::vector<CheckerResult>& checker
   const Evidence evidence = {platform.ReadParts(), platform.ReadEvidence()};
   const Causes causes = FormatCauses(evidence, ranked.empty() ? "" : ranked.front().name, texts);
   for (const ToldCause& cause : causes)
-    std::cout << style.Cause(texts.AddColon(texts.FormatUi("why")), cause);
+    std::cout << style.Cause(texts.AddLabel(texts.FormatUi("why")), cause);
   PrintRemedy(rule, causes, texts, style);
   PrintFurther(ranked, evidence, texts, style);
 }
@@ -68,7 +68,7 @@ void Print(const Explanation& explanation, const Platform& platform, const Texts
   const Style style = Style::ForStandardOutput();
   const Verdict verdict = JudgeAnswer(answer.rule, reply.sources);
   std::cout << style.Headline(verdict, texts.FormatUi(ToString(verdict)),
-                              texts.Resolve("common:colon"),
+                              EndLabel(texts.Resolve("common:colon")),
                               FormatAnswer(answer.rule, reply.sources, texts))
             << '\n';
   if (verdict != Verdict::Well && verdict != Verdict::Unknown)

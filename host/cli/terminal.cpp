@@ -71,17 +71,19 @@ std::string Style::Severity(Verdict verdict, std::string_view word) const {
 
 std::string Style::Headline(Verdict verdict, const std::string& word, const std::string& colon,
                             const std::string& sentence) const {
-  const std::string label = (decorated_ ? ChooseMark(verdict).symbol + word : word) + colon;
-  const std::string lines = WrapLines(0, "", label + " " + sentence);
-  const char gap = lines[label.size()];  // a blank, or the line's end
-  return Severity(verdict, word) + colon + gap + Bold(lines.substr(label.size() + 1));
+  const std::string label = decorated_ ? ChooseMark(verdict).symbol + word : word;
+  const std::string lines = WrapLines(0, "", label + colon + sentence);
+  const std::size_t start = label.size() + colon.size();
+  // The colon's blank may have become the line's end.
+  return Severity(verdict, word) + lines.substr(label.size(), colon.size()) +
+         Bold(lines.substr(start));
 }
 
 std::string Style::Cause(const std::string& label, const ToldCause& cause) const {
   std::string lines;
   for (const std::string& line : cause.lines)
     lines += WrapLines(lines.empty() ? kIndent : 2 * kIndent, "",
-                       lines.empty() ? label + " " + line : line) +
+                       lines.empty() ? label + line : line) +
              "\n";
   return lines + Command(cause.show);
 }

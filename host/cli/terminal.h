@@ -21,7 +21,8 @@ class Style {
 
   // "Warning" with symbol and colour of its severity.
   std::string Severity(Verdict verdict, std::string_view word) const;
-  // "Warning: The storage needs attention.", broken where the terminal ends.
+  // "Warning: The storage needs attention.", broken where the terminal ends. `colon` brings the
+  // blank that the language has after it.
   std::string Headline(Verdict verdict, const std::string& word, const std::string& colon,
                        const std::string& sentence) const;
   std::string Bold(std::string_view text) const { return Decorate("1", text); }

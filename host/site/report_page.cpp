@@ -100,7 +100,8 @@ std::string Check(const CheckerResult& result, const SourceReports& sources, con
   title += MakeElement("bdi", result.finding ? RenderSentence(*result.finding, texts)
                                              : FormatOutcome(result, sources, texts));
   if (result.finding) {
-    title += MakeElement("span", texts.FormatUi("priority", FormatNumber(result.finding->priority)),
+    title += MakeElement("span",
+                         texts.FormatUi("priority", FormatNumber(result.finding->priority, texts)),
                          "class=\"priority\"");
   }
   return WrapInTag("article",

@@ -72,6 +72,7 @@ std::string MinifyStyle(const std::string& source) {
 Json::Value ListAdvice(const Json::Value& section) {
   Json::Value list(Json::arrayValue);
   for (const char* key : {"do", "meaning", "ignored", "where"}) list.append(section[key]);
+  if (section.isMember("sentence")) list.append(section["sentence"]);
   return list;
 }
 

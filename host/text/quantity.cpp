@@ -48,10 +48,12 @@ std::string FormatPercent(double share, const Texts& texts) {
   return Decimal(share * 100, 2, texts) + "\u00A0%";
 }
 
-std::string FormatNumber(double value) {
-  std::ostringstream text;
-  text << value;
-  return text.str();
+std::string FormatNumber(double value, const Texts& texts) {
+  std::ostringstream digits;
+  digits << value;
+  std::string text = digits.str();
+  const std::size_t point = text.find('.');
+  return point == text.npos ? text : text.replace(point, 1, texts.FormatUi("decimal_point"));
 }
 
 std::string FormatUptime(const std::string& uptime, const Texts& texts) {

@@ -18,8 +18,8 @@ std::string FormatFigure(std::int64_t figure);
 std::string FormatMilliseconds(std::uint32_t microseconds, const Texts& texts);
 // 0.05 as "5 %".
 std::string FormatPercent(double share, const Texts& texts);
-// 2.2 as "2.2", 40 as "40".
-std::string FormatNumber(double value);
+// 2.2 as "2.2", 40 as "40"; in German "2,2".
+std::string FormatNumber(double value, const Texts& texts);
 // "26:3:4" (hours, minutes, seconds) as "26 h 3 min"; empty when it is not known.
 std::string FormatUptime(const std::string& uptime, const Texts& texts);
 // The time of day and the date, by a format of strftime(3): "%F" is 2024-02-29.

@@ -13,6 +13,11 @@
 
 namespace host {
 
+// What stands between a label and what follows it; full-width marks bring their own blank.
+inline std::string EndLabel(std::string_view colon) {
+  return std::string(colon) + (colon.ends_with("\uFF1A") ? "" : " ");
+}
+
 class Texts {
  public:
   // Reads `folder`/<language>.json, which the page has too, and what only the tool says, from
@@ -30,6 +35,10 @@ class Texts {
   std::string GetText(std::string_view section, std::string_view key) const;
   // A label: the words and the language's colon.
   std::string AddColon(const std::string& words) const { return words + Resolve("common:colon"); }
+  // The same, and the blank that the language has after it.
+  std::string AddLabel(const std::string& words) const {
+    return words + EndLabel(Resolve("common:colon"));
+  }
   // One of the program's own words (section "ui"), its {0}, {1}, ... filled.
   template <typename... Values>
   std::string FormatUi(std::string_view key, const Values&... values) const;

@@ -38,20 +38,32 @@ function append(line, text) {
   return line + (text.startsWith(" ") && (line === "" || line.endsWith(" ")) ? text.slice(1) : text);
 }
 
-function renderPieces(head, values) {
+// "USB {0} 1" and "eSATA {0} 1" are one name: its start is a text of its own, "Disque USB".
+function deviceOf(piece, found, texts) {
+  const kind = piece.slice(0, found.begin);
+  if (/^ \d/.test(piece.slice(found.end)) && Object.hasOwn(texts.device ?? {}, kind))
+    return texts.device[kind];
+}
+
+function renderPieces(head, values, texts) {
   let turn = 0, line = "";
   head.split(", ").forEach((piece, index) => {
-    if (index > 0) line += ", ";
+    if (index > 0) line += texts.ui["list_comma"];
     const found = placeholderOf(piece, head, turn, values.length - 2);
     if (!found) {
       line += piece;
       return;
     }
-    line = append(line + piece.slice(0, found.begin), values[found.number]) + piece.slice(found.end);
+    const device = deviceOf(piece, found, texts);
+    if (device === undefined) line += piece.slice(0, found.begin);
+    line = append(line, device ?? values[found.number]) + piece.slice(found.end);
     turn = found.number + 1;
   });
   return line;
 }
+
+// Full-width marks bring their own blank.
+const endLabel = (colon) => colon + (colon.endsWith("\uff1a") ? "" : " ");
 
 export function render(description, texts) {
   const {description_format: format, description_params: params} = description;
@@ -59,7 +71,8 @@ export function render(description, texts) {
   const values = params.map((reference) => textOf(texts, reference));
   const tail = `{${values.length - 2}} {${values.length - 1}}`;
   if (values.length < 2 || !format.endsWith(tail)) return fill(format, values);
-  return renderPieces(format.slice(0, format.length - tail.length), values) + fill(tail, values);
+  return renderPieces(format.slice(0, format.length - tail.length), values, texts) +
+    endLabel(values.at(-2)) + values.at(-1);
 }
 
 // A note in its text, in the plural form of its figure; one that has no text, with its figures.
@@ -112,7 +125,7 @@ export function showHeadline(widget, verdict, sentence, texts) {
 }
 
 // The order in which the server lists what is said about a finding.
-const kAdvice = ["do", "meaning", "ignored", "where"];
+const kAdvice = ["do", "meaning", "ignored", "where", "sentence"];
 
 // The program's own words, and what the texts say about the finding.
 export function showAdvice(widget, rule, texts) {
@@ -128,7 +141,8 @@ export function showLabels(root, texts) {
 }
 
 export function sentenceOf(rule, texts) {
-  return sanitize(render(rule.description, texts));
+  const advice = texts[`${rule.id}/${textKey(rule.description)}`];
+  return advice?.[kAdvice.indexOf("sentence")] ?? sanitize(render(rule.description, texts));
 }
 
 export const kLanguages = {en: "English", de: "Deutsch", fr: "Français", es: "Español", ja: "日本語", "zh-CN": "简体中文"};

@@ -90,7 +90,7 @@ function showSources(sources) {
   const absent = count("absent"), notAsked = count("not asked");
   return show("sources", [ui("sources", count("read"), sources.length - absent - notAsked),
     ...(absent > 0 ? [ui("sources_absent", absent)] : []),
-    ...(notAsked > 0 ? [ui("sources_not_asked", notAsked)] : [])].join(", "));
+    ...(notAsked > 0 ? [ui("sources_not_asked", notAsked)] : [])].join(ui("clause_comma")));
 }
 
 function showFooter({answer, sources}) {

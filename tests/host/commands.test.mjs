@@ -143,7 +143,7 @@ test("findings is the page in the documentation", () => {
   const rows = json("findings", "--lang", "de"), plain = run(["findings", "--lang", "de"]);
   assert.deepEqual([rows.length, plain.status], [page.match(/^## /gm).length, 0]);
   for (const {id, text, priority, title, meaning, ignored, do: remedy, where} of rows) {
-    const head = `  ${title}  Priorität ${priority}, ${id}/${text}\n`;
+    const head = `  ${title}  Priorität ${String(priority).replace(".", ",")}, ${id}/${text}\n`;
     for (const words of [head, meaning, ignored, remedy, where])
       assert.ok(plain.out.includes(words), words);
   }

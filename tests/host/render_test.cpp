@@ -68,7 +68,7 @@ TEST(Quantity, ComesInTheUnitAndWithTheDigitsThatMatter) {
               : unit == "count"        ? FormatCount(c[2].asUInt64())
               : unit == "microseconds" ? FormatMilliseconds(c[2].asUInt(), texts)
               : unit == "share"        ? FormatPercent(c[2].asDouble(), texts)
-              : unit == "number"       ? FormatNumber(c[2].asDouble())
+              : unit == "number"       ? FormatNumber(c[2].asDouble(), texts)
                                        : FormatUptime(c[2].asString(), texts),
               c[3].asString());
   }

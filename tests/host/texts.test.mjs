@@ -39,6 +39,46 @@ test("every language has the same texts with the same placeholders", () => {
   for (const files of texts.values()) assert.deepEqual(outline(files), outline(texts.get("en")));
 });
 
+const findings = ([file]) => Object.entries(file).filter(([id]) => id.includes("/"));
+const linesOf = text => typeof text === "string" ? [text] : Object.values(text).flatMap(linesOf);
+
+test("two findings never read the same", () => {
+  for (const [language, files] of texts) {
+    const told = (section, key) => files[0][section]?.[key];
+    const sentences = findings(files).map(([id, {sentence}]) => sentence ?? ["widget", "common",
+      "securityscan", "externaldevice", "iscsimgr"].map(section => told(section, id.split("/")[1]))
+      .find(Boolean));
+    // Counted ones differ by their number; two stand behind different names.
+    const words = sentences.filter(text => !text.includes("{0}"));
+    const shared = words.length - new Set(words).size;
+    assert.ok(words.length > 20 && shared === 2, `${language} ${words.sort().join("\n")}`);
+    const titles = findings(files).map(([, {title}]) => title);
+    assert.equal(new Set(titles).size, titles.length, `${language} ${titles.sort().join("\n")}`);
+  }
+});
+
+test("a language keeps to its own words and marks", () => {
+  const odd = {
+    en: /storage manager|recycle bin|SAN manager/i,
+    de: /Festplatte|Datenträger|Verbund|Akku|abgestürzt|Speicherverwaltung|Papierk|\b(the|is)\b/,
+    fr: /[^\u00a0][;!?»]|[a-zé] :|vieux|corbeille|gestionnaire|\b(the|is)\b/,
+    es: /papelera|gestor|"Sano"|\b(the|is)\b/,
+    ja: /ごみ箱|マネージャー|[ぁ-ん一-龥ァ-ヶー}] ?[:,(]|\b(the|is)\b/,
+    "zh-CN": /回收站|管理器|[一-龥}] ?[:,(;]|\b(the|is)\b/,
+  };
+  for (const [language, files] of texts)
+    assert.deepEqual(linesOf(files).filter(line => odd[language].test(line)), [], language);
+});
+
+test("a remedy's placeholder is no name, and the same in every language", () => {
+  const commands = texts => texts.match(/[\w./@-]*(\/dev\/|\/MOUNT|GROUP\/)[\w./-]*/g) ?? [];
+  for (const [id, advice] of findings(texts.get("en"))) {
+    for (const name of commands(advice.do + advice.where)) assert.match(name, /[A-Z]{3}/, id);
+    for (const [language, [file]] of texts)
+      assert.deepEqual(commands(file[id].do), commands(advice.do), `${language} ${id}`);
+  }
+});
+
 test("what is counted has the plural forms of its language", () => {
   for (const [language, [{notes}, {evidence}]] of texts) {
     const forms = new Intl.PluralRules(language).resolvedOptions().pluralCategories
