@@ -18,6 +18,7 @@ namespace {
 constexpr const char* kDescription =
     "Is this machine healthy, and if not, which one thing matters most?";
 constexpr const char* kFooter =
+    "vela-health help COMMAND shows what a command takes.\n"
     "Exit status: 0 healthy, 1 a warning or notice, 2 danger, 3 healthy as far as could\n"
     "be read, 64 and up when the question could not be asked, or the answer not written.";
 
@@ -45,7 +46,10 @@ class CommandLine {
 
   int Run(int count, const char* const* arguments) {
     try {
-      app_.parse(count, arguments);
+      std::vector<std::string> words(arguments + std::min(count, 1), arguments + count);
+      AskForHelp(words);
+      std::reverse(words.begin(), words.end());  // as CLI11 takes them
+      app_.parse(std::move(words));
       ExpectUsedOptions();
     } catch (const CLI::ParseError& error) {
       const bool helped = app_.exit(error) == 0;  // prints help or what is wrong
@@ -59,6 +63,16 @@ class CommandLine {
 
  private:
   using Command = std::function<ExitStatus(Session&)>;
+
+  // "help status" is "status --help".
+  void AskForHelp(std::vector<std::string>& words) const {
+    if (words.empty() || words.front() != "help") return;
+    words.erase(words.begin());
+    const auto known = app_.get_subcommands([&words](const CLI::App* each) {
+      return words.empty() || each->get_name() == words.front();
+    });
+    if (!known.empty()) words.push_back("--help");
+  }
 
   // Of the common options.
   const Names& UsedOptions() const {
@@ -86,7 +100,7 @@ class CommandLine {
                 const Command& command) {
     CLI::App* sub = app_.add_subcommand(name, description);
     sub->callback([this, command] { command_ = command; });
-    sub->footer("Also:" + JoinNames(uses) + " (vela-health --help)");
+    sub->footer("Common options:\n" + DescribeOptions(app_, uses));
     used_[sub] = uses;
     return sub;
   }

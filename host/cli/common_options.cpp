@@ -3,6 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
+#include <sstream>
+
+#include "host/text/nearest.h"
 
 namespace host {
 namespace {
@@ -10,6 +13,25 @@ namespace {
 std::string ReadEnvironment(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr ? value : "";
+}
+
+// Of the names that a word of the command line may be: "Did you mean --scenario?", or nothing.
+std::string SuggestWord(const CLI::App& app, const Names& used, const std::string& what) {
+  constexpr std::string_view kUnexpected = "not expected: ";
+  const std::size_t found = what.find(kUnexpected);
+  if (found == what.npos) return "";
+  Names known = used;
+  const auto chosen = app.get_subcommands();
+  const CLI::App& meant = chosen.empty() ? app : *chosen.front();
+  for (const CLI::Option* option : meant.get_options()) known.push_back(option->get_name());
+  if (chosen.empty())
+    for (const CLI::App* each : app.get_subcommands(nullptr)) known.push_back(each->get_name());
+  std::istringstream unexpected(what.substr(found + kUnexpected.size()));
+  for (std::string wanted; unexpected >> wanted;) {
+    const std::string nearest = FindNearest(known, wanted.substr(0, wanted.find('=')));
+    if (!nearest.empty()) return "Did you mean " + nearest + "?\n";
+  }
+  return "";
 }
 
 }  // namespace
@@ -42,8 +64,8 @@ std::string FormatUsageError(const CLI::App& app, const Names& used, const std::
   const std::string help =
       meant.help(chosen.empty() ? "" : "vela-health", CLI::AppFormatMode::Normal);
   const std::size_t usage = std::min(help.find("Usage:"), help.size());
-  std::string text =
-      "vela-health: " + what + "\n" + help.substr(usage, help.find('\n', usage) - usage) + "\n";
+  std::string text = "vela-health: " + what + "\n" + SuggestWord(app, used, what) +
+                     help.substr(usage, help.find('\n', usage) - usage) + "\n";
   if (chosen.empty()) {
     Names all;
     for (const CLI::App* each : app.get_subcommands(nullptr)) all.push_back(each->get_name());
@@ -55,6 +77,13 @@ std::string FormatUsageError(const CLI::App& app, const Names& used, const std::
     text += "Options:" + JoinNames(own) + JoinNames(used) + "\n";
   }
   return text + "Run with --help for more information.\n";
+}
+
+std::string DescribeOptions(const CLI::App& app, const Names& names) {
+  const CLI::Formatter formatter;
+  std::string text;
+  for (const std::string& name : names) text += formatter.make_option(app.get_option(name), false);
+  return text;
 }
 
 std::string JoinNames(const Names& names) {

@@ -25,6 +25,8 @@ void AddCommonOptions(CLI::App& app, CommonOptions& options);
 std::string FormatUsageError(const CLI::App& app, const Names& used, const std::string& what);
 
 // A blank before each.
+// One line each: what the option takes and means.
+std::string DescribeOptions(const CLI::App& app, const Names& names);
 std::string JoinNames(const Names& names);
 
 }  // namespace host

@@ -22,7 +22,7 @@ _vela_health() {
     capture) mapfile -t COMPREPLY < <(compgen -W "--why --real-names $options" -d -- "$word") ;;
     report) mapfile -t COMPREPLY < <(compgen -W "$options" -f -- "$word") ;;
     serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo --platform --module --scenario --help" -- "$word") ;;
-    '') mapfile -t COMPREPLY < <(compgen -W "status explain diff findings capture report serve $options" -- "$word") ;;
+    '') mapfile -t COMPREPLY < <(compgen -W "status explain diff findings capture report serve help $options" -- "$word") ;;
     *) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word") ;;
   esac
 }
