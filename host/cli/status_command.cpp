@@ -85,6 +85,7 @@ void Print(const Explanation& explanation, const Platform& platform, const Texts
 ExitStatus RunStatus(Session& session) {
   const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
+  const HeldRequest held(host.GetPlatform());
   Explanation explanation;
   if (session.Options().json)
     explanation.reply = host.CallMethod(FindHealthMethod(host), machine);

@@ -82,9 +82,9 @@ std::string Style::Headline(Verdict verdict, const std::string& word, const std:
 std::string Style::Cause(const std::string& label, const ToldCause& cause) const {
   std::string lines;
   for (const std::string& line : cause.lines)
-    lines += WrapLines(lines.empty() ? kIndent : 2 * kIndent, "",
-                       lines.empty() ? label + line : line) +
-             "\n";
+    lines +=
+        WrapLines(lines.empty() ? kIndent : 2 * kIndent, "", lines.empty() ? label + line : line) +
+        "\n";
   return lines + Command(cause.show);
 }
 

@@ -27,6 +27,8 @@ std::vector<Element> ReadAll(void (*handOver)(void (*)(void*, const Element*), v
 Platform::Platform(const std::string& path, Scope scope)
     : library_(path, RTLD_NOW | (scope == Scope::All ? RTLD_GLOBAL : RTLD_LOCAL), "the platform",
                "Build it, or name another with --platform."),
+      hold_(library_.FindFunction<decltype(hold_)>("VELAPlatformHoldRequest")),
+      release_(library_.FindFunction<decltype(release_)>("VELAPlatformReleaseRequest")),
       reset_(library_.FindFunction<decltype(reset_)>("VELAPlatformSourcesReset")),
       sources_(library_.FindFunction<decltype(sources_)>("VELAPlatformSources")),
       notes_(library_.FindFunction<decltype(notes_)>("VELAPlatformNotes")),
@@ -77,6 +79,14 @@ std::vector<VELAPart> Platform::ReadParts() const { return ReadAll<VELAPart>(par
 
 std::vector<VELAEvidence> Platform::ReadEvidence() const {
   return ReadAll<VELAEvidence>(evidence_);
+}
+
+HeldRequest::HeldRequest(const Platform& platform) : platform_(platform) {
+  if (platform_.hold_ != nullptr) platform_.hold_();
+}
+
+HeldRequest::~HeldRequest() {
+  if (platform_.release_ != nullptr) platform_.release_();
 }
 
 Recorder::Recorder(const std::string& path, const Platform& platform)

@@ -12,6 +12,7 @@
 #include "platform/status/evidence.h"
 #include "platform/status/notes.h"
 #include "platform/status/parts.h"
+#include "platform/status/request_hold.h"
 #include "platform/status/source_status.h"
 
 namespace host {
@@ -45,7 +46,10 @@ class Platform {
   const std::string& Path() const { return library_.Path(); }
 
  private:
+  friend class HeldRequest;
   Library library_;
+  decltype(&VELAPlatformHoldRequest) hold_;
+  decltype(&VELAPlatformReleaseRequest) release_;
   decltype(&VELAPlatformSourcesReset) reset_;
   decltype(&VELAPlatformSources) sources_;
   decltype(&VELAPlatformNotes) notes_;
@@ -54,6 +58,19 @@ class Platform {
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;
+};
+
+// While it lives, what this thread asks of the platform, answer, parts and evidence, comes from one
+// look at the machine.
+class HeldRequest {
+ public:
+  explicit HeldRequest(const Platform& platform);
+  ~HeldRequest();
+  HeldRequest(const HeldRequest&) = delete;
+  HeldRequest& operator=(const HeldRequest&) = delete;
+
+ private:
+  const Platform& platform_;
 };
 
 // What stands between a platform and the modules, and keeps what the machine answered.

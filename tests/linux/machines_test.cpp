@@ -11,6 +11,7 @@
 
 #include "platform/linux/contract/request.h"
 #include "platform/linux/notes/notes.h"
+#include "platform/status/evidence.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/source_statuses.h"
 #include "vela_conf.h"
@@ -153,6 +154,52 @@ void TellNotes(std::ostream& out) {
   out << ToldNotes("note: ", "\n");
 }
 
+// The part, and what of it is known: "part: disk well Disk 1 sda; ...".
+void TellParts(std::ostream& out) {
+  VELAPlatformParts(
+      [](void* taker, const VELAPart* part) {
+        std::ostream& told = *static_cast<std::ostream*>(taker);
+        told << "part: " << source_status::kPartKindNames[static_cast<std::size_t>(part->kind)]
+             << " " << source_status::kPartStateNames[static_cast<std::size_t>(part->state)] << " "
+             << part->name;
+        const std::pair<const char*, const char*> texts[] = {
+            {"device", part->device}, {"path", part->path},   {"in", part->parent},
+            {"bay", part->bay},       {"slot", part->slot},   {"port", part->port},
+            {"at", part->mountPoint}, {"model", part->model}, {"serial", part->serial}};
+        for (const auto& [name, text] : texts)
+          if (*text != '\0') told << "; " << name << " " << text;
+        if (part->size != 0) told << "; " << part->size << " bytes";
+        // What is used of a real mount changes while the test runs.
+        if (part->total != 0) told << "; has a capacity";
+        if (*part->unit != '\0') told << "; " << part->reading << " " << part->unit;
+        if (part->mark != 0) told << " against " << part->mark;
+        told << "\n";
+      },
+      &out);
+}
+
+// "evidence: array_degraded for storage overview: md0 3 of 4; missing Disk 3 [show] [mend]"
+void TellEvidence(std::ostream& out) {
+  VELAPlatformEvidence(
+      [](void* taker, const VELAEvidence* record) {
+        std::ostream& told = *static_cast<std::ostream*>(taker);
+        told << "evidence: " << record->key << " for " << record->check << ": " << record->part;
+        told << " " << record->figure << " of " << record->mark;
+        if (record->other != 0) told << ", " << record->other;
+        if (*record->words != '\0') told << ", \"" << record->words << "\"";
+        if (*record->path != '\0') told << ", in " << record->path;
+        if (record->since != 0) told << ", since " << record->since;
+        for (std::uint32_t i = 0; i < record->relatedCount; ++i)
+          told << "; " << record->related[i].relation << " " << record->related[i].part;
+        if (record->moreRelated != 0) told << "; " << record->moreRelated << " more";
+        told << " [" << record->show << "]";
+        for (const char* command : record->mend)
+          if (*command != '\0') told << " [" << command << "]";
+        told << "\n";
+      },
+      &out);
+}
+
 std::string TellAll() {
   VELAPlatformSourcesReset();
   std::ostringstream out;
@@ -165,6 +212,8 @@ std::string TellAll() {
   TellSmart(out);
   TellSources(out);
   TellNotes(out);
+  TellParts(out);
+  TellEvidence(out);
   return out.str();
 }
 
