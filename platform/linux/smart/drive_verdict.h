@@ -50,6 +50,7 @@ struct DriveRemark {
 struct DriveVerdict {
   DriveHealth health = DriveHealth::Well;
   std::vector<DriveRemark> remarks;
+  bool unseen = false;  // nobody watches the drive: well only for want of knowledge
 
   void Add(DriveRemark remark);
 };

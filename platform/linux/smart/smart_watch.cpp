@@ -74,6 +74,7 @@ DriveVerdict SmartWatch::Judge(const std::string& device, const std::string& pat
     return verdict;
   }
   NoteUnwatched(DescribeGap(device, kind, drive), name + " (" + device + ")");
+  verdict.unseen = true;
   return verdict;
 }
 

@@ -7,7 +7,6 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/storage/disk_class.h"
-#include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 
 namespace linux_platform {
@@ -128,6 +127,7 @@ void ReadMappings(const std::vector<std::string>& blockDevices, Redundancy& redu
     if (hasCopies) redundancy.withCopies.insert(name);
     AddHealth(name, mapping.health, redundancy);
   }
+  redundancy.mappings = std::move(snapshot.mappings);
 }
 
 }  // namespace

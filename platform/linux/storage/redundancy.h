@@ -10,6 +10,7 @@
 #include "platform/linux/storage/block.h"
 #include "platform/linux/storage/expected_arrays.h"
 #include "platform/linux/storage/expected_snapshot.h"
+#include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md.h"
 #include "platform/linux/storage/mounts.h"
 
@@ -22,6 +23,7 @@ struct Redundancy {
   std::map<std::string, Health> health;  // of arrays and mappings, by kernel name
   Health worst = Health::Normal;
   std::vector<Trouble> failures;                // what the collector could not say of them
+  std::vector<Mapping> mappings;                // as the collector last saw them
   std::vector<ExpectedArray> missing;           // of mdadm.conf, and not there
   std::vector<ExpectedSnapshot::Group> groups;  // of LVM, those that miss a disk
 

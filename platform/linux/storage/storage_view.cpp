@@ -5,43 +5,46 @@
 
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
-#include "platform/linux/storage/zfs.h"
 
 namespace linux_platform {
 
 StorageView ReadStorage(const Settings& settings) {
   StorageView view;
-  MountTable mounts;
-  if (!ReadMounts(mounts))
+  if (!ReadMounts(view.mounts))
     view.failure = std::string("the mount table could not be read: ") + std::strerror(errno);
+  const Mounts& mounts = *view.mounts;
   const auto fstab = ReadFstab();
-  Devices devices(*mounts, settings.List("esata.ports"));
+  view.devices = std::make_shared<Devices>(mounts, settings.List("esata.ports"));
+  Devices& devices = *view.devices;
   const std::vector<std::string> blockDevices = ListBlockDevices();
   view.listsDisks = !blockDevices.empty();
 
-  Redundancy redundancy = ReadRedundancy(blockDevices, *fstab, settings);
-  view.missing = FindMissing(*mounts, *fstab, devices, redundancy);
+  Redundancy& redundancy = view.redundancy = ReadRedundancy(blockDevices, *fstab, settings);
+  view.missing = FindMissing(mounts, *fstab, devices, redundancy);
   InternalVolumes volumes =
-      ReadVolumes(*mounts, settings, {fstab->targets, view.missing}, devices, redundancy);
+      ReadVolumes(mounts, settings, {fstab->targets, view.missing}, devices, redundancy);
   InternalDisks disks = ReadDisks(devices, blockDevices, redundancy.arrays, volumes.all);
   view.disks = std::move(disks.all);
   view.smart = std::move(disks.smart);
-  view.external = ChooseExternal(*mounts, devices);
+  view.external = ChooseExternal(mounts, devices);
+  for (std::string& pool : ListZpools()) {
+    const Health health = ReadZpool(pool);
+    view.pools.push_back({std::move(pool), health});
+  }
 
   view.overview = Worse(redundancy.worst, volumes.worst);
   for (const MissingStorage& missing : view.missing)
     view.overview = Worse(view.overview, missing.health);
-  const std::vector<std::string> pools = ListZpools();
-  for (const std::string& pool : pools) view.overview = Worse(view.overview, ReadZpool(pool));
+  for (const Zpool& pool : view.pools) view.overview = Worse(view.overview, pool.health);
   for (const WholeDisk& disk : view.disks) view.overview = Worse(view.overview, disk.health);
   view.volumes = std::move(volumes.all);
   view.systemCrashed = volumes.systemCrashed;
   view.hidden = std::move(volumes.hidden);
   view.diskFailures = std::move(redundancy.failures);
-  if (!pools.empty()) AddTrouble(MissZed(), view.diskFailures);
+  if (!view.pools.empty()) AddTrouble(MissZed(), view.diskFailures);
   // Who watches the devices that a container shows, its host knows.
   const bool isWatched = view.smart.gaps.empty() && view.diskFailures.empty();
-  if (!isWatched && IsContainer(*mounts)) {
+  if (!isWatched && IsContainer(mounts)) {
     view.smart.gaps.clear();
     view.diskFailures.clear();
   }

@@ -9,6 +9,11 @@
 
 namespace linux_platform {
 
+struct Zpool {
+  std::string name;
+  Health health = Health::Normal;
+};
+
 // The pools that are imported, whether anything of them is mounted or not.
 std::vector<std::string> ListZpools();
 
