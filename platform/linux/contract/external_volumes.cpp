@@ -4,9 +4,7 @@
 #include <memory>
 
 #include "platform/linux/base/log_once.h"
-#include "platform/linux/base/snapshot.h"
 #include "platform/linux/contract/request.h"
-#include "platform/linux/storage/program_mount_snapshot.h"
 #include "platform/status/source_status.h"
 #include "vela_storage.h"
 #include "velac.h"
@@ -25,39 +23,6 @@ bool IsOfClass(DiskClass kind, int volumeClass) {
   return volumeClass == (kind == DiskClass::Esata ? kEsataClass : kUsbClass);
 }
 
-// A program's file system is asked by the collector alone, which may wait for it.
-class CollectedSizes {
- public:
-  bool FindCapacity(const std::string& path, Capacity& capacity, Trouble& trouble) {
-    if (!state_) {
-      std::string reason;
-      state_ = ReadSnapshot(snapshot_, reason);
-      failure_ = *state_ == SnapshotState::Absent ? MissCollector("only root asks it")
-                                                  : ToTrouble(*state_, std::move(reason));
-    }
-    if (const ProgramMount* mount = snapshot_.FindMount(path)) {
-      capacity.size = mount->total;
-      capacity.available = mount->free;
-      return true;
-    }
-    trouble = failure_.IsNone() ? Trouble("it did not answer") : failure_;
-    return false;
-  }
-
- private:
-  std::optional<SnapshotState> state_;  // none: not read yet
-  ProgramMountSnapshot snapshot_;
-  Trouble failure_;
-};
-
-bool Measure(const ExternalVolume& volume, CollectedSizes& collected, Capacity& capacity,
-             Trouble& trouble) {
-  if (volume.isProgram) return collected.FindCapacity(volume.path, capacity, trouble);
-  if (ReadCapacity(volume.path, volume.device, capacity)) return true;
-  trouble = std::string(std::strerror(errno));
-  return false;
-}
-
 }  // namespace
 
 VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
@@ -67,21 +32,19 @@ VELA_MOUNT_VOL_INFO* VELAMountVolAllEnum(int, int volumeClass, int) {
   Trouble failure = view.failure;
 
   auto records = std::make_unique<VELA_MOUNT_VOL_INFO[]>(view.external.size());
-  CollectedSizes collected;
   std::size_t count = 0;
   for (const ExternalVolume& volume : view.external) {
     if (!IsOfClass(volume.kind, volumeClass)) continue;
-    Capacity capacity;
-    Trouble trouble;
-    if (!Measure(volume, collected, capacity, trouble)) {
-      failure = trouble;
-      failure.reason = "the capacity of " + volume.path + " could not be read: " + trouble.reason;
+    if (!volume.trouble.IsNone()) {
+      failure = volume.trouble;
+      failure.reason =
+          "the capacity of " + volume.path + " could not be read: " + volume.trouble.reason;
       continue;
     }
     VELA_MOUNT_VOL_INFO& record = records[count];
     volume.name.copy(record.name, sizeof record.name - 1);
-    record.totalSize = capacity.size;
-    record.freeSize = capacity.available;
+    record.totalSize = volume.capacity.size;
+    record.freeSize = volume.capacity.available;
     if (count > 0) records[count - 1].next = &record;
     ++count;
   }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/base/trouble.h"
 #include "platform/linux/storage/devices.h"
 #include "platform/linux/storage/mounts.h"
 
@@ -16,6 +17,8 @@ struct ExternalVolume {
   std::string path;
   dev_t device = 0;
   bool isProgram = false;  // a file system that a program serves, and that may hang
+  Capacity capacity = {};
+  Trouble trouble = {};  // why the capacity could not be read; none: it was
 };
 
 // A writable file system on disks that are all external, of one kind; once per file

@@ -5,6 +5,7 @@
 
 #include "platform/linux/base/root.h"
 #include "platform/linux/base/settings.h"
+#include "platform/linux/storage/external_capacity.h"
 
 namespace linux_platform {
 
@@ -27,6 +28,7 @@ StorageView ReadStorage(const Settings& settings) {
   view.disks = std::move(disks.all);
   view.smart = std::move(disks.smart);
   view.external = ChooseExternal(mounts, devices);
+  MeasureExternal(view.external);
   for (std::string& pool : ListZpools()) {
     const Health health = ReadZpool(pool);
     view.pools.push_back({std::move(pool), health});
@@ -38,6 +40,7 @@ StorageView ReadStorage(const Settings& settings) {
   for (const Zpool& pool : view.pools) view.overview = Worse(view.overview, pool.health);
   for (const WholeDisk& disk : view.disks) view.overview = Worse(view.overview, disk.health);
   view.volumes = std::move(volumes.all);
+  view.troubledSystem = std::move(volumes.troubledSystem);
   view.systemCrashed = volumes.systemCrashed;
   view.hidden = std::move(volumes.hidden);
   view.diskFailures = std::move(redundancy.failures);

@@ -21,6 +21,7 @@ struct StorageView {
   std::vector<ExternalVolume> external;
   bool listsDisks = false;  // there is a /sys to look at
   bool systemCrashed = false;
+  std::vector<InternalVolume> troubledSystem;  // "/" and "/var" that crashed or met errors
   Health overview = Health::Normal;  // the worst of all internal arrays, mappings, volumes, disks
   std::vector<MissingStorage> missing;  // what is configured and not there
   std::string failure;                  // why the mount table could not be read, in words

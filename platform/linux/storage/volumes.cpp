@@ -41,7 +41,10 @@ class VolumeReader {
     const VolumeChoice choice = ChooseVolumes(
         mounts_, skipRoot, [&](const Mount& mount) { return IsInternal(mount, fstab); });
     if (!choice.hidden.empty()) volumes_.hidden = ExplainHidden(*choice.hidden.front());
-    for (const Mount* mount : choice.reachable) volumes_.all.push_back(Describe(*mount));
+    for (const Mount* mount : choice.reachable) {
+      volumes_.worst = Worse(volumes_.worst, Judge(*mount));
+      volumes_.all.push_back(Describe(*mount));
+    }
     AddMissing(expected.missing, skipRoot);
     std::vector<std::string> paths;
     for (const InternalVolume& volume : volumes_.all) paths.push_back(volume.path);
@@ -87,6 +90,8 @@ class VolumeReader {
     Health beneath = Health::Normal;  // of the arrays, mappings and members that hold it
     Capacity capacity;
     int error = 0;  // why the capacity could not be read: errno
+    CrashSigns signs;
+    Ext4Errors errors;
     bool crashed = false;
   };
 
@@ -98,16 +103,16 @@ class VolumeReader {
     state.beneath = ReadHealthBeneath(mount);
     if (!ReadCapacity(mount.target, mount.device, state.capacity)) state.error = errno;
     if (devices_.IsFullBtrfs(mount)) state.capacity.available = 0;
-    CrashSigns signs = FindCrashSigns(mount);
+    CrashSigns& signs = state.signs = FindCrashSigns(mount);
     const Stack& stack = devices_.GetStack(mount);
     const bool isGone = stack.gone && !(redundancy_.HasCopies(stack) && !stack.disks.empty());
     signs.deviceGone = isGone || devices_.IsOffline(stack);
     signs.deviceFailed = state.beneath == Health::Danger;
     signs.unreadable = state.error == EIO;  // all that shows of an XFS that has shut down
-    const Ext4Errors errors = ReadErrors(mount);
-    if (errors.count > 0) {
+    state.errors = ReadErrors(mount);
+    if (state.errors.count > 0) {
       volumes_.worst = Worse(volumes_.worst, Health::Abnormal);
-      signs.errorsStoppedIt = ErrorsStoppedIt(mount, errors, ReadBootTime());
+      signs.errorsStoppedIt = ErrorsStoppedIt(mount, state.errors, ReadBootTime());
     }
     state.crashed = signs.Any();
     return state;
@@ -124,7 +129,10 @@ class VolumeReader {
       const Mount* mount = mounts_.FindAt(target);
       if (mount == nullptr || MayHang(mount->type)) continue;
       if (mounts_.FindHangingParent(*mount) != nullptr) continue;
-      if (ReadState(*mount).crashed) volumes_.systemCrashed = true;
+      const State& state = ReadState(*mount);
+      if (state.crashed) volumes_.systemCrashed = true;
+      if (state.crashed || state.errors.count > 0)
+        volumes_.troubledSystem.push_back(Describe(*mount));
     }
   }
 
@@ -132,6 +140,12 @@ class VolumeReader {
     const Mount* above = mounts_.FindHangingParent(mount);
     return mount.target + " was not looked at: it lies behind " + above->target + " (" +
            above->type + "), which may hang";
+  }
+
+  // The crash of a system volume is told by itself, not by the storage overview.
+  Health Judge(const Mount& mount) {
+    const State& state = ReadState(mount);
+    return state.crashed && !IsSystem(mount) ? Health::Danger : state.beneath;
   }
 
   InternalVolume Describe(const Mount& mount) {
@@ -144,13 +158,13 @@ class VolumeReader {
     volume.disks = devices_.GetStack(mount).disks;
     volume.capacity = state.capacity;
     volume.error = state.error;
+    volume.signs = state.signs;
+    volume.errors = state.errors;
+    volume.beneath = state.beneath;
     volume.status = state.crashed                       ? "crashed"
                     : HasWord(mount.superOptions, "ro") ? "read_only"
                     : state.beneath == Health::Abnormal ? "degraded"
                                                         : "normal";
-    // The crash of a system volume is told by itself, not by the storage overview.
-    const Health own = state.crashed && !IsSystem(mount) ? Health::Danger : state.beneath;
-    volumes_.worst = Worse(volumes_.worst, own);
     return volume;
   }
 

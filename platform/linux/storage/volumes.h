@@ -22,11 +22,15 @@ struct InternalVolume {
   std::vector<std::string> disks;
   Capacity capacity;
   int error = 0;  // why the capacity could not be read: errno
+  CrashSigns signs;
+  Ext4Errors errors;
+  Health beneath = Health::Normal;  // of the arrays, mappings and members that hold it
 };
 
 struct InternalVolumes {
   std::vector<InternalVolume> all;  // by path
   bool systemCrashed = false;       // the file system of "/" or "/var" has stopped working
+  std::vector<InternalVolume> troubledSystem;  // those that crashed or met errors
   Health worst = Health::Normal;
   std::string hidden;  // why the first volume that may not be looked at was not, in words
 };
