@@ -51,6 +51,8 @@ std::string FormatRelated(const VELARelatedPart& related, const Parts& parts, co
                          : texts.AddLabel(Sanitize(related.relation)) + name;
 }
 
+}  // namespace
+
 ToldCause FormatCause(const VELAEvidence& evidence, const Parts& parts, const Texts& texts) {
   ToldCause cause{{FormatSentence(evidence, parts, texts)}, Sanitize(evidence.show), {}};
   for (std::uint32_t i = 0; i < evidence.relatedCount; ++i)
@@ -64,8 +66,6 @@ ToldCause FormatCause(const VELAEvidence& evidence, const Parts& parts, const Te
     if (command[0] != '\0') cause.mend.push_back(Sanitize(command));
   return cause;
 }
-
-}  // namespace
 
 std::vector<ToldCause> FormatCauses(const Evidence& evidence, std::string_view check,
                                     const Texts& texts) {

@@ -25,8 +25,10 @@ struct Evidence {
   std::vector<VELAEvidence> records;
 };
 
-// The causes that speak for the check of that name, in their order; of no name all. A key without
-// a text is told with its figures.
+// Of one record. A key without a text is told with its figures.
+ToldCause FormatCause(const VELAEvidence& evidence, const Parts& parts, const Texts& texts);
+
+// The causes that speak for the check of that name, in their order; of no name all.
 std::vector<ToldCause> FormatCauses(const Evidence& evidence, std::string_view check,
                                     const Texts& texts);
 

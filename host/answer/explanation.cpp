@@ -51,6 +51,15 @@ std::string FormatOutcome(const CheckerResult& result, const SourceReports& sour
                         JoinNames(ListUnseen(result.name, sources, texts), texts));
 }
 
+std::string FormatCoverage(const Explanation& explanation, const Texts& texts) {
+  const std::vector<CheckerResult>& checkers = explanation.checkers;
+  if (checkers.empty()) return FormatSourcesLine(explanation.reply.sources, texts);
+  const auto made = std::ranges::count_if(checkers, [](const CheckerResult& result) {
+    return result.outcome == Outcome::Finding || result.outcome == Outcome::Nothing;
+  });
+  return texts.FormatUi("checks_made", std::to_string(made), std::to_string(checkers.size()));
+}
+
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results) {
   std::erase_if(results, [](const CheckerResult& result) { return !result.finding; });
   std::stable_sort(results.begin(), results.end(),

@@ -37,6 +37,9 @@ Explanation AskExplanation(const Host& host, const SimulatedMachine& machine);
 std::string FormatOutcome(const CheckerResult& result, const SourceReports& sources,
                           const Texts& texts);
 
+// "9 of 10 checks made"; where the module that explains is not loaded, how many sources were read.
+std::string FormatCoverage(const Explanation& explanation, const Texts& texts);
+
 // Those with a finding: the most urgent first, the earlier checker's on a tie.
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results);
 

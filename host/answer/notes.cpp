@@ -15,21 +15,20 @@ std::string NameNote(const VELANote& note) {
   return words + ")";
 }
 
+}  // namespace
+
 std::string FormatNote(const VELANote& note, const Texts& texts) {
   const std::string* text = texts.FindCounted("notes", note.key, note.figure);
-  if (text == nullptr) return NameNote(note);
-  return FillNames(*text, {{"part", note.part},
-                           {"figure", FormatFigure(note.figure)},
-                           {"mark", FormatFigure(note.mark)}});
+  if (text == nullptr) return Sanitize(NameNote(note));
+  return Sanitize(FillNames(*text, {{"part", note.part},
+                                    {"figure", FormatFigure(note.figure)},
+                                    {"mark", FormatFigure(note.mark)}}));
 }
-
-}  // namespace
 
 std::vector<ToldLine> FormatNotes(const Notes& notes, const Texts& texts) {
   std::vector<ToldLine> lines;
   for (const VELANote& note : notes)
-    lines.push_back(
-        {texts.FormatUi("note", Sanitize(FormatNote(note, texts))), Sanitize(note.command)});
+    lines.push_back({texts.FormatUi("note", FormatNote(note, texts)), Sanitize(note.command)});
   return lines;
 }
 

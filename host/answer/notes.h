@@ -11,6 +11,9 @@ namespace host {
 
 using Notes = std::vector<VELANote>;
 
+// "DIMM_A1 corrected 12 errors".
+std::string FormatNote(const VELANote& note, const Texts& texts);
+
 // One for each note, with the command that shows it: "Note: DIMM_A1 corrected 12 errors". A key
 // without a text is told with its figures. The page's render.js does the same.
 std::vector<ToldLine> FormatNotes(const Notes& notes, const Texts& texts);

@@ -14,15 +14,6 @@ std::string FormatPartText(const char* key, const std::string& value, const Text
   return FillPlaceholders(texts.Resolve(std::string("part:") + key), {value});
 }
 
-// The name as a person reads it: "Volume 1" for "volume_1", "UPS rack" for "rack".
-std::string NamePart(const VELAPart& part, const Texts& texts) {
-  const std::string name = Sanitize(part.name);
-  if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
-  constexpr std::string_view kVolume = "volume_";
-  const bool numbered = part.kind == PartKind::Volume && name.starts_with(kVolume);
-  return numbered ? FormatPartText("volume", name.substr(kVolume.size()), texts) : name;
-}
-
 // The nearest of the places that are known.
 std::string FormatPlace(const VELAPart& part, const Texts& texts) {
   if (part.bay[0] != '\0') return FormatPartText("bay", Sanitize(part.bay), texts);
@@ -37,6 +28,14 @@ const VELAPart* FindPart(const Parts& parts, std::string_view name) {
   const auto found = std::ranges::find(
       parts, name, [](const VELAPart& part) { return std::string_view(part.name); });
   return found != parts.end() ? &*found : nullptr;
+}
+
+std::string NamePart(const VELAPart& part, const Texts& texts) {
+  const std::string name = Sanitize(part.name);
+  if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
+  constexpr std::string_view kVolume = "volume_";
+  const bool numbered = part.kind == PartKind::Volume && name.starts_with(kVolume);
+  return numbered ? FormatPartText("volume", name.substr(kVolume.size()), texts) : name;
 }
 
 std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts) {

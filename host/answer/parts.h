@@ -15,6 +15,9 @@ using Parts = std::vector<VELAPart>;
 // Null when the platform told of no part of that name.
 const VELAPart* FindPart(const Parts& parts, std::string_view name);
 
+// The name as a person reads it: "Volume 1" for "volume_1", "UPS rack" for "rack".
+std::string NamePart(const VELAPart& part, const Texts& texts);
+
 // What a person needs to lay hands on it: "bay 3, WDC WD40EFRX, serial WD-1, was sdc". Of what is
 // no disk, also what it is in: "RAID 5, Volume 1". Empty where nothing is known.
 std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts);

@@ -92,6 +92,11 @@ class CommandLine {
       throw CLI::ValidationError(name,
                                  app_.get_subcommands().front()->get_name() + " has no use for it");
     }
+    const auto chosen = app_.get_subcommands();
+    if (common_.jsonForm == kCompleteForm && !chosen.empty() &&
+        chosen.front()->get_name() != "status")
+      throw CLI::ValidationError("--json=full",
+                                 chosen.front()->get_name() + " has no use for it; status has");
     if (common_.json && page_ == "-")
       throw CLI::ValidationError("--json", "report prints the page itself to -");
   }

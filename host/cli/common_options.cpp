@@ -15,6 +15,11 @@ std::string ReadEnvironment(const char* name) {
   return value != nullptr ? value : "";
 }
 
+std::string CheckJsonForm(const std::string& form) {
+  if (form == "document" || form == kCompleteForm) return "";
+  return "\"" + form + "\" is no form of it. Leave it out, or use --json=full";
+}
+
 // Of the names that a word of the command line may be: "Did you mean --scenario?", or nothing.
 std::string SuggestWord(const CLI::App& app, const Names& used, const std::string& what) {
   constexpr std::string_view kUnexpected = "not expected: ";
@@ -55,7 +60,10 @@ void AddCommonOptions(CLI::App& app, CommonOptions& options) {
       ->type_name("NAME|DIR")
       ->check([](const std::string& name) { return std::string(name.empty() ? "no name" : ""); });
   app.add_option("--lang", options.language, "en, de, fr, es, ja or zh-CN")->type_name("LANGUAGE");
-  app.add_flag("--json", options.json, "Print the answer as JSON and nothing else");
+  app.add_flag("--json{document}", options.jsonForm,
+               "Print the answer as JSON and nothing else; status --json=full the complete one")
+      ->check([](const std::string& form) { return CheckJsonForm(form); })
+      ->each([&options](const std::string&) { options.json = true; });
 }
 
 std::string FormatUsageError(const CLI::App& app, const Names& used, const std::string& what) {

@@ -11,12 +11,15 @@
 
 namespace host {
 
+constexpr const char* kCompleteForm = "full";  // of --json
+
 struct CommonOptions {
   std::string platform;  // "linux", "simulator" or the path of a library; empty: as fits
   std::string module;    // the path of the module; empty: the one beside this program
   std::string scenario;  // a name, or the path of a folder or file; empty: none
   std::string language;
   bool json = false;
+  std::string jsonForm;  // "document", or kCompleteForm
 };
 
 class Session {

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <set>
 
+#include "host/answer/complete_answer.h"
 #include "host/answer/coverage.h"
 #include "host/answer/evidence.h"
 #include "host/answer/explanation.h"
@@ -85,6 +86,12 @@ void Print(const Explanation& explanation, const Platform& platform, const Texts
 ExitStatus RunStatus(Session& session) {
   const SimulatedMachine machine = session.OpenMachine();
   const Host& host = session.GetHost();
+  if (session.Options().jsonForm == kCompleteForm) {
+    const CompleteAnswer complete = AskForEverything(host, machine);
+    std::cout << WriteCompleteAnswer(complete, session.GetTexts()) << '\n';
+    const Reply& reply = complete.explanation.reply;
+    return ChooseExitStatus(ParseAnswer(reply.document).rule, reply.sources);
+  }
   const HeldRequest held(host.GetPlatform());
   Explanation explanation;
   if (session.Options().json)

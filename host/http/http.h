@@ -37,6 +37,7 @@ HttpAnswer Problem(unsigned status, const char* title, const std::string& detail
 struct MachineQuery {
   std::string path;
   std::string scenario = {};  // of a demo; empty: none
+  std::string language = {};  // of the complete answer
   bool operator==(const MachineQuery&) const = default;
 };
 

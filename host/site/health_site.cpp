@@ -1,12 +1,13 @@
 #include "host/site/health_site.h"
 
 #include <charconv>
+#include <chrono>
 #include <optional>
 #include <utility>
 
 #include "common/json_writer.h"
-#include "host/answer/explanation.h"
-#include "host/answer/sources.h"
+#include "host/answer/complete_answer.h"
+#include "host/text/language.h"
 
 namespace host {
 namespace {
@@ -15,6 +16,7 @@ constexpr std::string_view kApi = "/api/";
 constexpr std::string_view kPage = "/";
 constexpr std::string_view kGallery = "/gallery.json";
 constexpr std::string_view kAnswer = "/answer";  // what the page asks for
+constexpr std::string_view kComplete = "/v1/health";
 constexpr std::string_view kMetrics = "/metrics";
 constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
 constexpr std::string_view kHealthz = "/healthz";  // whether this process serves
@@ -23,6 +25,18 @@ HttpAnswer NotStored(std::string json) {
   HttpAnswer answer{200, "application/json", std::move(json)};
   answer.headers.emplace_back("Cache-Control", "no-store");
   return answer;
+}
+
+std::vector<std::string> ListCodes() {
+  std::vector<std::string> codes;
+  for (const Language& language : ListLanguages()) codes.emplace_back(language.code);
+  return codes;
+}
+
+std::map<std::string, Texts> ReadTexts(const std::filesystem::path& folder) {
+  std::map<std::string, Texts> texts;
+  for (const std::string& code : ListCodes()) texts.emplace(code, Texts(folder, code));
+  return texts;
 }
 
 struct MethodName {
@@ -120,21 +134,22 @@ std::string AskForPage(const Host& host, const SimulatedMachine& machine) {
 
 HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
                        const std::filesystem::path& data, bool demo)
-    : host_(host), machine_(std::move(machine)), files_(data, demo) {
+    : host_(host),
+      machine_(std::move(machine)),
+      files_(data, demo),
+      texts_(ReadTexts(data / "texts")) {
   if (demo) demo_.emplace(host.GetPlatform(), data / "scenarios");
 }
 
 std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& request) const {
+  if (AsksMachine(request.path)) return RouteToMachine(request);
   if (request.path.starts_with(kApi)) {
-    if (FindMethod(request.path) != nullptr) return MachineQuery{std::string(request.path)};
     return Problem(404, "No such method",
                    "No loaded module has the API, version and method " +
                        std::string(request.path.substr(kApi.size())) + ".",
                    ListPaths(host_));
   }
-  if (request.path == kPage || request.path == kAnswer) return RoutePage(request);
   if (auto file = files_.Answer(request)) return *std::move(file);
-  if (request.path == kMetrics) return MachineQuery{std::string(kMetrics)};
   if (request.path == kHealthz) return HttpAnswer{200, "text/plain; charset=utf-8", "ok\n"};
   if (demo_ && request.path == kGallery) {
     return HttpAnswer{200, "application/json", demo_->Gallery()};
@@ -143,7 +158,14 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& requ
                  ListPaths(host_));
 }
 
-std::variant<HttpAnswer, MachineQuery> HealthSite::RoutePage(const HttpRequest& request) const {
+// The page is a file, and still shows a machine.
+bool HealthSite::AsksMachine(std::string_view path) const {
+  return path == kPage || path == kAnswer || path == kComplete || path == kMetrics ||
+         (path.starts_with(kApi) && FindMethod(path) != nullptr);
+}
+
+std::variant<HttpAnswer, MachineQuery> HealthSite::RouteToMachine(
+    const HttpRequest& request) const {
   const char* argument = request.argument("scenario");
   const std::string scenario = argument == nullptr ? "" : argument;
   if (argument != nullptr && !demo_) {
@@ -155,26 +177,40 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::RoutePage(const HttpRequest& 
         "No scenario has the name \"" + scenario + "\". The page /gallery lists all of them.");
   }
   if (request.path == kPage) return *files_.Answer(request);
-  return MachineQuery{std::string(kAnswer), scenario};
+  MachineQuery query{std::string(request.path), scenario};
+  if (request.path != kComplete) return query;
+  const char* wanted = request.argument("lang");
+  query.language = wanted != nullptr ? FindLanguage(wanted)
+                                     : ChooseAcceptedLanguage(request.header("Accept-Language"));
+  if (!query.language.empty()) return query;
+  return Problem(400, "No such language", "There are no texts in \"" + std::string(wanted) + "\".",
+                 ListCodes());
 }
 
 HttpAnswer HealthSite::AskMachine(const MachineQuery& query, std::size_t requests) const {
-  if (query.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine_)};
-  if (query.path != kAnswer) return AskMethod(*FindMethod(query.path), requests);
-  return NotStored(
-      AskForPage(host_, query.scenario.empty() ? machine_ : demo_->Open(query.scenario)));
+  const SimulatedMachine machine = query.scenario.empty() ? machine_ : demo_->Open(query.scenario);
+  if (query.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine)};
+  if (query.path == kAnswer) return NotStored(AskForPage(host_, machine));
+  const auto start = std::chrono::steady_clock::now();
+  HttpAnswer answer = query.path == kComplete
+                          ? AskComplete(machine, query.language)
+                          : NotStored(host_.CallForDocument(*FindMethod(query.path), machine));
+  metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
+  return answer;
+}
+
+HttpAnswer HealthSite::AskComplete(const SimulatedMachine& machine,
+                                   const std::string& language) const {
+  const CompleteAnswer complete = AskForEverything(host_, machine);
+  HttpAnswer answer = NotStored(WriteCompleteAnswer(complete, texts_.at(language)));
+  answer.headers.emplace_back("Content-Language", language);
+  answer.headers.emplace_back("Vary", "Accept-Language");
+  return answer;
 }
 
 const VELA::APIMethodRow* HealthSite::FindMethod(std::string_view path) const {
   const auto name = ParseMethod(path.substr(kApi.size()));
   return name ? host_.FindMethod(name->api, name->version, name->method) : nullptr;
-}
-
-HttpAnswer HealthSite::AskMethod(const MethodRow& method, std::size_t requests) const {
-  const auto start = std::chrono::steady_clock::now();
-  std::string document = host_.CallForDocument(method, machine_);
-  metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
-  return NotStored(std::move(document));
 }
 
 }  // namespace host

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -11,6 +13,7 @@
 #include "host/site/demo.h"
 #include "host/site/metrics.h"
 #include "host/site/static_files.h"
+#include "host/text/texts.h"
 
 namespace host {
 
@@ -28,12 +31,14 @@ class HealthSite : public Site {
   using MethodRow = VELA::APIMethodRow;
 
   const MethodRow* FindMethod(std::string_view path) const;
-  std::variant<HttpAnswer, MachineQuery> RoutePage(const HttpRequest& request) const;
-  HttpAnswer AskMethod(const MethodRow& method, std::size_t requests) const;
+  bool AsksMachine(std::string_view path) const;
+  std::variant<HttpAnswer, MachineQuery> RouteToMachine(const HttpRequest& request) const;
+  HttpAnswer AskComplete(const SimulatedMachine& machine, const std::string& language) const;
 
   const Host& host_;
   const SimulatedMachine machine_;
   const StaticFiles files_;
+  const std::map<std::string, Texts> texts_;  // by language; read at the start, by all threads
   std::optional<Demo> demo_;
   const Metrics metrics_;
 };

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdlib>
+#include <sstream>
 
 #include "host/text/failure.h"
 
@@ -15,6 +17,17 @@ std::string PrimaryTag(std::string_view locale) {
   std::transform(tag.begin(), tag.end(), tag.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return tag;
+}
+
+// Of "fr;q=0.9"; 1 where there is none, 0 where it cannot be read.
+double ReadWeight(std::string_view range) {
+  constexpr std::string_view kWeight = ";q=";
+  const std::size_t found = range.find(kWeight);
+  if (found == range.npos) return 1;
+  const std::string_view digits = range.substr(found + kWeight.size());
+  double weight = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), weight);
+  return weight;
 }
 
 // As setlocale(3) looks: the first that is set and not empty decides.
@@ -41,6 +54,21 @@ std::string FindLanguage(std::string_view locale) {
     if (tag == PrimaryTag(language.code)) return language.code;
   }
   return {};
+}
+
+std::string ChooseAcceptedLanguage(const char* header) {
+  std::string chosen = ListLanguages().front().code;
+  double best = 0;
+  std::istringstream ranges(header != nullptr ? header : "");
+  for (std::string range; std::getline(ranges, range, ',');) {
+    std::erase(range, ' ');
+    const std::string code = FindLanguage(range.substr(0, range.find(';')));
+    const double weight = ReadWeight(range);
+    if (code.empty() || weight <= best) continue;
+    best = weight;
+    chosen = code;
+  }
+  return chosen;
 }
 
 std::string ChooseLanguage(const std::string& wanted) {

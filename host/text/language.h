@@ -19,6 +19,10 @@ const std::vector<Language>& ListLanguages();
 // texts do not exist in it.
 std::string FindLanguage(std::string_view locale);
 
+// What an Accept-Language header ("de-CH, fr;q=0.9") likes best of them; null: none was sent.
+// English where it names none of ours.
+std::string ChooseAcceptedLanguage(const char* header);
+
 // The one of `wanted` when it is not empty (throws Failure(kUsage) when it is unknown),
 // else of the environment's LC_ALL, LC_MESSAGES or LANG, else English.
 std::string ChooseLanguage(const std::string& wanted);

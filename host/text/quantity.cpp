@@ -78,4 +78,12 @@ std::string FormatLocalTime(const char* format, std::int64_t time) {
   return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
+std::string FormatUtcTime(std::int64_t time) {
+  const auto seconds = static_cast<std::time_t>(time);
+  std::tm utc = {};
+  gmtime_r(&seconds, &utc);
+  char text[64];
+  return {text, std::strftime(text, sizeof text, "%FT%TZ", &utc)};
+}
+
 }  // namespace host

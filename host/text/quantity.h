@@ -26,5 +26,7 @@ std::string FormatUptime(const std::string& uptime, const Texts& texts);
 std::string FormatLocalTime(const char* format);
 // Of `time`, in seconds since 1970.
 std::string FormatLocalTime(const char* format, std::int64_t time);
+// "2024-02-29T12:00:00Z".
+std::string FormatUtcTime(std::int64_t time);
 
 }  // namespace host

@@ -24,6 +24,7 @@ class Texts {
   // `folder`/explain. Throws Failure(kUnavailable).
   Texts(const std::filesystem::path& folder, const std::string& language);
 
+  const std::string& Language() const { return language_; }
   // Null when there is no such text.
   const std::string* FindText(std::string_view section, std::string_view key) const;
   // The text in the plural form of `count`; null when there is no such text.

@@ -102,6 +102,28 @@ test("the page learns of sources and of findings that lost, from one answer", as
     ["not_made", "nothing", "finding"]);
 });
 
+test("the complete answer is in the language that was asked for", async () => {
+  const machine = scenario("two", {hardware: {fanFailed: true}, ups: {fails: true}});
+  const {port} = await serve("--scenario", machine);
+  for (const [query, accepted, language] of cases.languages) {
+    const {status, headers, body} = await ask(port, `/v1/health${query}`,
+      {headers: accepted === null ? {} : {"accept-language": accepted}});
+    const answer = JSON.parse(body), told = `${query} ${accepted} ${body}`;
+    if (language === null) {
+      assert.deepEqual([status, headers["content-type"], answer.available],
+        [400, kProblem, ["en", "de", "fr", "es", "ja", "zh-CN"]], told);
+      continue;
+    }
+    assert.deepEqual([status, headers["content-type"], headers["content-language"], headers.vary,
+      headers["cache-control"]], [200, "application/json", language, "Accept-Language", "no-store"]);
+    const printed = run(["--json=full", "--scenario", machine, "--lang", language]);
+    assert.deepEqual({...answer, time: ""}, {...JSON.parse(printed.out), time: ""}, told);
+    assert.ok(Math.abs(Date.parse(answer.time) - Date.now()) < 100_000, answer.time);
+    assert.deepEqual([answer.language, answer.exit_status], [language, printed.status]);
+    assert.deepEqual(answer.document, JSON.parse((await ask(port, kGet)).body));
+  }
+});
+
 test("previews and the gallery exist only in a demo", async () => {
   const demo = await serve("--demo"), plain = await healthy();
   for (const [path, status, words] of cases.demo) {
