@@ -120,9 +120,11 @@ class CommandLine {
   }
 
   void AddFindings() {
-    CLI::App* findings = Add(
-        "findings", "Every finding that can occur: meaning, what to do, where to look",
-        {"--lang", "--json"}, [this](Session& session) { return RunFindings(session, markdown_); });
+    CLI::App* findings =
+        Add("findings", "Every finding that can occur: meaning, what to do, where to look",
+            {"--lang", "--json"},
+            [this](Session& session) { return RunFindings(session, word_, markdown_); });
+    findings->add_option("WORD", word_, "Only those with this word in their title or name");
     findings->add_flag("--markdown", markdown_, "As a page of documentation")
         ->excludes(app_.get_option("--json"));
   }
@@ -176,7 +178,7 @@ class CommandLine {
   ServeOptions serve_;
   std::array<std::string, 2> sides_;
   bool markdown_ = false, realNames_ = false;
-  std::string to_, why_, page_;
+  std::string to_, why_, page_, word_;
   std::map<const CLI::App*, Names> used_;  // of the common options, by command
   Command command_ = [](Session& session) { return RunStatus(session); };
 };

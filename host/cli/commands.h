@@ -22,8 +22,9 @@ ExitStatus RunExplain(Session& session);
 // The exit status is b's.
 ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b);
 
-// The catalogue, on the terminal or as a Markdown page; as JSON with --json.
-ExitStatus RunFindings(Session& session, bool markdown);
+// The findings of the catalogue that have the word in their title, their name or their check's;
+// of an empty word all. On the terminal or as a Markdown page; as JSON with --json.
+ExitStatus RunFindings(Session& session, const std::string& word, bool markdown);
 
 // Makes the folder with state.json, whose `why` is the line for people (empty: when and what
 // was captured), and expected.json, the answer. Aliases stand for names and serial numbers unless

@@ -9,6 +9,7 @@
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/notes.h"
+#include "host/answer/remedies.h"
 #include "host/answer/sources.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
@@ -32,8 +33,14 @@ void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& text
                  const Style& style) {
   const std::string label = texts.AddLabel(texts.FormatUi("do"));
   std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
-  for (const ToldCause& cause : causes)
+  bool named = false;
+  for (const ToldCause& cause : causes) {
     for (const std::string& command : cause.mend) std::cout << style.Command(command);
+    named = named || !cause.mend.empty();
+  }
+  if (named) return;
+  for (const std::string_view command : ListGenericCommands(finding))
+    std::cout << style.Command(std::string(command));
 }
 
 // The findings that lost, a line each, with their first cause. What reads like an earlier one, as

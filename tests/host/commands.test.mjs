@@ -142,9 +142,10 @@ test("findings is the page in the documentation", () => {
     "run: vela-health findings --markdown --lang en > docs/findings.md");
   const rows = json("findings", "--lang", "de"), plain = run(["findings", "--lang", "de"]);
   assert.deepEqual([rows.length, plain.status], [page.match(/^## /gm).length, 0]);
-  for (const {id, text, priority, title, meaning, ignored, do: remedy, where} of rows) {
-    const head = `  ${title}  Priorität ${String(priority).replace(".", ",")}, ${id}/${text}\n`;
-    for (const words of [head, meaning, ignored, remedy, where])
+  for (const {id, text, priority, title, meaning, ignored, do: remedy, how, where} of rows) {
+    const name = `\n  Priorität ${String(priority).replace(".", ",")}, ${id}/${text}\n`;
+    const typed = how.map(command => `\n       ${command}`).join("");
+    for (const words of [`: ${title}\n`, meaning, ignored, `${remedy}${typed}\n`, where, name])
       assert.ok(plain.out.includes(words), words);
   }
 });

@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import {existsSync, readFileSync, readdirSync} from "node:fs";
 import {join} from "node:path";
 import test from "node:test";
-import {languages, source} from "./support/program.mjs";
+import {languages, run, source} from "./support/program.mjs";
 
 const read = file => readFileSync(join(source, file), "utf8");
 const readJson = file => JSON.parse(read(file));
@@ -70,12 +70,35 @@ test("a language keeps to its own words and marks", () => {
     assert.deepEqual(linesOf(files).filter(line => odd[language].test(line)), [], language);
 });
 
-test("a remedy's placeholder is no name, and the same in every language", () => {
-  const commands = texts => texts.match(/[\w./@-]*(\/dev\/|\/MOUNT|GROUP\/)[\w./-]*/g) ?? [];
-  for (const [id, advice] of findings(texts.get("en"))) {
-    for (const name of commands(advice.do + advice.where)) assert.match(name, /[A-Z]{3}/, id);
-    for (const [language, [file]] of texts)
-      assert.deepEqual(commands(file[id].do), commands(advice.do), `${language} ${id}`);
+const remedies = JSON.parse(run(["findings", "--json", "--lang", "en"]).out);
+
+test("what to do is short and holds no command", () => {
+  const programs = new Set(remedies.flatMap(({how}) => how).map(command => command.split(" ")[0]));
+  programs.delete("du");  // French, too
+  assert.ok(programs.size > 10);
+  for (const [language, files] of texts) {
+    for (const [id, {do: told}] of findings(files)) {
+      assert.doesNotMatch(told, /[()（）`|]|\/[A-Z]|--|…/, `${language} ${id}`);
+      for (const word of told.split(/[^\w-]+/)) assert.ok(!programs.has(word), `${language} ${id}`);
+      assert.ok(told.match(/[.。]/g).length <= 3 && told.length <= 180, `${language} ${id}`);
+    }
+  }
+});
+
+test("a remedy's commands have placeholders and destroy nothing and save first", () => {
+  // What they may name is on every Debian machine, or begins with capitals.
+  const known = /^\/(proc\/mdstat|var\/log\/lynis-report\.dat|etc\/velainfo\.conf)$/;
+  const harm = /\b(dd|mkfs|rm|wipefs|shred|fdisk|fsck|repair)\b|--(force|create|delete|zero)|-f\b|>/;
+  for (const {id, text, type, how} of remedies) {
+    assert.ok(id === "system_health" ? how.length === 0 : [1, 2, 3].includes(how.length), id + text);
+    for (const command of how) {
+      assert.ok(!harm.test(command) && command.length <= 72, command);
+      for (const word of command.split(" ").filter(each => /^\/|\/$/.test(each)))
+        assert.ok(known.test(word) || /^(\/dev)?\/?[A-Z][A-Z@:/-]+$/.test(word), command);
+    }
+    const saves = how.findIndex(command => /^(rsync|cp) .*-(a|n) \/PATH/.test(command));
+    if (type === 0 && id !== "securityscan_status_danger")
+      assert.ok(saves >= 0 && !how.slice(0, saves).some(each => /^(mount|mdadm)/.test(each)), id);
   }
 });
 
