@@ -8,7 +8,9 @@ using namespace linux_platform;
 void VELAPlatformParts(VELATakePart take, void* taker) {
   const RequestScope request;
   const TakePart each = [take, taker](const VELAPart& part) { take(taker, &part); };
-  TellStorageParts(request->GetStorage(), each);
+  TellStorageParts({request->GetStorage(), request->GetExpansionUnits(),
+                    request->GetCurrentSettings().settings, request->GetFactorySettings().settings},
+                   each);
   TellChassisParts(request->GetChassis(), each);
   TellUnitParts(request->GetExpansionUnits(), each);
   TellNodeParts(request->GetClusterServices(), each);

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "platform/linux/base/settings.h"
 #include "platform/linux/chassis/chassis.h"
 #include "platform/linux/chassis/expansion_units.h"
 #include "platform/linux/network/netlink.h"
@@ -15,8 +16,14 @@ namespace linux_platform {
 
 using TakePart = std::function<void(const VELAPart&)>;
 
+struct StorageSources {
+  const StorageView& view;
+  const ExpansionUnits& units;
+  const Settings& current;
+  const Settings& factory;
+};
 // Disks with their bays, arrays, mappings, volumes, external volumes and LUNs.
-void TellStorageParts(const StorageView& view, const TakePart& take);
+void TellStorageParts(const StorageSources& sources, const TakePart& take);
 // Fans, supplies and temperatures.
 void TellChassisParts(const Chassis& chassis, const TakePart& take);
 void TellUnitParts(const ExpansionUnits& units, const TakePart& take);

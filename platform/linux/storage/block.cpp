@@ -115,6 +115,21 @@ std::string GetWholeDisk(const std::string& folder) {
   return std::string(LastComponent(std::string_view(folder).substr(0, folder.rfind('/'))));
 }
 
+std::string FindDiskOf(const std::string& device) {
+  if (IsDiskName(device)) return device;
+  const std::string folder = LinkTarget(Sys("/class/block/", device));
+  return folder.empty() ? device : GetWholeDisk(folder);
+}
+
+std::string FindHolder(const std::string& device) {
+  const std::string folder = Sys("/block/", device);
+  std::vector<std::string> holders = NamesIn(Within(folder, "holders"));
+  for (const std::string& entry : NamesIn(folder))
+    if (holders.empty() && entry.starts_with(device))
+      holders = NamesIn(Concatenate(folder, "/", entry, "/holders"));
+  return holders.empty() ? std::string() : holders.front();
+}
+
 std::vector<std::string> ListBlockDevices() { return NamesIn(Sys("/block")); }
 
 bool IsDiskName(std::string_view name) {

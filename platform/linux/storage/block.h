@@ -34,6 +34,11 @@ Stack ReadStack(std::string_view node);
 // folder lies in its disk's.
 std::string GetWholeDisk(const std::string& folder);
 
+// The whole disk that a device is or lies on, by the kernel's names; itself where /sys lacks it.
+std::string FindDiskOf(const std::string& device);
+// The first device that has been made of the device or of one of its partitions; "" for none.
+std::string FindHolder(const std::string& device);
+
 // The whole disks and arrays that /sys/block lists, sorted.
 std::vector<std::string> ListBlockDevices();
 

@@ -8,12 +8,6 @@
 namespace linux_platform {
 namespace {
 
-std::string FindDiskHolding(const std::string& device) {
-  if (IsDiskName(device)) return device;
-  const std::string folder = LinkTarget(Sys("/class/block/", device));
-  return folder.empty() ? device : GetWholeDisk(folder);
-}
-
 // What the arrays say of one disk.
 struct Membership {
   std::string array;  // the first that it serves
@@ -41,19 +35,9 @@ std::map<std::string, Membership> ListMemberships(const Devices& devices,
   for (const MdArray& array : arrays) {
     const bool isSystem = CarriesRootOrSwap(devices, array.name);
     for (const MdMember& member : array.members)
-      AddMember(array, member, isSystem, memberships[FindDiskHolding(member.device)]);
+      AddMember(array, member, isSystem, memberships[FindDiskOf(member.device)]);
   }
   return memberships;
-}
-
-// The first device that has been made of the disk or of one of its partitions; "" for none.
-std::string FindHolder(const std::string& device) {
-  const std::string folder = Sys("/block/", device);
-  std::vector<std::string> holders = NamesIn(Within(folder, "holders"));
-  for (const std::string& entry : NamesIn(folder))
-    if (holders.empty() && entry.starts_with(device))
-      holders = NamesIn(Concatenate(folder, "/", entry, "/holders"));
-  return holders.empty() ? std::string() : holders.front();
 }
 
 // iSCSI: the session above the disk. NVMe over a network: its controller.
@@ -113,6 +97,7 @@ class DiskReader {
     WholeDisk disk;
     disk.device = device;
     disk.name = "Disk " + std::to_string(number);
+    disk.array = membership.array;
     disk.usedBy = FindUser(device, membership);
     disk.disconnected = IsDisconnected(device, path);
     const bool offline = devices_.GetFacts(device).offline;

@@ -16,6 +16,7 @@ struct WholeDisk {
   std::string name;               // for people: "Disk 2"
   const char* status = "normal";  // or "warning", "crashed", "system_crashed"; static
   std::string usedBy;             // an array's or volume's name, "hotspare", or ""
+  std::string array;              // the first that it is a member of, in use or not
   Health health = Health::Normal;
   bool disconnected = false;  // a remote one that lost its session
   DriveVerdict smart;         // of its own health values, with what is worth a note

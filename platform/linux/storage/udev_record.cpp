@@ -4,15 +4,26 @@
 #include "platform/linux/base/sysfs.h"
 
 namespace linux_platform {
+namespace {
 
-std::string ReadUdevProperty(const std::string& number, std::string_view key) {
+std::string ReadRecord(const std::string& number) {
   std::string record;
   ReadSmallFile(BelowRoot("/run/udev/data/b", number).c_str(), std::size_t{64} << 10, record);
-  return FindUdevProperty(record, key);
+  return record;
+}
+
+}  // namespace
+
+std::string ReadUdevProperty(const std::string& number, std::string_view key) {
+  return FindUdevProperty(ReadRecord(number), key);
+}
+
+std::string ReadUdevRecordOf(const std::string& device) {
+  return ReadRecord(Attribute(Sys("/class/block/", device, "/dev")));
 }
 
 std::string ReadUdevPropertyOf(const std::string& device, std::string_view key) {
-  return ReadUdevProperty(Attribute(Sys("/class/block/", device, "/dev")), key);
+  return FindUdevProperty(ReadUdevRecordOf(device), key);
 }
 
 std::string FindUdevProperty(std::string_view record, std::string_view key) {

@@ -1,0 +1,57 @@
+#include <algorithm>
+
+#include "common/text.h"
+#include "platform/linux/base/sysfs.h"
+#include "platform/linux/parts/storage_parts.h"
+
+namespace linux_platform {
+namespace {
+
+using source_status::PartKind, source_status::PartState;
+
+// A member that is being filled works, and is not yet what its array needs.
+bool IsFilling(const MdArray& array, const WholeDisk& disk) {
+  return std::ranges::any_of(array.members, [&disk](const MdMember& member) {
+    return member.Has("spare") && !member.IsHotSpare() && FindDiskOf(member.device) == disk.device;
+  });
+}
+
+PartState JudgeDisk(const StorageView& view, const WholeDisk& disk) {
+  if (std::string_view(disk.status).ends_with("crashed") || disk.disconnected)
+    return PartState::Failed;
+  const auto array = std::ranges::find(view.redundancy.arrays, disk.array, &MdArray::name);
+  const bool filling = array != view.redundancy.arrays.end() && IsFilling(*array, disk);
+  if (disk.health != Health::Normal || filling) return PartState::Attention;
+  return disk.smart.unseen ? PartState::Unknown : PartState::Well;
+}
+
+std::string FindParent(const WholeDisk& disk) {
+  if (!disk.array.empty()) return disk.array;
+  return disk.usedBy == "system" ? "" : NameDevice(disk.usedBy);
+}
+
+void FillIdentity(const DiskIdentity& disk, VELAPart& part) {
+  common::FillField(part.device, disk.device);
+  common::FillField(part.model, disk.model);
+  common::FillField(part.serial, disk.serial);
+  part.size = disk.size;
+}
+
+}  // namespace
+
+void TellDiskParts(const StorageView& view, const Bays& bays, const TakePart& take) {
+  std::vector<VELAPart> parts;
+  for (const WholeDisk& disk : view.disks) {
+    VELAPart& part = parts.emplace_back(MakePart(PartKind::Disk, JudgeDisk(view, disk), disk.name));
+    const DiskIdentity identity =
+        ReadDiskIdentity(disk.device, view.devices->GetFacts(disk.device).path);
+    FillIdentity(identity, part);
+    common::FillField(part.path, GetNode(disk.device));
+    common::FillField(part.parent, FindParent(disk));
+    bays.Place(identity, part);
+  }
+  for (const VELAPart& part : parts) take(part);
+  bays.TellEmpty(parts, take);
+}
+
+}  // namespace linux_platform
