@@ -19,6 +19,7 @@ constexpr std::string_view kAnswer = "/answer";  // what the page asks for
 constexpr std::string_view kComplete = "/v1/health";
 constexpr std::string_view kMetrics = "/metrics";
 constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
+constexpr std::string_view kOpenApi = "/openapi.json";
 constexpr std::string_view kHealthz = "/healthz";  // whether this process serves
 
 HttpAnswer NotStored(std::string json) {
@@ -56,7 +57,7 @@ std::optional<MethodName> ParseMethod(std::string_view path) {
   return name;
 }
 
-std::vector<std::string> ListPaths(const Host& host) {
+std::vector<std::string> ListMethods(const Host& host) {
   std::vector<std::string> paths;
   for (const Module& module : host.Modules()) {
     for (const VELA::APIMethodRow& row : module) {
@@ -64,6 +65,13 @@ std::vector<std::string> ListPaths(const Host& host) {
                       row.method);
     }
   }
+  return paths;
+}
+
+std::vector<std::string> ListPaths(const Host& host) {
+  std::vector<std::string> paths = ListMethods(host);
+  for (const std::string_view path : {kComplete, kMetrics, kHealthz, kOpenApi, kPage})
+    paths.emplace_back(path);
   return paths;
 }
 
@@ -147,7 +155,7 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& requ
     return Problem(404, "No such method",
                    "No loaded module has the API, version and method " +
                        std::string(request.path.substr(kApi.size())) + ".",
-                   ListPaths(host_));
+                   ListMethods(host_));
   }
   if (auto file = files_.Answer(request)) return *std::move(file);
   if (request.path == kHealthz) return HttpAnswer{200, "text/plain; charset=utf-8", "ok\n"};

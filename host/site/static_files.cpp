@@ -103,6 +103,15 @@ std::string PickNotes(const std::string& json) {
   return common::WriteCompact(notes, common::Charset::Utf8);
 }
 
+// The description of the API, without the blanks that make the source readable.
+std::string MinifyJson(const std::filesystem::path& file) {
+  Json::Value value;
+  if (!common::ParseJson(ReadFile(file), value)) {
+    throw Failure(kUnavailable, file.string() + " is damaged: build or install the program again.");
+  }
+  return common::WriteCompact(value, common::Charset::Utf8);
+}
+
 // As small as it gets.
 std::string Gzip(const std::string& bytes) {
   constexpr int kGzip = 15 + 16;  // the largest window, with gzip's head and sum
@@ -149,6 +158,7 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
     sources += files_[page.path].plain.bytes;
   }
   if (demo) std::for_each(std::begin(kDemo), std::end(kDemo), add);
+  Add("/openapi.json", "application/json", MinifyJson(data / "www/openapi.json"));
   for (const Language& language : ListLanguages()) {
     const std::string name = std::string(language.code) + ".json";
     const std::string texts = ReadFile(data / "texts" / name);

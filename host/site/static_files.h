@@ -13,8 +13,8 @@ namespace host {
 
 class StaticFiles {
  public:
-  // The page in `data`/www and the texts in `data`/texts. Throws Failure when one is missing.
-  // With `demo` the gallery, too.
+  // The page and the API's description in `data`/www, the texts in `data`/texts. Throws Failure
+  // when one is missing. With `demo` the gallery, too.
   StaticFiles(const std::filesystem::path& data, bool demo);
 
   // The file at the request's path ("/", "/widget.js", "/texts/de.json"), packed for who can
