@@ -25,10 +25,11 @@ struct HttpAnswer {
   const char* contentType = "text/plain; charset=utf-8";
   std::string body;
   std::vector<std::pair<const char*, std::string>> headers = {};  // beside the usual ones
+  std::string page = {};  // HTML for whoever asks for that instead; empty: all get the body
 };
 
-// An error answer: application/problem+json (RFC 9457). `available` names what the caller could
-// ask for instead; left out when empty.
+// An error answer: application/problem+json (RFC 9457), and a page for a browser. `available`
+// names what the caller could ask for instead; left out when empty.
 HttpAnswer Problem(unsigned status, const char* title, const std::string& detail,
                    const std::vector<std::string>& available = {});
 

@@ -2,6 +2,7 @@
 
 #include <microhttpd.h>
 
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -19,29 +20,39 @@ constexpr std::pair<const char*, const char*> kHeaders[] = {
      "frame-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'self'"},
 };
 
-std::shared_ptr<MHD_Response> CreateResponse(std::string&& text) {
+std::shared_ptr<MHD_Response> CreateResponse(std::string&& text, const char* contentType,
+                                             const HttpAnswer& answer) {
   auto body = std::make_unique<std::string>(std::move(text));
   MHD_Response* response = MHD_create_response_from_buffer_with_free_callback_cls(
       body->size(), body->data(), [](void* owner) { delete static_cast<std::string*>(owner); },
       body.get());
   if (response == nullptr) throw std::bad_alloc();
   static_cast<void>(body.release());  // the response's from now on
+  MHD_add_response_header(response, "Content-Type", contentType);
+  for (const auto& [name, value] : kHeaders) MHD_add_response_header(response, name, value);
+  for (const auto& [name, value] : answer.headers)
+    MHD_add_response_header(response, name, value.c_str());
   return {response, &MHD_destroy_response};
+}
+
+// Browsers name HTML when they follow a link; programs, and a page's own scripts, do not.
+bool WantsPage(MHD_Connection* connection) {
+  const char* accepted = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "Accept");
+  return accepted != nullptr && std::strstr(accepted, "text/html") != nullptr;
 }
 
 }  // namespace
 
 PreparedAnswer::PreparedAnswer(HttpAnswer answer)
-    : status_(answer.status), response_(CreateResponse(std::move(answer.body))) {
-  MHD_add_response_header(response_.get(), "Content-Type", answer.contentType);
-  for (const auto& [name, value] : kHeaders) MHD_add_response_header(response_.get(), name, value);
-  for (const auto& [name, value] : answer.headers) {
-    MHD_add_response_header(response_.get(), name, value.c_str());
-  }
+    : status_(answer.status),
+      response_(CreateResponse(std::move(answer.body), answer.contentType, answer)) {
+  if (!answer.page.empty())
+    page_ = CreateResponse(std::move(answer.page), "text/html; charset=utf-8", answer);
 }
 
 bool PreparedAnswer::SendTo(MHD_Connection* connection) const {
-  return MHD_queue_response(connection, status_, response_.get()) == MHD_YES;
+  const bool page = page_ != nullptr && WantsPage(connection);
+  return MHD_queue_response(connection, status_, (page ? page_ : response_).get()) == MHD_YES;
 }
 
 }  // namespace host

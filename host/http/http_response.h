@@ -22,6 +22,7 @@ class PreparedAnswer {
  private:
   unsigned status_;
   std::shared_ptr<MHD_Response> response_;
+  std::shared_ptr<MHD_Response> page_;  // null: everybody gets the response
 };
 
 }  // namespace host

@@ -124,6 +124,41 @@ test("the complete answer is in the language that was asked for", async () => {
   }
 });
 
+test("the complete answer tells what the platform told and nothing that it did not", async () => {
+  const {state, ...told} = cases.told;
+  const {port} = await serve("--scenario", scenario("told", state));
+  const answer = JSON.parse((await ask(port, "/v1/health?lang=en")).body);
+  const own = list => list.map(({text, ...raw}) => raw);
+  const {parts, evidence, notes, findings: [{check, why}]} = answer;
+  const source = answer.sources.find(({name}) => name === "SAN");
+  assert.deepEqual({source, parts, evidence: own(evidence), why: own(why), notes}, told);
+  assert.equal(check, "system status");
+  assert.deepEqual([why[0].text, why[1].text], [evidence[0].text, evidence[2].text]);
+  assert.match(evidence[0].text.join(), /^k \(s \(bay b.*\), 6, 7\),r: x,/);
+  const outcomes = answer.checks.map(({outcome}) => outcome);
+  assert.deepEqual(["finding", "not_made", "accepted", "nothing"].map(each =>
+    outcomes.filter(outcome => outcome === each).length), [1, 1, 1, 7]);
+  assert.equal(answer.coverage, "8 of 10 checks made");
+  assert.equal(answer.uptime, 93784);
+});
+
+test("a browser gets a page about what is wrong and a program the problem", async () => {
+  const {port} = await healthy();
+  for (const [path, {method, host}, status, words] of cases.pages) {
+    for (const accept of ["text/html,application/xhtml+xml,*/*;q=0.8", "*/*", undefined]) {
+      const headers = {...accept && {accept}, ...host && {host}};
+      const answer = await ask(port, path, {method, headers});
+      const browses = accept?.startsWith("text/html") ?? false;
+      assert.deepEqual([answer.status, answer.headers["content-type"], answer.headers.vary],
+        [status, browses ? "text/html; charset=utf-8" : kProblem, "Accept"], path);
+      assert.match(answer.headers["content-security-policy"], /^default-src 'none'; script-src/);
+      if (browses) assert.ok(answer.body.includes(words), answer.body);
+      else assert.equal(JSON.parse(answer.body).status, status);
+      assert.equal(/<a href="\/">/.test(answer.body), browses);
+    }
+  }
+});
+
 test("previews and the gallery exist only in a demo", async () => {
   const demo = await serve("--demo"), plain = await healthy();
   for (const [path, status, words] of cases.demo) {
