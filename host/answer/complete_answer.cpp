@@ -9,6 +9,7 @@
 #include "host/answer/catalogue.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
+#include "host/answer/remedies.h"
 #include "host/answer/told_json.h"
 #include "host/answer/verdict.h"
 #include "host/text/quantity.h"
@@ -43,7 +44,9 @@ Json::Value ToAdvice(const Finding& finding, const Texts& texts) {
   Json::Value advice;
   for (const char* key : {"do", "meaning", "ignored", "where"})
     advice[key] = FindAdvice(finding, key, texts);
-  advice["how"] = Json::arrayValue;
+  Json::Value& how = advice["how"] = Json::Value(Json::arrayValue);
+  for (const std::string_view command : ListGenericCommands(finding))
+    how.append(std::string(command));
   return advice;
 }
 

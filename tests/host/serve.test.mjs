@@ -129,10 +129,13 @@ test("the complete answer tells what the platform told and nothing that it did n
   const {port} = await serve("--scenario", scenario("told", state));
   const answer = JSON.parse((await ask(port, "/v1/health?lang=en")).body);
   const own = list => list.map(({text, ...raw}) => raw);
-  const {parts, evidence, notes, findings: [{check, why}]} = answer;
+  const {parts, evidence, notes, findings: [{id, check, why, advice}]} = answer;
   const source = answer.sources.find(({name}) => name === "SAN");
   assert.deepEqual({source, parts, evidence: own(evidence), why: own(why), notes}, told);
   assert.equal(check, "system status");
+  const known = JSON.parse(run(["findings", "--json", "--lang", "en"]).out).find(each => each.id === id);
+  for (const key of ["do", "how", "meaning", "ignored", "where"])
+    assert.deepEqual(advice[key], known[key], key);
   assert.deepEqual([why[0].text, why[1].text], [evidence[0].text, evidence[2].text]);
   assert.match(evidence[0].text.join(), /^k \(s \(bay b.*\), 6, 7\),r: x,/);
   const outcomes = answer.checks.map(({outcome}) => outcome);
