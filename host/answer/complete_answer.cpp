@@ -67,7 +67,7 @@ Json::Value ListFindings(const std::vector<CheckerResult>& ranked, const Evidenc
   return list;
 }
 
-Json::Value ListChecks(const Explanation& explanation, const Texts& texts) {
+Json::Value ListChecks(const Explanation& explanation, const Parts& parts, const Texts& texts) {
   Json::Value list(Json::arrayValue);
   for (const CheckerResult& result : explanation.checkers) {
     Json::Value& object = list.append(Json::objectValue);
@@ -78,7 +78,7 @@ Json::Value ListChecks(const Explanation& explanation, const Texts& texts) {
                                     : FormatOutcome(result, explanation.reply.sources, texts);
     object["saw"] = result.saw;
     Json::Value& seen = object["seen"] = Json::Value(Json::arrayValue);
-    for (const InputLine& line : FormatInputs(result.saw, texts)) seen.append(line.text);
+    for (const InputLine& line : FormatInputs(result, parts, texts)) seen.append(line.text);
   }
   return list;
 }
@@ -126,7 +126,7 @@ std::string WriteCompleteAnswer(const CompleteAnswer& complete, const Texts& tex
   root["findings"] =
       ListFindings(RankFindings(explanation, document["rule"]), complete.evidence, texts);
   root["document"] = std::move(document);
-  root["checks"] = ListChecks(explanation, texts);
+  root["checks"] = ListChecks(explanation, complete.evidence.parts, texts);
   root["sources"] = ListSources(explanation.reply.sources, texts);
   root["parts"] = ListParts(complete.evidence.parts, texts);
   root["evidence"] = ListEvidence(complete.evidence, texts);

@@ -5,6 +5,8 @@
 
 #include "common/json_reader.h"
 #include "common/json_writer.h"
+#include "host/answer/finding_text.h"
+#include "host/answer/verdict.h"
 
 namespace host {
 namespace {
@@ -67,6 +69,18 @@ std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results) {
                      return GetPriority(a) < GetPriority(b);
                    });
   return results;
+}
+
+std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts) {
+  if (ranked.empty()) return texts.FormatUi("no_finding");
+  if (ranked.size() == 1) return texts.FormatUi("only_finding");
+  const Finding &first = *ranked[0].finding, &second = *ranked[1].finding;
+  if (first.priority == second.priority)
+    return texts.FormatUi("tie", texts.GetText("checker", ranked[0].name),
+                          texts.GetText("checker", ranked[1].name));
+  const std::string kind = ToString(JudgeFinding(first)), other = ToString(JudgeFinding(second));
+  return texts.FormatUi(kind + "_before_" + other, FindAdvice(first, "title", texts),
+                        FindAdvice(second, "title", texts));
 }
 
 }  // namespace host

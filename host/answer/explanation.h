@@ -43,4 +43,8 @@ std::string FormatCoverage(const Explanation& explanation, const Texts& texts);
 // Those with a finding: the most urgent first, the earlier checker's on a tie.
 std::vector<CheckerResult> MostUrgentFirst(std::vector<CheckerResult> results);
 
+// Why the first of the findings comes before the second, the most urgent first: "Danger comes
+// before warnings: ...".
+std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts);
+
 }  // namespace host

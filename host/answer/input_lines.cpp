@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
-#include "host/answer/finding_text.h"
+#include "host/answer/checked_parts.h"
+#include "host/answer/sources.h"
 #include "host/text/escape.h"
 #include "host/text/quantity.h"
 
@@ -13,26 +15,43 @@ namespace {
 constexpr const char* kDecides = "decides";
 constexpr const char* kCompared = "compared";
 constexpr const char* kNames[] = {"volume", "disk", "unit", "LUN"};
+// Their values are codes, with words in the section "value".
+constexpr const char* kCodes[] = {"status", "overview", "security scan", "state", "on"};
 
-// "state 2" may have words of its own.
-std::string FormatValue(const std::string& name, const Json::Value& value, const Texts& texts) {
-  if (value.isBool()) return texts.GetText("value", value.asBool() ? "yes" : "no");
-  if (value.isArray()) {
-    std::string words;
-    for (const Json::Value& each : value) {
-      words += (words.empty() ? "" : texts.FormatUi("list_comma")) +
-               texts.GetText("value", Sanitize(each.asString()));
-    }
-    return value.empty() ? texts.GetText("value", "none") : words;
-  }
-  const std::string text = Sanitize(value.asString());
-  if (const std::string* words = texts.FindText("value", name + " " + text)) return *words;
-  return text.empty() ? texts.GetText("value", "unknown") : text;
+bool IsAmong(const auto& list, const std::string& member) {
+  return std::ranges::any_of(list, [&member](const char* each) { return member == each; });
 }
 
-std::string FormatLabelledValue(const std::string& name, const Json::Value& value,
-                                const Texts& texts) {
-  return texts.AddLabel(texts.GetText("input", name)) + FormatValue(name, value, texts);
+// "\u201crepair pending\u201d": better than a wrong word, and no code.
+std::string QuoteCode(std::string code, const Texts& texts) {
+  std::ranges::replace(code, '_', ' ');
+  return FillPlaceholders(texts.GetText("value", "quoted"), {code});
+}
+
+// `kind`: whose status it is, "disk"; the same code says something else of another kind.
+std::string FormatCode(const std::string& kind, const std::string& name, const Json::Value& value,
+                       const Texts& texts) {
+  const std::string code = Sanitize(value.asString());
+  const std::string key = (name == "status" ? kind : name) + " " + code;
+  if (const std::string* words = texts.FindText("value", key)) return *words;
+  if (code.empty() || value.isInt()) return texts.GetText("value", "unknown");
+  return name == "on" ? code : QuoteCode(code, texts);
+}
+
+std::string FormatValue(const std::string& kind, const std::string& name, const Json::Value& value,
+                        const Texts& texts) {
+  if (value.isNull()) return texts.GetText("value", "unknown");
+  if (value.isBool()) return texts.GetText("value", value.asBool() ? "yes" : "no");
+  if (IsAmong(kCodes, name)) return FormatCode(kind, name, value, texts);
+  if (!value.isArray()) return Sanitize(value.asString());
+  std::vector<std::string> words;
+  for (const Json::Value& each : value) words.push_back(texts.GetText("value", each.asString()));
+  return words.empty() ? texts.GetText("value", "none") : JoinNames(words, texts);
+}
+
+std::string FormatLabelledValue(const std::string& kind, const std::string& name,
+                                const Json::Value& value, const Texts& texts) {
+  return texts.AddLabel(texts.GetText("input", name)) + FormatValue(kind, name, value, texts);
 }
 
 // "4.1 GiB free of 100 GiB: below the mark of 5 GiB (5 %)".
@@ -43,7 +62,8 @@ std::string FormatComparison(const Json::Value& compared, const Texts& texts) {
     return unit == "bytes" ? FormatBytes(value, texts) : FormatCount(value);
   };
   const std::string mark =
-      amount("mark") + " (" + FormatPercent(compared["share"].asDouble(), texts) + ")";
+      FillPlaceholders(texts.GetText("part", "with_details"),
+                       {amount("mark"), FormatPercent(compared["share"].asDouble(), texts)});
   const char* result = compared["mark"].isNull()  ? " unknown"
                        : compared["low"].asBool() ? " below"
                                                   : " enough";
@@ -61,89 +81,107 @@ bool IsListOfObjects(const Json::Value& value) {
   return value.isArray() && !value.empty() && value[0].isObject();
 }
 
-bool IsName(const std::string& member) {
-  return std::any_of(std::begin(kNames), std::end(kNames),
-                     [&member](const char* name) { return member == name; });
-}
-
 void Append(std::string& line, std::string_view separator, const std::string& part) {
   if (!line.empty()) line += separator;
   line += part;
 }
 
+// What a line is about.
+struct Subject {
+  std::string kind;     // "disk"
+  std::string names;    // "Disk 1, Disk 2"; empty: the machine
+  std::string details;  // with all that is known of its part: "Disk 1 (bay 1, serial WD-1)"
+};
+
+std::string Start(const std::string& title) { return title.empty() ? "" : title + " – "; }
+
 // The single values of an object: those that decided, and the others.
-void AddValues(const Json::Value& object, const std::string& title, const Texts& texts,
+void AddValues(const Json::Value& object, const Subject& subject, const Texts& texts,
                std::vector<InputLine>& lines) {
   std::string deciding, others;
   for (auto member = object.begin(); member != object.end(); ++member) {
     const std::string name = member.name();
-    if (name == kDecides || name == kCompared || IsName(name) || IsListOfObjects(*member)) continue;
+    if (name == kDecides || name == kCompared || IsAmong(kNames, name) || IsListOfObjects(*member))
+      continue;
     Append(Decides(object, name) ? deciding : others, " · ",
-           FormatLabelledValue(name, *member, texts));
+           FormatLabelledValue(subject.kind, name, *member, texts));
   }
-  const std::string start = title.empty() ? "" : title + " – ";
-  if (!deciding.empty()) lines.push_back({start + deciding, true});
-  if (!others.empty()) lines.push_back({start + others, false});
+  if (!deciding.empty()) lines.push_back({Start(subject.details) + deciding, true});
+  if (!others.empty()) lines.push_back({Start(subject.names) + others, false});
   for (const Json::Value& compared : object[kCompared]) {
-    lines.push_back({start + FormatComparison(compared, texts), compared[kDecides].asBool()});
+    const bool decides = compared[kDecides].asBool();
+    lines.push_back(
+        {Start(decides ? subject.details : subject.names) + FormatComparison(compared, texts),
+         decides});
   }
 }
 
-// Elements with the same values stand together: "Disk 1, Disk 2 – status: normal".
-void AddElements(const Json::Value& list, const Texts& texts, std::vector<InputLine>& lines) {
-  struct Group {
-    Json::Value values;
-    std::string label, names;
-    bool bare = true;  // the names are numbers
-  };
-  std::vector<Group> groups;
-  for (const Json::Value& element : list) {
-    Group group{element, "", "", true};
-    for (const char* name : kNames) {
-      if (!element.isMember(name)) continue;
-      group.label = texts.GetText("input", name);
-      group.names = FormatValue(name, element[name], texts);
-      group.values.removeMember(name);
-    }
-    group.bare = group.names.find_first_not_of("0123456789") == std::string::npos;
-    const auto same = std::find_if(groups.begin(), groups.end(), [&group](const Group& other) {
-      return other.values == group.values;
-    });
+// The part of "1" is "volume_1", that of "usbshare1-2" is "USB 1-2"; the SAN has mount points.
+const VELAPart* FindPartOf(const std::string& name, const Parts& parts) {
+  constexpr std::pair<std::string_view, std::string_view> kStarts[] = {
+      {"usbshare", "USB "}, {"satashare", "eSATA "}, {"sdshare", "SD "}};
+  if (const VELAPart* part = FindPart(parts, name)) return part;
+  if (const VELAPart* part = FindPart(parts, "volume_" + name)) return part;
+  for (const auto& [start, word] : kStarts)
+    if (name.starts_with(start))
+      return FindPart(parts, std::string(word) + name.substr(start.size()));
+  const auto mounted = std::ranges::find_if(
+      parts, [&name](const VELAPart& part) { return !name.empty() && name == part.mountPoint; });
+  return mounted != parts.end() ? &*mounted : nullptr;
+}
+
+// Takes the name out of an element of a list. Most names say themselves what they name; "1" does
+// not.
+Subject TakeSubject(Json::Value& element, const Parts& parts, const Texts& texts) {
+  Subject subject;
+  for (const char* kind : kNames) {
+    if (!element.isMember(kind)) continue;
+    const std::string name = element[kind].asString();
+    const VELAPart* part = FindPartOf(name, parts);
+    subject.kind = kind;
+    subject.names = Sanitize(name);
+    if (part != nullptr)
+      subject.names = NamePart(*part, texts);
+    else if (name.find_first_not_of("0123456789") == std::string::npos)
+      subject.names = FillPlaceholders(texts.GetText("part", "volume"), {subject.names});
+    subject.details = part != nullptr ? DescribePart(part->name, parts, texts) : subject.names;
+    element.removeMember(kind);
+  }
+  return subject;
+}
+
+// Elements with the same values stand together: "Disk 1, Disk 2 – status: well".
+void AddElements(const Json::Value& list, const Parts& parts, const Texts& texts,
+                 std::vector<InputLine>& lines) {
+  std::vector<std::pair<Json::Value, Subject>> groups;
+  for (Json::Value element : list) {
+    const Subject subject = TakeSubject(element, parts, texts);
+    const auto same = std::ranges::find_if(
+        groups, [&element](const auto& group) { return group.first == element; });
     if (same == groups.end()) {
-      groups.push_back(std::move(group));
-    } else {
-      same->names += texts.FormatUi("list_comma") + group.names;
-      same->bare = same->bare && group.bare;
+      groups.emplace_back(std::move(element), subject);
+      continue;
     }
+    same->second.names += texts.FormatUi("list_comma") + subject.names;
+    same->second.details += texts.FormatUi("list_comma") + subject.details;
   }
-  // Most names say themselves what they name; "1" does not.
-  for (const Group& group : groups) {
-    AddValues(group.values, (group.bare ? group.label + " " : "") + group.names, texts, lines);
-  }
+  for (const auto& [values, subject] : groups) AddValues(values, subject, texts, lines);
 }
 
 }  // namespace
 
-std::vector<InputLine> FormatInputs(const Json::Value& saw, const Texts& texts) {
+std::vector<InputLine> FormatInputs(const CheckerResult& result, const Parts& parts,
+                                    const Texts& texts) {
   std::vector<InputLine> lines;
-  AddValues(saw, "", texts, lines);
-  for (auto member = saw.begin(); member != saw.end(); ++member) {
-    if (IsListOfObjects(*member)) AddElements(*member, texts, lines);
+  AddValues(result.saw, {.kind = "cluster", .names = "", .details = ""}, texts, lines);
+  for (auto member = result.saw.begin(); member != result.saw.end(); ++member) {
+    if (IsListOfObjects(*member)) AddElements(*member, parts, texts, lines);
   }
+  for (std::string& line : FormatCheckedParts(result.name, parts, texts))
+    lines.push_back({std::move(line), false});
   std::stable_partition(lines.begin(), lines.end(),
                         [](const InputLine& line) { return line.decides; });
   return lines;
-}
-
-std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts) {
-  if (ranked.empty()) return texts.FormatUi("no_finding");
-  if (ranked.size() == 1) return texts.FormatUi("only_finding");
-  const double first = ranked[0].finding->priority, second = ranked[1].finding->priority;
-  if (first < second)
-    return texts.FormatUi("beats", FormatNumber(first, texts), FormatNumber(second, texts));
-  return texts.FormatUi("tie", texts.FormatUi("priority", FormatNumber(first, texts)),
-                        texts.GetText("checker", ranked[0].name),
-                        texts.GetText("checker", ranked[1].name));
 }
 
 }  // namespace host

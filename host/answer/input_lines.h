@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/answer/explanation.h"
+#include "host/answer/parts.h"
 #include "host/text/texts.h"
 
 namespace host {
@@ -14,10 +15,9 @@ struct InputLine {
   bool decides = false;  // the finding rests on it
 };
 
-// What decided first. Elements of a list that differ in their names alone share a line.
-std::vector<InputLine> FormatInputs(const Json::Value& saw, const Texts& texts);
-
-// What decided between the first two of the findings, the most urgent first: "-1.5 beats 2: ...".
-std::string ExplainOrder(const std::vector<CheckerResult>& ranked, const Texts& texts);
+// What decided first, with all that is known of its part. Elements of a list that differ in their
+// names alone share a line. A code that nobody has words for is quoted.
+std::vector<InputLine> FormatInputs(const CheckerResult& result, const Parts& parts,
+                                    const Texts& texts);
 
 }  // namespace host

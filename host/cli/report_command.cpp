@@ -11,7 +11,6 @@
 #include "host/cli/new_files.h"
 #include "host/site/report_page.h"
 #include "host/text/escape.h"
-#include "host/text/quantity.h"
 
 namespace host {
 namespace {
@@ -24,12 +23,10 @@ std::string ReadFile(const fs::path& file) {
   return text.str();
 }
 
-std::string MakePage(Session& session, const Explanation& explanation) {
+std::string MakePage(Session& session, const CompleteAnswer& complete) {
   const fs::path& data = session.GetPlaces().Data();
   const std::string style = ReadFile(data / "www/style.css") + ReadFile(data / "www/report.css");
-  return ReportPage({explanation, session.GetHost().GetPlatform().ReadNotes(),
-                     session.LanguageCode(), style, FormatLocalTime("%F %R %Z")},
-                    session.GetTexts());
+  return ReportPage({complete, session.LanguageCode(), style}, session.GetTexts());
 }
 
 }  // namespace
@@ -38,8 +35,8 @@ ExitStatus RunReport(Session& session, const std::string& file) {
   const bool toOutput = file == "-";
   if (!toOutput) ExpectReplaceable(file, kReportMark);
   const SimulatedMachine machine = session.OpenMachine();
-  const Explanation explanation = AskExplanation(session.GetHost(), machine);
-  const std::string page = MakePage(session, explanation);
+  const CompleteAnswer complete = AskForEverything(session.GetHost(), machine);
+  const std::string page = MakePage(session, complete);
   if (toOutput) {
     std::cout << page;
   } else {
@@ -51,7 +48,7 @@ ExitStatus RunReport(Session& session, const std::string& file) {
                       : session.GetTexts().FormatUi("report_written", Sanitize(file)))
               << '\n';
   }
-  const Reply& reply = explanation.reply;
+  const Reply& reply = complete.explanation.reply;
   return ChooseExitStatus(ParseAnswer(reply.document).rule, reply.sources);
 }
 

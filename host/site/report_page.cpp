@@ -88,10 +88,11 @@ Verdict JudgeResult(const CheckerResult& result) {
   return result.outcome == Outcome::Nothing ? Verdict::Well : Verdict::Unknown;
 }
 
-std::string Check(const CheckerResult& result, const SourceReports& sources, const Texts& texts) {
+std::string Check(const CheckerResult& result, const SourceReports& sources, const Parts& parts,
+                  const Texts& texts) {
   const Verdict verdict = JudgeResult(result);
   std::string inputs;
-  for (const InputLine& line : FormatInputs(result.saw, texts)) {
+  for (const InputLine& line : FormatInputs(result, parts, texts)) {
     inputs += MakeElement("li", line.text,
                           line.decides ? "dir=\"auto\" class=\"decides\"" : "dir=\"auto\"");
   }
@@ -99,23 +100,18 @@ std::string Check(const CheckerResult& result, const SourceReports& sources, con
       MakeElement("b", texts.GetText("checker", result.name) + texts.Resolve("common:colon"));
   title += MakeElement("bdi", result.finding ? RenderSentence(*result.finding, texts)
                                              : FormatOutcome(result, sources, texts));
-  if (result.finding) {
-    title += MakeElement("span",
-                         texts.FormatUi("priority", FormatNumber(result.finding->priority, texts)),
-                         "class=\"priority\"");
-  }
   return WrapInTag("article",
                    WrapInTag("h3", title) + (inputs.empty() ? "" : WrapInTag("ul", inputs)),
                    WriteClass(verdict));
 }
 
-std::string Checks(const Explanation& explanation, const std::vector<CheckerResult>& ranked,
+std::string Checks(const ReportParts& report, const std::vector<CheckerResult>& ranked,
                    const Texts& texts) {
-  const std::vector<CheckerResult>& results = explanation.checkers;
+  const auto& [reply, results, json] = report.complete.explanation;
   if (results.empty()) return "";  // the module that explains is not there
   std::string articles;
   for (const CheckerResult& result : results)
-    articles += Check(result, explanation.reply.sources, texts);
+    articles += Check(result, reply.sources, report.complete.evidence.parts, texts);
   return Section(texts.FormatUi("checks"),
                  MakeElement("p", ExplainOrder(ranked, texts)) + articles);
 }
@@ -204,17 +200,17 @@ std::string Head(const ReportParts& parts, const std::string& title) {
 }  // namespace
 
 std::string ReportPage(const ReportParts& parts, const Texts& texts) {
-  const Reply& reply = parts.explanation.reply;
+  const Reply& reply = parts.complete.explanation.reply;
   const Answer answer = ParseAnswer(reply.document);
-  const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.explanation.checkers);
+  const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.complete.explanation.checkers);
   const Verdict look = JudgeAnswer(answer.rule, reply.sources);
 
   std::string body = Headline(look, FormatAnswer(answer.rule, reply.sources, texts), texts) +
-                     About(answer, parts.time, texts);
+                     About(answer, FormatLocalTime("%F %R %Z", parts.complete.time), texts);
   if (look != Verdict::Well && look != Verdict::Unknown) body += AdviceOn(answer.rule, texts);
   body += ListTold(FormatSourceLines(reply.sources, texts), "class=\"unread\"") +
-          ListTold(FormatNotes(parts.notes, texts), "class=\"notes\"");
-  body += FurtherFindings(ranked, texts) + Checks(parts.explanation, ranked, texts) +
+          ListTold(FormatNotes(parts.complete.notes, texts), "class=\"notes\"");
+  body += FurtherFindings(ranked, texts) + Checks(parts, ranked, texts) +
           Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
           Document(reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;

@@ -2,10 +2,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "host/answer/explanation.h"
-#include "host/answer/notes.h"
+#include "host/answer/complete_answer.h"
 #include "host/loader/host.h"
 #include "host/text/texts.h"
 
@@ -15,11 +13,9 @@ namespace host {
 constexpr const char* kReportMark = "<!doctype html>\n<!-- vela-health report -->\n";
 
 struct ReportParts {
-  const Explanation& explanation;
-  Notes notes;
+  const CompleteAnswer& complete;
   std::string language;  // as BCP 47 has it
   std::string style;     // CSS
-  std::string time;      // of the check, for people
 };
 
 // Throws what ParseAnswer throws.

@@ -32,6 +32,7 @@ function expectAll(rows) {
 }
 const expectTable = ({name}) => expectAll(tables[name]);
 
+const scenarios = readdirSync(join(source, "scenarios")).filter(name => !name.includes("."));
 const json = (...words) => JSON.parse(run([...words, "--json"]).out);
 
 // The same on a terminal of that many columns, which shows the system log's lines, too.
@@ -65,8 +66,7 @@ test("the option for the language comes before the environment and English last"
 });
 
 test("what could not be read is named and never called healthy", () => {
-  const failing = readdirSync(join(source, "scenarios"))
-    .filter(name => /^(failing|unwatched)-/.test(name));
+  const failing = scenarios.filter(name => /^(failing|unwatched)-/.test(name));
   assert.ok(failing.length > 5);
   for (const name of failing) {
     const {status, out} = run(["--scenario", name, "--lang", "en"]);
@@ -186,6 +186,36 @@ test("everything that explain names has a translation", () => {
   for (const {name} of checkers) assert.ok(texts.checker[name], name);
   for (const name of inputs.map(JSON.parse)) assert.ok(texts.input[name], name);
   assert.ok(checkers.length === 20 && new Set(inputs).size > 20);
+});
+
+// A code is what a machine's state or an answer calls something: not a name, not a message.
+const isCode = key => /^(status|overview|overview_status|sysStatus|security scan|state)$/.test(key);
+const strings = (value, keep, key = "") => typeof value !== "object" ? keep(key) ? [`${value}`] : []
+  : Object.entries(value ?? {}).flatMap(([name, each]) =>
+    strings(each, keep, Array.isArray(value) ? key : name));
+
+test("no code of the module reaches a person in any language", () => {
+  for (const [turn, name] of scenarios.entries()) {
+    const {checkers} = json("explain", "--scenario", name);
+    const codes = strings(checkers.map(({saw}) => saw), isCode).filter(code => /^[\w ]+$/.test(code));
+    const [state, {log}] = ["state", "expected"].map(file =>
+      JSON.parse(read(join(source, "scenarios", name, `${file}.json`))));
+    const names = strings([state, log], key => !isCode(key)).join();
+    for (const [index, language] of languages.entries()) {
+      const texts = ["", "explain/"].map(folder =>
+        JSON.parse(read(join(source, `host/texts/${folder}${language}.json`))));
+      const {input} = texts[1], told = names + strings(texts, () => true).join();
+      const labels = [input.status, input.overview, input["security scan"], input.state].join("|");
+      const options = ["--scenario", name, "--lang", language];
+      const shown = run(["explain", ...options]).out +
+        (turn % languages.length === index ? run(["report", "-", ...options]).out : "")
+          .replace(/<style>.*?<\/style>|<details.*?<\/details>/gs, "");
+      const coded = RegExp(`(${labels})\u00a0?[:：] ?(${["\\d+", ...codes].join("|")})( ·|\n|<)`);
+      assert.doesNotMatch(shown, coded, `${name} ${language}`);
+      const tokens = shown.match(/\p{L}+_[\p{L}_]+/gu) ?? [];
+      assert.deepEqual(tokens.filter(token => !told.includes(token)), [], `${name} ${language}`);
+    }
+  }
 });
 
 test("report is one page in itself whatever names hold", () => expectAll(languages.map(language =>
