@@ -48,8 +48,8 @@ std::vector<CatalogueEntry> ChooseEntries(const std::string& word, const Texts& 
 
 // Its urgency, and the name under which programs know it.
 std::string NamePlace(const Finding& finding, const Texts& texts) {
-  return texts.FormatUi("priority", FormatNumber(finding.priority, texts)) + ", " +
-         AdviceSection(finding);
+  return texts.FormatUi("priority", FormatNumber(finding.priority, texts)) +
+         texts.FormatUi("clause_comma") + AdviceSection(finding);
 }
 
 void PrintText(const Finding& finding, const Texts& texts, const Style& style) {

@@ -45,6 +45,30 @@ std::size_t MeasureWidth(std::string_view text) {
   return width;
 }
 
+// Marks of East Asia that end what stands before them, and those that begin what follows.
+constexpr std::string_view kClosing = "、。，：；！？）」ー";
+constexpr std::string_view kOpening = "（「";
+
+bool IsMark(std::string_view marks, std::string_view text) {
+  return text.size() == 3 && marks.find(text) != std::string_view::npos;
+}
+
+// Where what must stay on one line ends: at a blank, or behind a character of East Asia, whose
+// words have none between them.
+std::size_t FindBreak(std::string_view text, std::size_t at) {
+  std::string_view before;
+  while (at < text.size() && text[at] != ' ') {
+    std::size_t end = at + 1;
+    while (end < text.size() && MeasureWidth(static_cast<unsigned char>(text[end])) == 0) ++end;
+    const std::string_view character = text.substr(at, end - at);
+    const bool parts = MeasureWidth(before) == 2 && !IsMark(kOpening, before);
+    if (parts && !IsMark(kClosing, character)) break;
+    before = character;
+    at = end;
+  }
+  return at;
+}
+
 std::size_t ReadTerminalColumns() {
   winsize size = {};
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
@@ -107,20 +131,22 @@ std::string Style::WrapLines(std::size_t indent, std::string_view mark,
   const std::size_t margin = indent + MeasureWidth(mark);
   std::string lines = std::string(indent, ' ').append(mark);
   std::size_t column = margin;
+  std::size_t gap = 0;
   for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find(' ', at), text.size());
+    const std::size_t end = FindBreak(text, at);
     const std::string_view word = text.substr(at, end - at);
     const bool first = column == margin;
-    if (!first && columns_ > 0 && column + 1 + MeasureWidth(word) > columns_) {
+    if (!first && columns_ > 0 && column + gap + MeasureWidth(word) > columns_) {
       lines.append("\n").append(margin, ' ');
       column = margin;
     } else if (!first) {
-      lines += ' ';
-      ++column;
+      lines.append(gap, ' ');
+      column += gap;
     }
     lines += word;
     column += MeasureWidth(word);
-    at = end + 1;
+    gap = end < text.size() && text[end] == ' ' ? 1 : 0;
+    at = end + gap;
   }
   return lines;
 }

@@ -273,6 +273,14 @@ test("a terminal gets colours and lines that fit", () => {
     assert.ok(shown.includes(lines), shown);
     assert.equal(shown.includes("\x1b["), lines.includes("\x1b["), shown);
   }
+  for (const language of languages) {
+    const lines = onTerminal(80, `findings --lang ${language}`, "NO_COLOR=1").split("\n");
+    const wide = lines.filter(line => line.replace(/[\u3000-\uffef]/g, "xx").length > 80);
+    // East Asia's words need no blank between them, but some marks begin no line.
+    assert.deepEqual(wide.concat(lines.filter(line => /^ *[、。，：；）」]|[（「]$/.test(line))),
+      [], language);
+    assert.ok(lines.some(line => line.replace(/[\u3000-\uffef]/g, "xx").length > 78), language);
+  }
 });
 
 test("every command and option is in the manual and the completions", () => {
