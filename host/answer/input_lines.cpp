@@ -1,6 +1,7 @@
 #include "host/answer/input_lines.h"
 
 #include <algorithm>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -125,9 +126,7 @@ const VELAPart* FindPartOf(const std::string& name, const Parts& parts) {
   for (const auto& [start, word] : kStarts)
     if (name.starts_with(start))
       return FindPart(parts, std::string(word) + name.substr(start.size()));
-  const auto mounted = std::ranges::find_if(
-      parts, [&name](const VELAPart& part) { return !name.empty() && name == part.mountPoint; });
-  return mounted != parts.end() ? &*mounted : nullptr;
+  return name.empty() ? nullptr : parts.FindMounted(name);
 }
 
 // Takes the name out of an element of a list. Most names say themselves what they name; "1" does
@@ -154,16 +153,17 @@ Subject TakeSubject(Json::Value& element, const Parts& parts, const Texts& texts
 void AddElements(const Json::Value& list, const Parts& parts, const Texts& texts,
                  std::vector<InputLine>& lines) {
   std::vector<std::pair<Json::Value, Subject>> groups;
+  std::map<Json::Value, std::size_t> places;  // of the groups, by their values
   for (Json::Value element : list) {
     const Subject subject = TakeSubject(element, parts, texts);
-    const auto same = std::ranges::find_if(
-        groups, [&element](const auto& group) { return group.first == element; });
-    if (same == groups.end()) {
+    const auto [place, isNew] = places.try_emplace(element, groups.size());
+    if (isNew) {
       groups.emplace_back(std::move(element), subject);
       continue;
     }
-    same->second.names += texts.FormatUi("list_comma") + subject.names;
-    same->second.details += texts.FormatUi("list_comma") + subject.details;
+    Subject& same = groups[place->second].second;
+    same.names += texts.FormatUi("list_comma") + subject.names;
+    same.details += texts.FormatUi("list_comma") + subject.details;
   }
   for (const auto& [values, subject] : groups) AddValues(values, subject, texts, lines);
 }

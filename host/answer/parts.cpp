@@ -1,6 +1,6 @@
 #include "host/answer/parts.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "host/answer/sources.h"
 #include "host/text/escape.h"
@@ -24,11 +24,19 @@ std::string FormatPlace(const VELAPart& part, const Texts& texts) {
 
 }  // namespace
 
-const VELAPart* FindPart(const Parts& parts, std::string_view name) {
-  const auto found = std::ranges::find(
-      parts, name, [](const VELAPart& part) { return std::string_view(part.name); });
-  return found != parts.end() ? &*found : nullptr;
+Parts::Parts(std::vector<VELAPart> list) : list_(std::move(list)) {
+  for (std::size_t place = 0; place < list_.size(); ++place) {
+    byName_.try_emplace(list_[place].name, place);
+    byMountPoint_.try_emplace(list_[place].mountPoint, place);
+  }
 }
+
+const VELAPart* Parts::Look(const Places& places, std::string_view key) const {
+  const auto found = places.find(key);
+  return found != places.end() ? &list_[found->second] : nullptr;
+}
+
+const VELAPart* FindPart(const Parts& parts, std::string_view name) { return parts.Find(name); }
 
 std::string NamePart(const VELAPart& part, const Texts& texts) {
   const std::string name = Sanitize(part.name);

@@ -1,6 +1,9 @@
 // The parts that the names in an answer stand for, in the words of one language.
 #pragma once
 
+#include <cstddef>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,7 +13,26 @@
 
 namespace host {
 
-using Parts = std::vector<VELAPart>;
+// As the platform told them, in its order; a machine may have thousands.
+class Parts {
+ public:
+  Parts() = default;
+  Parts(std::vector<VELAPart> list);
+
+  auto begin() const { return list_.begin(); }
+  auto end() const { return list_.end(); }
+  // Null when there is none; of several the first.
+  const VELAPart* Find(std::string_view name) const { return Look(byName_, name); }
+  const VELAPart* FindMounted(std::string_view path) const { return Look(byMountPoint_, path); }
+
+ private:
+  using Places = std::map<std::string, std::size_t, std::less<>>;  // in the list
+
+  const VELAPart* Look(const Places& places, std::string_view key) const;
+
+  std::vector<VELAPart> list_;
+  Places byName_, byMountPoint_;
+};
 
 // Null when the platform told of no part of that name.
 const VELAPart* FindPart(const Parts& parts, std::string_view name);
