@@ -8,7 +8,8 @@
 namespace host {
 namespace {
 
-constexpr unsigned kWorkers = 4;
+// As many as there are queries outside of a demo, so that no query waits for another one.
+constexpr unsigned kWorkers = 9;
 // Half of all connections: the others stay free for what needs no machine.
 constexpr std::size_t kMostWaiting = 256;
 

@@ -16,7 +16,7 @@
 namespace host::test {
 namespace {
 
-constexpr int kWorkers = 4, kMostWaiting = 256;
+constexpr int kWorkers = 9, kMostWaiting = 256;
 
 // Answers with the number of its query and of those who get it: "7 for 2".
 class CountingSite : public Site {
@@ -203,7 +203,7 @@ TEST_F(Server, WhatRunsAndWaitsIsAnsweredBeforeItStops) {
   }
   EXPECT_EQ(answer, "") << "requests are still begun";
   site_.Release();
-  EXPECT_EQ(Body(ReadAll(waiting)), "5 for 1");
+  EXPECT_EQ(Body(ReadAll(waiting)), std::to_string(kWorkers + 1) + " for 1");
   EXPECT_EQ(ReadAll(idle), "");
 }
 
