@@ -191,8 +191,10 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::RouteToMachine(
   query.language = wanted != nullptr ? FindLanguage(wanted)
                                      : ChooseAcceptedLanguage(request.header("Accept-Language"));
   if (!query.language.empty()) return query;
-  return Problem(400, "No such language", "There are no texts in \"" + std::string(wanted) + "\".",
-                 ListCodes());
+  return Problem(
+      400, "No such language",
+      "There are no texts in \"" + std::string(wanted) + "\". Leave lang out, or use one of these.",
+      ListCodes());
 }
 
 HttpAnswer HealthSite::AskMachine(const MachineQuery& query, std::size_t requests) const {
