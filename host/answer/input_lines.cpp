@@ -117,18 +117,6 @@ void AddValues(const Json::Value& object, const Subject& subject, const Texts& t
   }
 }
 
-// The part of "1" is "volume_1", that of "usbshare1-2" is "USB 1-2"; the SAN has mount points.
-const VELAPart* FindPartOf(const std::string& name, const Parts& parts) {
-  constexpr std::pair<std::string_view, std::string_view> kStarts[] = {
-      {"usbshare", "USB "}, {"satashare", "eSATA "}, {"sdshare", "SD "}};
-  if (const VELAPart* part = FindPart(parts, name)) return part;
-  if (const VELAPart* part = FindPart(parts, "volume_" + name)) return part;
-  for (const auto& [start, word] : kStarts)
-    if (name.starts_with(start))
-      return FindPart(parts, std::string(word) + name.substr(start.size()));
-  return name.empty() ? nullptr : parts.FindMounted(name);
-}
-
 // Takes the name out of an element of a list. Most names say themselves what they name; "1" does
 // not.
 Subject TakeSubject(Json::Value& element, const Parts& parts, const Texts& texts) {
@@ -136,7 +124,7 @@ Subject TakeSubject(Json::Value& element, const Parts& parts, const Texts& texts
   for (const char* kind : kNames) {
     if (!element.isMember(kind)) continue;
     const std::string name = element[kind].asString();
-    const VELAPart* part = FindPartOf(name, parts);
+    const VELAPart* part = FindSeenPart(name, parts);
     subject.kind = kind;
     subject.names = Sanitize(name);
     if (part != nullptr)
@@ -169,6 +157,17 @@ void AddElements(const Json::Value& list, const Parts& parts, const Texts& texts
 }
 
 }  // namespace
+
+const VELAPart* FindSeenPart(const std::string& name, const Parts& parts) {
+  constexpr std::pair<std::string_view, std::string_view> kStarts[] = {
+      {"usbshare", "USB "}, {"satashare", "eSATA "}, {"sdshare", "SD "}};
+  if (const VELAPart* part = FindPart(parts, name)) return part;
+  if (const VELAPart* part = FindPart(parts, "volume_" + name)) return part;
+  for (const auto& [start, word] : kStarts)
+    if (name.starts_with(start))
+      return FindPart(parts, std::string(word) + name.substr(start.size()));
+  return name.empty() ? nullptr : parts.FindMounted(name);
+}
 
 std::vector<InputLine> FormatInputs(const CheckerResult& result, const Parts& parts,
                                     const Texts& texts) {

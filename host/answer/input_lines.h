@@ -20,4 +20,8 @@ struct InputLine {
 std::vector<InputLine> FormatInputs(const CheckerResult& result, const Parts& parts,
                                     const Texts& texts);
 
+// The part that a check calls so: that of "1" is "volume_1", that of "usbshare1-2" is "USB 1-2",
+// and the SAN has mount points. Null when the platform told of none.
+const VELAPart* FindSeenPart(const std::string& name, const Parts& parts);
+
 }  // namespace host

@@ -14,14 +14,6 @@ std::string FormatPartText(const char* key, const std::string& value, const Text
   return FillPlaceholders(texts.Resolve(std::string("part:") + key), {value});
 }
 
-// The nearest of the places that are known.
-std::string FormatPlace(const VELAPart& part, const Texts& texts) {
-  if (part.bay[0] != '\0') return FormatPartText("bay", Sanitize(part.bay), texts);
-  if (part.slot[0] != '\0') return FormatPartText("slot", Sanitize(part.slot), texts);
-  if (part.port[0] != '\0') return FormatPartText("port", Sanitize(part.port), texts);
-  return Sanitize(part.mountPoint);
-}
-
 }  // namespace
 
 Parts::Parts(std::vector<VELAPart> list) : list_(std::move(list)) {
@@ -44,6 +36,14 @@ std::string NamePart(const VELAPart& part, const Texts& texts) {
   constexpr std::string_view kVolume = "volume_";
   const bool numbered = part.kind == PartKind::Volume && name.starts_with(kVolume);
   return numbered ? FormatPartText("volume", name.substr(kVolume.size()), texts) : name;
+}
+
+// The nearest of the places that are known.
+std::string FormatPlace(const VELAPart& part, const Texts& texts) {
+  if (part.bay[0] != '\0') return FormatPartText("bay", Sanitize(part.bay), texts);
+  if (part.slot[0] != '\0') return FormatPartText("slot", Sanitize(part.slot), texts);
+  if (part.port[0] != '\0') return FormatPartText("port", Sanitize(part.port), texts);
+  return Sanitize(part.mountPoint);
 }
 
 std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts) {

@@ -40,6 +40,9 @@ const VELAPart* FindPart(const Parts& parts, std::string_view name);
 // The name as a person reads it: "Volume 1" for "volume_1", "UPS rack" for "rack".
 std::string NamePart(const VELAPart& part, const Texts& texts);
 
+// Where a person finds it: "bay 3", "/volume1"; empty where nobody knows.
+std::string FormatPlace(const VELAPart& part, const Texts& texts);
+
 // What a person needs to lay hands on it: "bay 3, WDC WD40EFRX, serial WD-1, was sdc". Of what is
 // no disk, also what it is in: "RAID 5, Volume 1". Empty where nothing is known.
 std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts& texts);

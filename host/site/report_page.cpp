@@ -6,10 +6,10 @@
 
 #include "common/json_writer.h"
 #include "host/answer/coverage.h"
-#include "host/answer/finding_text.h"
-#include "host/answer/input_lines.h"
 #include "host/answer/sources.h"
 #include "host/answer/verdict.h"
+#include "host/site/report_findings.h"
+#include "host/site/report_parts.h"
 #include "host/text/escape.h"
 #include "host/text/quantity.h"
 
@@ -47,75 +47,6 @@ std::string Headline(Verdict look, const std::string& sentence, const Texts& tex
          MakeElement("h1", sentence, "class=\"sentence\"") + "</div></div>\n";
 }
 
-std::string AdviceOn(const Finding& finding, const Texts& texts) {
-  std::string list;
-  for (const char* key : {"meaning", "ignored", "where"}) {
-    list +=
-        MakeElement("dt", texts.FormatUi(key)) + MakeElement("dd", FindAdvice(finding, key, texts));
-  }
-  return WrapInTag("div",
-                   MakeElement("h2", texts.FormatUi("do")) +
-                       MakeElement("p", FindAdvice(finding, "do", texts)),
-                   "class=\"lead\"") +
-         WrapInTag("dl", list);
-}
-
-std::string Section(const std::string& title, const std::string& markup) {
-  return markup.empty() ? "" : WrapInTag("section", MakeElement("h2", title) + markup);
-}
-
-std::string WriteClass(Verdict verdict) {
-  return std::string("class=\"") + ToString(verdict) + "\"";
-}
-
-std::string FurtherFindings(const std::vector<CheckerResult>& ranked, const Texts& texts) {
-  std::string articles;
-  for (std::size_t i = 1; i < ranked.size(); ++i) {
-    const Finding& finding = *ranked[i].finding;
-    const Verdict verdict = JudgeFinding(finding);
-    articles += WrapInTag("article",
-                          WrapInTag("h3", MakeElement("b", texts.FormatUi(ToString(verdict)) +
-                                                               texts.Resolve("common:colon")) +
-                                              MakeElement("bdi", RenderSentence(finding, texts))) +
-                              MakeElement("p", FindAdvice(finding, "do", texts)),
-                          WriteClass(verdict));
-  }
-  return Section(texts.FormatUi("further"), articles);
-}
-
-Verdict JudgeResult(const CheckerResult& result) {
-  if (result.finding) return JudgeFinding(*result.finding);
-  return result.outcome == Outcome::Nothing ? Verdict::Well : Verdict::Unknown;
-}
-
-std::string Check(const CheckerResult& result, const SourceReports& sources, const Parts& parts,
-                  const Texts& texts) {
-  const Verdict verdict = JudgeResult(result);
-  std::string inputs;
-  for (const InputLine& line : FormatInputs(result, parts, texts)) {
-    inputs += MakeElement("li", line.text,
-                          line.decides ? "dir=\"auto\" class=\"decides\"" : "dir=\"auto\"");
-  }
-  std::string title =
-      MakeElement("b", texts.GetText("checker", result.name) + texts.Resolve("common:colon"));
-  title += MakeElement("bdi", result.finding ? RenderSentence(*result.finding, texts)
-                                             : FormatOutcome(result, sources, texts));
-  return WrapInTag("article",
-                   WrapInTag("h3", title) + (inputs.empty() ? "" : WrapInTag("ul", inputs)),
-                   WriteClass(verdict));
-}
-
-std::string Checks(const ReportParts& report, const std::vector<CheckerResult>& ranked,
-                   const Texts& texts) {
-  const auto& [reply, results, json] = report.complete.explanation;
-  if (results.empty()) return "";  // the module that explains is not there
-  std::string articles;
-  for (const CheckerResult& result : results)
-    articles += Check(result, reply.sources, report.complete.evidence.parts, texts);
-  return Section(texts.FormatUi("checks"),
-                 MakeElement("p", ExplainOrder(ranked, texts)) + articles);
-}
-
 std::string Reasons(const VELASourceReport& source) {
   std::string lines;
   for (std::uint32_t i = 0; i < source.reasonCount; ++i) {
@@ -143,7 +74,7 @@ std::string Sources(const SourceReports& sources, const Texts& texts) {
   }
   return Section(texts.FormatUi("sources_title"),
                  MakeElement("p", FormatSourcesLine(sources, texts)) +
-                     (sources.empty() ? "" : WrapInTag("table", rows)));
+                     (sources.empty() ? "" : WrapInTag("table", rows, "class=\"sources\"")));
 }
 
 std::string ListTold(const std::vector<ToldLine>& lines, const char* attributes) {
@@ -156,8 +87,10 @@ std::string ListTold(const std::vector<ToldLine>& lines, const char* attributes)
 }
 
 // Whose answer it is, and of when.
-std::string About(const Answer& answer, const std::string& time, const Texts& texts) {
-  std::string about = EscapeHtml(texts.FormatUi("made_by", time, std::string(VELA_VERSION)));
+std::string About(const Answer& answer, const CompleteAnswer& complete, const Texts& texts) {
+  const std::string time = FormatLocalTime("%F %R %Z", complete.time);
+  std::string about = EscapeHtml(FormatCoverage(complete.explanation, texts)) + " · " +
+                      EscapeHtml(texts.FormatUi("made_by", time, std::string(VELA_VERSION)));
   const std::string uptime = FormatUptime(answer.uptime, texts);
   if (!uptime.empty()) about = EscapeHtml(texts.FormatUi("up", uptime)) + " · " + about;
   if (!answer.hostname.empty()) about = MakeElement("bdi", answer.hostname) + " · " + about;
@@ -205,14 +138,17 @@ std::string ReportPage(const ReportParts& parts, const Texts& texts) {
   const std::vector<CheckerResult> ranked = MostUrgentFirst(parts.complete.explanation.checkers);
   const Verdict look = JudgeAnswer(answer.rule, reply.sources);
 
+  const CompleteAnswer& complete = parts.complete;
   std::string body = Headline(look, FormatAnswer(answer.rule, reply.sources, texts), texts) +
-                     About(answer, FormatLocalTime("%F %R %Z", parts.complete.time), texts);
-  if (look != Verdict::Well && look != Verdict::Unknown) body += AdviceOn(answer.rule, texts);
+                     About(answer, complete, texts);
+  if (look != Verdict::Well && look != Verdict::Unknown)
+    body += LeadOn(answer.rule, ranked, complete.evidence, texts);
   body += ListTold(FormatSourceLines(reply.sources, texts), "class=\"unread\"") +
-          ListTold(FormatNotes(parts.complete.notes, texts), "class=\"notes\"");
-  body += FurtherFindings(ranked, texts) + Checks(parts, ranked, texts) +
-          Sources(reply.sources, texts) + Network(answer.interfaces, texts) +
-          Document(reply.document, texts);
+          Section(texts.FormatUi("machine"), PartTables(complete, texts)) +
+          FurtherFindings(ranked, complete.evidence, texts) + Checks(complete, ranked, texts) +
+          Sources(reply.sources, texts) +
+          ListTold(FormatNotes(complete.notes, texts), "class=\"notes\"") +
+          Network(answer.interfaces, texts) + Document(reply.document, texts);
   const std::string host = answer.hostname.empty() ? "?" : answer.hostname;
   return Head(parts, texts.FormatUi("report_title", host)) + "<body>\n" +
          WrapInTag("main", body,

@@ -72,7 +72,7 @@ test("the gallery shows every finding in every language, and all of it fits", as
 
 test("the report is a page that stands by itself, fits and is accessible", async () => {
   for (const [scenario, language] of [["everything-at-once", "de"], ["unwatched-disks-and-ups", "ja"],
-    ["healthy", "es"]]) {
+    ["healthy", "es"], ["array-degraded-and-volume-low", "fr"], ["healthy-eight-bays", "de"]]) {
     const page = await tab();
     await page.setContent(report(scenario, language));
     assert.ok(await page.locator(".sentence").isVisible());

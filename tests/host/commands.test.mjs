@@ -209,13 +209,21 @@ test("no code of the module reaches a person in any language", () => {
       const options = ["--scenario", name, "--lang", language];
       const shown = run(["explain", ...options]).out +
         (turn % languages.length === index ? run(["report", "-", ...options]).out : "")
-          .replace(/<style>.*?<\/style>|<details.*?<\/details>/gs, "");
+          .replace(/<style>.*?<\/style>|<details.*?<\/details>|<code.*?<\/code>/gs, "");
       const coded = RegExp(`(${labels})\u00a0?[:：] ?(${["\\d+", ...codes].join("|")})( ·|\n|<)`);
       assert.doesNotMatch(shown, coded, `${name} ${language}`);
       const tokens = shown.match(/\p{L}+_[\p{L}_]+/gu) ?? [];
       assert.deepEqual(tokens.filter(token => !told.includes(token)), [], `${name} ${language}`);
     }
   }
+});
+
+test("the report has its checks behind its findings and what they rest on behind these", () => {
+  const page = run(["report", "-", "--lang", "en", "--scenario", "array-degraded-and-volume-low"]).out;
+  const parts = [">Why<", ">What to do<", ">The machine’s parts<", ">Disks<", ">Volumes<", ">Fans<",
+    ">Further findings<", ">What was checked<", ">What was read<", "<details>"].map(each => page.indexOf(each));
+  assert.deepEqual(parts, parts.toSorted((a, b) => a - b));
+  assert.ok(parts[0] > 0);
 });
 
 test("report is one page in itself whatever names hold", () => expectAll(languages.map(language =>
