@@ -121,6 +121,13 @@ test("every note of Linux is told, and no other", () => {
     assert.deepEqual(Object.keys(notes).sort(), keys, language);
 });
 
+test("every cause of a recorded machine is told in words", () => {
+  const machines = "tests/fixtures/linux/machines";
+  const files = readdirSync(join(source, machines)).map(name => `${machines}/${name}/expected`);
+  for (const file of files.filter(name => existsSync(join(source, name))))
+    for (const [, key] of read(file).matchAll(/^evidence: (\S+) /gm)) expectText("evidence", key);
+});
+
 test("every source has a name for people", () => {
   const [, names] = read("common/sources.h").match(/kSourceNames = \{([^}]+)\}/);
   const all = names.match(/"[^"]+"/g).map(JSON.parse);

@@ -11,8 +11,9 @@ void VELAPlatformEvidence(VELATakeEvidence take, void* taker) {
   const StorageView& storage = request->GetStorage();
   TellStorageEvidence(storage, each);
   TellDiskEvidence(storage, each);
-  TellVolumeEvidence(storage, each);
-  TellExternalEvidence(storage, each);
+  const Settings& settings = request->GetCurrentSettings().settings;
+  TellVolumeEvidence(storage, settings, each);
+  TellExternalEvidence(storage, settings, each);
   TellChassisEvidence(request->GetChassis(), each);
   TellUnitEvidence(request->GetExpansionUnits(), each);
   TellWebServerEvidence(request->GetWebServer(), each);

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "platform/linux/base/settings.h"
 #include "platform/linux/chassis/chassis.h"
 #include "platform/linux/chassis/expansion_units.h"
 #include "platform/linux/services/pacemaker.h"
@@ -15,9 +16,12 @@ namespace linux_platform {
 
 using TakeEvidence = std::function<void(const VELAEvidence&)>;
 
-void TellVolumeEvidence(const StorageView& view, const TakeEvidence& take);    // "volume usage"
-void TellExternalEvidence(const StorageView& view, const TakeEvidence& take);  // "external volumes"
-void TellDiskEvidence(const StorageView& view, const TakeEvidence& take);      // "disks"
+// "volume usage" and "external volumes", by the settings' own marks.
+void TellVolumeEvidence(const StorageView& view, const Settings& settings,
+                        const TakeEvidence& take);
+void TellExternalEvidence(const StorageView& view, const Settings& settings,
+                          const TakeEvidence& take);
+void TellDiskEvidence(const StorageView& view, const TakeEvidence& take);  // "disks"
 // "storage overview", and what has crashed for "system status".
 void TellStorageEvidence(const StorageView& view, const TakeEvidence& take);
 void TellChassisEvidence(const Chassis& chassis, const TakeEvidence& take);  // "system status"

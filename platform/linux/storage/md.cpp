@@ -20,17 +20,6 @@ bool IsSparseMirror(const MdArray& array) {
          array.disks - inSync >= 2 * inSync;
 }
 
-// Without its write journal an array with parity takes no more writes, while its state and its
-// count of lost members look well.
-bool LostItsJournal(const MdArray& array) {
-  const auto works = [](const MdMember& member) {
-    return member.Has("journal") && !member.Has("faulty") && member.present;
-  };
-  const auto isJournal = [](const MdMember& member) { return member.Has("journal"); };
-  return (array.policy == "journal" || std::ranges::any_of(array.members, isJournal)) &&
-         std::ranges::none_of(array.members, works);
-}
-
 // Nothing to be judged: a container, an array that is being taken apart, a sparse mirror.
 bool IsNoArray(const MdArray& array) {
   if (array.state == "clear" || array.level == "container") return true;
@@ -98,6 +87,15 @@ bool HasEmptyPlaces(const MdArray& array) {
   };
   return array.degraded > 0 && !HasLostMember(array) &&
          std::ranges::none_of(array.members, isFilling);
+}
+
+bool LostItsJournal(const MdArray& array) {
+  const auto works = [](const MdMember& member) {
+    return member.Has("journal") && !member.Has("faulty") && member.present;
+  };
+  const auto isJournal = [](const MdMember& member) { return member.Has("journal"); };
+  return (array.policy == "journal" || std::ranges::any_of(array.members, isJournal)) &&
+         std::ranges::none_of(array.members, works);
 }
 
 bool LooksLikeFirstBuild(const MdArray& array) {

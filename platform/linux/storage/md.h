@@ -42,6 +42,10 @@ std::int64_t CountInSync(const MdArray& array);
 // or lost and taken out.
 bool HasEmptyPlaces(const MdArray& array);
 
+// Without its write journal an array with parity takes no more writes, while its state and its
+// count of lost members look well.
+bool LostItsJournal(const MdArray& array);
+
 // Whether the array may be one that is being built for the first time: a RAID 4 or 5 whose
 // last member alone is being filled. The replacement of that member looks the same.
 bool LooksLikeFirstBuild(const MdArray& array);

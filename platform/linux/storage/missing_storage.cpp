@@ -86,6 +86,7 @@ class Finder {
     const std::string device = FindDevice(line.source);
     const Mount* other = mounts_.FindAt(line.target);
     MissingStorage missing;
+    missing.name = line.source;
     missing.path = line.target;
     missing.type = line.type;
     missing.health = Judge(line, device);
@@ -157,9 +158,10 @@ class Finder {
 
 MissingStorage Describe(const ExpectedArray& array) {
   MissingStorage missing;
+  missing.kind = MissingStorage::Kind::Array;
+  missing.name = array.device.empty() ? array.uuid : array.device;
   missing.health = Health::Danger;
-  missing.what = "the array " + (array.device.empty() ? array.uuid : array.device) +
-                 " of mdadm.conf is not there";
+  missing.what = "the array " + missing.name + " of mdadm.conf is not there";
   missing.remedy =
       "mdadm --assemble --scan; where it is gone for good, take its line out of "
       "mdadm.conf";
@@ -167,12 +169,22 @@ MissingStorage Describe(const ExpectedArray& array) {
 }
 
 MissingStorage Describe(const ExpectedSnapshot::Group& group) {
-  return {group.health, "the volume group " + group.name + " misses " + group.why,
-          "vgs -o +vg_missing_pv_count " + group.name, "", ""};
+  return {MissingStorage::Kind::Group,
+          group.name,
+          group.health,
+          "the volume group " + group.name + " misses " + group.why,
+          "vgs -o +vg_missing_pv_count " + group.name,
+          "",
+          ""};
 }
 
 MissingStorage DescribePool(const std::string& pool) {
-  return {Health::Danger, "the ZFS pool " + pool + " is not imported", "zpool import " + pool, "",
+  return {MissingStorage::Kind::Pool,
+          pool,
+          Health::Danger,
+          "the ZFS pool " + pool + " is not imported",
+          "zpool import " + pool,
+          "",
           ""};
 }
 

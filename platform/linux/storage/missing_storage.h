@@ -12,6 +12,10 @@
 namespace linux_platform {
 
 struct MissingStorage {
+  enum class Kind { Mount, Array, Group, Pool };
+
+  Kind kind = Kind::Mount;
+  std::string name;                // of the line its source, of the others their own
   Health health = Health::Normal;  // Normal: it is only worth a note
   std::string what;                // in words, by mount point, array or name
   std::string remedy;
