@@ -1,5 +1,6 @@
 #include "host/cli/commands.h"
 
+#include <algorithm>
 #include <iostream>
 #include <set>
 
@@ -19,8 +20,8 @@
 namespace host {
 namespace {
 
-std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& texts) {
-  std::string line = FormatSourcesLine(reply.sources, texts);
+std::string MachineLine(const Answer& answer, const Explanation& explanation, const Texts& texts) {
+  std::string line = FormatCoverage(explanation, texts);
   if (!answer.hostname.empty()) line += " · " + Sanitize(answer.hostname);
   const std::string uptime = FormatUptime(answer.uptime, texts);
   if (!uptime.empty()) line += " · " + texts.FormatUi("up", uptime);
@@ -29,16 +30,33 @@ std::string MachineLine(const Answer& answer, const Reply& reply, const Texts& t
 
 using Causes = std::vector<ToldCause>;
 
+// The first are the most telling; more than a person takes in at a glance are counted.
+constexpr std::size_t kShownCauses = 3;
+
+// Nothing is shown without what mends it, nor the other way round.
+std::size_t KeepMostTelling(Causes& causes) {
+  const std::size_t all = causes.size();
+  causes.resize(std::min(all, kShownCauses));
+  return all - causes.size();
+}
+
+void PrintWhy(const Causes& causes, std::size_t more, const Texts& texts, const Style& style) {
+  for (const ToldCause& cause : causes)
+    std::cout << style.Cause(texts.AddLabel(texts.FormatUi("why")), cause);
+  const std::string text = FillPlaceholders(texts.Resolve("part:more"), {FormatCount(more)});
+  if (more > 0) std::cout << style.WrapLines(4, "", text) << '\n';
+}
+
+// Each command once: several causes may be mended by the same.
 void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& texts,
                  const Style& style) {
   const std::string label = texts.AddLabel(texts.FormatUi("do"));
   std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
-  bool named = false;
-  for (const ToldCause& cause : causes) {
-    for (const std::string& command : cause.mend) std::cout << style.Command(command);
-    named = named || !cause.mend.empty();
-  }
-  if (named) return;
+  std::set<std::string> typed;
+  for (const ToldCause& cause : causes)
+    for (const std::string& command : cause.mend)
+      if (typed.insert(command).second) std::cout << style.Command(command);
+  if (!typed.empty()) return;
   for (const std::string_view command : ListGenericCommands(finding))
     std::cout << style.Command(std::string(command));
 }
@@ -49,13 +67,14 @@ void PrintFurther(const std::vector<CheckerResult>& ranked, const Evidence& evid
                   const Texts& texts, const Style& style) {
   std::set<std::string> told;
   for (const CheckerResult& result : ranked) {
-    const std::string label = texts.FormatUi(ToString(JudgeFinding(*result.finding)));
-    std::string line = texts.AddLabel(label) + RenderSentence(*result.finding, texts);
+    const Verdict verdict = JudgeFinding(*result.finding);
+    std::string line = RenderSentence(*result.finding, texts);
     const bool first = told.empty();
     if (!told.insert(line).second || first) continue;
     const Causes causes = FormatCauses(evidence, result.name, texts);
     if (!causes.empty()) line += " " + causes.front().lines.front();
-    std::cout << style.WrapLines(2, "", line) << '\n';
+    std::cout << style.Further(verdict, texts.FormatUi(ToString(verdict)),
+                               EndLabel(texts.Resolve("common:colon")), line);
   }
 }
 
@@ -63,9 +82,9 @@ void PrintFinding(const Finding& rule, const std::vector<CheckerResult>& checker
                   const Platform& platform, const Texts& texts, const Style& style) {
   const std::vector<CheckerResult> ranked = MostUrgentFirst(checkers);
   const Evidence evidence = {platform.ReadParts(), platform.ReadEvidence()};
-  const Causes causes = FormatCauses(evidence, ranked.empty() ? "" : ranked.front().name, texts);
-  for (const ToldCause& cause : causes)
-    std::cout << style.Cause(texts.AddLabel(texts.FormatUi("why")), cause);
+  Causes causes = FormatCauses(evidence, ranked.empty() ? "" : ranked.front().name, texts);
+  const std::size_t more = KeepMostTelling(causes);
+  PrintWhy(causes, more, texts, style);
   PrintRemedy(rule, causes, texts, style);
   PrintFurther(ranked, evidence, texts, style);
 }
@@ -85,7 +104,7 @@ void Print(const Explanation& explanation, const Platform& platform, const Texts
     std::cout << style.Source(line);
   for (const ToldLine& line : FormatNotes(platform.ReadNotes(), texts))
     std::cout << style.Note(line);
-  std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, reply, texts))) << '\n';
+  std::cout << style.Faint(style.WrapLines(2, "", MachineLine(answer, explanation, texts))) << '\n';
 }
 
 }  // namespace

@@ -112,8 +112,16 @@ std::string Style::Cause(const std::string& label, const ToldCause& cause) const
   return lines + Command(cause.show);
 }
 
+std::string Style::Further(Verdict verdict, const std::string& word, const std::string& colon,
+                           const std::string& sentence) const {
+  const std::string label = decorated_ ? ChooseMark(verdict).symbol + word : word;
+  const std::string lines = WrapLines(kIndent, "", label + colon + sentence);
+  return lines.substr(0, kIndent) + Severity(verdict, word) + lines.substr(kIndent + label.size()) +
+         "\n";
+}
+
 std::string Style::Command(const std::string& command) const {
-  return command.empty() ? "" : WrapLines(7, "", command) + "\n";
+  return command.empty() ? "" : std::string(7, ' ') + Decorate("36", command) + "\n";
 }
 
 std::string Style::Source(const ToldLine& line) const {

@@ -31,7 +31,10 @@ class Style {
   std::string Source(const ToldLine& line) const;
   // Why something is not well, behind `label`, and the command that shows it.
   std::string Cause(const std::string& label, const ToldCause& cause) const;
-  // A command to type, in a line of its own.
+  // A finding that lost, like a headline and less loud.
+  std::string Further(Verdict verdict, const std::string& word, const std::string& colon,
+                      const std::string& sentence) const;
+  // A command to type, in a line of its own, which nothing breaks: half of it may be another one.
   std::string Command(const std::string& command) const;
   // A note, and its command behind it where both fit on one line.
   std::string Note(const ToldLine& line) const;
