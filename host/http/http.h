@@ -26,6 +26,7 @@ struct HttpAnswer {
   std::string body;
   std::vector<std::pair<const char*, std::string>> headers = {};  // beside the usual ones
   std::string page = {};  // HTML for whoever asks for that instead; empty: all get the body
+  bool packs = false;     // whoever can unpack it gets the body packed
 };
 
 // An error answer: application/problem+json (RFC 9457), and a page for a browser. `available`

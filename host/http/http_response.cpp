@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "host/http/gzip.h"
+
 namespace host {
 namespace {
 
@@ -35,24 +37,34 @@ std::shared_ptr<MHD_Response> CreateResponse(std::string&& text, const char* con
   return {response, &MHD_destroy_response};
 }
 
+const char* FindHeader(MHD_Connection* connection, const char* name) {
+  return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
+}
+
 // Browsers name HTML when they follow a link; programs, and a page's own scripts, do not.
 bool WantsPage(MHD_Connection* connection) {
-  const char* accepted = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "Accept");
+  const char* accepted = FindHeader(connection, "Accept");
   return accepted != nullptr && std::strstr(accepted, "text/html") != nullptr;
 }
 
 }  // namespace
 
-PreparedAnswer::PreparedAnswer(HttpAnswer answer)
-    : status_(answer.status),
-      response_(CreateResponse(std::move(answer.body), answer.contentType, answer)) {
+PreparedAnswer::PreparedAnswer(HttpAnswer answer) : status_(answer.status) {
+  if (answer.packs) {
+    answer.headers.emplace_back("Vary", "Accept-Encoding");
+    packed_ = CreateResponse(Gzip(answer.body), answer.contentType, answer);
+    MHD_add_response_header(packed_.get(), "Content-Encoding", "gzip");
+  }
+  response_ = CreateResponse(std::move(answer.body), answer.contentType, answer);
   if (!answer.page.empty())
     page_ = CreateResponse(std::move(answer.page), "text/html; charset=utf-8", answer);
 }
 
 bool PreparedAnswer::SendTo(MHD_Connection* connection) const {
   const bool page = page_ != nullptr && WantsPage(connection);
-  return MHD_queue_response(connection, status_, (page ? page_ : response_).get()) == MHD_YES;
+  const bool packed = packed_ != nullptr && AcceptsGzip(FindHeader(connection, "Accept-Encoding"));
+  const auto& response = page ? page_ : packed ? packed_ : response_;
+  return MHD_queue_response(connection, status_, response.get()) == MHD_YES;
 }
 
 }  // namespace host

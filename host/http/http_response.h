@@ -22,7 +22,8 @@ class PreparedAnswer {
  private:
   unsigned status_;
   std::shared_ptr<MHD_Response> response_;
-  std::shared_ptr<MHD_Response> page_;  // null: everybody gets the response
+  std::shared_ptr<MHD_Response> page_;    // null: everybody gets the response
+  std::shared_ptr<MHD_Response> packed_;  // the response for who can unpack it; null as well
 };
 
 }  // namespace host

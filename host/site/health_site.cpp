@@ -215,6 +215,7 @@ HttpAnswer HealthSite::AskComplete(const SimulatedMachine& machine,
   HttpAnswer answer = NotStored(WriteCompleteAnswer(complete, texts_.at(language)));
   answer.headers.emplace_back("Content-Language", language);
   answer.headers.emplace_back("Vary", "Accept-Language");
+  answer.packs = true;
   return answer;
 }
 

@@ -1,19 +1,18 @@
 #include "host/site/static_files.h"
 
 #include <json/value.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <new>
 #include <regex>
 #include <sstream>
 #include <utility>
 
 #include "common/json_reader.h"
 #include "common/json_writer.h"
+#include "host/http/gzip.h"
 #include "host/text/failure.h"
 #include "host/text/language.h"
 
@@ -110,38 +109,6 @@ std::string MinifyJson(const std::filesystem::path& file) {
     throw Failure(kUnavailable, file.string() + " is damaged: build or install the program again.");
   }
   return common::WriteCompact(value, common::Charset::Utf8);
-}
-
-// As small as it gets.
-std::string Gzip(const std::string& bytes) {
-  constexpr int kGzip = 15 + 16;  // the largest window, with gzip's head and sum
-  constexpr int kMemory = 9;
-  z_stream stream = {};
-  if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, kGzip, kMemory, Z_DEFAULT_STRATEGY) !=
-      Z_OK) {
-    throw std::bad_alloc();  // nothing else can go wrong with these settings
-  }
-  std::string packed(deflateBound(&stream, bytes.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-  stream.avail_in = static_cast<uInt>(bytes.size());
-  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-  stream.avail_out = static_cast<uInt>(packed.size());
-  deflate(&stream, Z_FINISH);
-  packed.resize(stream.total_out);
-  deflateEnd(&stream);
-  packed.shrink_to_fit();  // it is kept, and was as long as what it packs
-  return packed;
-}
-
-// Whether an Accept-Encoding names gzip and does not refuse it with "q=0"; null: none was sent.
-bool AcceptsGzip(const char* acceptEncoding) {
-  if (acceptEncoding == nullptr) return false;
-  const std::string_view accepted = acceptEncoding;
-  const std::size_t gzip = accepted.find("gzip");
-  if (gzip == std::string_view::npos) return false;
-  std::string weight(accepted.substr(gzip, accepted.find(',', gzip) - gzip));
-  std::erase(weight, ' ');
-  return !weight.starts_with("gzip;q=0") || weight.find_first_of("123456789") != weight.npos;
 }
 
 }  // namespace
