@@ -10,7 +10,7 @@
 namespace host {
 
 // Names of volumes and units come out literally, whatever they hold; a placeholder or a
-// reference that nothing belongs to stays as it is. The page's render.js does the same.
+// reference that nothing belongs to stays as it is.
 std::string RenderDescription(const Description& description, const Texts& texts);
 // The finding's own "sentence", where others share its text, else its description; without
 // anything that could harm a terminal.

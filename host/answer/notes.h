@@ -15,7 +15,7 @@ using Notes = std::vector<VELANote>;
 std::string FormatNote(const VELANote& note, const Texts& texts);
 
 // One for each note, with the command that shows it: "Note: DIMM_A1 corrected 12 errors". A key
-// without a text is told with its figures. The page's render.js does the same.
+// without a text is told with its figures.
 std::vector<ToldLine> FormatNotes(const Notes& notes, const Texts& texts);
 
 }  // namespace host

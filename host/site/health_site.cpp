@@ -5,7 +5,6 @@
 #include <optional>
 #include <utility>
 
-#include "common/json_writer.h"
 #include "host/answer/complete_answer.h"
 #include "host/text/language.h"
 
@@ -15,7 +14,6 @@ namespace {
 constexpr std::string_view kApi = "/api/";
 constexpr std::string_view kPage = "/";
 constexpr std::string_view kGallery = "/gallery.json";
-constexpr std::string_view kAnswer = "/answer";  // what the page asks for
 constexpr std::string_view kComplete = "/v1/health";
 constexpr std::string_view kMetrics = "/metrics";
 constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
@@ -75,69 +73,6 @@ std::vector<std::string> ListPaths(const Host& host) {
   return paths;
 }
 
-Json::Value ToJson(const VELASourceReport& report) {
-  Json::Value source;
-  source["name"] = report.name;
-  source["state"] = source_status::NameState(report.state);
-  for (std::uint32_t i = 0; i < report.reasonCount; ++i) {
-    Json::Value reason;
-    reason["text"] = report.reasons[i].text;
-    if (report.reasons[i].remedy[0] != '\0') reason["remedy"] = report.reasons[i].remedy;
-    source["reasons"].append(std::move(reason));
-  }
-  if (report.moreReasons != 0) source["reasons"].append(Json::objectValue)["text"] = kMoreReasons;
-  return source;
-}
-
-Json::Value ListSources(const SourceReports& reports) {
-  Json::Value sources(Json::arrayValue);
-  for (const VELASourceReport& report : reports) sources.append(ToJson(report));
-  return sources;
-}
-
-Json::Value ListChecks(const std::vector<CheckerResult>& checkers) {
-  Json::Value checks(Json::objectValue);
-  for (const CheckerResult& result : checkers) checks[result.name] = ToString(result.outcome);
-  return checks;
-}
-
-Json::Value ListFurtherFindings(const std::vector<CheckerResult>& checkers) {
-  Json::Value findings(Json::arrayValue);
-  const auto results = MostUrgentFirst(checkers);
-  for (std::size_t i = 1; i < results.size(); ++i) findings.append(results[i].rule);
-  return findings;
-}
-
-Json::Value ToJson(const VELANote& note) {
-  Json::Value object;
-  object["key"] = note.key;
-  if (note.part[0] != '\0') object["part"] = note.part;
-  object["figure"] = Json::Int64{note.figure};
-  if (note.mark != 0) object["mark"] = Json::Int64{note.mark};
-  if (note.command[0] != '\0') object["command"] = note.command;
-  return object;
-}
-
-Json::Value ListNotes(const std::vector<VELANote>& notes) {
-  Json::Value list(Json::arrayValue);
-  for (const VELANote& note : notes) list.append(ToJson(note));
-  return list;
-}
-
-// What the page asks for: {"answer": the document of "get" as it is, "findings": the rules after
-// the winner, most urgent first, "checks": {name: "finding", "nothing", "not_made" or
-// "accepted"}, "sources": [{"name", "state": "read", "failed", "unwatched", "accepted",
-// "absent" or "not asked", "reasons": [{"text", "remedy"}] if there are any}], "notes": [{"key",
-// "part", "figure", "mark", "command"}, those of them that there are]}.
-std::string AskForPage(const Host& host, const SimulatedMachine& machine) {
-  const Explanation explanation = AskExplanation(host, machine);
-  return "{\"answer\":" + explanation.reply.document +
-         ",\"findings\":" + common::WriteCompact(ListFurtherFindings(explanation.checkers)) +
-         ",\"checks\":" + common::WriteCompact(ListChecks(explanation.checkers)) +
-         ",\"sources\":" + common::WriteCompact(ListSources(explanation.reply.sources)) +
-         ",\"notes\":" + common::WriteCompact(ListNotes(host.GetPlatform().ReadNotes())) + "}";
-}
-
 }  // namespace
 
 HealthSite::HealthSite(const Host& host, SimulatedMachine machine,
@@ -168,7 +103,7 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& requ
 
 // The page is a file, and still shows a machine.
 bool HealthSite::AsksMachine(std::string_view path) const {
-  return path == kPage || path == kAnswer || path == kComplete || path == kMetrics ||
+  return path == kPage || path == kComplete || path == kMetrics ||
          (path.starts_with(kApi) && FindMethod(path) != nullptr);
 }
 
@@ -200,7 +135,6 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::RouteToMachine(
 HttpAnswer HealthSite::AskMachine(const MachineQuery& query, std::size_t requests) const {
   const SimulatedMachine machine = query.scenario.empty() ? machine_ : demo_->Open(query.scenario);
   if (query.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine)};
-  if (query.path == kAnswer) return NotStored(AskForPage(host_, machine));
   const auto start = std::chrono::steady_clock::now();
   HttpAnswer answer = query.path == kComplete
                           ? AskComplete(machine, query.language)

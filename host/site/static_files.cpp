@@ -19,8 +19,6 @@
 namespace host {
 namespace {
 
-constexpr const char* kNotes = "notes";  // a section of the texts
-
 struct PageFile {
   const char *path, *file, *contentType;
 };
@@ -67,39 +65,20 @@ std::string MinifyStyle(const std::string& source) {
   return std::regex_replace(std::regex_replace(ends, kBlanks, "$1"), kLast, "}");
 }
 
-// What is said about a finding, in the order that render.js knows.
-Json::Value ListAdvice(const Json::Value& section) {
-  Json::Value list(Json::arrayValue);
-  for (const char* key : {"do", "meaning", "ignored", "where"}) list.append(section[key]);
-  if (section.isMember("sentence")) list.append(section["sentence"]);
-  return list;
-}
-
-// Leaves out what the page never shows: the catalogue's titles, advice on what needs none, words
-// that `page` never names, names of each piece of advice, the blanks that make the source
-// readable, and escapes.
-std::string MinifyTexts(const std::string& json, const std::string& page) {
-  Json::Value value;
-  if (!common::ParseJson(json, value) || !value.isObject()) {
+// The page's labels, {key: text}: its own section, and those of the program's words that `sources`
+// name. All else that it shows comes with an answer, in words.
+std::string PickLabels(const std::string& json, const std::string& sources) {
+  Json::Value texts;
+  if (!common::ParseJson(json, texts) || !texts.isObject() || !texts["page"].isObject()) {
     throw Failure(kUnavailable,
                   "The page's texts are damaged: build or install vela-health again.");
   }
-  for (Json::Value& section : value)
-    if (section.isObject() && section.isMember("title")) section = ListAdvice(section);
-  value.removeMember("system_health/system_ok");
-  value.removeMember(kNotes);
-  for (const std::string& word : value["ui"].getMemberNames()) {
-    if (page.find('"' + word + '"') == std::string::npos) value["ui"].removeMember(word);
-  }
-  return common::WriteCompact(value, common::Charset::Utf8);
-}
-
-// What the page asks for only where there are notes: {key: text, or its plural forms}.
-std::string PickNotes(const std::string& json) {
-  Json::Value value;
-  common::ParseJson(json, value);
-  const Json::Value notes = value.get(kNotes, Json::objectValue);
-  return common::WriteCompact(notes, common::Charset::Utf8);
+  Json::Value labels = texts["page"];
+  for (const std::string& word : texts["ui"].getMemberNames())
+    if (sources.find('"' + word + '"') != std::string::npos ||
+        sources.find("ui." + word) != std::string::npos)
+      labels[word] = texts["ui"][word];
+  return common::WriteCompact(labels, common::Charset::Utf8);
 }
 
 // The description of the API, without the blanks that make the source readable.
@@ -128,9 +107,7 @@ StaticFiles::StaticFiles(const std::filesystem::path& data, bool demo) {
   Add("/openapi.json", "application/json", MinifyJson(data / "www/openapi.json"));
   for (const Language& language : ListLanguages()) {
     const std::string name = std::string(language.code) + ".json";
-    const std::string texts = ReadFile(data / "texts" / name);
-    Add("/texts/" + name, "application/json", MinifyTexts(texts, sources));
-    Add("/notes/" + name, "application/json", PickNotes(texts));
+    Add("/texts/" + name, "application/json", PickLabels(ReadFile(data / "texts" / name), sources));
   }
 }
 

@@ -1,5 +1,5 @@
 // Every finding as the page tells it, by look, in any language, wide or narrow, light or dark.
-import {fetchJson, languageFor, offerLanguages, sentenceOf, showAdvice, showHeadline, showLabels, textKey, verdictOf} from "./render.js";
+import {fetchJson, languageFor, make, showHeadline, tellFinding} from "./render.js";
 
 const kLooks = ["danger", "warning", "notice", "well"];
 const part = (id) => document.getElementById(id);
@@ -9,19 +9,13 @@ function copyOf(template) {
   return part(template).content.firstElementChild.cloneNode(true);
 }
 
-// The page's own markup, so that a card cannot look different from it. Its headings stand two
-// steps lower here.
+// The page's own headline, so that a card cannot look different from it; two steps lower.
 async function cardOfPage() {
   const page = new DOMParser().parseFromString(await (await fetch("/")).text(), "text/html");
-  const card = document.createElement("article");
-  card.className = "widget";
-  card.append(page.querySelector(".headline"), page.querySelector(".advice"));
-  card.querySelector(".headline").removeAttribute("role");
-  for (const heading of card.querySelectorAll("h1, h2, h3")) {
-    const lower = document.createElement(`h${Number(heading.tagName[1]) + 2}`);
-    for (const {name, value} of heading.attributes) lower.setAttribute(name, value);
-    heading.replaceWith(lower);
-  }
+  const card = make("article", {class: "widget"}, page.querySelector(".headline"));
+  card.querySelector("[role]").removeAttribute("role");
+  card.querySelector(".asked").remove();
+  card.querySelector("h1").replaceWith(make("h3", {class: "sentence"}));
   return card;
 }
 
@@ -29,15 +23,14 @@ function pageOf(scenario, language) {
   return `/?${new URLSearchParams({scenario, lang: language})}`;
 }
 
-function cardFor(card, {scenario, rule}, texts, language) {
-  const verdict = verdictOf(rule);
+function cardFor(card, {scenario, answer}, ui, language) {
+  const {verdict, sentence, findings: [finding], document: {rule}} = answer;
   const made = card.cloneNode(true);
-  showHeadline(made, verdict, sentenceOf(rule, texts), texts);
-  showLabels(made, texts);
-  showAdvice(made, rule, texts);
-  made.querySelector(".advice").hidden = verdict === "well";
+  showHeadline(made, verdict, ui[verdict], sentence);
+  if (finding) made.append(make("div", {class: "advice"}, ...tellFinding(finding, ui, 4, scenario)));
   const below = copyOf("below");
-  below.querySelector(".which").textContent = `${rule.id} / ${textKey(rule.description)}, priority\u00a0${rule.priority}`;
+  const name = [rule.id, finding?.text_key].filter(Boolean).join(" / ");
+  below.querySelector(".which").textContent = `${name}, priority\u00a0${rule.priority}`;
   const link = below.querySelector(".open");
   link.href = pageOf(scenario, language);
   link.textContent = scenario;
@@ -45,10 +38,13 @@ function cardFor(card, {scenario, rule}, texts, language) {
   return made;
 }
 
-function lookFor(verdict, cards, texts) {
+// What the page of that machine asks for.
+const answerOf = (scenario, lang) => fetchJson(`v1/health?${new URLSearchParams({scenario, lang})}`);
+
+function lookFor(verdict, cards, ui) {
   const look = copyOf("look");
   look.id = verdict;
-  look.querySelector(".name").textContent = texts.ui[verdict];
+  look.querySelector(".name").textContent = ui[verdict];
   look.querySelector(".name").className += ` ${verdict}`;
   look.querySelector(".number").textContent = cards.length;
   look.querySelector(".cards").append(...cards);
@@ -68,8 +64,9 @@ function useScheme(scheme) {
 }
 
 async function paint(card, {findings, scenarios}) {
-  const language = languageFor([choices.get("lang"), ...navigator.languages]);
-  const texts = await fetchJson(`texts/${language}.json`);
+  const language = languageFor([choices.get("lang"), ...navigator.languages], part("language"));
+  const [ui, ...shown] = await Promise.all([fetchJson(`texts/${language}.json`),
+    ...findings.map(async ({scenario}) => ({scenario, answer: await answerOf(scenario, language)}))]);
   part("language").value = language;
   part("scheme").value = choices.get("scheme") ?? "";
   part("width").value = choices.get("width") ?? "";
@@ -77,9 +74,9 @@ async function paint(card, {findings, scenarios}) {
   const looks = part("looks");
   looks.lang = language;
   looks.classList.toggle("narrow", part("width").value === "280");
-  looks.replaceChildren(...kLooks.map((verdict) => lookFor(verdict, findings
-    .filter(({rule}) => verdictOf(rule) === verdict)
-    .map((finding) => cardFor(card, finding, texts, language)), texts)));
+  looks.replaceChildren(...kLooks.map((verdict) => lookFor(verdict, shown
+    .filter(({answer}) => answer.verdict === verdict)
+    .map((each) => cardFor(card, each, ui, language)), ui)));
   looks.setAttribute("aria-busy", "false");
   part("count").textContent = `All ${findings.length}, the most urgent first, each with what to do about it.`;
   part("scenarios").replaceChildren(...scenarios.map((scenario) => {
@@ -92,7 +89,6 @@ async function paint(card, {findings, scenarios}) {
 }
 
 async function start() {
-  offerLanguages(part("language"));
   const [card, gallery] = await Promise.all([cardOfPage(), fetchJson("gallery.json")]);
   for (const [id, name] of [["language", "lang"], ["scheme", "scheme"], ["width", "width"]]) {
     part(id).addEventListener("change", ({target}) => {

@@ -1,169 +1,245 @@
-// How the pages tell a finding: in the words of one language, with an icon and advice. The words
-// are the same as those of the tool's render.cpp, held to it by one table of cases.
+// What the page and the gallery share: words, elements, the headline and what is said about a
+// finding; and the machine as a picture.
 
-const kPlaceholder = /\{(\d{1,19})\}/g;
+const kSvg = "http://www.w3.org/2000/svg";
+const kDrawn = ["svg", "path", "rect", "circle", "line", "use"];
 
-// The text that "section:key" names, else the reference itself.
-export function textOf(texts, reference) {
-  const colon = reference.indexOf(":");
-  const section = texts[reference.slice(0, colon)];
-  const key = reference.slice(colon + 1);
-  return section && Object.hasOwn(section, key) ? section[key] : reference;
-}
-
-// What was put in is never looked at again.
-export function fill(text, values) {
-  return text.replace(kPlaceholder, (whole, number) => values[Number(number)] ?? whole);
-}
-
-// The one placeholder of a piece "{0} NAME", "NAME{0}2", "USB {0} 1-2" or "{0}": names are
-// not escaped, so it is found by its place.
-function placeholderOf(piece, head, turn, count) {
-  let last, next;
-  for (const found of piece.matchAll(kPlaceholder)) {
-    const number = Number(found[1]);
-    const begin = found.index, end = begin + found[0].length;
-    const rest = piece.slice(end);
-    if (number >= count) continue;
-    if (begin === 0 && rest.startsWith(" ")) return {begin, end, number};
-    if (/^\d+$/.test(rest)) last = {begin, end, number};
-    const alone = begin === 0 && rest === "" && head.indexOf(piece) === head.lastIndexOf(piece);
-    if (!next && number === turn && (alone || /^ \d/.test(rest))) next = {begin, end, number};
-  }
-  return last ?? next;
-}
-
-// A text that follows a name brings the blank between both, where its language has one.
-function append(line, text) {
-  return line + (text.startsWith(" ") && (line === "" || line.endsWith(" ")) ? text.slice(1) : text);
-}
-
-// "USB {0} 1" and "eSATA {0} 1" are one name: its start is a text of its own, "Disque USB".
-function deviceOf(piece, found, texts) {
-  const kind = piece.slice(0, found.begin);
-  if (/^ \d/.test(piece.slice(found.end)) && Object.hasOwn(texts.device ?? {}, kind))
-    return texts.device[kind];
-}
-
-function renderPieces(head, values, texts) {
-  let turn = 0, line = "";
-  head.split(", ").forEach((piece, index) => {
-    if (index > 0) line += texts.ui["list_comma"];
-    const found = placeholderOf(piece, head, turn, values.length - 2);
-    if (!found) {
-      line += piece;
-      return;
-    }
-    const device = deviceOf(piece, found, texts);
-    if (device === undefined) line += piece.slice(0, found.begin);
-    line = append(line, device ?? values[found.number]) + piece.slice(found.end);
-    turn = found.number + 1;
-  });
-  return line;
-}
-
-// Full-width marks bring their own blank.
-const endLabel = (colon) => colon + (colon.endsWith("\uff1a") ? "" : " ");
-
-export function render(description, texts) {
-  const {description_format: format, description_params: params} = description;
-  if (description.description_use_formatted) return fill(textOf(texts, format), params);
-  const values = params.map((reference) => textOf(texts, reference));
-  const tail = `{${values.length - 2}} {${values.length - 1}}`;
-  if (values.length < 2 || !format.endsWith(tail)) return fill(format, values);
-  return renderPieces(format.slice(0, format.length - tail.length), values, texts) +
-    endLabel(values.at(-2)) + values.at(-1);
-}
-
-// A note in its text, in the plural form of its figure; one that has no text, with its figures.
-export function noteOf(note, texts, language) {
-  const {key, part, figure, mark} = note;
-  const told = {part: part ?? "", figure: group(figure), mark: group(mark ?? 0)};
-  if (!texts.notes || !Object.hasOwn(texts.notes, key))
-    return `${key} (${[part, told.figure, mark && told.mark].filter(Boolean).join(", ")})`;
-  const text = texts.notes[key];
-  const form = text[new Intl.PluralRules(language).select(figure)] ?? text.other ?? text;
-  return form.replace(/\{(part|figure|mark)\}/g, (whole, name) => told[name]);
-}
-
-const group = (figure) => String(figure).replace(/\B(?=(\d{3})+$)/g, "\u202f");
-
-// The key of the text that says what is wrong; with the id it names the finding.
-export function textKey(description) {
-  const {description_format: format, description_params: params} = description;
-  const reference = description.description_use_formatted ? format : params.at(-1) ?? "";
-  return reference.slice(reference.indexOf(":") + 1);
-}
-
-// Type 2 is "all well" only for the healthy default, otherwise a notice.
-export function verdictOf(rule) {
-  if (rule.type === 0) return "danger";
-  if (rule.type === 1) return "warning";
-  return rule.id === "system_health" ? "well" : "notice";
-}
-
-// Each look has a shape of its own: its outline, then the mark on it.
-const kIcons = {
-  danger: ["M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32"],
-  warning: ["M24 4L45 43H3z", "M24 19v11M24 36.5v.1"],
-  notice: ["M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1"],
-  well: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 25l7 7 13-15"],
-  unknown: ["M4 4h40v40H4z", "M17 19a7 7 0 1 1 11 5.5c-2.6 2-4 3-4 6.5M24 37v.1"],
-  loading: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 24h.1M24 24h.1M34 24h.1"],
-};
+export const fill = (text, values) =>
+  text.replace(/\{(\d)\}/g, (whole, number) => values[Number(number)] ?? whole);
 
 // Names are anybody's: without what would turn the text around them.
-export const sanitize = (text) => text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
+export const sanitize = (text) =>
+  text.replace(/[\0-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]/g, "\ufffd");
 
-export function showHeadline(widget, verdict, sentence, texts) {
-  widget.dataset.verdict = verdict;
-  const [shape, mark] = kIcons[verdict];
-  widget.querySelector(".shape").setAttribute("d", shape);
-  widget.querySelector(".mark").setAttribute("d", mark);
-  widget.querySelector(".severity").textContent = verdict === "loading" ? "" : texts.ui[verdict];
-  widget.querySelector(".sentence").textContent = sentence;
+// An element; attributes that are undefined or false are left out, and a text is never markup.
+export function make(tag, attributes = {}, ...children) {
+  const made = kDrawn.includes(tag) ? document.createElementNS(kSvg, tag)
+    : document.createElement(tag);
+  for (const [name, value] of Object.entries(attributes))
+    if (value !== undefined && value !== false) made.setAttribute(name, value);
+  made.append(...children.map((child) => typeof child === "string" ? sanitize(child) : child));
+  return made;
 }
 
-// The order in which the server lists what is said about a finding.
-const kAdvice = ["do", "meaning", "ignored", "where", "sentence"];
+// Each look has a shape of its own: its outline, then the mark on it, then its colour in a tab.
+export const kIcons = {
+  danger: ["M15 2h18l13 13v18L33 46H15L2 33V15z", "M16 16l16 16M32 16L16 32", "#cf1f29"],
+  warning: ["M24 4L45 43H3z", "M24 19v11M24 36.5v.1", "#b86e00"],
+  notice: ["M24 2l22 22-22 22L2 24z", "M24 23v11M24 14.5v.1", "#1478c0"],
+  well: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 25l7 7 13-15", "#1c8a4b"],
+  unknown: ["M4 4h40v40H4z", "M17 19a7 7 0 1 1 11 5.5c-2.6 2-4 3-4 6.5M24 37v.1", "#6b7783"],
+  accepted: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 24h20", "#6b7783"],
+  gone: ["M13 4h22l11 20-11 20H13L2 24z", "M15 24h18", "#6b7783"],
+  loading: ["M24 2a22 22 0 1 1 0 44a22 22 0 1 1 0-44z", "M14 24h.1M24 24h.1M34 24h.1", "#6b7783"],
+};
 
-// The program's own words, and what the texts say about the finding.
-export function showAdvice(widget, rule, texts) {
-  const advice = texts[`${rule.id}/${textKey(rule.description)}`] ?? [texts.ui["unknown_finding"]];
-  for (const part of widget.querySelectorAll("[data-advice]"))
-    part.textContent = advice[kAdvice.indexOf(part.dataset.advice)] ?? "";
-  const details = widget.querySelector(".advice details");
-  if (details) details.hidden = advice.length < 2;
-}
+export const icon = (look) =>
+  make("svg", {class: "icon", viewBox: "0 0 48 48", "aria-hidden": "true"},
+    make("path", {class: "shape", d: kIcons[look][0]}),
+    make("path", {class: "mark", d: kIcons[look][1]}));
 
-export function showLabels(root, texts) {
-  for (const label of root.querySelectorAll("[data-ui]")) label.textContent = texts.ui[label.dataset.ui];
-}
-
-export function sentenceOf(rule, texts) {
-  const advice = texts[`${rule.id}/${textKey(rule.description)}`];
-  return advice?.[kAdvice.indexOf("sentence")] ?? sanitize(render(rule.description, texts));
-}
-
-export const kLanguages = {en: "English", de: "Deutsch", fr: "Français", es: "Español", ja: "日本語", "zh-CN": "简体中文"};
-
-// The first of the wanted languages that there are texts in, else English.
-export function languageFor(wanted) {
-  const primary = (tag) => (tag ?? "").toLowerCase().split(/[-_]/)[0];
-  const known = (tag) => Object.keys(kLanguages).find((code) => primary(code) === primary(tag));
-  return known(wanted.find(known)) ?? "en";
-}
-
-export function offerLanguages(select) {
-  for (const [code, name] of Object.entries(kLanguages)) {
-    const option = new Option(name, code);
-    option.lang = code;
-    select.append(option);
+export function showHeadline(widget, look, severity, sentence) {
+  widget.dataset.verdict = look;
+  widget.querySelector(".icon").replaceWith(icon(look));
+  // What is said once is not said again.
+  for (const [place, text] of [[".severity", severity], [".sentence", sanitize(sentence)]]) {
+    const said = widget.querySelector(place);
+    if (said.textContent !== text) said.textContent = text;
   }
+}
+
+const command = (text) => make("code", {}, text);
+
+// Why it is so and what to do about it, under headings of that level.
+export function tellFinding({why, advice}, ui, level, key) {
+  const head = (key) => make(`h${level}`, {}, ui[key]);
+  const mend = why.flatMap((cause) => cause.mend ?? []);
+  const causes = why.map(({text, show}) => make("div", {class: "cause"},
+    ...text.map((line) => make("p", {dir: "auto"}, line)), ...show ? [command(show)] : []));
+  return [
+    ...causes.length > 0 ? [make("div", {class: "why"}, head("why"), ...causes)] : [],
+    make("div", {}, head("do"), make("p", {class: "do"}, advice.do),
+      ...[...new Set(mend.length > 0 ? mend : advice.how)].map(command)),
+    ...advice.meaning ? [make("details", {"data-key": `${key} advice`},
+      make("summary", {}, ui.meaning), make("p", {}, advice.meaning),
+      ...["ignored", "where"].flatMap((key) => [head(key), make("p", {}, advice[key])]))] : [],
+  ];
+}
+
+// The first of the wanted languages that can be chosen, else the first.
+export function languageFor(wanted, select) {
+  const primary = (tag) => (tag ?? "").toLowerCase().split(/[-_]/)[0];
+  const codes = [...select.options].map(({value}) => value);
+  const known = (tag) => codes.find((code) => primary(code) === primary(tag));
+  return known(wanted.find(known)) ?? codes[0];
 }
 
 export async function fetchJson(path) {
   const answer = await fetch(path, {signal: AbortSignal.timeout(30000)});
   if (!answer.ok) throw new Error(`${path}: ${answer.status}`);
   return answer.json();
+}
+
+// --- The machine as a picture. `told` is {ui, language, answer, lit: the names that matter}.
+
+const order = new Intl.Collator("en", {numeric: true}).compare;
+const isBad = ({state}) => ["attention", "failed", "missing"].includes(state);
+
+// Counts of bytes in the unit of the greatest, and that unit.
+function inUnit(language, ...counts) {
+  let unit = 0, scale = 1;
+  for (; Math.max(...counts) / scale >= 1000 && unit < 6; unit += 1) scale *= 1024;
+  const digits = (count) => ({maximumFractionDigits: unit > 0 && count < 100 ? 1 : 0});
+  return [...counts.map((count) => (count / scale).toLocaleString(language, digits(count / scale))),
+    ["B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"][unit]];
+}
+
+function readingOf({unit, reading, used, total, size}, {ui, language}) {
+  if (total) {
+    const share = Math.round((used ?? 0) / total * 100);
+    return fill(ui.used, [...inUnit(language, used ?? 0, total), String(share)]);
+  }
+  const figure = ((reading ?? 0) / (unit === "mV" ? 1000 : 1)).toLocaleString(language);
+  if (unit) return `${figure}\u00a0${{C: "°C", rpm: ui.rpm, mV: "V"}[unit] ?? unit}`;
+  return size ? inUnit(language, size).join("\u00a0") : "";
+}
+
+// Of a part: its name, its state where that is worth a word, and what a person needs to find it.
+function words(part, told) {
+  const rest = [part.details, readingOf(part, told)].filter(Boolean).join(told.ui.list_comma);
+  return [make("b", {dir: "auto"}, part.title), ...stateOf(part, told),
+    ...rest ? [make("span", {dir: "auto"}, rest)] : []];
+}
+
+const looksOf = ({state, name}, {lit}) => ({"data-state": state, "data-lit": lit.has(name)});
+
+const stateOf = (part, told) => part.state === "well" ? []
+  : [make("em", looksOf(part, told), told.ui[`state_${part.state}`])];
+
+const kSigns = {
+  attention: "M16 20v13M16 40v.1", missing: "M16 20v13M16 40v.1",
+  failed: "M10 24l12 12M22 24L10 36", well: "M9 12h14M9 19h14M9 26h14",
+  unknown: "M12 25a4 4 0 1 1 6.3 3.2c-1.5 1.2-2.3 2-2.3 4M16 39v.1",
+};
+
+function bay(disk, told) {
+  return make("div", {class: "bay", role: "option", "data-key": disk.name, ...looksOf(disk, told),
+    "aria-label": words(disk, told).map((word) => word.textContent).join(told.ui.list_comma)},
+  make("svg", {viewBox: "0 0 32 60", "aria-hidden": "true"},
+    make("rect", {class: "tray", x: 1.5, y: 1.5, width: 29, height: 57, rx: 4}),
+    make("path", {class: "sign", d: kSigns[disk.state] ?? ""}),
+    make("circle", {class: "led", cx: 16, cy: 50, r: 3})),
+  make("span", {}, disk.place[1]));
+}
+
+// Disks in a frame. One of them is chosen: with the pointer, by touch, with arrow keys.
+function rack(label, disks, told, first, tell) {
+  const bays = disks.map((disk) => bay(disk, told));
+  const choose = (chosen) => bays.forEach((each, index) => {
+    each.tabIndex = index === Math.max(chosen, 0) ? 0 : -1;
+    each.setAttribute("aria-selected", index === chosen);
+  });
+  bays.forEach((each, index) => {
+    for (const way of ["focus", "pointerenter"])
+      each.addEventListener(way, () => {
+        choose(index);
+        tell(disks[index]);
+      });
+    each.addEventListener("keydown", (event) => {
+      const next = {ArrowRight: index + 1, ArrowDown: index + 1, ArrowLeft: index - 1,
+        ArrowUp: index - 1, Home: 0, End: bays.length - 1}[event.key];
+      if (next === undefined) return;
+      event.preventDefault();
+      bays[next]?.focus();
+    });
+  });
+  choose(disks.indexOf(first));
+  return make("div", {}, make("h3", {dir: "auto"}, label), make("div", {class: "rack",
+    role: "listbox", "aria-label": label, "aria-orientation": "horizontal"}, ...bays));
+}
+
+// Which frame a disk stands in, and what is written below it there. A slot is "shelf 1, 4".
+function placeOf({bay: number, slot, name, device}, ui) {
+  if (number) return [ui.bays, number];
+  const [, shelf, place] = /^(?:(.*), )?(.*)$/.exec(slot ?? "");
+  if (place) return [shelf ?? ui.bays, place];
+  return [ui.loose_disks, /\d+$/.exec(name)?.[0] ?? device ?? ""];
+}
+
+function racks(all, told) {
+  const frames = new Map(), {bays, loose_disks: loose} = told.ui;
+  const disks = all.map((disk) => ({...disk, place: placeOf(disk, told.ui)}))
+    .sort((a, b) => order(a.place[1], b.place[1]));
+  for (const disk of disks)
+    frames.set(disk.place[0], [...frames.get(disk.place[0]) ?? [], disk]);
+  const rank = (frame) => [bays, frame, loose].indexOf(frame);
+  const first = disks.find(({name}) => told.lit.has(name)) ?? disks.find(isBad);
+  const caption = make("p", {class: "caption"});
+  const tell = (disk) => caption.replaceChildren(...words(disk, told));
+  if (first) tell(first); else caption.append(make("span", {class: "hint"}, told.ui.disk_hint));
+  return disks.length === 0 ? [] : [make("div", {class: "racks"},
+    ...[...frames.keys()].sort((a, b) => rank(a) - rank(b) || order(a, b)).map((frame) =>
+      rack(frame, frames.get(frame), told, first, tell)), caption)];
+}
+
+// A bar of 100, with a mark where it warns.
+function bar(share, mark, over) {
+  const percent = (value) => Math.min(Math.max(value * 100, 0), 100);
+  return make("svg", {class: "bar", viewBox: "0 0 100 10", preserveAspectRatio: "none",
+    "aria-hidden": "true"},
+  make("rect", {class: "track", y: 2, width: 100, height: 6}),
+  make("rect", {class: over ? "level over" : "level", y: 2, width: percent(share), height: 6}),
+  ...mark === undefined ? [] : [make("line", {x1: percent(mark), x2: percent(mark), y2: 10})]);
+}
+
+// The share used from which a volume is told to be nearly full: the evidence's, else what the
+// check held it against; a check calls "USB 1" "usbshare1", and "volume_1" "1".
+function markOf({name}, {evidence, checks}) {
+  const record = evidence.find(({key, part}) => key === "volume_low" && part === name);
+  if (record?.mark) return 1 - record.mark / 100;
+  const plain = (text) => text.toLowerCase().replace(/^volume_|share| /g, "");
+  const seen = checks.flatMap(({saw}) => saw?.volumes ?? [])
+    .find(({volume}) => volume && plain(volume) === plain(name));
+  const held = seen?.compared?.find(({unit, mark, total}) => unit === "bytes" && mark && total);
+  return held && 1 - held.mark / held.total;
+}
+
+function volume(part, told) {
+  const mark = markOf(part, told.answer), share = part.total && (part.used ?? 0) / part.total;
+  return make("li", {class: "volume", ...looksOf(part, told)},
+    make("p", {}, make("b", {dir: "auto"}, part.title), ...stateOf(part, told),
+      make("span", {dir: "auto"}, part.mount_point ?? "")),
+    ...part.total ? [bar(share, mark, share >= mark), make("p", {class: "figures"},
+      make("span", {}, readingOf(part, told)), ...mark === undefined ? []
+        : [make("span", {}, fill(told.ui.warns_at, [String(Math.round(mark * 100))]))])] : []);
+}
+
+// What has a reading: it, held against its mark.
+function gauge(part, told) {
+  const {unit, reading = 0, mark, kind, title} = part;
+  const scale = unit === "%" ? 100 : Math.max(reading, mark ?? 0, 1) * 1.25;
+  return make("li", {class: "gauge", ...looksOf(part, told)},
+    make("svg", {class: "glyph", viewBox: "0 0 24 24", "aria-hidden": "true"},
+      make("use", {href: `#${document.getElementById(kind) ? kind : "unit"}`})),
+    make("b", {dir: "auto"}, title), ...stateOf(part, told),
+    ...unit ? [make("span", {class: "reading"}, readingOf(part, told)),
+      bar(reading / scale, mark && mark / scale, true)] : []);
+}
+
+const list = (className, title, items) => items.length === 0 ? []
+  : [make("div", {class: className}, make("h3", {}, title), make("ul", {}, ...items))];
+
+// A healthy machine shows the same, calm. What no picture shows stands in the words below it.
+export function drawMachine(told) {
+  const {ui, answer: {parts}} = told;
+  const of = (...kinds) => parts.filter(({kind}) => kinds.includes(kind));
+  const gauges = (title, these) => list("gauges", title, these.map((part) => gauge(part, told)));
+  return [make("h2", {}, ui.machine), ...racks(of("disk"), told),
+    ...list("volumes", ui.volumes, of("volume").map((part) => volume(part, told))),
+    ...gauges(ui.power, [...of("supply"), ...of("UPS")]),
+    ...gauges(ui.cooling, [...of("fan"), ...of("sensor")]),
+    ...gauges(ui.others, [...of("unit", "node"),
+      ...of("array", "mapping", "LUN", "interface").filter(isBad)]),
+    make("details", {class: "words", "data-key": "words"}, make("summary", {}, ui.in_words),
+      make("ul", {}, ...parts.map((part) => make("li", {}, ...words(part, told)))))];
 }

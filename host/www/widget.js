@@ -1,11 +1,12 @@
 // The page: asks the machine, tells its answer, and asks again while somebody looks.
-import {fetchJson, fill, languageFor, noteOf, offerLanguages, sanitize, sentenceOf, showAdvice, showHeadline, showLabels, verdictOf} from "./render.js";
+import {drawMachine, fetchJson, fill, icon, kIcons, languageFor, make, showHeadline, tellFinding} from "./render.js";
 
-const kPollSeconds = 60;
+const kPollSeconds = 60, kRetrySeconds = 10;
+const kTellSeconds = 10;  // how old the answer is, is told in such steps
 
 const query = new URLSearchParams(location.search);
 const scenario = query.get("scenario");  // of a demo
-const state = {texts: null, language: "en", reply: null, askedAt: 0, answeredAt: 0, unreachable: false};
+const state = {ui: null, language: "en", answer: null, askedAt: 0, answeredAt: 0, gone: false, asking: false};
 const part = (id) => document.getElementById(id);
 const widget = part("widget");
 
@@ -18,151 +19,149 @@ function remembered() {
 }
 
 async function useLanguage(language) {
-  state.texts = await fetchJson(`texts/${language}.json`);
+  state.ui = await fetchJson(`texts/${language}.json`);
   state.language = language;
   document.documentElement.lang = language;
 }
 
-const ui = (key, ...values) => fill(state.texts.ui[key], values);
+const ui = (key, ...values) => fill(state.ui[key], values.map(String));
 
 function show(id, text) {
-  part(id).textContent = text;
+  if (part(id).textContent !== text) part(id).textContent = text;
 }
 
 function duration(seconds) {
   const minutes = Math.floor(seconds / 60), hours = Math.floor(minutes / 60);
+  if (seconds < 60) return ui("seconds", Math.floor(seconds));
   if (hours >= 48) return ui("days", Math.floor(hours / 24), hours % 24);
   return hours > 0 ? ui("hours", hours, minutes % 60) : ui("minutes", minutes);
 }
 
-function uptime(text) {
-  const [hours, minutes, seconds] = text.split(":").map(Number);
-  return text === "" ? "" : ui("up", duration((hours * 60 + minutes) * 60 + seconds));
+// Draws what stands in an element anew if it has changed; what is open stays open, and the focus
+// where it is.
+const drawn = new Map();
+function redraw(id, shown, draw) {
+  const key = JSON.stringify([state.language, shown]);
+  if (drawn.get(id) === key) return;
+  drawn.set(id, key);
+  const box = part(id), keyOf = (each) => each?.closest("[data-key]")?.dataset.key;
+  const open = [...box.querySelectorAll("details[open]")].map(keyOf);
+  const focus = box.contains(document.activeElement) && keyOf(document.activeElement);
+  box.replaceChildren(...draw());
+  box.hidden = box.childElementCount === 0;
+  for (const each of box.querySelectorAll("[data-key]")) {
+    if (open.includes(each.dataset.key)) each.open = true;
+    if (focus === each.dataset.key) (each.querySelector("summary") ?? each).focus();
+  }
 }
 
-function fillList(id, items) {
-  const box = part(id);
-  box.hidden = items.length === 0;
-  const list = box.tagName === "UL" ? box : box.querySelector("ul");
-  list.replaceChildren(...items.map((nodes) => {
-    const item = document.createElement("li");
-    item.append(...nodes);
-    return item;
-  }));
-}
-
-function element(tag, text, className = "") {
-  const made = document.createElement(tag);
-  made.textContent = text;
-  made.className = className;
-  return made;
-}
-
-function showMore(findings) {
-  part("more").querySelector("summary").textContent =
-    findings.length === 1 ? ui("more_one") : ui("more", findings.length);
-  fillList("more", findings.map((rule) => {
-    const verdict = verdictOf(rule);
-    return [element("b", ui(verdict), verdict), element("span", sentenceOf(rule, state.texts))];
-  }));
-}
-
-const sourceName = ({name}) => state.texts.source[name] ?? name;
-const isUnread = (source) => /failed|unwatched/.test(source.state);
-
-// A line, and below it what mends it or shows it.
-const told = (text, command) => [text, ...(command ? [element("code", sanitize(command))] : [])];
-
-const lineOf = (note) => told(ui("note", sanitize(noteOf(note, state.texts, state.language))), note.command);
+const item = (text, command) => make("li", {}, make("div", {dir: "auto"}, text), ...command ? [make("code", {}, command)] : []);
 
 const kTold = ["source_failed", "source_unwatched", "source_accepted", "source_read"];
 
 // What a source has to tell, and what to do about it. One that was read well tells only remarks.
-function linesOf(source) {
-  const key = `source_${source.state}`, reasons = source.reasons ?? [];
-  if (!kTold.includes(key) || source.state === "read" && !reasons[0]?.remedy) return [];
-  return reasons.map(({text, remedy}) => told(ui(key, sourceName(source), sanitize(text)), remedy));
+function linesOf({title, state: how, reasons = []}) {
+  const key = `source_${how}`;
+  if (!kTold.includes(key) || how === "read" && !reasons[0]?.remedy) return [];
+  return reasons.map(({text, remedy}) => item(ui(key, title, text), remedy));
 }
 
-function showSources(sources) {
-  if (sources.length === 0) return show("sources", ui("sources_unknown"));
-  const count = (wanted) => sources.filter((source) => source.state === wanted).length;
-  const absent = count("absent"), notAsked = count("not asked");
-  return show("sources", [ui("sources", count("read"), sources.length - absent - notAsked),
-    ...(absent > 0 ? [ui("sources_absent", absent)] : []),
-    ...(notAsked > 0 ? [ui("sources_not_asked", notAsked)] : [])].join(ui("clause_comma")));
+function drawFurther(findings) {
+  if (findings.length === 0) return [];
+  return [make("h2", {}, ui("further")), ...findings.map((finding) => {
+    const {check, verdict, sentence} = finding;
+    return make("article", {class: "advice", "data-verdict": verdict, "data-key": check},
+      make("h3", {}, icon(verdict), make("b", {class: "severity"}, ui(verdict)),
+        make("span", {dir: "auto"}, sentence)),
+      ...tellFinding(finding, state.ui, 4, check));
+  })];
 }
 
-function showFooter({answer, sources}) {
-  show("host", scenario ? `${answer.hostname} (${scenario})` : answer.hostname);
-  show("uptime", uptime(answer.uptime));
-  const time = new Date(state.answeredAt).toLocaleTimeString(state.language, {hour: "2-digit", minute: "2-digit"});
-  show("checked", ui("checked", time));
-  showSources(sources);
-  fillList("network", answer.interfaces.map(({id, ip, type}) => {
-    const name = element("bdi", id);
-    name.title = type;
-    return [name, " ", element("bdi", ip)];
-  }));
+// The ten, each with its outcome, and what it saw.
+function drawChecks({checks, findings}) {
+  if (checks.length === 0) return [];  // the module that explains is not there
+  const kLooks = {nothing: "well", not_made: "unknown", accepted: "accepted"};
+  const lookOf = ({name, outcome}) =>
+    kLooks[outcome] ?? findings.find(({check}) => check === name)?.verdict ?? "notice";
+  return [make("h2", {}, ui("checks")), make("div", {class: "strip"}, ...checks.map((check) =>
+    make("details", {"data-key": check.name, "data-outcome": check.outcome, "data-verdict": lookOf(check)},
+      make("summary", {}, icon(lookOf(check)), make("b", {}, check.title),
+        make("span", {class: "outcome", dir: "auto"}, check.text)),
+      make("ul", {}, ...check.seen.map((line) => make("li", {dir: "auto"}, line))))))];
 }
 
-function showStale() {
-  const stale = part("stale");
-  stale.hidden = !state.unreachable || !state.reply;
-  if (!stale.hidden) {
-    const age = duration((Date.now() - state.answeredAt) / 1000);
-    if (stale.textContent !== ui("unreachable", age)) stale.textContent = ui("unreachable", age);
-  }
+function showFooter({hostname, uptime, coverage, document: {interfaces}}) {
+  show("host", scenario ? `${hostname} (${scenario})` : hostname);
+  show("uptime", uptime === null ? "" : ui("up", duration(uptime)));
+  show("coverage", coverage);
+  redraw("network", interfaces, () => interfaces.map(({id, ip, type}) =>
+    make("li", {}, make("bdi", {title: type}, id), " ", make("bdi", {}, ip))));
 }
 
-// What is not known, and how much.
-function unknown(sources, checks) {
-  const outcomes = Object.values(checks), names = sources.filter(isUnread).map(sourceName);
-  return ui("not_known", names.join(ui("list_comma")), outcomes.filter((outcome) => outcome === "nothing").length, outcomes.length);
+// A title for the tab, too, and an icon: they are all that is seen of a page that is not looked at.
+function showLook(look, severity, sentence) {
+  showHeadline(widget, look, severity, sentence);
+  const names = [severity, state.answer?.hostname, ui("page_title")];
+  document.title = names.filter(Boolean).join(" – ");
+  const [shape, mark, colour] = kIcons[look];
+  part("tab").href = `data:image/svg+xml,${encodeURIComponent(
+    `<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 48 48"><path d="${shape}" fill="${colour}"/>` +
+    `<path d="${mark}" fill="none" stroke="#fff" stroke-width="6" stroke-linecap="round"/></svg>`)}`;
 }
 
-function paintReply({answer, sources, findings, checks, notes}) {
-  const verdict = verdictOf(answer.rule);
-  const look = verdict === "well" && sources.some(isUnread) ? "unknown" : verdict;
-  showHeadline(widget, look, look === "unknown" ? unknown(sources, checks) : sentenceOf(answer.rule, state.texts), state.texts);
-  document.title = `${ui(look)} – ${ui("page_title")}`;
-  showAdvice(widget, answer.rule, state.texts);
-  widget.querySelector(".advice").hidden = verdict === "well";
-  fillList("unread", sources.flatMap(linesOf));
-  showMore(findings ?? []);
-  fillList("notes", notes.map(lineOf));
-  showFooter(state.reply);
+// How old the answer is.
+function showAge() {
+  if (!state.ui) return;
+  const seconds = Math.floor((Date.now() - state.answeredAt) / 1000);
+  const age = seconds - (seconds > kTellSeconds && seconds % kTellSeconds);
+  show("again", ui(state.asking ? "asking" : "again"));
+  part("again").setAttribute("aria-disabled", state.asking);
+  if (!state.answer) return;
+  part("checked").hidden = state.gone;
+  show("checked", age >= kTellSeconds ? ui("ago", duration(age)) : ui("now"));
+  part("stale").hidden = !state.gone;
+  if (state.gone) show("stale", ui("last_answer", duration(age), state.answer.sentence));
 }
 
-// Their texts are fetched where there are some. Without texts a note still tells its figures.
-async function readNotes() {
-  if (state.reply?.notes.length > 0 && !state.texts.notes)
-    state.texts.notes = await fetchJson(`notes/${state.language}.json`).catch(() => undefined);
+function showAnswer(answer) {
+  const {findings, sources, notes, verdict} = answer;
+  const lit = new Set(findings[0]?.why.flatMap((cause) => cause.parts ?? []));
+  const told = {ui: state.ui, language: state.language, answer, lit};
+  redraw("winner", findings[0], () => findings[0] ? tellFinding(findings[0], state.ui, 2, "winner") : []);
+  redraw("unread", sources, () => sources.flatMap(linesOf));
+  redraw("machine", [answer.parts, verdict, [...lit]], () => answer.parts.length > 0 ? drawMachine(told) : []);
+  redraw("more", findings.slice(1), () => drawFurther(findings.slice(1)));
+  redraw("checks", answer.checks, () => drawChecks(answer));
+  redraw("notes", notes, () => notes.map(({text, command}) => item(ui("note", text), command)));
+  showFooter(answer);
 }
 
 function paint() {
-  showLabels(widget, state.texts);
+  for (const label of document.querySelectorAll("[data-ui]")) label.textContent = ui(label.dataset.ui);
   part("language").value = state.language;
-  showStale();
-  if (state.reply) {
-    paintReply(state.reply);
-  } else {
-    showHeadline(widget, "loading", ui(state.unreachable ? "never_reached" : "loading"), state.texts);
-    document.title = ui("page_title");
-  }
-  widget.setAttribute("aria-busy", String(!state.reply && !state.unreachable));
+  const {answer, gone} = state;
+  if (answer) showAnswer(answer);
+  if (gone) showLook("gone", ui("gone_word"), ui(answer ? "gone" : "never_reached"));
+  else if (answer) showLook(answer.verdict, ui(answer.verdict), answer.sentence);
+  else showLook("loading", "", ui("loading"));
+  showAge();
+  part("asked").hidden = !answer && !gone;
+  widget.setAttribute("aria-busy", String(!answer && !gone || state.asking));
 }
 
+// In the language of the page.
 async function ask() {
   state.askedAt = Date.now();
+  state.asking = true;
+  if (state.answer || state.gone) paint();
+  const wanted = new URLSearchParams({lang: state.language, ...scenario ? {scenario} : {}});
   try {
-    state.reply = await fetchJson("answer" + (scenario ? `?scenario=${encodeURIComponent(scenario)}` : ""));
-    state.answeredAt = Date.now();
-    state.unreachable = false;
-    await readNotes();
+    const answer = await fetchJson(`v1/health?${wanted}`);
+    Object.assign(state, {answer, answeredAt: Date.now(), gone: false});
   } catch {
-    state.unreachable = true;
+    state.gone = true;
   }
+  state.asking = false;
   paint();
 }
 
@@ -170,28 +169,45 @@ let timer = 0;
 function schedule() {
   clearTimeout(timer);
   if (document.hidden) return;
-  const wait = Math.max(0, state.askedAt + kPollSeconds * 1000 - Date.now());
-  timer = setTimeout(async () => {
-    await ask();
-    schedule();
-  }, wait);
+  const seconds = state.gone ? kRetrySeconds : kPollSeconds;
+  timer = setTimeout(askNow, Math.max(0, state.askedAt + seconds * 1000 - Date.now()));
+}
+
+async function askNow() {
+  clearTimeout(timer);
+  if (state.asking) return;
+  do await ask(); while (!state.gone && state.answer.language !== state.language);  // chosen meanwhile
+  schedule();
+}
+
+async function choose(language) {
+  try {
+    localStorage.setItem("language", language);
+  } catch { /* storage is switched off: the choice lasts as long as the page */ }
+  await useLanguage(language).catch(() => {});
+  paint();
+  await askNow();
+}
+
+// On paper everything is open.
+function openForPrint({matches}) {
+  for (const fold of document.querySelectorAll("details")) {
+    if (matches && !fold.open) fold.dataset.folded = "";
+    if (matches || "folded" in fold.dataset) fold.open = matches;
+    if (!matches) delete fold.dataset.folded;
+  }
 }
 
 async function start() {
   const select = part("language");
-  offerLanguages(select);
-  select.addEventListener("change", async () => {
-    try {
-      localStorage.setItem("language", select.value);
-    } catch { /* storage is switched off: the choice lasts as long as the page */ }
-    await useLanguage(select.value).then(readNotes).catch(() => {});
-    paint();
-  });
+  select.addEventListener("change", () => choose(select.value));
+  part("again").addEventListener("click", askNow);
   document.addEventListener("visibilitychange", schedule);
-  await useLanguage(languageFor([query.get("lang"), remembered(), ...navigator.languages]));
+  matchMedia("print").addEventListener("change", openForPrint);
+  setInterval(showAge, 1000);
+  await useLanguage(languageFor([query.get("lang"), remembered(), ...navigator.languages], select));
   paint();
-  await ask();
-  schedule();
+  await askNow();
 }
 
 start().catch(() => {  // without texts there are no words but these

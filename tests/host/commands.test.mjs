@@ -236,7 +236,7 @@ test("the report has the page's icons", () => {
     const report = run(["report", "-", "--scenario", name]).out;
     const [shape, mark] =
       ["shape", "mark"].map(part => report.match(`class="${part}" d="([^"]+)"`)[1]);
-    assert.ok(page.includes(`${look}: ["${shape}", "${mark}"]`), look);
+    assert.ok(page.includes(`${look}: ["${shape}", "${mark}", `), look);
   }
 });
 

@@ -6,6 +6,7 @@ import {connect} from "node:net";
 import {hostname} from "node:os";
 import {join} from "node:path";
 import test from "node:test";
+import {gunzipSync} from "node:zlib";
 import {setTimeout as sleep} from "node:timers/promises";
 import {ask, run, scenario, serve, source} from "./support/program.mjs";
 
@@ -81,27 +82,6 @@ test("the page and nothing else of the disk is served, guarded", async () => {
   }
 });
 
-test("the page learns of sources and of findings that lost, from one answer", async () => {
-  const machine = scenario("two", {hardware: {fanFailed: true}, ups: {fails: true},
-    highAvailability: {running: true, status: "warning"},
-    notes: [{key: "k", part: "p", figure: 7, mark: 8, command: "c"}, {key: "k"}]});
-  const {port} = await serve("--scenario", machine);
-  const {headers, body} = await ask(port, "/answer");
-  const {answer, findings, checks, sources, notes} = JSON.parse(body);
-  assert.equal(headers["cache-control"], "no-store");
-  assert.deepEqual(answer, JSON.parse(run(["--json", "--scenario", machine]).out));
-  assert.deepEqual(notes,
-    [{key: "k", part: "p", figure: 7, mark: 8, command: "c"}, {key: "k", figure: 0}]);
-  const say = async folder => JSON.parse((await ask(port, `/${folder}/de.json`)).body);
-  const file = JSON.parse(readFileSync(join(source, "host/texts/de.json"), "utf8"));
-  assert.deepEqual([(await say("texts")).notes, await say("notes")], [undefined, file.notes ?? {}]);
-  assert.deepEqual(findings.map(({id}) => id), ["ha_status_warning"]);
-  const ups = sources.find(({name}) => name === "UPS");
-  assert.match(`${ups.state}: ${ups.reasons[0].text}`, /^failed: .*asking for the UPS failed/);
-  assert.deepEqual([checks.UPS, checks.SAN, checks["system status"]],
-    ["not_made", "nothing", "finding"]);
-});
-
 test("the complete answer is in the language that was asked for", async () => {
   const machine = scenario("two", {hardware: {fanFailed: true}, ups: {fails: true}});
   const {port} = await serve("--scenario", machine);
@@ -170,23 +150,28 @@ test("previews and the gallery exist only in a demo", async () => {
     assert.ok((answer.headers["content-type"] + answer.body).includes(words), path);
     assert.equal(await statusOf(plain.port, path), 404, path);
   }
-  assert.equal(await statusOf(demo.port, "/answer"), 200);
+  assert.equal(await statusOf(demo.port, "/v1/health"), 200);
 });
 
 test("files are packed for those who can unpack them, and sent once", async () => {
   const {port} = await healthy();
   const tags = new Set();
   for (const [accepted, packed] of cases.accepted) {
-    const text = (language, more = {}) =>
-      ask(port, `/texts/${language}.json`, {headers: {"accept-encoding": accepted, ...more}});
-    const {bytes, headers} = await text("ja");
+    const get = (path, more = {}) =>
+      ask(port, path, {headers: {"accept-encoding": accepted, ...more}});
+    const {bytes, headers} = await get("/style.css");
     assert.equal(headers["content-encoding"], packed ? "gzip" : undefined, accepted);
     assert.equal(bytes.length < 7000, packed, accepted);
     assert.equal(headers.vary, "Accept-Encoding");
     tags.add(headers.etag);
-    const again = await text("ja", {"if-none-match": headers.etag});
+    const again = await get("/style.css", {"if-none-match": headers.etag});
     assert.deepEqual([again.status, again.body, again.headers.etag], [304, "", headers.etag]);
-    assert.equal((await text("en", {"if-none-match": headers.etag})).status, 200);
+    assert.equal((await get("/widget.js", {"if-none-match": headers.etag})).status, 200);
+    const told = await get("/v1/health");
+    assert.equal(told.headers["content-encoding"], packed ? "gzip" : undefined, accepted);
+    assert.equal(told.headers.vary, "Accept-Language, Accept-Encoding");
+    const words = packed ? gunzipSync(told.bytes).toString() : told.body;
+    assert.equal(JSON.parse(words).verdict, "well");
   }
   assert.equal(tags.size, 2, "each form has its own tag");
 });
