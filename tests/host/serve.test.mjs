@@ -109,18 +109,21 @@ test("the complete answer tells what the platform told and nothing that it did n
   const {port} = await serve("--scenario", scenario("told", state));
   const answer = JSON.parse((await ask(port, "/v1/health?lang=en")).body);
   const own = list => list.map(({text, ...raw}) => raw);
-  const {parts, evidence, notes, findings: [{id, check, why, advice}]} = answer;
+  const {parts, evidence, notes, findings: [{id, check, why, advice, sentence}, second]} = answer;
   const source = answer.sources.find(({name}) => name === "SAN");
   assert.deepEqual({source, parts, evidence: own(evidence), why: own(why), notes}, told);
-  assert.equal(check, "system status");
+  assert.deepEqual([check, second.check, second.why], ["system status", "high availability", []]);
+  assert.equal(answer.checks.find(({name}) => name === check).text, sentence);
   const known = JSON.parse(run(["findings", "--json", "--lang", "en"]).out).find(each => each.id === id);
   for (const key of ["do", "how", "meaning", "ignored", "where"])
     assert.deepEqual(advice[key], known[key], key);
   assert.deepEqual([why[0].text, why[1].text], [evidence[0].text, evidence[2].text]);
   assert.match(evidence[0].text.join(), /^k \(s \(bay b.*\), 6, 7\),r: x,/);
+  const san = answer.checks.find(({name}) => name === "SAN");
+  assert.ok(san.seen.some(line => line.startsWith("Volume 7 – 373")), san.seen.join());
   const outcomes = answer.checks.map(({outcome}) => outcome);
   assert.deepEqual(["finding", "not_made", "accepted", "nothing"].map(each =>
-    outcomes.filter(outcome => outcome === each).length), [1, 1, 1, 7]);
+    outcomes.filter(outcome => outcome === each).length), [2, 1, 1, 6]);
   assert.equal(answer.coverage, "8 of 10 checks made");
   assert.equal(answer.uptime, 93784);
 });
