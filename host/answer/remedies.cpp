@@ -10,6 +10,7 @@ namespace {
 
 // Into a new folder: what can still be read may be damaged, and must not replace a good backup.
 constexpr std::string_view kSave = "rsync -a /PATH/TO/DATA/ USER@OTHER-HOST:NEW-FOLDER/";
+constexpr std::string_view kSaveStore = "cp --sparse=always -n /PATH/TO/STORE /PATH/TO/COPY";
 constexpr std::string_view kShowUsage = "du -xh -d2 /MOUNT-POINT | sort -h | tail";
 constexpr std::string_view kShowInodes = "du --inodes -x -d2 /MOUNT-POINT | sort -n | tail";
 constexpr std::string_view kEnlarge = "lvextend -r -L +10G GROUP/VOLUME";
@@ -30,10 +31,8 @@ constexpr auto kRemedies = std::to_array<Remedy>({
     {"storagemanager_overview_danger/storage_is_danger",
      {kSave, "lsblk -o NAME,SIZE,STATE,SERIAL,MOUNTPOINTS", "mdadm --detail /dev/ARRAY"}},
     // The store is copied before its volume is mounted again: a host may write at once.
-    {"san_status_warning/lun_crash_warning",
-     {"targetcli ls", "cp --sparse=always -n /PATH/TO/STORE /PATH/TO/COPY", "mount /MOUNT-POINT"}},
-    {"san_status_warning/luns_crash_warning",
-     {"targetcli ls", "cp --sparse=always -n /PATH/TO/STORE /PATH/TO/COPY", "mount /MOUNT-POINT"}},
+    {"san_status_warning/lun_crash_warning", {"targetcli ls", kSaveStore, "mount /MOUNT-POINT"}},
+    {"san_status_warning/luns_crash_warning", {"targetcli ls", kSaveStore, "mount /MOUNT-POINT"}},
     {"securityscan_status_danger/securityscan_system_danger_desc",
      {"grep warning /var/log/lynis-report.dat", "systemctl start vela-security-scan"}},
     {"vela_system_status_warning/fan_fail", {"sensors", "ipmi-sensors --sensor-types=Fan"}},
@@ -88,6 +87,25 @@ std::span<const std::string_view> ListGenericCommands(const Finding& finding) {
   const auto& commands = remedy->commands;
   const auto end = std::ranges::find(commands, std::string_view());
   return {commands.begin(), end};
+}
+
+std::vector<std::string> ChooseCommands(const Finding& finding,
+                                        const std::vector<ToldCause>& causes) {
+  std::vector<std::string> chosen;
+  const auto add = [&chosen](std::string_view command) {
+    if (std::ranges::find(chosen, command) == chosen.end()) chosen.emplace_back(command);
+  };
+  const auto generic = ListGenericCommands(finding);
+  for (const std::string_view command : generic)
+    if (command == kSave || command == kSaveStore) add(command);
+  const bool known =
+      std::ranges::any_of(causes, [](const auto& each) { return !each.mend.empty(); });
+  for (const ToldCause& cause : causes)
+    for (const std::string& command : cause.mend) add(command);
+  if (known) return chosen;
+  for (const std::string_view command : generic)
+    if (std::ranges::find(causes, command, &ToldCause::show) == causes.end()) add(command);
+  return chosen;
 }
 
 }  // namespace host

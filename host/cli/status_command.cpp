@@ -52,13 +52,8 @@ void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& text
                  const Style& style) {
   const std::string label = texts.AddLabel(texts.FormatUi("do"));
   std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
-  std::set<std::string> typed;
-  for (const ToldCause& cause : causes)
-    for (const std::string& command : cause.mend)
-      if (typed.insert(command).second) std::cout << style.Command(command);
-  if (!typed.empty()) return;
-  for (const std::string_view command : ListGenericCommands(finding))
-    std::cout << style.Command(std::string(command));
+  for (const std::string& command : ChooseCommands(finding, causes))
+    std::cout << style.Command(command);
 }
 
 // The findings that lost, a line each, with their first cause. What reads like an earlier one, as
