@@ -19,15 +19,10 @@ std::string Paragraphs(const ToldCause& cause) {
   return markup + Command(cause.show);
 }
 
-// The commands of the causes; where none has any, those for a finding of its kind.
 std::string Remedy(const Finding& finding, const std::vector<ToldCause>& causes,
                    const Texts& texts) {
   std::string commands;
-  for (const ToldCause& cause : causes)
-    for (const std::string& command : cause.mend) commands += Command(command);
-  if (commands.empty())
-    for (const std::string_view command : ListGenericCommands(finding))
-      commands += Command(command);
+  for (const std::string& command : ChooseCommands(finding, causes)) commands += Command(command);
   return MakeElement("p", FindAdvice(finding, "do", texts)) + commands;
 }
 

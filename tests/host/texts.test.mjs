@@ -60,11 +60,11 @@ test("two findings never read the same", () => {
 test("a language keeps to its own words and marks", () => {
   const odd = {
     en: /storage manager|recycle bin|SAN manager/i,
-    de: /Festplatte|Datenträger|Verbund|Akku|abgestürzt|Netzlaufwerk|Netz\b|Speicherverwaltung|Papierk|\b(the|is)\b/,
-    fr: /[^\u00a0][;!?»]|[a-zé] :|vieux|corbeille|gestionnaire|\b(the|is)\b/,
-    es: /papelera|gestor|"Sano"|\b(the|is)\b/,
-    ja: /ごみ箱|マネージャー|[ぁ-ん一-龥ァ-ヶー}] ?[:,(]|\b(the|is)\b/,
-    "zh-CN": /回收站|管理器|[一-龥}] ?[:,(;]|\b(the|is)\b/,
+    de: /Festplatte|Datenträger|Verbund|Akku|abgestürzt|Netzlaufwerk|Netz\b|wiederherg|Speicherverwaltung|Papierk|\b(the|is)\b/,
+    fr: /grappe (?!RAID)|[^\u00a0][;!?»]|[a-zé] :|vieux|corbeille|gestionnaire|\b(the|is)\b/,
+    es: /papelera|gestor|\b(El|Los|los) LUN|array|"Sano"|\b(the|is)\b/,
+    ja: /ごみ箱|[}\d]\s%|マネージャー|[ぁ-ん一-龥ァ-ヶー}] ?[:,(]|\b(the|is)\b/,
+    "zh-CN": /回收站|[}\d]\s%|管理器|[一-龥}] ?[:,(;]|\b(the|is)\b/,
   };
   const breaks = / %|[\d}]  /;  // a figure and its unit stay on one line
   for (const [language, files] of texts)
