@@ -47,7 +47,6 @@ void PrintWhy(const Causes& causes, std::size_t more, const Texts& texts, const 
   if (more > 0) std::cout << style.WrapLines(4, "", text) << '\n';
 }
 
-// Each command once: several causes may be mended by the same.
 void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& texts,
                  const Style& style) {
   const std::string label = texts.AddLabel(texts.FormatUi("do"));
