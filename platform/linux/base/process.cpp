@@ -78,7 +78,8 @@ Child::Child(const std::vector<std::string>& arguments, Bounds bounds, std::stri
   int error = MakePipe(output_, writing) ? 0 : errno;
   std::string what = command_.at(0);
   if (error == 0)
-    error = StartSupervised(command_, TimesFactor(kGracePeriod), writing.Get(), line_, pid_, what);
+    error = StartSupervised(command_, TimesFactor(kGracePeriod),
+                            {writing.Get(), bounds.joinsErrors}, line_, pid_, what);
   if (error != 0) pid_ = -1;
   if (error == 0) error = AwaitStart();
   if (error == 0) return;

@@ -15,10 +15,11 @@ namespace linux_platform {
 struct Bounds {
   std::chrono::milliseconds time;  // from the start to the end of the output
   std::size_t output;              // bytes
+  bool joinsErrors = false;        // standard error is output, too
 };
 
 // A started program: leader of its own process group, with nothing on standard input,
-// standard error dropped, its environment PATH and LC_ALL=C only, every signal at its
+// standard error dropped or joined, its environment PATH and LC_ALL=C only, every signal at its
 // default, and no descriptor of this process but the pipe. The cost of starting it does
 // not depend on the size of this process. Whatever it starts ends with it, and with this
 // process, however it hides (supervision.h).

@@ -22,7 +22,10 @@ class SpawnActions {
     else
       posix_spawn_file_actions_adddup2(&actions_, settings.input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions_, settings.output, STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    if (settings.joinsErrors)
+      posix_spawn_file_actions_adddup2(&actions_, settings.output, STDERR_FILENO);
+    else
+      posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
   }
   ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }

@@ -13,11 +13,12 @@ struct SpawnSettings {
   int input = -1;              // becomes standard input; -1: /dev/null
   int output = -1;             // becomes standard output
   bool hasOwnSession = false;  // false: only a process group of its own
+  bool joinsErrors = false;    // standard error goes the way of standard output; else it is dropped
 };
 
 // Starts `argv[0]`, a path taken as it is, as the leader of its own group, with every signal at
-// its default, none blocked, standard error dropped and no descriptor but those of `settings`,
-// which must lie above the standard ones. 0, or an error number. posix_spawn shares this
+// its default, none blocked and no descriptor but those of `settings`, which must lie above the
+// standard ones. 0, or an error number. posix_spawn shares this
 // process's memory until the program runs, so the cost does not depend on its size.
 int Spawn(char* const* argv, char* const* environment, const SpawnSettings& settings, pid_t& pid);
 

@@ -42,7 +42,7 @@ const std::string& FindSupervisor() {
 }  // namespace
 
 int StartSupervised(const std::vector<std::string>& arguments, std::chrono::milliseconds grace,
-                    int output, Descriptor& line, pid_t& pid, std::string& reason) {
+                    SupervisedOutput output, Descriptor& line, pid_t& pid, std::string& reason) {
   int ends[2];
   reason = arguments.at(0);
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return errno;
@@ -51,12 +51,14 @@ int StartSupervised(const std::vector<std::string>& arguments, std::chrono::mill
   if (!far) return errno;
   std::string supervisor = FindSupervisor(), period = std::to_string(grace.count());
   std::vector<char*> argv = {supervisor.data(), period.data()};
+  std::string join = kJoinErrors;
+  if (output.joinsErrors) argv.push_back(join.data());
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   char path[] = "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
   char locale[] = "LC_ALL=C";
   char* const environment[] = {path, locale, nullptr};
-  const SpawnSettings settings = {far.Get(), output, true};
+  const SpawnSettings settings = {far.Get(), output.descriptor, true};
   const int error = Spawn(argv.data(), environment, settings, pid);
   if (error != 0) reason = supervisor;
   return error;

@@ -21,10 +21,18 @@
 
 namespace linux_platform {
 
-// Starts `arguments` under a supervisor, with their output to `output`, which must lie above the
-// standard descriptors. `line` becomes this process's end of the socket, `pid` the supervisor's.
-// 0, or an error number; then `reason` says what could not be started.
+// The word before the program that makes its standard error join its output.
+constexpr const char* kJoinErrors = "errors";
+
+struct SupervisedOutput {
+  int descriptor;    // above the standard ones
+  bool joinsErrors;  // else what the program says on standard error is dropped
+};
+
+// Starts `arguments` under a supervisor, with their output to `output`. `line` becomes this
+// process's end of the socket, `pid` the supervisor's. 0, or an error number; then `reason` says
+// what could not be started.
 int StartSupervised(const std::vector<std::string>& arguments, std::chrono::milliseconds grace,
-                    int output, Descriptor& line, pid_t& pid, std::string& reason);
+                    SupervisedOutput output, Descriptor& line, pid_t& pid, std::string& reason);
 
 }  // namespace linux_platform

@@ -13,8 +13,10 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <string_view>
 
 #include "platform/linux/base/spawn.h"
+#include "platform/linux/base/supervision.h"
 #include "platform/linux/supervise/descendants.h"
 
 using namespace linux_platform;
@@ -76,17 +78,19 @@ class Supervisor {
 
 // The program's process; -1 when it could not be started. Its output stays open in it alone.
 pid_t Start(char** arguments, int line) {
+  const bool joinsErrors = std::string_view(*arguments) == kJoinErrors;
   const Descriptor output = AboveStandard(Descriptor(STDOUT_FILENO));
   pid_t leader = -1;
-  const int error = Spawn(arguments, environ, {.output = output.Get()}, leader);
+  const int error = Spawn(arguments + (joinsErrors ? 1 : 0), environ,
+                          {.output = output.Get(), .joinsErrors = joinsErrors}, leader);
   send(line, &error, sizeof error, MSG_NOSIGNAL);
   return error == 0 ? leader : -1;
 }
 
 }  // namespace
 
-// usage: vela-supervise GRACE PROGRAM [ARGUMENT]...   GRACE in milliseconds; only the platform
-// starts it (supervision.h)
+// usage: vela-supervise GRACE [errors] PROGRAM [ARGUMENT]...   GRACE in milliseconds; only the
+// platform starts it (supervision.h)
 int main(int count, char** arguments) {
   if (count < 3) return 64;
   sigset_t all;
