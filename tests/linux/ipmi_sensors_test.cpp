@@ -12,7 +12,8 @@ using namespace linux_platform;
 std::string Describe(const Json::Value& list) {
   std::string text;
   for (const Json::Value& part : list)
-    text += part["name"].asString() + "=" + part["state"].asString() + ";";
+    text += part["name"].asString() + "=" + part["state"].asString() +
+            (part["reading"].isInt() ? " " + part["reading"].asString() : "") + ";";
   return text;
 }
 
@@ -23,9 +24,9 @@ TEST(IpmiSensors, SuppliesFansAndTemperaturesAreToldFromTheRest) {
   EXPECT_EQ(Describe(members["supplies"]),
             "PS1 Status=ok;PS2 Status=failed;PS3, rear=input_lost;PS4 Status=absent;"
             "PS5 Status=absent;PS6 Status=ok;PS7 Status=failing;");
-  EXPECT_EQ(Describe(members["fans"]), "FAN1=ok;FAN2=failed;FAN3=unknown;FAN4=ok;");
+  EXPECT_EQ(Describe(members["fans"]), "FAN1=ok 3000;FAN2=failed;FAN3=unknown;FAN4=ok 400;");
   EXPECT_EQ(Describe(members["temperatures"]),
-            "Inlet=ok;CPU=critical;Cellar=unknown;DIMM=unknown;");
+            "Inlet=ok 24;CPU=critical 99;Cellar=unknown -5;DIMM=unknown;");
 }
 
 TEST(IpmiSensors, OtherTextHasNoSensors) {
@@ -35,7 +36,8 @@ TEST(IpmiSensors, OtherTextHasNoSensors) {
         "1,Fan,Critical,'x'\n", "1,'Fan','Critical'", "1,Fan\n", "1,'x,Fan,Nominal,1.00,RPM\n"})
     EXPECT_EQ(ParseIpmiSensors(text).ToJson(), none) << text;
   EXPECT_EQ(Describe(ParseIpmiSensors("1,A\t~\x7F,Fan,Nominal,1.00,RPM,'OK'").ToJson()["fans"]),
-            "A?~?=ok;");
+            "A?~?=ok 1;");
+  EXPECT_EQ(Describe(ParseIpmiSensors("1,A,Fan,Nominal,40.00,%,'OK'").ToJson()["fans"]), "A=ok;");
 }
 
 }  // namespace

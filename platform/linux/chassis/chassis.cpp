@@ -11,9 +11,7 @@
 #include "platform/linux/base/snapshot.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/chassis/fan_snapshot.h"
-#include "platform/linux/chassis/ipmi_snapshot.h"
 #include "platform/linux/chassis/plugged_parts.h"
-#include "platform/linux/chassis/sensors.h"
 #include "platform/linux/chassis/supplies.h"
 
 namespace linux_platform {
@@ -48,17 +46,19 @@ void AddFan(const std::string& label, Chassis& chassis) {
 
 constexpr FanHistory kTurnedAndStopped = {true, 1};
 
-void JudgeFans(const SensorReadings& readings, const std::vector<ExpectedFan>& expected,
+void JudgeFans(SensorReadings& readings, const std::vector<ExpectedFan>& expected,
                Chassis& chassis) {
   bool absent = false;
   const auto snapshot = ReadOrNote<FanSnapshot>(absent, chassis.troubles);
   const std::time_t now = std::time(nullptr);
   std::string unknown;  // a fan that stands, of which nobody remembers whether it ever turned
-  for (const FanReading& fan : readings.fans) {
-    const bool wanted = FindExpected(expected, fan.key) != nullptr;
-    if (HasFailed(fan, wanted, snapshot.FindHistory(fan.key), now))
+  for (FanReading& fan : readings.fans) {
+    const FanHistory history = snapshot.FindHistory(fan.key);
+    fan.failed = HasFailed(fan, fan.expected, history, now);
+    fan.since = history.stopped;
+    if (fan.failed)
       AddFan(fan.label, chassis);
-    else if (absent && HasFailed(fan, wanted, kTurnedAndStopped, now))
+    else if (absent && HasFailed(fan, fan.expected, kTurnedAndStopped, now))
       unknown = fan.label + " (" + fan.key + ")";
   }
   if (!unknown.empty())
@@ -86,9 +86,9 @@ void JudgeTemperatures(const SensorReadings& readings, Chassis& chassis) {
 
 void JudgeController(const IpmiSnapshot& ipmi, Chassis& chassis) {
   using State = ControllerSensor::State;
-  for (const auto& [name, state] : ipmi.fans)
+  for (const auto& [name, state, reading] : ipmi.fans)
     if (state == State::Failed) AddFan(name, chassis);
-  for (const auto& [name, state] : ipmi.temperatures)
+  for (const auto& [name, state, reading] : ipmi.temperatures)
     if (state == State::Critical || state == State::Ok)
       AddTemperature(state == State::Critical, chassis);
 }
@@ -108,10 +108,9 @@ void JudgeSupplies(const std::vector<SupplyReading>& supplies, Chassis& chassis)
 }
 
 // The first that knows any: the management controller, the supplies, the kernel.
-std::vector<SupplyReading> ChooseSupplies(const IpmiSnapshot& ipmi,
-                                          const SensorReadings& readings) {
+std::vector<SupplyReading> ChooseSupplies(const IpmiSnapshot& ipmi, SensorReadings& readings) {
   std::vector<SupplyReading> supplies = ListSupplies(ipmi);
-  if (supplies.empty()) supplies = readings.supplies;
+  if (supplies.empty()) supplies = std::move(readings.supplies);
   return supplies.empty() ? ReadMainsAdapters() : supplies;
 }
 
@@ -121,20 +120,20 @@ Chassis ReadChassis(const Settings& settings) {
   Chassis chassis;
   const auto expected = ParseExpectedFans(settings.List("fan.expect"));
 
-  SensorReadings readings;
+  SensorReadings& readings = chassis.readings;
   std::string reason;
   const SensorsState state = ReadSensors(expected, readings, reason);
   if (state == SensorsState::Failed) chassis.troubles.emplace_back(reason);
   bool noController = false;
-  const auto ipmi = ReadOrNote<IpmiSnapshot>(noController, chassis.troubles);
+  chassis.controller = ReadOrNote<IpmiSnapshot>(noController, chassis.troubles);
   if (noController) AddTrouble(MissController(), chassis.troubles);
-  const auto supplies = ChooseSupplies(ipmi, readings);
+  chassis.supplyBays = ChooseSupplies(chassis.controller, readings);
 
   if (state == SensorsState::Read || !expected.empty()) JudgeFans(readings, expected, chassis);
   JudgeTemperatures(readings, chassis);
-  JudgeController(ipmi, chassis);
-  JudgeSupplies(supplies, chassis);
-  chassis.absent = state == SensorsState::Absent && noController && supplies.empty();
+  JudgeController(chassis.controller, chassis);
+  JudgeSupplies(chassis.supplyBays, chassis);
+  chassis.absent = state == SensorsState::Absent && noController && chassis.supplyBays.empty();
   return chassis;
 }
 

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "platform/linux/base/trouble.h"
+#include "platform/linux/chassis/ipmi_snapshot.h"
+#include "platform/linux/chassis/sensors.h"
 
 namespace linux_platform {
 
@@ -24,6 +26,11 @@ struct Chassis {
   int supplies = 0;                  // that are there
   std::uint32_t failedSupplies = 0;  // bit n: supply n + 1
   std::optional<bool> tooHot;        // none: nothing to judge it by
+
+  // What was judged.
+  SensorReadings readings;                // without the supplies
+  IpmiSnapshot controller;                // without the supplies
+  std::vector<SupplyReading> supplyBays;  // all that were looked at, by bay
 };
 
 Chassis ReadChassis(const Settings& settings);

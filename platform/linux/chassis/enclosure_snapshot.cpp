@@ -16,7 +16,7 @@ constexpr std::array<std::string_view, 6> kStates = {"ok",      "failed", "absen
                                                      "failing", "gone",   "unknown"};
 constexpr const char *kEnclosures = "enclosures", *kId = "id", *kProduct = "product",
                      *kUnread = "unread", *kFans = "fans", *kSupplies = "supplies", *kName = "name",
-                     *kState = "state";
+                     *kState = "state", *kReading = "reading";
 
 Json::Value ToJson(const std::vector<EnclosurePart>& parts) {
   Json::Value list(Json::arrayValue);
@@ -24,6 +24,7 @@ Json::Value ToJson(const std::vector<EnclosurePart>& parts) {
     Json::Value& entry = list.append(Json::Value(Json::objectValue));
     entry[kName] = part.name;
     entry[kState] = std::string(kStates[static_cast<std::size_t>(part.state)]);
+    if (part.reading != 0) entry[kReading] = part.reading;
   }
   return list;
 }
@@ -32,9 +33,10 @@ std::vector<EnclosurePart> PartsFromJson(const Json::Value& list) {
   std::vector<EnclosurePart> parts;
   for (const Json::Value& entry : list) {
     const auto found = std::ranges::find(kStates, TextMember(entry, kState));
-    parts.push_back({TextMember(entry, kName), found == kStates.end()
-                                                   ? State::Unknown
-                                                   : static_cast<State>(found - kStates.begin())});
+    const State state =
+        found == kStates.end() ? State::Unknown : static_cast<State>(found - kStates.begin());
+    parts.push_back(
+        {TextMember(entry, kName), state, static_cast<int>(NumberMember(entry, kReading))});
   }
   return parts;
 }

@@ -15,6 +15,9 @@ struct EnclosurePart {
 
   std::string name;  // the enclosure's own, in printable ASCII; else "Fan 1", "Supply 1"
   State state = State::Unknown;
+  int reading = 0;  // of a fan: turns a minute; 0: not told
+
+  bool HasFailed() const { return state == State::Failed || state == State::Gone; }
 };
 
 struct Enclosure {

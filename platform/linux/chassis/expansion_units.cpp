@@ -1,6 +1,7 @@
 #include "platform/linux/chassis/expansion_units.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/base/settings.h"
 #include "platform/linux/base/sysfs.h"
@@ -10,9 +11,7 @@ namespace {
 
 using State = EnclosurePart::State;
 
-bool HasFailed(const EnclosurePart& part) {
-  return part.state == State::Failed || part.state == State::Gone;
-}
+bool HasFailed(const EnclosurePart& part) { return part.HasFailed(); }
 
 // The first part in that state.
 std::string FindPart(const Enclosure& enclosure, State state) {
@@ -22,15 +21,21 @@ std::string FindPart(const Enclosure& enclosure, State state) {
   return {};
 }
 
-ExpansionUnit MakeUnit(const Enclosure& enclosure) {
+ExpansionUnit MakeUnit(Enclosure&& enclosure) {
   const std::vector<EnclosurePart>& supplies = enclosure.supplies;
-  ExpansionUnit unit = {enclosure.id, enclosure.product, enclosure.unread,
-                        FindPart(enclosure, State::Failing), FindPart(enclosure, State::Gone)};
+  ExpansionUnit unit;
+  unit.failing = FindPart(enclosure, State::Failing);
+  unit.gone = FindPart(enclosure, State::Gone);
   unit.fanFailed = std::ranges::any_of(enclosure.fans, HasFailed);
   unit.hasSupplies = !supplies.empty();
   unit.firstSupplyFailed = unit.hasSupplies && HasFailed(supplies.front());
   unit.otherSupplyFailed =
       unit.hasSupplies && std::any_of(supplies.begin() + 1, supplies.end(), HasFailed);
+  unit.id = std::move(enclosure.id);
+  unit.product = std::move(enclosure.product);
+  unit.unread = std::move(enclosure.unread);
+  unit.fans = std::move(enclosure.fans);
+  unit.supplies = std::move(enclosure.supplies);
   return unit;
 }
 
@@ -56,11 +61,15 @@ Trouble MissEnclosure(const std::vector<std::string_view>& internal) {
 
 }  // namespace
 
-std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
+std::string ExpansionUnit::Name(std::size_t rank) const {
+  return product.empty() ? id : Concatenate(product, "-", std::to_string(rank + 1));
+}
+
+std::vector<ExpansionUnit> ListExpansionUnits(EnclosureSnapshot snapshot,
                                               const std::vector<std::string_view>& internal) {
   std::vector<ExpansionUnit> units;
-  for (const Enclosure& enclosure : snapshot.enclosures)
-    if (!IsInternal(enclosure.id, internal)) units.push_back(MakeUnit(enclosure));
+  for (Enclosure& enclosure : snapshot.enclosures)
+    if (!IsInternal(enclosure.id, internal)) units.push_back(MakeUnit(std::move(enclosure)));
   return units;
 }
 
@@ -72,7 +81,8 @@ ExpansionUnits ReadExpansionUnits(const Settings& settings) {
   const auto internal = settings.List("ebox.internal");
   read.trouble = read.state == SnapshotState::Absent ? MissEnclosure(internal)
                                                      : ToTrouble(read.state, std::move(reason));
-  if (read.state == SnapshotState::Read) read.units = ListExpansionUnits(snapshot, internal);
+  if (read.state == SnapshotState::Read)
+    read.units = ListExpansionUnits(std::move(snapshot), internal);
   return read;
 }
 

@@ -25,11 +25,15 @@ struct ExpansionUnit {
   bool hasSupplies = false;
   bool firstSupplyFailed = false;
   bool otherSupplyFailed = false;  // any but the first
+  std::vector<EnclosurePart> fans, supplies;
+
+  // As the answer calls the unit of that rank, from 0 on: "JBOD-24-1".
+  std::string Name(std::size_t rank) const;
 };
 
 // The enclosures in their order, without those whose identifier is one of the words `internal`,
 // with or without "0x".
-std::vector<ExpansionUnit> ListExpansionUnits(const EnclosureSnapshot& snapshot,
+std::vector<ExpansionUnit> ListExpansionUnits(EnclosureSnapshot snapshot,
                                               const std::vector<std::string_view>& internal);
 
 // Not Read: there are no units, or they cannot be known, which is a trouble where there is an

@@ -35,10 +35,11 @@ bool IsProcessorFan(std::string_view label) {
   return false;
 }
 
+bool TemperatureReading::HasMark() const { return critical && IsSaneCritical(*critical); }
+
 std::optional<bool> IsTooHot(const TemperatureReading& temperature) {
   if (temperature.fault) return std::nullopt;
-  const bool sane =
-      temperature.input && temperature.critical && IsSaneCritical(*temperature.critical);
+  const bool sane = temperature.input && temperature.HasMark();
   if (!sane && !temperature.alarm) return std::nullopt;
   return temperature.alarm.value_or(false) || (sane && *temperature.input >= *temperature.critical);
 }

@@ -1,6 +1,7 @@
 // Whether a fan, or the temperature, has failed: pure functions over what the sensors say.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,12 @@ struct FanReading {
   bool known = false;         // its chip knows which fans are there
   bool minimumIsSet = false;  // by the administrator, and not by whatever the board began with
   bool onBoard = false;       // a chip of the board counts its turns, no firmware
+  bool expected = false;      // the administrator says that it must turn
+  bool failed = false;        // the verdict
+  long long since = 0;        // of one that failed: when it stopped, in seconds; 0: not known
+
+  // Whether its minimum is one that somebody set on purpose.
+  bool HasMark() const { return minimum > 0 && (expected || minimumIsSet); }
 };
 
 // What this boot has taught about a fan.
@@ -50,6 +57,11 @@ struct TemperatureReading {
   std::optional<double> input, critical;  // degrees Celsius
   std::optional<bool> alarm;  // crit_alarm or emergency_alarm; none: the chip has neither
   bool fault = false;
+  std::size_t chip = 0;      // its rank among the chips
+  std::string feature = {};  // "temp1"
+
+  // Whether its limit is one; else it is what a register held by chance.
+  bool HasMark() const;
 };
 
 // Whether the sensor is too hot; none when it has nothing sound to be judged by. Maxima

@@ -14,7 +14,7 @@ using State = ControllerSensor::State;
 constexpr std::array<std::string_view, 8> kStates = {
     "ok", "failed", "input_lost", "absent", "critical", "failing", "gone", "unknown"};
 constexpr const char *kSupplies = "supplies", *kFans = "fans", *kTemperatures = "temperatures";
-constexpr const char *kName = "name", *kState = "state";
+constexpr const char *kName = "name", *kState = "state", *kReading = "reading";
 
 State StateNamed(std::string_view name) {
   const auto found = std::ranges::find(kStates, name);
@@ -27,6 +27,7 @@ Json::Value ToJson(const std::vector<ControllerSensor>& sensors) {
     Json::Value& entry = list.append(Json::Value(Json::objectValue));
     entry[kName] = sensor.name;
     entry[kState] = std::string(kStates[static_cast<std::size_t>(sensor.state)]);
+    if (sensor.reading != 0) entry[kReading] = sensor.reading;
   }
   return list;
 }
@@ -34,8 +35,9 @@ Json::Value ToJson(const std::vector<ControllerSensor>& sensors) {
 std::vector<ControllerSensor> SensorsFromJson(const Json::Value& list) {
   std::vector<ControllerSensor> sensors;
   for (const Json::Value& entry : list)
-    sensors.push_back(
-        {common::TextMember(entry, kName), StateNamed(common::TextMember(entry, kState))});
+    sensors.push_back({common::TextMember(entry, kName),
+                       StateNamed(common::TextMember(entry, kState)),
+                       static_cast<int>(NumberMember(entry, kReading))});
   return sensors;
 }
 

@@ -18,6 +18,7 @@ struct ControllerSensor {
 
   std::string name;
   State state = State::Unknown;
+  int reading = 0;  // degrees Celsius or turns a minute; 0: not told
 };
 
 struct IpmiSnapshot {

@@ -42,10 +42,10 @@ struct PluggedParts {
                 const PluggedParts& before) {
     for (std::size_t place = 0; place < list.size(); ++place) {
       using State = typename Part::State;
-      const auto [name, state] = list[place];
+      const State state = list[place].state;
       const bool isThere =
           state != State::Absent && state != State::Gone && state != State::Unknown;
-      const std::string key = Name(place, name);
+      const std::string key = Name(place, list[place].name);
       if (isThere || before.Has(device, key)) parts[device].insert(key);
     }
   }

@@ -139,6 +139,7 @@ FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature
   const ExpectedFan* wanted = FindExpected(expected, fan.key);
   fan.minimumIsSet = setMinimums.contains(fan.key);
   // A fan that turns, and of which nobody expects more, is well.
+  fan.expected = wanted != nullptr;
   const bool wellIfItTurns = wanted == nullptr && !fan.known && !fan.minimumIsSet;
   if (!fan.input || (*fan.input > 0 && wellIfItTurns)) return fan;
   fan.onBoard = IsOnBoard(chip);
@@ -157,6 +158,8 @@ FanReading ReadFan(const sensors_chip_name* chip, const sensors_feature* feature
 void ReadTemperature(const sensors_chip_name* chip, const sensors_feature* feature,
                      SensorReadings& readings) {
   TemperatureReading temperature;
+  temperature.chip = readings.chips.size();
+  temperature.feature = feature->name;
   const auto critical = Value(chip, feature, SENSORS_SUBFEATURE_TEMP_CRIT_ALARM);
   const auto emergency = Value(chip, feature, SENSORS_SUBFEATURE_TEMP_EMERGENCY_ALARM);
   if (critical || emergency)
@@ -165,7 +168,7 @@ void ReadTemperature(const sensors_chip_name* chip, const sensors_feature* featu
   if (!temperature.alarm && !temperature.critical) return;
   temperature.fault = IsSet(chip, feature, SENSORS_SUBFEATURE_TEMP_FAULT);
   if (temperature.critical) temperature.input = Value(chip, feature, SENSORS_SUBFEATURE_TEMP_INPUT);
-  readings.temperatures.push_back(temperature);
+  readings.temperatures.push_back(std::move(temperature));
 }
 
 // A supply is dead when its input voltage is, or when it says that it is overstrained.
@@ -185,7 +188,7 @@ bool SupplyFails(const sensors_chip_name* chip, const sensors_feature* feature) 
 
 void ReadChip(const sensors_chip_name* chip, const std::vector<ExpectedFan>& expected,
               SensorReadings& readings) {
-  const std::string name = Name(chip);
+  std::string name = Name(chip);
   const bool supply = IsSupply(chip->prefix);
   SupplyReading reading = {name, true, false};
   int next = 0;
@@ -195,7 +198,23 @@ void ReadChip(const sensors_chip_name* chip, const std::vector<ExpectedFan>& exp
       readings.fans.push_back(ReadFan(chip, feature, name, expected));
     if (feature->type == SENSORS_FEATURE_TEMP) ReadTemperature(chip, feature, readings);
   }
-  if (supply) readings.supplies.push_back(reading);
+  if (supply) readings.supplies.push_back(std::move(reading));
+  readings.chips.push_back(std::move(name));
+}
+
+// Those that are the machine's own, in libsensors' order.
+template <typename Each>
+void ForEachChip(const Each& each) {
+  int next = 0;
+  while (const sensors_chip_name* chip = sensors_get_detected_chips(nullptr, &next))
+    if (chip->bus.type != SENSORS_BUS_TYPE_SCSI && IsChassisChip(chip->prefix)) each(chip);
+}
+
+void AddLabels(const sensors_chip_name* chip, std::map<std::string, std::string>& labels) {
+  int next = 0;
+  while (const sensors_feature* feature = sensors_get_features(chip, &next))
+    if (feature->type == SENSORS_FEATURE_FAN || feature->type == SENSORS_FEATURE_TEMP)
+      labels[Name(chip) + ':' + feature->name] = Label(chip, feature);
 }
 
 }  // namespace
@@ -212,11 +231,18 @@ SensorsState ReadSensors(const std::vector<ExpectedFan>& expected, SensorReading
     reason = std::string("libsensors could not read the sensor chips: ") + sensors_strerror(error);
     return SensorsState::Failed;
   }
-  int next = 0;
-  while (const sensors_chip_name* chip = sensors_get_detected_chips(nullptr, &next))
-    if (chip->bus.type != SENSORS_BUS_TYPE_SCSI && IsChassisChip(chip->prefix))
-      ReadChip(chip, expected, readings);
+  ForEachChip([&](const sensors_chip_name* chip) { ReadChip(chip, expected, readings); });
   return SensorsState::Read;
+}
+
+std::map<std::string, std::string> ReadSensorLabels() {
+  std::map<std::string, std::string> labels;
+  const std::string signature = Signature();
+  if (signature.empty()) return labels;
+  const std::lock_guard lock(mutex);
+  if (Start(signature) == 0)
+    ForEachChip([&labels](const sensors_chip_name* chip) { AddLabels(chip, labels); });
+  return labels;
 }
 
 }  // namespace linux_platform

@@ -1,6 +1,7 @@
 // The machine's sensor chips, read through libsensors.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct SupplyReading {
 };
 
 struct SensorReadings {
+  std::vector<std::string> chips;  // "coretemp-isa-0000"
   std::vector<FanReading> fans;
   std::vector<TemperatureReading> temperatures;
   std::vector<SupplyReading> supplies;  // those that speak PMBus
@@ -31,5 +33,9 @@ enum class SensorsState { Read, Absent, Failed };
 // absent or failed. Serialised within the process.
 SensorsState ReadSensors(const std::vector<ExpectedFan>& expected, SensorReadings& readings,
                          std::string& reason);
+
+// The labels of the fans and temperatures, by chip and feature as in FanReading: "CPU Fan" for
+// "lm78-i2c-0-2c:fan1". For who tells people of them: a reading needs none. Serialised likewise.
+std::map<std::string, std::string> ReadSensorLabels();
 
 }  // namespace linux_platform

@@ -7,4 +7,6 @@ SensorsState ReadSensors(const std::vector<ExpectedFan>&, SensorReadings&, std::
   return SensorsState::Absent;
 }
 
+std::map<std::string, std::string> ReadSensorLabels() { return {}; }
+
 }  // namespace linux_platform

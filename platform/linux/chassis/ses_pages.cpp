@@ -111,6 +111,11 @@ State JudgeElement(std::uint8_t kind, PageBytes element) {
   return (element[0] & kPredicted) != 0 ? State::Failing : State::Ok;
 }
 
+// In tens of turns a minute, eleven bits; 0 where the fan is not measured.
+int ReadSpeed(std::uint8_t kind, PageBytes element) {
+  return kind == kCooling ? ((element[1] & 0x07) << 8 | element[2]) * 10 : 0;
+}
+
 std::vector<EnclosurePart>* FindParts(std::uint8_t kind, Enclosure& enclosure) {
   if (kind == kPowerSupply) return &enclosure.supplies;
   return kind == kCooling ? &enclosure.fans : nullptr;
@@ -127,8 +132,8 @@ bool ReadStatus(const Page& page, const ElementTypes& types, Enclosure& enclosur
       if (!element) return false;
       if (parts == nullptr) continue;
       const char* kind = type.kind == kCooling ? "Fan " : "Supply ";
-      parts->push_back(
-          {kind + std::to_string(parts->size() + 1), JudgeElement(type.kind, *element)});
+      parts->push_back({kind + std::to_string(parts->size() + 1), JudgeElement(type.kind, *element),
+                        ReadSpeed(type.kind, *element)});
     }
   }
   return true;

@@ -11,7 +11,7 @@ namespace linux_platform {
 std::vector<SupplyReading> ListSupplies(const IpmiSnapshot& ipmi) {
   using State = ControllerSensor::State;
   std::vector<SupplyReading> supplies;
-  for (const auto& [name, state] : ipmi.supplies) {
+  for (const auto& [name, state, reading] : ipmi.supplies) {
     const bool predicted = state == State::Failing;
     const bool gone = state == State::Gone;
     const bool failed = state == State::Failed || state == State::InputLost || predicted || gone;

@@ -1,6 +1,8 @@
 #include "platform/linux/collector/ipmi_sensors.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -10,7 +12,7 @@ namespace {
 using State = ControllerSensor::State;
 
 struct Sensor {
-  std::string_view name, type, state, reading, events;
+  std::string_view name, type, state, reading, unit, events;
 };
 
 bool Has(std::string_view text, std::string_view words) {
@@ -37,7 +39,7 @@ std::optional<Sensor> ParseLine(std::string_view line) {
   } else {
     sensor.events = TakeLast(rest);
   }
-  TakeLast(rest);  // the unit
+  sensor.unit = TakeLast(rest);
   sensor.reading = TakeLast(rest);
   sensor.state = TakeLast(rest);
   sensor.type = TakeLast(rest);
@@ -66,6 +68,14 @@ State JudgeTemperature(const Sensor& sensor) {
   return sensor.state == "N/A" ? State::Unknown : State::Ok;
 }
 
+// Of "3120.00" in that unit; 0 for "N/A", and in another one.
+int ReadFigure(const Sensor& sensor, std::string_view unit) {
+  double figure = 0;
+  if (sensor.unit != unit) return 0;
+  std::from_chars(sensor.reading.data(), sensor.reading.data() + sensor.reading.size(), figure);
+  return std::abs(figure) < 1e6 ? static_cast<int>(std::lround(figure)) : 0;
+}
+
 std::string ToPrintable(std::string_view text) {
   std::string printable(text);
   std::ranges::replace_if(
@@ -86,9 +96,10 @@ IpmiSnapshot ParseIpmiSensors(std::string_view text) {
     const std::string name = ToPrintable(sensor->name);
     if (sensor->type == "Power Supply" && sensor->reading == "N/A")
       snapshot.supplies.push_back({name, JudgeSupply(*sensor)});
-    if (sensor->type == "Fan") snapshot.fans.push_back({name, JudgeFan(*sensor)});
+    if (sensor->type == "Fan")
+      snapshot.fans.push_back({name, JudgeFan(*sensor), ReadFigure(*sensor, "RPM")});
     if (sensor->type == "Temperature")
-      snapshot.temperatures.push_back({name, JudgeTemperature(*sensor)});
+      snapshot.temperatures.push_back({name, JudgeTemperature(*sensor), ReadFigure(*sensor, "C")});
   }
   return snapshot;
 }
