@@ -33,9 +33,12 @@ const VELAPart* FindPart(const Parts& parts, std::string_view name) { return par
 std::string NamePart(const VELAPart& part, const Texts& texts) {
   const std::string name = Sanitize(part.name);
   if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
-  constexpr std::string_view kVolume = "volume_";
-  const bool numbered = part.kind == PartKind::Volume && name.starts_with(kVolume);
-  return numbered ? FormatPartText("volume", name.substr(kVolume.size()), texts) : name;
+  constexpr std::string_view kVolume = "volume_", kSupply = "Power supply ";
+  if (part.kind == PartKind::Volume && name.starts_with(kVolume))
+    return FormatPartText("volume", name.substr(kVolume.size()), texts);
+  if (part.kind == PartKind::Supply && name.starts_with(kSupply))
+    return FormatPartText("supply", name.substr(kSupply.size()), texts);
+  return name;
 }
 
 // The nearest of the places that are known.
@@ -53,7 +56,9 @@ std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts&
   if (part.state == PartState::Missing && part.device[0] != '\0')
     details.push_back(FormatPartText("was", Sanitize(part.device), texts));
   const VELAPart* parent = FindPart(parts, part.parent);
-  if (part.kind != PartKind::Disk && parent != nullptr) details.push_back(NamePart(*parent, texts));
+  const bool namesIt = parent != nullptr && std::string_view(part.name).starts_with(parent->name);
+  if (part.kind != PartKind::Disk && parent != nullptr && !namesIt)
+    details.push_back(NamePart(*parent, texts));
   std::erase(details, "");
   return JoinNames(details, texts);
 }
