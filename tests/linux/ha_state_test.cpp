@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/services/cluster_snapshot.h"
 #include "tests/linux/table.h"
 
 namespace {
@@ -20,8 +21,24 @@ TEST(ClusterState, WhatPacemakerPrintsDecides) {
     ASSERT_NE(at, std::string::npos);
     xml.replace(at, row[1].size(), row[2]);
     const auto state = ParseClusterState(xml, reason);
-    EXPECT_EQ(state ? NameHaState(*state) : reason, row[3]);
+    EXPECT_EQ(state ? NameHaState(state->state) : reason, row[3]);
     EXPECT_EQ(state.has_value(), reason.empty());
+  }
+}
+
+// Why, and who is in it: what the collector keeps of it is the same.
+TEST(ClusterState, CausesAndNodesAreNamed) {
+  for (const auto& row : ReadTable("cluster-causes", 3)) {
+    std::ostringstream document, nodes, causes;
+    document << std::ifstream(FIXTURES "/ha/" + row[0] + ".xml").rdbuf();
+    std::string reason;
+    const ClusterSnapshot seen = {ParseClusterState(document.str(), reason)};
+    const auto kept = ClusterSnapshot::FromJson(seen.ToJson()).report.value();
+    for (const auto& [name, state] : kept.nodes) nodes << name << "=" << state << ";";
+    for (const auto& [what, name, detail] : kept.causes)
+      causes << what << " " << name << " " << detail << ";";
+    EXPECT_EQ(nodes.str(), row[1]) << row[0];
+    EXPECT_EQ(causes.str(), row[2]) << row[0];
   }
 }
 
@@ -31,8 +48,10 @@ TEST(DrbdState, EveryDeviceCounts) {
                     well = " 1: cs:Connected ro:Primary/Secondary ds:UpToDate/UpToDate C r-----";
   const auto parse = [](const std::string& text) {
     bool isVersion8 = false;
-    const auto state = ParseDrbdState(text, isVersion8);
+    std::vector<ClusterCause> causes;
+    const auto state = ParseDrbdState(text, isVersion8, causes);
     EXPECT_TRUE(isVersion8);
+    EXPECT_EQ(causes.size(), state.value_or(HaState::Normal) == HaState::Normal ? 0U : 1U);
     return state ? NameHaState(*state) : "";
   };
   for (const auto& row : ReadTable("drbd", 2)) {
@@ -43,7 +62,9 @@ TEST(DrbdState, EveryDeviceCounts) {
     EXPECT_EQ(parse(head + well + figures + line), row[1]) << row[0] << ", after one that is well";
   }
   bool isVersion8 = true;
-  EXPECT_FALSE(ParseDrbdState("version: 9.1.4 (api:2)\nTransports (api:17): tcp\n", isVersion8));
+  std::vector<ClusterCause> causes;
+  EXPECT_FALSE(
+      ParseDrbdState("version: 9.1.4 (api:2)\nTransports (api:17): tcp\n", isVersion8, causes));
   EXPECT_FALSE(isVersion8);
 }
 

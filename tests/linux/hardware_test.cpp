@@ -14,6 +14,7 @@
 #include "tests/linux/machine_snapshot.h"
 #include "tests/linux/source_statuses.h"
 #include "tests/linux/system_log.h"
+#include "tests/linux/told_evidence.h"
 #include "velac.h"
 
 namespace {
@@ -77,20 +78,33 @@ TEST_F(BoardTest, OneAttributeDecidesWhateverTheOthersSay) {
   root_.Write("ipmi", R"("temperatures": [{"name": "In", "state": "ok"}])");
   const std::string board = "nct6775.656/hwmon/hwmon0/", supply = "cffps.2/hwmon/hwmon2/";
   const struct {
-    std::string attribute, value, settings, heard;
+    std::string attribute, value, settings, heard, told;
   } cases[] = {
-      {board + "temp2_input", "95000", "", "redundant, hot"},
-      {board + "temp2_crit_alarm", "1", "", "redundant, hot"},
-      {board + "temp2_emergency_alarm", "1", "", "redundant, hot"},
-      {supply + "in1_lcrit_alarm", "1", "", "supplies 2, redundant, well"},
-      {supply + "in2_lcrit_alarm", "1", "", "redundant, well"},  // an output
-      {supply + "temp1_crit_alarm", "1", "", "supplies 2, redundant, hot"},
-      {supply + "fan1_alarm", "1", "", "fan, redundant, well"},
-      {supply + "fan1_min_alarm", "1", "", "fan, redundant, well"},
-      {supply + "fan1_fault", "1", "", "fan, supplies 2, redundant, well"},
-      {board + "fan2_input", "0", "", "redundant, well"},  // never seen turning
-      {board + "fan3_input", "0", "fan.expect=nct6779:fan3", "fan, redundant, well"},
-      {board + "fan3_input", "0", "fan.expect=nct6779:fan3=CPU", "processor fan, redundant, well"},
+      {board + "temp2_input", "95000", "", "redundant, hot",
+       "temperature_high temp2 95/95 [sensors]"},
+      {board + "temp2_crit_alarm", "1", "", "redundant, hot",
+       "temperature_critical temp2 61/95 [sensors]"},
+      {board + "temp2_emergency_alarm", "1", "", "redundant, hot",
+       "temperature_critical temp2 61/95 [sensors]"},
+      {supply + "in1_lcrit_alarm", "1", "", "supplies 2, redundant, well",
+       "supply_failed Power supply 2 0/0 [sensors]"},
+      {supply + "in2_lcrit_alarm", "1", "", "redundant, well", ""},  // an output
+      {supply + "temp1_crit_alarm", "1", "", "supplies 2, redundant, hot",
+       "supply_failed Power supply 2 0/0 [sensors]; temperature_alarm temp1 (cffps1) 0/0 "
+       "[sensors]"},
+      {supply + "fan1_alarm", "1", "", "fan, redundant, well",
+       "fan_failed fan1 (cffps1 2) 4000/0 [sensors]"},
+      {supply + "fan1_min_alarm", "1", "", "fan, redundant, well",
+       "fan_failed fan1 (cffps1 2) 4000/0 [sensors]"},
+      {supply + "fan1_fault", "1", "", "fan, supplies 2, redundant, well",
+       "fan_failed fan1 (cffps1 2) 4000/0 [sensors]; supply_failed Power supply 2 0/0 [sensors]"},
+      {board + "fan2_input", "0", "", "redundant, well", ""},  // never seen turning
+      {board + "fan3_input", "0", "fan.expect=nct6779:fan3", "fan, redundant, well",
+       "fan_stopped fan3 0/0 [sensors]"},
+      {board + "fan3_min", "900", "fan.expect=nct6779:fan3", "fan, redundant, well",
+       "fan_slow fan3 800/900 [sensors]"},
+      {board + "fan3_input", "0", "fan.expect=nct6779:fan3=CPU", "processor fan, redundant, well",
+       "fan_stopped CPU 0/0 [sensors]"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.attribute);
@@ -98,6 +112,7 @@ TEST_F(BoardTest, OneAttributeDecidesWhateverTheOthersSay) {
     EXPECT_EQ(Ask(), "redundant, well");
     const std::string before = Set(c.attribute, c.value);
     EXPECT_EQ(Ask(), c.heard);
+    EXPECT_EQ(ToldEvidence(), c.told);
     Set(c.attribute, before);
   }
 }
@@ -108,6 +123,7 @@ TEST_F(BoardTest, AFanThatTurnedAndStandsHasFailed) {
                             std::to_string(std::time(nullptr) - 60) + R"(,"turned":true})";
   root_.Write("fans", R"("fans":{)" + known + "}");
   EXPECT_EQ(Ask(), "processor fan, redundant, well");
+  EXPECT_TRUE(ToldEvidence().starts_with("fan_stopped CPU Fan 0/0 since "));
   // What the collector makes of it: the others turn, this one has stood since then.
   std::filesystem::create_directories(root_.Path() / "sys/class/hwmon/hwmon0");
   FILE* collector =

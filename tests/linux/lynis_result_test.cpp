@@ -4,9 +4,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "common/json_reader.h"
+#include "platform/linux/evidence/evidence.h"
 #include "platform/linux/scan/lynis_report.h"
 #include "tests/linux/table.h"
 #include "tests/linux/temporary_root.h"
@@ -43,6 +45,23 @@ TEST(LynisReport, AnUpdateThatWaitsForMoreThanTwoWeeksIsDanger) {
   const char* unnamed = "warning[]=PKGS-7392|x|-|-|\nfinish=true";
   const Json::Value first = ConvertLynisReport(unnamed, Json::Value(), kNow);
   EXPECT_EQ(ConvertLynisReport(unnamed, first, kNow + 15 * 86'400)["sysStatus"], "danger");
+}
+
+// What a person is told of a result, whoever wrote it.
+TEST(LynisReport, OnlyWhatMadeItADangerIsTold) {
+  for (const auto& row : ReadTable("scan-evidence", 2)) {
+    Json::Value result;
+    if (!common::ParseJson(row[0], result))
+      result =
+          ConvertLynisReport(std::regex_replace(row[0] + "; finish=true", std::regex("; "), "\n"),
+                             Json::Value(), kNow);
+    std::string told;
+    linux_platform::TellScanEvidence(result, [&told](const VELAEvidence& record) {
+      told += std::string(told.empty() ? "" : "; ") + record.key + " " + record.part + " '" +
+              record.words + "' " + std::to_string(record.figure) + " [" + record.show + "]";
+    });
+    EXPECT_EQ(told, row[1]);
+  }
 }
 
 TEST(LynisResult, TheResultIsReplacedForAllToReadAndStaysWhenThereIsNoScan) {

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -159,6 +160,8 @@ void TellParts(std::ostream& out) {
   VELAPlatformParts(
       [](void* taker, const VELAPart* part) {
         std::ostream& told = *static_cast<std::ostream*>(taker);
+        // Those are the kernel's, not the machine's.
+        if (part->kind == source_status::PartKind::Interface) return;
         told << "part: " << source_status::kPartKindNames[static_cast<std::size_t>(part->kind)]
              << " " << source_status::kPartStateNames[static_cast<std::size_t>(part->state)] << " "
              << part->name;
@@ -217,6 +220,21 @@ std::string TellAll() {
   return out.str();
 }
 
+// What is bad of chassis, units, UPS and cluster is explained, and nothing else is.
+void ExpectVerdictsExplained(const std::string& told) {
+  const std::pair<const char*, const char*> verdicts[] = {
+      {"(^|\n)(processor )?fan failed", "fan_.*for system status"},
+      {"\npower supply failed", "supply_.*for system status"},
+      {"\ntemperature: hot", "temperature_.*for system status"},
+      {"\nunit fan failed|\nunit .*: working supplies [012]\n", "unit_.*for expansion units"},
+      {"\nUPS: connected 1, state [23]", "ups_.*for UPS"},
+      {"\ncluster: (warning|danger|empty)", ".*for high availability"}};
+  for (const auto& [verdict, evidence] : verdicts)
+    EXPECT_EQ(std::regex_search(told, std::regex(verdict)),
+              std::regex_search(told, std::regex(std::string("\nevidence: ") + evidence)))
+        << verdict;
+}
+
 class Machine : public testing::TestWithParam<std::string> {};
 
 TEST_P(Machine, IsToldAsExpected) {
@@ -226,6 +244,7 @@ TEST_P(Machine, IsToldAsExpected) {
   if (getenv("VELA_WRITE_EXPECTED") != nullptr)
     std::ofstream(FIXTURES "/machines/" + GetParam() + "/expected") << told;
   EXPECT_EQ(told, MachineTree::Read(GetParam(), "expected"));
+  ExpectVerdictsExplained(told);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Machine, testing::ValuesIn(MachineTree::ListThoseWith("expected")),

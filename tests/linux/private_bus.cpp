@@ -53,6 +53,8 @@ int PrivateBus::Get(sd_bus*, const char* path, const char*, const char* property
       found != bus->values_.end() ? found->second : SD_BUS_ERROR_UNKNOWN_INTERFACE;
   if (value.starts_with("org.freedesktop.DBus.Error."))
     return sd_bus_error_set(error, value.c_str(), "systemd says no");
+  if (std::string_view(property) == "InactiveEnterTimestamp")
+    return sd_bus_message_append(reply, "t", std::stoull(value));
   return sd_bus_message_append(reply, "s", value.c_str());
 }
 
@@ -86,7 +88,8 @@ void PrivateBus::Serve() {
                        *kService = "org.freedesktop.systemd1.Service";
   static const sd_bus_vtable unit[] = {
       SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("LoadState", "s", Get, 0, 0),
-      SD_BUS_PROPERTY("ActiveState", "s", Get, 0, 0), SD_BUS_VTABLE_END};
+      SD_BUS_PROPERTY("ActiveState", "s", Get, 0, 0),
+      SD_BUS_PROPERTY("InactiveEnterTimestamp", "t", Get, 0, 0), SD_BUS_VTABLE_END};
   static const sd_bus_vtable service[] = {
       SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("ReloadResult", "s", Get, 0, 0), SD_BUS_VTABLE_END};
   static const sd_bus_vtable manager[] = {

@@ -10,6 +10,7 @@
 #include "platform/linux/base/deadline.h"
 #include "platform/linux/contract/request.h"
 #include "platform/linux/notes/notes.h"
+#include "platform/linux/parts/parts.h"
 #include "platform/linux/ups/ups_address.h"
 #include "platform/linux/ups/ups_status.h"
 #include "tests/linux/fake_server.h"
@@ -19,6 +20,7 @@
 #include "tests/linux/table.h"
 #include "tests/linux/temporary_root.h"
 #include "tests/linux/timeout_factor.h"
+#include "tests/linux/told_evidence.h"
 #include "velac.h"
 
 namespace {
@@ -160,6 +162,54 @@ TEST_F(UpsTest, AllThatIsAskedForCountsHoweverAndWhereverItIs) {
     EXPECT_EQ(std::to_string(Said().state), row[5]);
     EXPECT_EQ(Said().reason + ToldNotes("; "), row[6]);
     EXPECT_EQ(server.Clients(), 1) << "one server is one connection";
+  }
+}
+
+// A server of the UPS rack, which has the `variables` "ups.status=OB;battery.charge=43"; to all
+// other questions it answers nothing whole, if it `drips`.
+std::function<void(int)> ServeVariables(const std::string& variables, bool drips = false) {
+  return [=](int client) {
+    for (std::string line; !(line = FakeServer::Line(client)).empty() && line != "LOGOUT";) {
+      const std::string name = line.substr(line.rfind(' ') + 1);
+      std::smatch found;
+      const bool has = std::regex_search(variables, found, std::regex(name + "=([^;]*)"));
+      while (!has && drips && FakeServer::Send(client, "V")) std::this_thread::sleep_for(50ms);
+      FakeServer::Send(client, has ? "VAR rack " + name + " \"" + found.str(1) + "\"\n"
+                                   : "ERR VAR-NOT-SUPPORTED\n");
+    }
+  };
+}
+
+// The second conversation: only for who asks why, and once a request, whatever is asked.
+TEST_F(UpsTest, HowLongTheBatteryLastsIsAskedOnlyForPartsAndEvidence) {
+  for (const auto& row : ReadTable("ups-evidence", 3)) {
+    SCOPED_TRACE(row[0]);
+    FakeServer server(ServeVariables(row[0]));
+    const RequestScope request;
+    AskAbout("rack", server);
+    EXPECT_EQ(server.Clients(), 1) << "the answer is not delayed";
+    const std::string told = ToldEvidence();
+    EXPECT_EQ(server.Clients(), told.empty() ? 1 : 2) << "a UPS on mains explains nothing";
+    EXPECT_EQ(std::regex_replace(told, std::regex("127.0.0.1:\\d+"), "server"), row[1]);
+    std::string parts;
+    TellUpsParts(request->GetUpses(), [&parts](const VELAPart& part) {
+      parts += source_status::kPartStateNames[static_cast<std::size_t>(part.state)];
+      parts += " " + std::to_string(part.reading) + part.unit + "/" + std::to_string(part.mark) +
+               " (" + part.model + "," + part.serial + ")";
+    });
+    EXPECT_EQ(parts, row[2]);
+    EXPECT_EQ(server.Clients(), 2) << "and is asked once";
+  }
+}
+
+TEST_F(UpsTest, AServerThatTellsItsStateAloneIsAskedForNoMoreAndBelieved) {
+  FakeServer server(ServeVariables("ups.status=OB", true));
+  const TimeoutFactor usual(1);
+  for (const int clients : {2, 3}) {
+    const RequestScope request;
+    EXPECT_EQ(AskAbout("rack", server), "2");
+    EXPECT_TRUE(ToldEvidence().starts_with("ups_discharges rack 0/0 "));
+    EXPECT_EQ(server.Clients(), clients);
   }
 }
 

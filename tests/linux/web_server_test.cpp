@@ -14,6 +14,7 @@
 #include "tests/linux/system_log.h"
 #include "tests/linux/table.h"
 #include "tests/linux/timeout_factor.h"
+#include "tests/linux/told_evidence.h"
 #include "velac.h"
 
 namespace {
@@ -94,6 +95,21 @@ TEST_F(WebServerOnBusTest, OnlyASuspicionThatTheTestConfirmsIsAFailure) {
   EXPECT_EQ(TakeSystemLog().size(), 4U);
 }
 
+TEST_F(WebServerOnBusTest, WhyTheConfigurationIsRefusedIsTold) {
+  for (const auto& row : ReadTable("web-server-evidence", 4)) {
+    SCOPED_TRACE(row[2]);
+    Unit("nginx.service", row[0], "exit-code");
+    bus_.Say("nginx.service", "InactiveEnterTimestamp", row[1]);
+    EndTest("printf '" + row[2] + "' >&2; exit 1");
+    const linux_platform::RequestScope request;
+    EXPECT_EQ(Ask(), "failed");
+    EXPECT_EQ(ToldEvidence(), row[3]);
+  }
+  EndTest("echo well; exit 0");
+  const linux_platform::RequestScope request;
+  EXPECT_EQ(Ask() + ToldEvidence(), "well");
+}
+
 TEST_F(WebServerOnBusTest, AMuteSystemdIsGivenUpAndThenLeftAlone) {
   const TimeoutFactor usual(1);
   bus_.Mute();
@@ -143,14 +159,16 @@ TEST_F(WebServerOnBusTest, TheCollectorTestsWhatIsUnderSuspicion) {
     std::string reason;
     EXPECT_EQ(std::system((command + root_.Path().string() + " 2>/dev/null").c_str()), 0);
     linux_platform::ReadSnapshot("web_server", seen, reason);
-    return reason.empty() ? seen["unit"].asString() + ' ' + seen["test"].asString() : reason;
+    return reason.empty()
+               ? seen["unit"].asString() + ' ' + seen["test"].asString() + seen["words"].asString()
+               : reason;
   };
   EXPECT_EQ(collect(), "nginx.service ");
   EXPECT_FALSE(std::filesystem::exists(tested_)) << "no suspicion, no test";
   Unit("nginx.service", "failed", "success");
   EXPECT_EQ(collect(), "nginx.service passed");
-  EndTest("exit 1");
-  EXPECT_EQ(collect(), "nginx.service refused");
+  EndTest("echo no >&2; exit 1");
+  EXPECT_EQ(collect(), "nginx.service refusedno");
   EndTest("kill -9 $$");
   EXPECT_NE(collect().find("did not come to its end"), std::string::npos);
 }

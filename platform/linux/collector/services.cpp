@@ -17,21 +17,23 @@ namespace {
 
 constexpr Bounds kClusterBounds = {std::chrono::seconds(8), std::size_t{1} << 20};
 // The test may wait for a name that does not resolve.
-constexpr Bounds kTestBounds = {std::chrono::seconds(8), std::size_t{64} << 10};
+constexpr Bounds kTestBounds = {std::chrono::seconds(8), std::size_t{64} << 10, true};
 
-// "passed" or "refused"; empty, with the reason, when the test did not come to its end.
-std::string TestConfiguration(const WebServer& server, std::string& reason) {
+// How the test ended; with the reason, when it did not come to its end.
+void TestConfiguration(const WebServer& server, WebServerSnapshot& snapshot, std::string& reason) {
   std::vector<std::string> arguments = server.BuildTest();
   arguments[0] = BelowRoot(arguments[0]);
   const CommandResult result = RunCommand({arguments, kTestBounds});
   reason = result.reason;
-  if (!reason.empty()) return {};
-  if (result.cut == Child::Cut::None && result.status >= 0 && WIFEXITED(result.status))
-    return WEXITSTATUS(result.status) == 0 ? WebServerSnapshot::kPassed
-                                           : WebServerSnapshot::kRefused;
-  reason = arguments[0] + (result.cut == Child::Cut::Late ? " did not finish within 8 s"
-                                                          : " did not come to its end");
-  return {};
+  if (!reason.empty()) return;
+  if (result.cut != Child::Cut::None || result.status < 0 || !WIFEXITED(result.status)) {
+    reason = arguments[0] + (result.cut == Child::Cut::Late ? " did not finish within 8 s"
+                                                            : " did not come to its end");
+    return;
+  }
+  const bool passed = WEXITSTATUS(result.status) == 0;
+  snapshot.test = passed ? WebServerSnapshot::kPassed : WebServerSnapshot::kRefused;
+  if (!passed) snapshot.fault = ParseConfigurationTest(result.output);
 }
 
 }  // namespace
@@ -47,7 +49,7 @@ Json::Value CollectCluster() {
   if (result.cut == Child::Cut::Late) return MakeError("crm_mon did not finish within 8 s");
   std::string reason;
   const ClusterSnapshot snapshot = {ParseClusterState(result.output, reason)};
-  return snapshot.state ? snapshot.ToJson() : MakeError(reason);
+  return snapshot.report ? snapshot.ToJson() : MakeError(reason);
 }
 
 Json::Value CollectWebServer() {
@@ -55,11 +57,11 @@ Json::Value CollectWebServer() {
   const WebServerState web = ReadWebServer(ReadSettings(kCurrentSettings).settings, budget);
   if (web.unit.empty() || web.answer == UnitsAnswer::NoSystemd) return {};
   if (web.answer != UnitsAnswer::Read) return MakeError(web.reason);
-  WebServerSnapshot snapshot = {web.unit, web.state.active, web.state.reload, {}};
+  WebServerSnapshot snapshot = {web.unit, web.state.active, web.state.reload, {}, {}};
   const WebServer* tester = web.FindTester();
   if (!web.IsSuspicious() || tester == nullptr) return snapshot.ToJson();
   std::string reason;
-  snapshot.test = TestConfiguration(*tester, reason);
+  TestConfiguration(*tester, snapshot, reason);
   return reason.empty() ? snapshot.ToJson() : MakeError(reason);
 }
 

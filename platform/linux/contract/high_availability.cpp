@@ -36,22 +36,22 @@ bool MayAskCluster() {
   return Access(BelowRoot("/var/lib/pacemaker/cib"), X_OK) || errno != EACCES;
 }
 
-std::optional<HaState> ReadCollectedState(SourceScope& scope, Trouble& trouble) {
+std::optional<ClusterReport> ReadCollectedState(SourceScope& scope, Trouble& trouble) {
   Json::Value document;
   std::string reason;
   const SnapshotState snapshot = ReadSnapshot(ClusterSnapshot::kSource, document, reason);
   trouble = snapshot == SnapshotState::Absent ? MissCollector("only root may ask Pacemaker")
                                               : ToTrouble(snapshot, std::move(reason));
   if (snapshot != SnapshotState::Read) return std::nullopt;
-  const std::optional<HaState> state = ClusterSnapshot::FromJson(document).state;
-  if (state)
+  std::optional<ClusterReport> report = ClusterSnapshot::FromJson(document).report;
+  if (report)
     scope.Read("%s", SeenByCollector(document).c_str());
   else
     trouble = "cluster.json has no state of the cluster";
-  return state;
+  return report;
 }
 
-std::optional<HaState> AskCluster(Request& request, std::string& reason) {
+std::optional<ClusterReport> AskCluster(Request& request, std::string& reason) {
   if (monitorBreaker.IsOpen(reason)) return std::nullopt;
   std::string xml;
   int status = 0;
@@ -63,18 +63,23 @@ std::optional<HaState> AskCluster(Request& request, std::string& reason) {
 }
 
 std::optional<HaState> ReadClusterState(Request& request, SourceScope& scope, Trouble& trouble) {
-  if (!MayAskCluster()) return ReadCollectedState(scope, trouble);
-  return AskCluster(request, trouble.reason);
+  std::optional<ClusterReport> report =
+      MayAskCluster() ? AskCluster(request, trouble.reason) : ReadCollectedState(scope, trouble);
+  if (!report) return std::nullopt;
+  request.GetLearned().cluster = *std::move(report);
+  return request.GetLearned().cluster.state;
 }
 
-std::optional<HaState> ReadDrbdState(bool pacemakerRuns, Trouble& trouble) {
+std::optional<HaState> ReadDrbdState(Request& request, Trouble& trouble) {
   std::string text;
   bool isVersion8 = false;
   if (ReadSmallFile(BelowRoot(kDrbd).c_str(), kDrbdCap, text) != ReadResult::Read) {
     trouble = std::string(kDrbd) + " could not be read";
     return std::nullopt;
   }
-  const std::optional<HaState> state = ParseDrbdState(text, isVersion8);
+  const bool pacemakerRuns = request.GetClusterServices().pacemaker;
+  const std::optional<HaState> state =
+      ParseDrbdState(text, isVersion8, request.GetLearned().mirrors);
   if (!isVersion8 && pacemakerRuns) return HaState::Normal;  // which watches it
   if (!isVersion8) {
     trouble = {
@@ -90,10 +95,11 @@ std::optional<HaState> ReadDrbdState(bool pacemakerRuns, Trouble& trouble) {
 // never makes the whole "normal".
 std::optional<HaState> ReadOverview(Request& request, SourceScope& scope, Trouble& trouble) {
   const ClusterServices& running = request.GetClusterServices();
+  request.GetLearned().mirrors.clear();
   std::optional<HaState> cluster = HaState::Normal, drbd = HaState::Normal;
   Trouble drbdTrouble;
   if (running.pacemaker) cluster = ReadClusterState(request, scope, trouble);
-  if (running.drbd) drbd = ReadDrbdState(running.pacemaker, drbdTrouble);
+  if (running.drbd) drbd = ReadDrbdState(request, drbdTrouble);
   if (!running.idle.IsNone()) cluster.reset();
   if (trouble.IsNone()) trouble = running.idle;
   if (trouble.IsNone()) trouble = drbdTrouble;

@@ -13,7 +13,8 @@ void VELAPlatformParts(VELATakePart take, void* taker) {
                    each);
   TellChassisParts(request->GetChassis(), each);
   TellUnitParts(request->GetExpansionUnits(), each);
-  TellNodeParts(request->GetClusterServices(), each);
+  TellNodeParts(request->GetLearned().cluster, each);
+  TellUpsParts(request->GetUpses(), each);
   std::string reason;  // an interface that nobody can name is a source's to tell
   if (const auto* interfaces = request->GetInterfaces(reason))
     TellInterfaceParts(*interfaces, each);

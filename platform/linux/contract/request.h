@@ -11,11 +11,23 @@
 #include "platform/linux/chassis/chassis.h"
 #include "platform/linux/chassis/expansion_units.h"
 #include "platform/linux/network/netlink.h"
+#include "platform/linux/services/configuration_fault.h"
+#include "platform/linux/services/ha_state.h"
 #include "platform/linux/services/pacemaker.h"
 #include "platform/linux/services/web_server.h"
 #include "platform/linux/storage/storage_view.h"
+#include "platform/linux/ups/nut_client.h"
 
 namespace linux_platform {
+
+// What the answers were made from that no view of a source holds, kept for parts and evidence. A
+// source that was not asked, or not judged by it, leaves its own empty.
+struct Learned {
+  std::optional<ConfigurationFault> refused;  // the web server's configuration
+  ClusterReport cluster;
+  std::vector<ClusterCause> mirrors;  // of DRBD, that are not whole
+  std::vector<HeardUps> upses;
+};
 
 // Each source is read at the first question about it, and once. What is returned stays as it is
 // until the request ends. For one thread.
@@ -31,6 +43,10 @@ class Request {
   // Null when the kernel did not tell them, which `reason` explains; the next call asks again.
   const std::vector<Interface>* GetInterfaces(std::string& reason);
 
+  Learned& GetLearned() { return learned_; }
+  // Asks the UPSes that were heard for more, once.
+  const std::vector<HeardUps>& GetUpses();
+
   TimeBudget& GetTimeBudget() { return timeBudget_; }
   // For tests: as if the request had waited so long already.
   void SetWaited(std::chrono::milliseconds waited) { timeBudget_ = TimeBudget(waited); }
@@ -39,6 +55,8 @@ class Request {
   const Settings& Current() { return GetCurrentSettings().settings; }
 
   TimeBudget timeBudget_;
+  Learned learned_;
+  bool upsesDescribed_ = false;
   std::shared_ptr<const SettingsFile> current_, factory_;
   std::optional<StorageView> storage_;
   std::optional<Chassis> chassis_;

@@ -21,11 +21,14 @@ using source_status::Source, source_status::SourceScope;
 namespace {
 
 constexpr auto kBound = std::chrono::seconds(1);
+constexpr auto kDetailsBound = std::chrono::milliseconds(500);
 constexpr const char* kStartServer = "systemctl enable --now nut-driver.target nut-server";
 constexpr const char* kAcceptUps = "accept=\"ups\" in /etc/velainfo.conf, if it is watched there";
 
 constinit LogOnce failures("UPS", "systemctl status nut-server nut-driver.target");
 constinit CircuitBreaker breaker;
+// A server that tells states and then hangs is not blamed for these.
+constinit CircuitBreaker detailsBreaker;
 
 // What one request hears of all UPSes.
 struct Round {
@@ -33,9 +36,10 @@ struct Round {
   bool connected = false;
   UpsState worst = UpsState::Unknown;
   std::vector<Trouble> troubles;
+  std::vector<HeardUps> upses;  // that told their state
 };
 
-void AddReading(const UpsReading& ups, Round& round) {
+void AddReading(const NutServer& server, UpsReading& ups, Round& round) {
   if (!ups.refusal.empty()) {
     round.troubles.emplace_back(ups.refusal);
     return;
@@ -48,6 +52,11 @@ void AddReading(const UpsReading& ups, Round& round) {
   if (state == UpsState::Unknown && !HasUpsWord(ups.words, "OFF"))
     round.troubles.emplace_back("UPS " + ups.name +
                                 " does not say whether the mains are there: \"" + ups.words + "\"");
+  HeardUps& heard = round.upses.emplace_back();
+  heard.name = std::move(ups.name);
+  heard.words = std::move(ups.words);
+  heard.host = server.host;
+  heard.port = server.port;
 }
 
 void AskServer(const NutServer& server, TimeBudget& budget, Round& round) {
@@ -55,7 +64,7 @@ void AskServer(const NutServer& server, TimeBudget& budget, Round& round) {
   std::string reason;
   std::vector<UpsReading> readings;
   const NutAnswer answer = ReadUpses(server, budget.DeadlineFor(kBound), readings, reason);
-  for (const UpsReading& ups : readings) AddReading(ups, round);
+  for (UpsReading& ups : readings) AddReading(server, ups, round);
   if (answer == NutAnswer::Late && wholeTurn) breaker.Trip(reason);
   round.answered |= answer != NutAnswer::NoServer;
   if (answer == NutAnswer::NoServer)
@@ -156,7 +165,35 @@ void Report(const Round& round, SourceScope& scope) {
   if (!round.troubles.empty()) SetError(Error::SourceFailed);
 }
 
+// One server has all that follow `first` from there.
+std::vector<HeardUps*> ListNeighbours(std::vector<HeardUps>& upses, std::size_t first) {
+  std::vector<HeardUps*> neighbours;
+  for (std::size_t i = first; i < upses.size(); ++i)
+    if (upses[i].host == upses[first].host && upses[i].port == upses[first].port)
+      neighbours.push_back(&upses[i]);
+    else
+      break;
+  return neighbours;
+}
+
 }  // namespace
+
+// What is not told in time is not known; the server's own state was told before.
+const std::vector<HeardUps>& Request::GetUpses() {
+  std::vector<HeardUps>& upses = learned_.upses;
+  std::string reason;
+  if (std::exchange(upsesDescribed_, true) || detailsBreaker.IsOpen(reason)) return upses;
+  for (std::size_t first = 0; first < upses.size();) {
+    const std::vector<HeardUps*> neighbours = ListNeighbours(upses, first);
+    const NutServer server = {upses[first].host, upses[first].port, {}, false};
+    const bool wholeTurn = timeBudget_.GrantsWholeTurn(kDetailsBound);
+    const NutAnswer answer =
+        DescribeUpses(server, timeBudget_.DeadlineFor(kDetailsBound), neighbours, reason);
+    if (answer == NutAnswer::Late && wholeTurn) detailsBreaker.Trip(reason);
+    first += neighbours.size();
+  }
+  return upses;
+}
 
 int VELAUPSInfoGet(VELA_UPS_INFO* record) {
   SourceScope scope(Source::Ups);
@@ -167,6 +204,7 @@ int VELAUPSInfoGet(VELA_UPS_INFO* record) {
   if (!plan.isSetUp && plan.unread.IsNone()) return ReportAbsent(scope);
 
   Round round = AskOrLeaveAlone(plan, request->GetTimeBudget());
+  request->GetLearned().upses = std::move(round.upses);
   // A server that answers is proof enough of a UPS; none proves nothing.
   if (!plan.isSetUp && !round.answered) {
     failures.Tell(scope, plan.unread);

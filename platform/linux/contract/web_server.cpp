@@ -20,26 +20,29 @@ using source_status::Source, source_status::SourceScope;
 
 namespace {
 
-constexpr Bounds kTestBounds = {std::chrono::seconds(5), std::size_t{64} << 10};
+constexpr Bounds kTestBounds = {std::chrono::seconds(5), std::size_t{64} << 10, true};
 
 constinit LogOnce failures("web server", "systemctl --failed");
 constinit CircuitBreaker testBreaker;
 
 enum class Test { Passed, Refused, Unknown };
 
-Test TestConfiguration(const WebServer& server, TimeBudget& budget, std::string& reason) {
+Test TestConfiguration(const WebServer& server, Request& request, std::string& reason) {
   if (testBreaker.IsOpen(reason)) return Test::Unknown;
   std::string output;
   int status = 0;
   const ProgramEnd end =
-      RunProgram(server.BuildTest(), kTestBounds, budget, output, status, reason);
+      RunProgram(server.BuildTest(), kTestBounds, request.GetTimeBudget(), output, status, reason);
+  if (end == ProgramEnd::Exited && status != 0)
+    request.GetLearned().refused = ParseConfigurationTest(output);
   if (end == ProgramEnd::Exited) return status == 0 ? Test::Passed : Test::Refused;
   if (end == ProgramEnd::Late) testBreaker.Trip(reason);
   return Test::Unknown;
 }
 
 // What the collector's test of this unit said, while the unit is as it was then.
-Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, Trouble& trouble) {
+Test ReadCollectedTest(Request& request, SourceScope& scope, Trouble& trouble) {
+  const WebServerState& suspect = request.GetWebServer();
   const std::string& unit = suspect.unit;
   Json::Value document;
   std::string reason;
@@ -48,7 +51,7 @@ Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, Troubl
                 ? MissCollector(unit + " is in trouble; only root can test its configuration")
                 : ToTrouble(snapshot, std::move(reason));
   if (snapshot != SnapshotState::Read) return Test::Unknown;
-  const auto seen = WebServerSnapshot::FromJson(document);
+  auto seen = WebServerSnapshot::FromJson(document);
   if (seen.unit != unit || seen.active != suspect.state.active ||
       seen.reload != suspect.state.reload || seen.test.empty()) {
     trouble = unit + " is in trouble since vela-platform-collect last looked; it tests the " +
@@ -56,7 +59,9 @@ Test ReadCollectedTest(const WebServerState& suspect, SourceScope& scope, Troubl
     return Test::Unknown;
   }
   scope.Read("%s", SeenByCollector(document).c_str());
-  return seen.test == WebServerSnapshot::kPassed ? Test::Passed : Test::Refused;
+  if (seen.test == WebServerSnapshot::kPassed) return Test::Passed;
+  request.GetLearned().refused = std::move(seen.fault);
+  return Test::Refused;
 }
 
 }  // namespace
@@ -109,9 +114,9 @@ bool NginxConfManager::run() {
   SourceScope scope(Source::WebServer);
   Trouble trouble;
   // Its test reads keys and writes a log: only root's word about it is worth anything.
-  const Test test = geteuid() == 0 ? TestConfiguration(*suspect.FindTester(),
-                                                       request->GetTimeBudget(), trouble.reason)
-                                   : ReadCollectedTest(suspect, scope, trouble);
+  const Test test = geteuid() == 0
+                        ? TestConfiguration(*suspect.FindTester(), *request, trouble.reason)
+                        : ReadCollectedTest(*request, scope, trouble);
   // Whatever ended it, nobody is served.
   if (test == Test::Passed && suspect.state.active == "failed")
     trouble = suspect.unit + " has failed, though its configuration passes its test";

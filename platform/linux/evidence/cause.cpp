@@ -66,6 +66,10 @@ void SetMend(VELAEvidence& record, const std::vector<std::string>& commands) {
   for (const std::string& command : commands) common::FillField(record.mend[place++], command);
 }
 
+std::string_view CutPeriod(std::string_view message) {
+  return message.substr(0, message.find_last_not_of(". ") + 1);
+}
+
 std::string NameDisk(const StorageView& view, const std::string& device) {
   std::string whole = FindDiskOf(device);
   if (whole == device) whole = CutPartition(device);

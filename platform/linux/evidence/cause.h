@@ -1,4 +1,4 @@
-// What the causes of the storage's findings share.
+// What the causes of findings share, and those of the storage in particular.
 #pragma once
 
 #include <initializer_list>
@@ -14,7 +14,8 @@ namespace linux_platform {
 // The checks, as they are called.
 constexpr const char *kVolumeUsage = "volume usage", *kExternalVolumes = "external volumes",
                      *kDisksCheck = "disks", *kOverview = "storage overview",
-                     *kSystemStatus = "system status";
+                     *kSystemStatus = "system status", *kUpsCheck = "UPS",
+                     *kExpansionUnits = "expansion units", *kHighAvailability = "high availability";
 
 // One cause, and how bad it is: the worst is told first.
 struct Cause {
@@ -33,6 +34,9 @@ std::string WriteCommand(std::string_view form, std::initializer_list<std::strin
 // The command that shows it; those that mend it, all of them or none.
 void SetShow(VELAEvidence& record, const std::string& command);
 void SetMend(VELAEvidence& record, const std::vector<std::string>& commands);
+
+// What another program said, without the period at its end: the sentence around it has its own.
+std::string_view CutPeriod(std::string_view message);
 
 // The name of the disk that the device is or lies on: "Disk 2"; else the kernel's, "sdc".
 std::string NameDisk(const StorageView& view, const std::string& device);

@@ -43,8 +43,8 @@ std::string DescribeWarning(std::string_view warning) {
 
 Json::Value ConvertLynisReport(std::string_view report, const Json::Value& before,
                                std::time_t now) {
-  bool finished = false, danger = false, countsHoles = false;
-  Json::Value reasons(Json::arrayValue), since(Json::objectValue);
+  bool finished = false, countsHoles = false;
+  Json::Value reasons(Json::arrayValue), dangers(Json::arrayValue), since(Json::objectValue);
   const auto remember = [&](const std::string& package) {
     since[package] = Json::Int64{FindKnownSince(before, package, now)};
   };
@@ -57,18 +57,19 @@ Json::Value ConvertLynisReport(std::string_view report, const Json::Value& befor
     if (!line.starts_with(kWarning)) continue;
     const std::string_view warning = line.substr(kWarning.size());
     reasons.append(DescribeWarning(warning));
-    danger = danger || std::ranges::any_of(kDangers, [warning](std::string_view test) {
-               return warning.starts_with(test);
-             });
+    const auto isOf = [warning](std::string_view test) { return warning.starts_with(test); };
+    if (std::ranges::any_of(kDangers, isOf)) dangers.append(DescribeWarning(warning));
     countsHoles = countsHoles || warning.starts_with(kVulnerable);
   }
   if (!finished) return {};
   if (countsHoles && since.empty()) remember(kUnnamed);
+  bool danger = !dangers.empty();
   for (auto package = since.begin(); package != since.end(); ++package)
     danger = danger || now - package->asInt64() > kUpdateGrace;
   Json::Value result(Json::objectValue);
   result["sysStatus"] = danger ? "danger" : reasons.empty() ? "safe" : "warning";
   result["reasons"] = std::move(reasons);
+  result["dangers"] = std::move(dangers);
   result["vulnerableSince"] = std::move(since);
   return result;
 }

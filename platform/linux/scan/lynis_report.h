@@ -9,6 +9,7 @@
 namespace linux_platform {
 
 // {"sysStatus": "safe" | "warning" | "danger", "reasons": [texts],
+//  "dangers": [those of the reasons that are dangers by themselves],
 //  "vulnerableSince": {package: seconds since 1970}}; null when the report is not of a
 // scan that ran to its end. Danger is what points to an intruder or lets one in: several
 // accounts with the rights of root, accounts without a password, malware, and packages

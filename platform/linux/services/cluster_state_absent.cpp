@@ -2,7 +2,7 @@
 
 namespace linux_platform {
 
-std::optional<HaState> ParseClusterState(std::string_view, std::string& reason) {
+std::optional<ClusterReport> ParseClusterState(std::string_view, std::string& reason) {
   reason = "this platform was built without pugixml, which reads crm_mon's answer";
   return std::nullopt;
 }

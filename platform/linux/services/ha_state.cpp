@@ -28,6 +28,15 @@ HaState DeviceState(std::string_view connection, std::string_view roles, std::st
   return whole ? HaState::Normal : HaState::Warning;
 }
 
+// " 0: cs:StandAlone ro:Primary/Unknown ds:UpToDate/DUnknown C r-----"
+ClusterCause DescribeDevice(std::string_view line) {
+  std::string_view number = line.substr(0, line.find(':'));
+  number.remove_prefix(std::min(number.find_first_not_of(' '), number.size()));
+  std::string words(Field(line, "cs"));
+  for (const char* field : {"ro", "ds"}) words.append(", ").append(Field(line, field));
+  return {"mirror_broken", "drbd" + std::string(number), words};
+}
+
 }  // namespace
 
 const char* NameHaState(HaState state) { return kTexts[static_cast<std::size_t>(state)]; }
@@ -39,7 +48,8 @@ std::optional<HaState> ParseHaState(std::string_view text) {
   return static_cast<HaState>(found - kTexts.begin());
 }
 
-std::optional<HaState> ParseDrbdState(std::string_view text, bool& isVersion8) {
+std::optional<HaState> ParseDrbdState(std::string_view text, bool& isVersion8,
+                                      std::vector<ClusterCause>& causes) {
   isVersion8 = text.starts_with("version: 8.");
   std::optional<HaState> worst;
   while (!text.empty()) {
@@ -49,6 +59,7 @@ std::optional<HaState> ParseDrbdState(std::string_view text, bool& isVersion8) {
     if (connection.empty() || connection == "Unconfigured") continue;
     const HaState state = DeviceState(connection, Field(line, "ro"), Field(line, "ds"));
     worst = std::max(worst.value_or(state), state);
+    if (state != HaState::Normal) causes.push_back(DescribeDevice(line));
   }
   return worst;
 }

@@ -35,15 +35,35 @@ int OnAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
   return 0;
 }
 
+struct TimeQuery {
+  BusAnswers answers;
+  std::uint64_t time = 0;  // in microseconds
+};
+
+int OnTime(sd_bus_message* message, void* userdata, sd_bus_error*) {
+  auto& query = *static_cast<TimeQuery*>(userdata);
+  --query.answers.awaited;
+  sd_bus_message_read(message, "v", "t", &query.time);
+  return 0;
+}
+
+using Text = std::unique_ptr<char, void (*)(void*)>;
+
+// The object of systemd that is the unit; empty, with the error, where it has none.
+Text EncodePath(const std::string& unit, int& result) {
+  char* path = nullptr;
+  result = sd_bus_path_encode("/org/freedesktop/systemd1/unit", unit.c_str(), &path);
+  return {path, free};
+}
+
 // Queues the three queries about one unit.
 int QueueQueries(sd_bus* bus, const std::string& unit, Query* queries) {
-  char* path = nullptr;
-  int result = sd_bus_path_encode("/org/freedesktop/systemd1/unit", unit.c_str(), &path);
-  const std::unique_ptr<char, void (*)(void*)> owned(path, free);
+  int result = 0;
+  const Text path = EncodePath(unit, result);
   const char* const properties[][2] = {
       {kUnit, "LoadState"}, {kUnit, "ActiveState"}, {kService, "ReloadResult"}};
   for (std::size_t i = 0; i < 3 && result >= 0; ++i) {
-    result = sd_bus_call_method_async(bus, nullptr, kSystemd, path,
+    result = sd_bus_call_method_async(bus, nullptr, kSystemd, path.get(),
                                       "org.freedesktop.DBus.Properties", "Get", OnAnswer,
                                       &queries[i], "ss", properties[i][0], properties[i][1]);
     if (result >= 0) ++queries[i].answers->awaited;
@@ -68,6 +88,23 @@ UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
     return result;
   };
   return AskSystemd(queue, answers, budget, reason);
+}
+
+std::int64_t ReadInactiveSince(const std::string& unit, TimeBudget& budget) {
+  TimeQuery query;
+  std::string reason;
+  const auto queue = [&](sd_bus* bus) {
+    int result = 0;
+    const Text path = EncodePath(unit, result);
+    if (result >= 0)
+      result = sd_bus_call_method_async(bus, nullptr, kSystemd, path.get(),
+                                        "org.freedesktop.DBus.Properties", "Get", OnTime, &query,
+                                        "ss", kUnit, "InactiveEnterTimestamp");
+    query.answers.awaited = result >= 0 ? 1 : 0;
+    return result;
+  };
+  AskSystemd(queue, query.answers, budget, reason);
+  return static_cast<std::int64_t>(query.time / 1'000'000);
 }
 
 }  // namespace linux_platform

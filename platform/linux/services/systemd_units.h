@@ -1,6 +1,7 @@
 // The state of systemd's units, asked over the system bus.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ enum class UnitsAnswer {
 // second of `budget` at most, whatever the bus does. `reason` says what else than Read happened.
 UnitsAnswer ReadUnits(const std::vector<std::string>& names, TimeBudget& budget,
                       std::vector<UnitState>& states, std::string& reason);
+
+// When the unit last stopped running, in seconds since 1970; 0: never, or systemd does not tell.
+// Takes half a second of `budget` at most.
+std::int64_t ReadInactiveSince(const std::string& unit, TimeBudget& budget);
 
 // Whether the unit starts with the machine: systemctl's link in a folder that everybody may read.
 // That of a unit whose package is gone leads nowhere, and says as much.

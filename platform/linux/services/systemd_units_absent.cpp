@@ -8,4 +8,6 @@ UnitsAnswer ReadUnits(const std::vector<std::string>&, TimeBudget&, std::vector<
   return UnitsAnswer::NoSystemd;
 }
 
+std::int64_t ReadInactiveSince(const std::string&, TimeBudget&) { return 0; }
+
 }  // namespace linux_platform

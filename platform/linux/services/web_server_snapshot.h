@@ -5,6 +5,8 @@
 
 #include <json/value.h>
 
+#include "platform/linux/services/configuration_fault.h"
+
 namespace linux_platform {
 
 struct WebServerSnapshot {
@@ -14,6 +16,7 @@ struct WebServerSnapshot {
   std::string unit;            // "nginx.service"
   std::string active, reload;  // what systemd said of the unit, as in UnitState
   std::string test;            // kPassed or kRefused; empty: nothing was wrong, so none was made
+  ConfigurationFault fault;    // why it was refused
 
   Json::Value ToJson() const;
   static WebServerSnapshot FromJson(const Json::Value& document);

@@ -8,4 +8,9 @@ NutAnswer ReadUpses(const NutServer&, std::chrono::steady_clock::time_point,
   return NutAnswer::Unsupported;
 }
 
+NutAnswer DescribeUpses(const NutServer&, std::chrono::steady_clock::time_point,
+                        const std::vector<HeardUps*>&, std::string&) {
+  return NutAnswer::Unsupported;
+}
+
 }  // namespace linux_platform
