@@ -54,8 +54,11 @@ std::string WriteRemoval(const MdArray& array, const MdMember& first, const std:
 std::vector<std::string> WriteMend(const MdArray& array, std::string_view key,
                                    const std::string& node) {
   if (key == "array_stopped") return {WriteCommand("mdadm --run {}", {node})};
+  // While it may be written to, it takes none.
   if (key == "array_journal_lost")
-    return {WriteCommand("mdadm {} --add-journal /dev/NEW-DISK", {node})};
+    return {WriteCommand("mdadm {} --remove failed", {node}),
+            WriteCommand("mdadm --readonly {}", {node}),
+            WriteCommand("mdadm {} --add-journal /dev/NEW-DISK", {node})};
   if (key == "array_down")
     return {WriteCommand("mdadm --stop {}", {node}), "mdadm --assemble --scan"};
   std::vector<std::string> commands;

@@ -98,8 +98,9 @@ VELAEvidence DescribeFailed(const StorageView& view, const WholeDisk& disk) {
 VELAEvidence DescribeDisconnected(const WholeDisk& disk) {
   const bool nvme = disk.device.starts_with("nvme");
   VELAEvidence record = MakeEvidence("disk_disconnected", kDisksCheck, disk.name);
-  SetShow(record, nvme ? "nvme list-subsys" : "iscsiadm -m session -P 1");
-  SetMend(record, {nvme ? "nvme connect-all" : "iscsiadm -m node --login"});
+  SetShow(record, nvme ? "nvme list-subsys" : "iscsiadm -m session -P 3");
+  // The session of an iSCSI disk is there and comes back by itself: it refuses a second login.
+  if (nvme) SetMend(record, {"nvme connect-all"});
   return record;
 }
 

@@ -32,7 +32,6 @@ const char* ChooseKey(const InternalVolume& volume) {
 
 // None changes what it finds without asking.
 const char* ChooseRepair(std::string_view type) {
-  if (type == "xfs") return "xfs_repair {}";
   if (type == "btrfs") return "btrfs check --readonly {}";
   return type.starts_with("ext") ? "e2fsck -f {}" : "fsck {}";
 }
@@ -44,7 +43,8 @@ void AddCommands(const InternalVolume& volume, const std::string& source, VELAEv
   const std::string unmount = WriteCommand("umount {}", {volume.path});
   const std::string mount = WriteCommand("mount {}", {volume.path});
   if (volume.path == "/" || source.empty()) return;
-  if (volume.signs.deviceGone || volume.signs.deviceFailed)
+  // XFS repairs itself when it is mounted anew: until it has, xfs_repair refuses.
+  if (volume.signs.deviceGone || volume.signs.deviceFailed || volume.type == "xfs")
     SetMend(record, {unmount, mount});
   else
     SetMend(record, {unmount, WriteCommand(ChooseRepair(volume.type), {source}), mount});

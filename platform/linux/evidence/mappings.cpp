@@ -66,7 +66,13 @@ void AddCommands(const Mapping& mapping, const MappingCause& cause, VELAEvidence
     SetShow(record, WriteCommand("dmsetup status {}", {mapping.name}));
   } else {
     SetShow(record, WriteCommand("lvs -a -o +lv_health_status,devices {}", {group}));
-    if (cause.mend != nullptr) SetMend(record, {WriteCommand(cause.mend, {volume})});
+    // The copy goes to a disk of its group, which counts the old one until that is taken out.
+    if (std::string_view(cause.key) == "mapping_degraded")
+      SetMend(record, {WriteCommand("vgextend {} /dev/NEW-DISK", {group}),
+                       WriteCommand(cause.mend, {volume}),
+                       WriteCommand("vgreduce --removemissing {}", {group})});
+    else if (cause.mend != nullptr)
+      SetMend(record, {WriteCommand(cause.mend, {volume})});
     if (std::string_view(cause.key) == "mapping_part_missing")
       SetMend(record,
               {WriteCommand("vgextend --restoremissing {} /dev/DISK-THAT-IS-BACK", {group})});
