@@ -69,7 +69,7 @@ constexpr auto kRemedies = std::to_array<Remedy>({
     {"san_status_warning/lun_space_warning", {kShowUsage, kEnlarge}},
     {"san_status_warning/luns_space_warning", {kShowUsage, kEnlarge}},
     {"disk_health_status_error/disk_health_status_error",
-     {"iscsiadm -m session -P1", "iscsiadm -m node -T TARGET-NAME --login", "nvme connect-all"}},
+     {"iscsiadm -m session -P 3", "nvme connect-all"}},
     {"volume_usage/available_volume_space_warning",
      {kShowUsage, "btrfs subvolume list -s /MOUNT-POINT", kEnlarge}},
     {"volume_usage/available_inode_full_warning", {kShowInodes}},
