@@ -15,6 +15,7 @@
 #include "platform/linux/storage/mapping_snapshot.h"
 #include "platform/linux/storage/md_snapshot.h"
 #include "platform/linux/storage/program_mount_snapshot.h"
+#include "platform/linux/storage/seen_disks.h"
 #include "platform/linux/storage/seen_storage.h"
 #include "platform/linux/ups/nut_configuration.h"
 
@@ -23,7 +24,7 @@ namespace linux_platform {
 using std::chrono::seconds;
 
 // Together they must end within the 30 s that the service is given.
-constexpr std::array<Part, 13> kParts = {{
+constexpr std::array<Part, 14> kParts = {{
     {EnclosureSnapshot::kSource, "fans and power supplies of enclosures", seconds(22), CollectSes},
     {IpmiSnapshot::kSource, "sensors of the management controller", seconds(25), CollectIpmi},
     {FanSnapshot::kSource, "which fans of the sensor chips have turned", seconds(10), CollectFans},
@@ -32,6 +33,8 @@ constexpr std::array<Part, 13> kParts = {{
     {MdSnapshot::kSource, "arrays: first builds, and how many members they are meant to have",
      seconds(10), CollectMd},
     {SmartSnapshot::kSource, "what smartd knows of the drives", seconds(10), CollectSmart},
+    {SeenDisks::kSource, "which disks the machine has, and which are gone", seconds(10),
+     CollectDisks, true},
     {MappingSnapshot::kSource, "mirrors, pools, caches and paths of the device mapper", seconds(10),
      CollectDeviceMapper},
     {SeenStorage::kSource, "which storage of fstab is a disk of this machine; days without a scrub",

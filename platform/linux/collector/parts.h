@@ -45,6 +45,8 @@ Json::Value CollectMd();
 bool HasFormerMember(const MdArray& array);
 // What smartd knows of the drives, and whether it runs.
 Json::Value CollectSmart();
+// Which disks the machine has; and had, while something misses them.
+Json::Value CollectDisks();
 // Mappings that can lose something by themselves, through the kernel's device mapper.
 Json::Value CollectDeviceMapper();
 // What the lines of fstab stand for, and stood for when they were last there; what was scrubbed.

@@ -43,8 +43,7 @@ void TellArrayParts(const StorageView& view, const TakePart& take) {
   const Users users(view);
   for (const MdArray& array : view.redundancy.arrays) TellArray(view, users, array, take);
   for (const ExpectedArray& missing : view.redundancy.missing) {
-    VELAPart part = MakePart(PartKind::Array, PartState::Missing,
-                             missing.device.empty() ? missing.uuid : missing.device);
+    VELAPart part = MakePart(PartKind::Array, PartState::Missing, NameArray(missing));
     common::FillField(part.path, missing.device);
     take(part);
   }

@@ -3,6 +3,7 @@
 #include "common/text.h"
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/parts/storage_parts.h"
+#include "platform/linux/storage/missing_disks.h"
 
 namespace linux_platform {
 namespace {
@@ -37,6 +38,35 @@ void FillIdentity(const DiskIdentity& disk, VELAPart& part) {
   part.size = disk.size;
 }
 
+template <std::size_t Size>
+bool HasSame(const char (&one)[Size], const char (&other)[Size]) {
+  return one[0] != '\0' && common::ViewText(one) == common::ViewText(other);
+}
+
+// Another disk may have come into the place of one that is gone.
+void LeavePlace(const std::vector<VELAPart>& disks, VELAPart& gone) {
+  const auto hasPlace = [&gone](const VELAPart& disk) {
+    return HasSame(disk.bay, gone.bay) || HasSame(disk.slot, gone.slot) ||
+           HasSame(disk.port, gone.port);
+  };
+  if (std::ranges::none_of(disks, hasPlace)) return;
+  std::ranges::fill(gone.bay, '\0');
+  std::ranges::fill(gone.slot, '\0');
+  std::ranges::fill(gone.port, '\0');
+}
+
+void AddMissing(const StorageView& view, const Bays& bays, std::vector<VELAPart>& parts) {
+  for (const MissingDisk& disk : FindMissingDisks(view)) {
+    if (disk.isThere) continue;
+    VELAPart part = MakePart(PartKind::Disk, PartState::Missing, disk.name);
+    FillIdentity(disk.identity, part);
+    common::FillField(part.parent, disk.parent);
+    bays.Place(disk.identity, part);
+    LeavePlace(parts, part);
+    parts.push_back(part);
+  }
+}
+
 }  // namespace
 
 void TellDiskParts(const StorageView& view, const Bays& bays, const TakePart& take) {
@@ -50,6 +80,7 @@ void TellDiskParts(const StorageView& view, const Bays& bays, const TakePart& ta
     common::FillField(part.parent, FindParent(disk));
     bays.Place(identity, part);
   }
+  AddMissing(view, bays, parts);
   for (const VELAPart& part : parts) take(part);
   bays.TellEmpty(parts, take);
 }

@@ -18,15 +18,6 @@ namespace {
 
 constexpr std::string_view kNode = "/dev/", kNamed = "/dev/md/";
 
-// mdadm parts the digits by colons, udev by dashes.
-std::string ToUuid(std::string_view text) {
-  std::string uuid;
-  for (const char c : text)
-    if (isxdigit(static_cast<unsigned char>(c)) != 0)
-      uuid.push_back(static_cast<char>(tolower(static_cast<unsigned char>(c))));
-  return uuid;
-}
-
 // "data" of "host:data".
 std::string_view SkipHost(std::string_view name) { return name.substr(name.rfind(':') + 1); }
 
@@ -58,6 +49,18 @@ std::string ToKernelName(std::string_view device) {
 }
 
 }  // namespace
+
+std::string ToUuid(std::string_view text) {
+  std::string uuid;
+  for (const char c : text)
+    if (isxdigit(static_cast<unsigned char>(c)) != 0)
+      uuid.push_back(static_cast<char>(tolower(static_cast<unsigned char>(c))));
+  return uuid;
+}
+
+std::string NameArray(const ExpectedArray& array) {
+  return array.device.empty() ? array.uuid : array.device;
+}
 
 std::vector<ExpectedArray> ParseMdadmConf(const std::string& text) {
   std::vector<ExpectedArray> arrays;

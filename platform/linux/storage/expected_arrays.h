@@ -17,6 +17,11 @@ struct ExpectedArray {
   std::string name;    // "data" of "name=host:data"; may be empty
 };
 
+// The hexadecimal digits of a UUID: mdadm parts them by colons, udev by dashes.
+std::string ToUuid(std::string_view text);
+// What such an array is called as a part: "/dev/md/data", else its UUID.
+std::string NameArray(const ExpectedArray& array);
+
 // The ARRAY lines of a text in the format of mdadm.conf, but those to be ignored.
 std::vector<ExpectedArray> ParseMdadmConf(const std::string& text);
 // Those of /etc/mdadm/mdadm.conf below the root, parsed when it has changed, and of the files that

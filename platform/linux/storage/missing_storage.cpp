@@ -159,7 +159,7 @@ class Finder {
 MissingStorage Describe(const ExpectedArray& array) {
   MissingStorage missing;
   missing.kind = MissingStorage::Kind::Array;
-  missing.name = array.device.empty() ? array.uuid : array.device;
+  missing.name = NameArray(array);
   missing.health = Health::Danger;
   missing.what = "the array " + missing.name + " of mdadm.conf is not there";
   missing.remedy =
