@@ -40,13 +40,18 @@ std::vector<CheckerResult> RankFindings(const Explanation& explanation, const Js
   return {{FindCheckOf(finding), Outcome::Finding, {}, rule, finding}};
 }
 
+template <typename Commands>
+Json::Value ListCommands(const Commands& commands) {
+  Json::Value list(Json::arrayValue);
+  for (const std::string_view command : commands) list.append(std::string(command));
+  return list;
+}
+
 Json::Value ToAdvice(const Finding& finding, const Texts& texts) {
   Json::Value advice;
   for (const char* key : {"do", "meaning", "ignored", "where"})
     advice[key] = FindAdvice(finding, key, texts);
-  Json::Value& how = advice["how"] = Json::Value(Json::arrayValue);
-  for (const std::string_view command : ListGenericCommands(finding))
-    how.append(std::string(command));
+  advice["how"] = ListCommands(ListGenericCommands(finding));
   return advice;
 }
 
@@ -62,6 +67,8 @@ Json::Value ListFindings(const std::vector<CheckerResult>& ranked, const Evidenc
     object["rule"] = result.rule;
     object["sentence"] = RenderSentence(*result.finding, texts);
     object["why"] = ListCauses(evidence, result.name, texts);
+    object["commands"] =
+        ListCommands(ChooseCommands(*result.finding, FormatCauses(evidence, result.name, texts)));
     object["advice"] = ToAdvice(*result.finding, texts);
   }
   return list;

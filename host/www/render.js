@@ -51,15 +51,14 @@ export function showHeadline(widget, look, severity, sentence) {
 const command = (text) => make("code", {}, text);
 
 // Why it is so and what to do about it, under headings of that level.
-export function tellFinding({why, advice}, ui, level, key) {
+export function tellFinding({why, commands, advice}, ui, level, key) {
   const head = (key) => make(`h${level}`, {}, ui[key]);
-  const mend = why.flatMap((cause) => cause.mend ?? []);
   const causes = why.map(({text, show}) => make("div", {class: "cause"},
     ...text.map((line) => make("p", {dir: "auto"}, line)), ...show ? [command(show)] : []));
   return [
     ...causes.length > 0 ? [make("div", {class: "why"}, head("why"), ...causes)] : [],
     make("div", {}, head("do"), make("p", {class: "do"}, advice.do),
-      ...[...new Set(mend.length > 0 ? mend : advice.how)].map(command)),
+      ...commands.map(command)),
     ...advice.meaning ? [make("details", {"data-key": `${key} advice`},
       make("summary", {}, ui.meaning), make("p", {}, advice.meaning),
       ...["ignored", "where"].flatMap((key) => [head(key), make("p", {}, advice[key])]))] : [],

@@ -102,7 +102,7 @@ test("names are shown as they are, never as markup", async () => {
     const reply = await (await route.fetch()).json();
     reply.hostname = "<img src=x onerror=alert(1)>";
     reply.notes = [{text: name, command: "<i>"}];
-    Object.assign(reply.findings[0], {why: [{text: [name], show: name, mend: [name]}]});
+    Object.assign(reply.findings[0], {why: [{text: [name], show: name}], commands: [name]});
     reply.sentence = reply.checks[0].title = reply.checks[0].seen[0] = reply.sources[0].title = name;
     Object.assign(reply.sources[0], {state: "failed", reasons: [{text: name, remedy: name}]});
     reply.parts = ["disk", "volume", "fan", "LUN"].map(kind => ({kind, name, title: name, bay: name,

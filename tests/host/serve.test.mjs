@@ -109,7 +109,7 @@ test("the complete answer tells what the platform told and nothing that it did n
   const {port} = await serve("--scenario", scenario("told", state));
   const answer = JSON.parse((await ask(port, "/v1/health?lang=en")).body);
   const own = list => list.map(({text, ...raw}) => raw);
-  const {parts, evidence, notes, findings: [{id, check, why, advice, sentence}, second]} = answer;
+  const {parts, evidence, notes, findings: [{id, check, why, commands, advice, sentence}, second]} = answer;
   const source = answer.sources.find(({name}) => name === "SAN");
   assert.deepEqual({source, parts, evidence: own(evidence), why: own(why), notes}, told);
   assert.deepEqual([check, second.check, second.why], ["system status", "high availability", []]);
@@ -117,6 +117,8 @@ test("the complete answer tells what the platform told and nothing that it did n
   const known = JSON.parse(run(["findings", "--json", "--lang", "en"]).out).find(each => each.id === id);
   for (const key of ["do", "how", "meaning", "ignored", "where"])
     assert.deepEqual(advice[key], known[key], key);
+  assert.deepEqual([commands, second.commands],
+    [why.flatMap(({mend}) => mend), second.advice.how], "copies nothing, names what mends");
   assert.deepEqual([why[0].text, why[1].text], [evidence[0].text, evidence[2].text]);
   assert.match(evidence[0].text.join(), /^k \(s \(bay b.*\), 6, 7\),r: x,/);
   const san = answer.checks.find(({name}) => name === "SAN");
