@@ -7,6 +7,7 @@
 #include "common/json_reader.h"
 #include "common/json_writer.h"
 #include "host/answer/catalogue.h"
+#include "host/answer/derived_evidence.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/input_lines.h"
 #include "host/answer/remedies.h"
@@ -119,7 +120,7 @@ CompleteAnswer AskForEverything(const Host& host, const SimulatedMachine& machin
   const HeldRequest held(host.GetPlatform());
   const Platform& platform = host.GetPlatform();
   CompleteAnswer complete{std::time(nullptr), AskExplanation(host, machine), {}, {}};
-  complete.evidence = {platform.ReadParts(), platform.ReadEvidence()};
+  complete.evidence = GatherEvidence(platform, complete.explanation.checkers);
   complete.notes = platform.ReadNotes();
   return complete;
 }

@@ -14,6 +14,13 @@ std::string FormatPartText(const char* key, const std::string& value, const Text
   return FillPlaceholders(texts.Resolve(std::string("part:") + key), {value});
 }
 
+// "Volume 1" for "volume_1"; other names are as people gave them.
+std::string NameVolume(const std::string& name, const Texts& texts) {
+  constexpr std::string_view kVolume = "volume_";
+  return name.starts_with(kVolume) ? FormatPartText("volume", name.substr(kVolume.size()), texts)
+                                   : name;
+}
+
 }  // namespace
 
 Parts::Parts(std::vector<VELAPart> list) : list_(std::move(list)) {
@@ -33,12 +40,10 @@ const VELAPart* FindPart(const Parts& parts, std::string_view name) { return par
 std::string NamePart(const VELAPart& part, const Texts& texts) {
   const std::string name = Sanitize(part.name);
   if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
-  constexpr std::string_view kVolume = "volume_", kSupply = "Power supply ";
-  if (part.kind == PartKind::Volume && name.starts_with(kVolume))
-    return FormatPartText("volume", name.substr(kVolume.size()), texts);
+  constexpr std::string_view kSupply = "Power supply ";
   if (part.kind == PartKind::Supply && name.starts_with(kSupply))
     return FormatPartText("supply", name.substr(kSupply.size()), texts);
-  return name;
+  return part.kind == PartKind::Volume ? NameVolume(name, texts) : name;
 }
 
 // The nearest of the places that are known.
@@ -65,7 +70,7 @@ std::string FormatDetails(const VELAPart& part, const Parts& parts, const Texts&
 
 std::string DescribePart(std::string_view name, const Parts& parts, const Texts& texts) {
   const VELAPart* part = FindPart(parts, name);
-  if (part == nullptr) return Sanitize(name);
+  if (part == nullptr) return NameVolume(Sanitize(name), texts);
   const std::string details = FormatDetails(*part, parts, texts);
   if (details.empty()) return NamePart(*part, texts);
   return FillPlaceholders(texts.Resolve("part:with_details"), {NamePart(*part, texts), details});

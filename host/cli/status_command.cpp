@@ -6,7 +6,7 @@
 
 #include "host/answer/complete_answer.h"
 #include "host/answer/coverage.h"
-#include "host/answer/evidence.h"
+#include "host/answer/derived_evidence.h"
 #include "host/answer/explanation.h"
 #include "host/answer/finding_text.h"
 #include "host/answer/notes.h"
@@ -41,8 +41,13 @@ std::size_t KeepMostTelling(Causes& causes) {
 }
 
 void PrintWhy(const Causes& causes, std::size_t more, const Texts& texts, const Style& style) {
-  for (const ToldCause& cause : causes)
-    std::cout << style.Cause(texts.AddLabel(texts.FormatUi("why")), cause);
+  const std::string label = texts.AddLabel(texts.FormatUi("why"));
+  for (std::size_t i = 0; i < causes.size(); ++i) {
+    ToldCause cause = causes[i];
+    // One command may show several.
+    if (i + 1 < causes.size() && causes[i + 1].show == cause.show) cause.show.clear();
+    std::cout << style.Cause(label, cause);
+  }
   const std::string text = FillPlaceholders(texts.Resolve("part:more"), {FormatCount(more)});
   if (more > 0) std::cout << style.WrapLines(4, "", text) << '\n';
 }
@@ -53,6 +58,12 @@ void PrintRemedy(const Finding& finding, const Causes& causes, const Texts& text
   std::cout << style.WrapLines(2, "", label + FindAdvice(finding, "do", texts)) << '\n';
   for (const std::string& command : ChooseCommands(finding, causes))
     std::cout << style.Command(command);
+}
+
+// What stands between a sentence and the next; not every finding's words are a sentence.
+const char* EndSentence(const std::string& line) {
+  if (line.ends_with("。")) return "";  // brings its own blank
+  return line.ends_with('.') ? " " : " · ";
 }
 
 // The findings that lost, a line each, with their first cause. What reads like an earlier one, as
@@ -66,7 +77,7 @@ void PrintFurther(const std::vector<CheckerResult>& ranked, const Evidence& evid
     const bool first = told.empty();
     if (!told.insert(line).second || first) continue;
     const Causes causes = FormatCauses(evidence, result.name, texts);
-    if (!causes.empty()) line += " " + causes.front().lines.front();
+    if (!causes.empty()) line += EndSentence(line) + causes.front().lines.front();
     std::cout << style.Further(verdict, texts.FormatUi(ToString(verdict)),
                                EndLabel(texts.Resolve("common:colon")), line);
   }
@@ -75,7 +86,7 @@ void PrintFurther(const std::vector<CheckerResult>& ranked, const Evidence& evid
 void PrintFinding(const Finding& rule, const std::vector<CheckerResult>& checkers,
                   const Platform& platform, const Texts& texts, const Style& style) {
   const std::vector<CheckerResult> ranked = MostUrgentFirst(checkers);
-  const Evidence evidence = {platform.ReadParts(), platform.ReadEvidence()};
+  const Evidence evidence = GatherEvidence(platform, checkers);
   Causes causes = FormatCauses(evidence, ranked.empty() ? "" : ranked.front().name, texts);
   const std::size_t more = KeepMostTelling(causes);
   PrintWhy(causes, more, texts, style);
