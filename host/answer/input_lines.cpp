@@ -137,6 +137,15 @@ Subject TakeSubject(Json::Value& element, const Parts& parts, const Texts& texts
   return subject;
 }
 
+void AddWords(const Json::Value& element, const Texts& texts, SeenElement& seen) {
+  for (const Json::Value& compared : element[kCompared])
+    seen.compared.push_back(
+        {compared["unit"].asString(), compared["low"].asBool(), FormatComparison(compared, texts)});
+  for (auto member = element.begin(); member != element.end(); ++member)
+    if (member.name() != kDecides && member.name() != kCompared)
+      seen.values[member.name()] = FormatLabelledValue(seen.kind, member.name(), *member, texts);
+}
+
 // Elements with the same values stand together: "Disk 1, Disk 2 – status: well".
 void AddElements(const Json::Value& list, const Parts& parts, const Texts& texts,
                  std::vector<InputLine>& lines) {
@@ -181,6 +190,20 @@ std::vector<InputLine> FormatInputs(const CheckerResult& result, const Parts& pa
   std::stable_partition(lines.begin(), lines.end(),
                         [](const InputLine& line) { return line.decides; });
   return lines;
+}
+
+std::vector<SeenElement> ListElements(const CheckerResult& result, const Parts& parts,
+                                      const Texts& texts) {
+  std::vector<SeenElement> elements;
+  for (auto list = result.saw.begin(); list != result.saw.end(); ++list) {
+    if (!IsListOfObjects(*list)) continue;
+    for (Json::Value element : *list) {
+      const Subject subject = TakeSubject(element, parts, texts);
+      elements.push_back({subject.kind, subject.names, subject.details, list.name(), {}, {}});
+      AddWords(element, texts, elements.back());
+    }
+  }
+  return elements;
 }
 
 }  // namespace host

@@ -111,11 +111,12 @@ class CommandLine {
   }
 
   void AddDiff() {
-    CLI::App* diff = Add("diff", "The verdicts of two scenarios or saved answers side by side",
+    CLI::App* diff = Add("diff", "What differs between two scenarios or saved answers",
                          {"--module", "--lang", "--json"}, [this](Session& session) {
                            return RunDiff(session, sides_[0], sides_[1]);
                          });
-    diff->add_option("A", sides_[0], "A scenario, or a file that --json wrote")->required();
+    diff->add_option("A", sides_[0], "A scenario, or a file that --json or --json=full wrote")
+        ->required();
     diff->add_option("B", sides_[1], "Another one")->required();
   }
 

@@ -1,17 +1,15 @@
 #include "host/cli/commands.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <set>
 #include <sstream>
 #include <vector>
 
 #include "common/json_writer.h"
+#include "host/answer/changes.h"
+#include "host/answer/complete_answer.h"
 #include "host/answer/coverage.h"
-#include "host/answer/explanation.h"
-#include "host/answer/finding_text.h"
 #include "host/answer/verdict.h"
 #include "host/cli/terminal.h"
 #include "host/text/escape.h"
@@ -19,37 +17,30 @@
 namespace host {
 namespace {
 
-struct Side {
-  Finding finding;
-  // Only of a scenario; a saved answer has the winner alone.
-  SourceReports sources;
-  std::vector<CheckerResult> checkers;
-};
-
 bool IsSavedAnswer(const std::string& name) {
   std::error_code error;  // what cannot be looked at is no saved answer
   return std::filesystem::is_regular_file(name, error) &&
          std::filesystem::path(name).filename() != "state.json";
 }
 
-Side ReadSavedAnswer(const std::string& file) {
+SavedAnswer ReadSavedAnswer(const std::string& file) {
   std::ostringstream document;
   document << std::ifstream(file).rdbuf();
   try {
-    return {ParseAnswer(document.str()).rule, {}, {}};
+    return ParseSavedAnswer(document.str());
   } catch (const Failure& failure) {
     throw Failure(failure.Status(), file + ": " + failure.what());
   }
 }
 
-Side PlayScenario(Session& session, const std::string& scenario) {
+SavedAnswer PlayScenario(Session& session, const std::string& scenario) {
   const SimulatedMachine machine = session.OpenScenario(scenario);
-  const Explanation explanation = AskExplanation(session.GetHost(), machine);
-  return {ParseAnswer(explanation.reply.document).rule, explanation.reply.sources,
-          explanation.checkers};
+  const CompleteAnswer complete = AskForEverything(session.GetHost(), machine);
+  const auto& [reply, checkers, json] = complete.explanation;
+  return {ParseAnswer(reply.document).rule, checkers, reply.sources, complete.evidence.parts, {}};
 }
 
-Side OpenSide(Session& session, const std::string& name) {
+SavedAnswer OpenSide(Session& session, const std::string& name) {
   return IsSavedAnswer(name) ? ReadSavedAnswer(name) : PlayScenario(session, name);
 }
 
@@ -60,53 +51,58 @@ std::string FormatVerdict(const Finding& finding, const SourceReports& sources, 
          EndLabel(texts.Resolve("common:colon")) + FormatAnswer(finding, sources, texts);
 }
 
-// What B has and A has not, although something more urgent hides it.
-void PrintHidden(const Side& a, const Side& b, const Texts& texts, const Style& style) {
-  std::set<std::string> known = {RenderSentence(a.finding, texts),
-                                 RenderSentence(b.finding, texts)};
-  for (const CheckerResult& result : a.checkers)
-    if (result.finding) known.insert(RenderSentence(*result.finding, texts));
-  for (const CheckerResult& result : MostUrgentFirst(b.checkers)) {
-    if (known.contains(RenderSentence(*result.finding, texts))) continue;
-    std::cout << "+ " << FormatVerdict(*result.finding, {}, texts, style)
-              << style.Faint(" (" + texts.FormatUi("less_urgent") + ")") << '\n';
+// All that differs between both.
+struct Changes {
+  std::vector<Change> checks, sources, things;
+};
+
+// What a check saw is read only now; a saved answer may hold anything there.
+Changes CompareAll(const SavedAnswer& a, const SavedAnswer& b, const Texts& texts) try {
+  return {CompareChecks(a, b, texts), CompareSources(a, b, texts), CompareThings(a, b, texts)};
+} catch (const Json::LogicError&) {
+  throw Failure(kNoInput,
+                "Cannot compare: one of both files holds what no check of vela-health saw. "
+                "Save it again: vela-health --json=full.");
+}
+
+void PrintChanges(const char* title, const std::vector<Change>& changes, const Texts& texts,
+                  const Style& style) {
+  if (changes.empty()) return;
+  std::cout << style.Bold(texts.FormatUi(title)) << '\n';
+  for (const auto& [about, before, after] : changes) {
+    const std::string words = before.empty()  ? texts.FormatUi("came")
+                              : after.empty() ? texts.FormatUi("gone")
+                                              : before + " → " + after;
+    std::cout << style.WrapLines(2, "", texts.AddLabel(about) + words) << '\n';
   }
 }
 
-// The checks that B has no answer to, because it could not be had or is not wanted, and A had.
-std::vector<CheckerResult> ListBlinded(const Side& a, const Side& b) {
-  std::vector<CheckerResult> blinded;
-  for (const CheckerResult& result : b.checkers) {
-    const auto same = [&result](const CheckerResult& other) {
-      return other.name == result.name && other.outcome == result.outcome;
-    };
-    const bool blind = result.outcome == Outcome::NotMade || result.outcome == Outcome::Accepted;
-    if (blind && std::ranges::none_of(a.checkers, same)) blinded.push_back(result);
+Json::Value ToJson(const std::vector<Change>& changes) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& [about, before, after] : changes) {
+    Json::Value& change = list.append(Json::objectValue);
+    change["about"] = about;
+    change["a"] = before;
+    change["b"] = after;
   }
-  return blinded;
+  return list;
 }
 
-void PrintBlinded(const std::vector<CheckerResult>& blinded, const SourceReports& sources,
-                  const Texts& texts) {
-  for (const CheckerResult& result : blinded)
-    std::cout << "? " << texts.AddColon(texts.GetText("checker", result.name)) << ' '
-              << FormatOutcome(result, sources, texts) << '\n';
-}
-
-Json::Value ToJson(const Side& before, const Side& after, const Texts& texts) {
+Json::Value ToJson(const SavedAnswer& before, const SavedAnswer& after, const Texts& texts) {
   Json::Value sides;
   sides["a"] = FormatAnswer(before.finding, before.sources, texts);
   sides["b"] = FormatAnswer(after.finding, after.sources, texts);
-  sides["blinded"] = Json::arrayValue;
-  for (const CheckerResult& result : ListBlinded(before, after))
-    sides["blinded"].append(result.name);
+  const Changes changes = CompareAll(before, after, texts);
+  sides["checks"] = ToJson(changes.checks);
+  sides["sources"] = ToJson(changes.sources);
+  sides["parts"] = ToJson(changes.things);
   return sides;
 }
 
 }  // namespace
 
 ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b) {
-  const Side before = OpenSide(session, a), after = OpenSide(session, b);
+  const SavedAnswer before = OpenSide(session, a), after = OpenSide(session, b);
   const Texts& texts = session.GetTexts();
   const Style style = Style::ForStandardOutput();
   const std::string old = FormatVerdict(before.finding, before.sources, texts, style);
@@ -118,15 +114,17 @@ ExitStatus RunDiff(Session& session, const std::string& a, const std::string& b)
     std::cout << common::WriteCompact(sides) << '\n';
     return status;
   }
-  if (old == now) {
-    std::cout << texts.FormatUi("nothing_changes", now) << '\n';
-  } else {
+  const auto& [checks, sources, things] = CompareAll(before, after, texts);
+  const bool same = checks.empty() && sources.empty() && things.empty();
+  if (old == now)
+    std::cout << texts.FormatUi(same ? "nothing_changes" : "verdict_stays", now) << '\n';
+  else
     std::cout << texts.FormatUi("changes") << '\n'
-              << "  " << Sanitize(a) << ": " << old << '\n'
-              << "  " << Sanitize(b) << ": " << now << '\n';
-  }
-  PrintHidden(before, after, texts, style);
-  PrintBlinded(ListBlinded(before, after), after.sources, texts);
+              << style.WrapLines(2, "", Sanitize(a) + ": " + old) << '\n'
+              << style.WrapLines(2, "", Sanitize(b) + ": " + now) << '\n';
+  PrintChanges("checks", checks, texts, style);
+  PrintChanges("sources_title", sources, texts, style);
+  PrintChanges("machine", things, texts, style);
   return status;
 }
 
