@@ -64,7 +64,7 @@ test("a language keeps to its own words and marks", () => {
     fr: /grappe (?!RAID)|[^\u00a0][;!?»]|[a-zé] :|vieux|corbeille|gestionnaire|\b(the|is)\b/,
     es: /papelera|gestor|\b(El|Los|los) LUN|array|"Sano"|\b(the|is)\b/,
     ja: /ごみ箱|[}\d]\s%|マネージャー|[ぁ-ん一-龥ァ-ヶー}] ?[:,(]|\b(the|is)\b/,
-    "zh-CN": /回收站|[}\d]\s%|管理器|[一-龥}] ?[:,(;]|\b(the|is)\b/,
+    "zh-CN": /回收站|群集|[}\d]\s%|管理器|[一-龥}] ?[:,(;]|\b(the|is)\b/,
   };
   const breaks = / %|[\d}]  /;  // a figure and its unit stay on one line
   for (const [language, files] of texts)
