@@ -64,6 +64,8 @@ begin() {
 # Its line is written once it has been repaired and `gone` saw it go.
 SEEN=()
 state() {
+  # shellcheck disable=SC2034
+  STATE=$1 # of which told.sh speaks
   echo "--- state: $1"
   if await "$2" "${3-}"; then
     SEEN+=("$1 -> $GOT, exit status $STATUS")
@@ -165,6 +167,9 @@ serve_no_more() {
 # What the program logged since the last look.
 journal_lines() { journalctl -q -t vela-health -o cat --cursor-file="$CURSOR" --no-pager; }
 
+# shellcheck disable=SC1091
+. "$LAB/told.sh"
+
 # --- Bringing about
 
 by() { readlink -f "$(find /dev/disk/by-id -name "*$1" | head -n 1)"; }
@@ -202,6 +207,7 @@ reload_device() {
   dmsetup suspend --noflush --nolockfs "$1" && dmsetup load "$1" --table "$2" && dmsetup resume "$1"
 }
 break_device() { reload_device "$1" "0 $(blockdev --getsz "/dev/mapper/$1") error"; }
+mend_device() { reload_device "$1" "0 $(blockdev --getsz "$2") linear $2 0"; }
 
 # The management controller is there, and is not: only the collector may ask it.
 plug_in_controller() { modprobe -a ipmi_devintf ipmi_si && until_is 10 /dev/ipmi0 ls /dev/ipmi0; }

@@ -6,7 +6,10 @@ make md1 1 "$D" "$E"
 quiet "md raid1, well"
 mdadm /dev/md1 --fail "$E"
 state "md raid1, degraded" storage_warning
-put_in md1 "$E"
+as_told LABSCSI1 "/dev/NEW-DISK=$G"
+gone
+mdadm /dev/md1 --fail "$G"
+put_in md1 "$G"
 state "md raid1, rebuilding" storage_warning
 whole md1
 gone
@@ -17,11 +20,15 @@ echo idle >/sys/block/md1/md/sync_action
 mdadm /dev/md1 --add "$F"
 quiet "md raid1, with a hot spare"
 mdadm /dev/md1 --remove "$F"
-mdadm /dev/md1 --fail "$E"
+mdadm /dev/md1 --fail "$G"
 mdadm /dev/md1 --fail "$D"
 state "md raid1, last member failed" storage_danger
-scrap md1 "$D" "$E" "$F"
+as_told md1
+state "md raid1, put together again of what it has left" storage_warning
+as_told md1 "/dev/NEW-DISK=$E"
 gone
+scrap md1 "$D" "$E"
+mdadm --zero-superblock "$F" "$G"
 
 echo 500 >/proc/sys/dev/raid/speed_limit_max
 build_array md1 1 --raid-devices=2 "$D" "$E"
@@ -35,11 +42,12 @@ mkswap /dev/md2
 swapon /dev/md2
 mdadm /dev/md2 --fail "$E"
 state "member of the swap array, failed" disk_crashed
-put_in md2 "$E"
+as_told LABSCSI1 "/dev/NEW-DISK=$F"
 whole md2
 gone
 swapoff /dev/md2
-scrap md2 "$D" "$E"
+scrap md2 "$D" "$F"
+mdadm --zero-superblock "$E"
 
 # Empty places that are meant, and such that are not: only the superblock knows.
 collects md
@@ -50,8 +58,9 @@ whole md1
 quiet "md raid1, filled up later"
 mdadm /dev/md1 --fail "$E" --remove "$E"
 state "md raid1, one of two taken out" storage_warning
-scrap md1 "$D" "$E"
+as_told md1 "/dev/NEW-DISK=$E"
 gone
+scrap md1 "$D" "$E"
 make md1 1 "$D" "$E"
 mdadm --grow /dev/md1 --raid-devices=4 --force
 quiet "md raid1, grown ahead of its disks"
@@ -68,9 +77,10 @@ make md0 0 "$F" "$G"
 mdadm --stop /dev/md0
 mdadm --incremental "$F"
 state "md raid0, one of two found" storage_danger
-mdadm --stop --scan
-mdadm --zero-superblock "$F" "$G"
+# Its other disk is plugged in.
+mdadm --incremental "$G"
 gone
+scrap md0 "$F" "$G"
 
 make md0 0 "$F" "$G"
 mkfs.ext4 -q /dev/md0

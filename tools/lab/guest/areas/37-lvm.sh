@@ -4,7 +4,7 @@
 collects device_mapper expected
 export LVM_SUPPRESS_FD_WARNINGS=1
 modprobe -a dm_mod dm_raid dm_thin_pool
-A=$(by LABSATA0) B=$(by LABSATA1)
+A=$(by LABSATA0) B=$(by LABSATA1) C=$(by LABSATA2)
 
 pvcreate -qq -y "$A" "$B"
 vgcreate -q lab "$A" "$B"
@@ -26,9 +26,16 @@ echo 200000 >/proc/sys/dev/raid/speed_limit_max
 echo 1000 >/proc/sys/dev/raid/speed_limit_min
 until_is 30 '*idle*' dmsetup status lab-mirror
 gone
+tear_out "$B"
+dd if=/dev/zero of=/dev/lab/mirror bs=1M count=16 oflag=direct
+state "LVM mirror, disk lost for good" storage_warning
+as_told lab-mirror "/dev/NEW-DISK=$C"
+gone
+put_back
+B=$(by LABSATA1)
 lvremove -qq -f lab
 vgremove -qq -f lab
-wipefs -aq "$A" "$B"
+wipefs -aq "$A" "$B" "$C"
 
 pvcreate -qq -y "$A"
 vgcreate -q lab "$A"
@@ -38,11 +45,15 @@ dd if=/dev/urandom of=/dev/lab/thin bs=1M count=20 conv=fsync
 quiet "thin pool, with room"
 dd if=/dev/urandom of=/dev/lab/thin bs=1M seek=20 count=3 conv=fsync
 state "thin pool, nearly full" storage_warning
-dd if=/dev/urandom of=/dev/lab/thin bs=1M seek=23 count=4 oflag=direct &
+as_told lab-pool +SIZE=+4m
+gone
+dd if=/dev/urandom of=/dev/lab/thin bs=1M seek=23 count=3 conv=fsync
+dd if=/dev/urandom of=/dev/lab/thin bs=1M seek=26 count=5 oflag=direct &
 until_is 10 '*out_of_data_space*' dmsetup status lab-pool-tpool
 state "thin pool, full" storage_danger
-lvextend -q -L +16m lab/pool
+as_told lab-pool +SIZE=+16m
 wait
+gone
 lvremove -qq -f lab
 vgremove -qq lab
 wipefs -aq "$A"

@@ -27,19 +27,21 @@ lm78=$(chip lm78) lm90=$(chip adm1032)
 cat "$lm78"/fan?_{input,min,alarm} "$lm90"/temp?_{input,crit,crit_alarm,max_alarm}
 quiet "fan headers with nothing on them, a maximum exceeded"
 
+turn() { # the first fan turns again
+  put 0x2c 0x28=0x50 0x41=0x80
+  until_is 5 '[1-9]*' cat "$lm78/fan1_input"
+}
 put 0x2c 0x28=0xff 0x41=0xc0
 until_is 5 0 cat "$lm78/fan1_input"
 state "fan stopped" fan
-put 0x2c 0x28=0x50 0x41=0x80
-until_is 5 '[1-9]*' cat "$lm78/fan1_input"
+BY_HAND=turn as_told fan1
 gone
 
 printf 'chip "lm78-*"\n  label fan1 "CPU Fan"\n' >/etc/sensors.d/lab
 put 0x2c 0x28=0xff 0x41=0xc0
 until_is 5 0 cat "$lm78/fan1_input"
 state "processor's fan stopped" cpu_fan
-put 0x2c 0x28=0x50 0x41=0x80
-until_is 5 '[1-9]*' cat "$lm78/fan1_input"
+BY_HAND=turn as_told "CPU Fan"
 gone
 # 1350000 / 250 / 2 = 2700 rpm, where the chip has 1350000 / 160 / 2 = 4218 as its minimum.
 printf 'chip "lm78-*"\n  set fan1_min 4218\n' >/etc/sensors.d/lab
@@ -62,8 +64,7 @@ gone
 put 0x4c 0x01=90
 sleep 2
 state "temperature past its critical limit" temperature
-put 0x4c 0x01=60
-sleep 2
+BY_HAND='put 0x4c 0x01=60; sleep 2' as_told temp2
 gone
 put 0x4c 0x01=128 0x02=0x04
 sleep 2

@@ -9,6 +9,7 @@ put
 quiet "controller, all well"
 put "$supply2 $failed"
 state "redundant supply, failed" supply '{0}2{1} {2}'
+as_told "Power supply 2"
 put "$supply2 $predicted"
 state "redundant supply that predicts its failure" supply '{0}2{1} {2}'
 put "$supply1 $no_mains"
@@ -22,10 +23,13 @@ put "$supply2 $empty"
 quiet "supply bay, empty"
 put "$supply2 $empty" "$supply1 $failed"
 state "only supply, failed" power
+as_told "Power supply 1"
 put "$fan1 0"
 state "controller's fan stopped" fan
+as_told FAN1
 put "$inlet 85"
 state "controller's temperature critical" temperature
+as_told SYSTEMP
 put
 gone
 put "$inlet 75"

@@ -17,8 +17,10 @@ put
 quiet "expansion unit, well"
 put 3:1:critical
 state "expansion unit's fan failed" unit_fan 'TEST ENCLOSURE-1{0} {1}'
+as_told "TEST ENCLOSURE-1"
 put 2:0:critical
 state "expansion unit's supply failed" unit_supply 'TEST ENCLOSURE-1{0}1{1} {2}'
+as_told "TEST ENCLOSURE-1"
 put 2:0:critical 2:1:critical
 state "both supplies of the unit failed" unit_supply 'TEST ENCLOSURE-1{0}1, TEST ENCLOSURE-1{0}2{1} {2}'
 put

@@ -8,14 +8,12 @@ quiet "web server running"
 echo 'server { listen 80; nonsense on; }' >$bad
 systemctl reload nginx
 state "web server with a configuration that it refuses" web_server
-rm $bad
-systemctl reload nginx
+BY_HAND="rm $bad" as_told "line 1 of $bad"
 gone
 echo 'server { listen 80; nonsense on; }' >$bad
 systemctl restart nginx
 state "web server that cannot start" web_server
-rm $bad
-systemctl restart nginx
+BY_HAND="rm $bad" as_told "line 1 of $bad"
 gone
 # Only root can test the configuration: nginx reads its keys and writes a log in that test. So the
 # collector does, under its unit, and the service takes its word.

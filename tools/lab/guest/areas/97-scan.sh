@@ -5,8 +5,9 @@ setting=/run/systemd/system/vela-security-scan.service.d/no-scanner.conf
 mkdir -p "${setting%/*}"
 printf '[Unit]\nConditionPathExists=\n[Service]\nExecStart=\nExecStart=true\n' >"$setting"
 systemctl daemon-reload
+finds() { printf '%s\n' report_version_major=1 "$@" finish=true >/var/log/lynis-report.dat; }
 scanned() { # scanned LINES...
-  printf '%s\n' report_version_major=1 "$@" finish=true >/var/log/lynis-report.dat
+  finds "$@"
   systemctl start vela-security-scan
 }
 quiet "never scanned"
@@ -16,7 +17,7 @@ scanned 'warning[]=PKGS-7392|Found one or more vulnerable packages.|-|-|'
 quiet "scanned, an update is pending"
 scanned 'warning[]=AUTH-9204|Multiple users with UID 0 found in passwd file|-|-|'
 state "scanned, a second account with root's number" scan_danger
-scanned
+HOW='systemctl start' BY_HAND=finds as_told AUTH-9204
 gone
 rm "$setting"
 systemctl daemon-reload
