@@ -38,7 +38,7 @@ const VELAPart* Parts::Look(const Places& places, std::string_view key) const {
 const VELAPart* FindPart(const Parts& parts, std::string_view name) { return parts.Find(name); }
 
 std::string NamePart(const VELAPart& part, const Texts& texts) {
-  const std::string name = Sanitize(part.name);
+  std::string name = Sanitize(part.name);
   if (part.kind == PartKind::Ups) return FormatPartText("UPS", name, texts);
   constexpr std::string_view kSupply = "Power supply ";
   if (part.kind == PartKind::Supply && name.starts_with(kSupply))
