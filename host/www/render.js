@@ -95,7 +95,7 @@ function inUnit(language, ...counts) {
 
 function readingOf({unit, reading, used, total, size}, {ui, language}) {
   if (total) {
-    const share = Math.round((used ?? 0) / total * 100);
+    const share = Math.floor((used ?? 0) / total * 100);
     return fill(ui.used, [...inUnit(language, used ?? 0, total), String(share)]);
   }
   const figure = ((reading ?? 0) / (unit === "mV" ? 1000 : 1)).toLocaleString(language);
@@ -171,7 +171,7 @@ function racks(all, told) {
     .sort((a, b) => order(a.place[1], b.place[1]));
   for (const disk of disks)
     frames.set(disk.place[0], [...frames.get(disk.place[0]) ?? [], disk]);
-  const rank = (frame) => [bays, frame, loose].indexOf(frame);
+  const rank = (frame) => (frame !== bays) + (frame === loose);
   const first = disks.find(({name}) => told.lit.has(name)) ?? disks.find(isBad);
   const caption = make("p", {class: "caption"});
   const tell = (disk) => caption.replaceChildren(...words(disk, told));
