@@ -3,6 +3,7 @@
 
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/evidence/cause.h"
+#include "platform/linux/storage/missing_disks.h"
 
 namespace linux_platform {
 namespace {
@@ -70,6 +71,19 @@ std::vector<std::string> WriteMend(const MdArray& array, std::string_view key,
   return commands;
 }
 
+// Those that the kernel does not list any more: after a restart, or once they were taken out.
+void AddGone(const StorageView& view, const MdArray& array, VELAEvidence& record) {
+  for (const MissingDisk& disk : FindMissingDisks(view)) {
+    const auto isIt = [&](const MdMember& member) {
+      return !member.present && NameDisk(view, member.device) == disk.name;
+    };
+    if (disk.parent != array.name) continue;
+    if (record.since == 0) record.since = disk.gone;
+    if (std::ranges::none_of(array.members, isIt))
+      source_status::AddRelated(record, "missing", disk.name);
+  }
+}
+
 VELAEvidence Describe(const StorageView& view, const MdArray& array, Health health) {
   const char* key = ChooseKey(array, health);
   VELAEvidence record = MakeEvidence(key, kOverview, array.name);
@@ -81,6 +95,7 @@ VELAEvidence Describe(const StorageView& view, const MdArray& array, Health heal
   for (const MdMember& member : array.members)
     if (const char* relation = GetRelation(array, member))
       source_status::AddRelated(record, relation, NameDisk(view, member.device));
+  AddGone(view, array, record);
   const std::string node = "/dev/" + array.name;
   SetShow(record, WriteCommand("mdadm --detail {}", {node}));
   SetMend(record, WriteMend(array, key, node));

@@ -99,8 +99,9 @@ class Finder {
   }
 
   void Add(const SeenDisk& disk, const PresentDisk* present, const std::string& parent) {
-    const std::string& serial = disk.identity.serial;
-    const std::string own = serial.empty() ? disk.identity.device : serial;
+    const auto& [device, serial] = std::tie(disk.identity.device, disk.identity.serial);
+    const bool isTaken = std::ranges::find(missing_, device, &MissingDisk::name) != missing_.end();
+    const std::string own = isTaken || device.empty() ? serial : device;
     missing_.push_back({present != nullptr ? present->name : own, parent, present != nullptr,
                         disk.identity, disk.gone});
   }

@@ -12,7 +12,7 @@ namespace linux_platform {
 
 struct MissingDisk {
   // Of the part that it is told as: "Disk 3" where the disk is still in the machine and its array
-  // does without it; else its serial number, or the kernel's name that it had.
+  // does without it; else the kernel's name that it had, or its serial number where two had that.
   std::string name;
   std::string parent;     // the part that misses it: "md0", "volume_1"
   bool isThere = false;   // as above
