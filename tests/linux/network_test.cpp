@@ -1,11 +1,14 @@
 // Against the real kernel, in a network namespace of the test's own thread.
 #include <gtest/gtest.h>
+#include <linux/if.h>
+#include <netinet/in.h>
 #include <sched.h>
 #include <stdlib.h>
 
 #include <string>
 #include <thread>
 
+#include "platform/linux/parts/parts.h"
 #include "tests/linux/machine_tree.h"
 #include "tests/linux/table.h"
 #include "vela_network.h"
@@ -91,6 +94,29 @@ TEST(Network, ADeviceIsWirelessWhenItsFolderIsOfThisNamespace) {
   EXPECT_EQ(type("1\n"), "wifi");
   EXPECT_EQ(type("2\n"), "other") << "the folder is another namespace's";
   EXPECT_EQ(type(""), "other");
+}
+
+TEST(Network, AnInterfaceIsAPartWithItsDriverAndAddresses) {
+  const MachineTree machine;
+  for (const char* line :
+       {"/sys/class/net/eth0/ifindex = 2", "/sys/class/net/eth0/address = 02:00:00:00:00:07",
+        "/sys/class/net/eth0/device/driver -> /sys/bus/pci/drivers/igb",
+        "/sys/class/net/eth1/ifindex = 9", "/sys/class/net/eth1/address = of another namespace"})
+    machine.AddLine(line);
+  std::vector<linux_platform::Interface> interfaces(4);
+  interfaces[0].link = {.index = 1, .flags = IFF_UP | IFF_LOOPBACK, .kind = "", .name = "lo"};
+  interfaces[1].link = {.index = 2, .flags = IFF_UP | IFF_RUNNING, .kind = "", .name = "eth0"};
+  interfaces[1].address = {.family = AF_INET, .bytes = {192, 0, 2, 7}};
+  interfaces[1].addressRank = 0;
+  interfaces[2].link = {.index = 3, .flags = IFF_UP, .kind = "", .name = "eth1"};
+  interfaces[3].link = {.index = 4, .flags = IFF_UP, .kind = "bond", .name = "bond0"};
+  std::string told;
+  linux_platform::TellInterfaceParts(interfaces, [&told](const VELAPart& part) {
+    told += source_status::kPartStateNames[static_cast<std::size_t>(part.state)];
+    told += std::string(" ") + part.name + "," + part.model + "," + part.serial + "," + part.path +
+            "; ";
+  });
+  EXPECT_EQ(told, "well eth0,igb,02:00:00:00:00:07,192.0.2.7; empty eth1,,,; empty bond0,bond,,; ");
 }
 
 TEST(Network, AnUnknownInterfaceHasNoDetails) {

@@ -64,6 +64,16 @@ TEST(SesPages, OnlyCertainCodesAndBitsAreFaults) {
   }
 }
 
+TEST(SesPages, AFanTellsItsTurnsInTens) {
+  Pages pages = ReadPages();
+  pages["status"].at(37) = 0xF9;  // the upper five bits are another thing
+  pages["status"].at(38) = 0x2C;
+  std::string reason;
+  const auto read = ParseSesPages(pages["configuration"], pages["status"], {}, reason).value();
+  EXPECT_EQ(Enclosure::FromJson(read.ToJson()).fans.at(0).reading, 3000);
+  EXPECT_EQ(read.fans.at(1).reading, 0);
+}
+
 TEST(SesPages, APageThatLiesIsRefusedAndBrokenNamesCostNamesOnly) {
   for (const auto& row : ReadTable("ses-broken-pages", 4)) {
     Pages pages = ReadPages();

@@ -1,5 +1,5 @@
 // Who the names in an answer stand for, a function a room. None opens a device, sleeps or waits for
-// another process.
+// another process: who calls them has asked the UPSes' server before.
 #pragma once
 
 #include <functional>
