@@ -61,7 +61,7 @@ std::vector<std::string> WriteMend(const MdArray& array, std::string_view key,
             WriteCommand("mdadm --readonly {}", {node}),
             WriteCommand("mdadm {} --add-journal /dev/NEW-DISK", {node})};
   if (key == "array_down")
-    return {WriteCommand("mdadm --stop {}", {node}), "mdadm --assemble --scan"};
+    return {WriteCommand("mdadm --stop {}", {node}), "mdadm --assemble --force --scan"};
   std::vector<std::string> commands;
   if (key == "array_rebuilding") commands.push_back(WriteCommand("mdadm --wait {}", {node}));
   const auto lost = std::ranges::find_if(array.members, IsLost);
