@@ -60,9 +60,11 @@ std::vector<std::string> WriteMend(const MdArray& array, std::string_view key,
     return {WriteCommand("mdadm {} --remove failed", {node}),
             WriteCommand("mdadm --readonly {}", {node}),
             WriteCommand("mdadm {} --add-journal /dev/NEW-DISK", {node})};
+  // By force it may come with what is stale: not to be written to before somebody has looked.
   if (key == "array_down")
-    return {WriteCommand("mdadm --stop {}", {node}), "mdadm --assemble --force --scan"};
+    return {WriteCommand("mdadm --stop {}", {node}), "mdadm --assemble --force --readonly --scan"};
   std::vector<std::string> commands;
+  if (array.state == "readonly") commands.push_back(WriteCommand("mdadm --readwrite {}", {node}));
   if (key == "array_rebuilding") commands.push_back(WriteCommand("mdadm --wait {}", {node}));
   const auto lost = std::ranges::find_if(array.members, IsLost);
   if (lost != array.members.end()) commands.push_back(WriteRemoval(array, *lost, node));

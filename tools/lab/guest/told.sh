@@ -37,7 +37,8 @@ as_told() {
 # SAID.
 types() {
   local status
-  SAID=$(yes | PAGER='cat' timeout 100 script --quiet --return --echo never --command "$1" /dev/null)
+  # Some answers only: what nobody reads, script(1) keeps in memory.
+  SAID=$(yes | head -n 40 | PAGER='cat' timeout 100 script --quiet --return --echo never --command "$1" /dev/null)
   status=$?
   SAID=${SAID//$'\r'/}
   echo "--- types: $1 -> exit status $status: $SAID"

@@ -10,7 +10,8 @@ mount -o loop,ro /tmp/cd.squashfs /mnt/cd
 mount -t tmpfs above /mnt/above
 mkdir /mnt/above/{upper,work}
 mount -t overlay -o lowerdir=/mnt/cd:/,upperdir=/mnt/above/upper,workdir=/mnt/above/work live /mnt/live
-for folder in dev proc run sys; do mount --rbind /$folder /mnt/live/$folder; done
+# As slaves: what is taken off there stays here, terminals before all.
+for folder in dev proc run sys; do mount --rbind --make-rslave /$folder /mnt/live/$folder; done
 mkdir -p /mnt/live/run/live/medium
 mount --bind /mnt/cd /mnt/live/run/live/medium
 asks chroot /mnt/live vela-health --json
