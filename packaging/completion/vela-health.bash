@@ -1,7 +1,7 @@
 # Completion of vela-health for bash.
 _vela_health() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} each command=
-  local options="--platform --module --scenario --lang --json --help --version"
+  local options="--platform --module --scenario --lang --json --json=full --help --version"
   local words="--lang --json --help"
   local scenarios=/usr/share/vela-systemhealth/scenarios
   for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
