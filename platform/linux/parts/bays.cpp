@@ -27,7 +27,7 @@ Bays::Bays(const StorageSources& sources)
       maxDisks_(ToNumber(common::OrEmpty(sources.factory.Text("maxdisks"))).value_or(0)) {
   const std::vector<ExpansionUnit>& units = sources.units.units;
   for (const std::string& name : NamesIn(Sys("/class/enclosure"))) {
-    Enclosure& added = enclosures_.emplace_back(name, ReadEnclosureId(name), "");
+    Enclosure& added = enclosures_.emplace_back(Enclosure{name, ReadEnclosureId(name), ""});
     const auto unit = std::ranges::find(units, added.id, &ExpansionUnit::id);
     if (unit == units.end()) {
       ++own_;

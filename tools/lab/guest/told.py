@@ -23,8 +23,9 @@ def command(kind, text, names=""):
 
 def names(parts):
     known = [part for part in answer["parts"] if part["name"] in parts]
-    # LVM calls its mapping "lab-mirror" the volume "mirror" of the group "lab".
-    own = [part["name"].rsplit("-", 1)[-1] for part in known]
+    # LVM calls its mapping "lab-mirror" the volume "mirror" of the group "lab", and "lab-pool-tpool"
+    # the pool "pool".
+    own = [part["name"].removesuffix("-tpool").rsplit("-", 1)[-1] for part in known]
     return ",".join(own + [part[name] for part in known for name in NAMES if part.get(name)])
 
 

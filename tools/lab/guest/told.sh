@@ -52,6 +52,7 @@ types() {
 # names_one NAMES: of those, commas between, what was just typed printed one.
 names_one() {
   local name names
+  [ -n "$1" ] || return 0 # a cause without a part
   IFS=, read -ra names <<<"$1"
   for name in "${names[@]}"; do [[ $SAID != *"$name"* ]] || return 0; done
   SAID="names none of $1: $SAID"

@@ -23,13 +23,11 @@ put "$supply2 $empty"
 quiet "supply bay, empty"
 put "$supply2 $empty" "$supply1 $failed"
 state "only supply, failed" power
-as_told "Power supply 1"
 put "$fan1 0"
 state "controller's fan stopped" fan
 as_told FAN1
 put "$inlet 85"
 state "controller's temperature critical" temperature
-as_told SYSTEMP
 put
 gone
 put "$inlet 75"
