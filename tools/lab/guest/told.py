@@ -23,8 +23,8 @@ def command(kind, text, names=""):
 
 def names(parts):
     known = [part for part in answer["parts"] if part["name"] in parts]
-    # LVM calls its mapping "lab-mirror" the volume "mirror" of the group "lab", and "lab-pool-tpool"
-    # the pool "pool".
+    # LVM calls its mapping "lab-mirror" the volume "mirror" of the group "lab", and a pool's
+    # "lab-pool-tpool" just "pool".
     own = [part["name"].removesuffix("-tpool").rsplit("-", 1)[-1] for part in known]
     return ",".join(own + [part[name] for part in known for name in NAMES if part.get(name)])
 
