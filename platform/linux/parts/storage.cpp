@@ -58,6 +58,7 @@ void TellStorageParts(const StorageSources& sources, const TakePart& take) {
   TellExternalParts(view, sources.current, take);
   TellArrayParts(view, take);
   TellMappingParts(view, take);
+  TellLunParts(view, take);
 }
 
 }  // namespace linux_platform

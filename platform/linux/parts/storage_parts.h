@@ -18,6 +18,7 @@ void TellExternalParts(const StorageView& view, const Settings& settings, const 
 void TellArrayParts(const StorageView& view, const TakePart& take);
 // Mappings, and volume groups that miss a disk.
 void TellMappingParts(const StorageView& view, const TakePart& take);
+void TellLunParts(const StorageView& view, const TakePart& take);
 
 VELAPart MakePart(source_status::PartKind kind, source_status::PartState state,
                   std::string_view name);

@@ -17,6 +17,7 @@ std::string GetConfigPath(const std::string& path) { return Sys("/kernel/config/
 Lun ReadLun(const std::string& object) {
   Lun lun;
   lun.name = LastComponent(object);
+  lun.object = object.substr(GetConfigPath("core/").size());
   lun.backing = Attribute(object + "/udev_path");
   const std::string info = Attribute(object + "/info");
   if (lun.backing.empty()) lun.backing = ParseBackingPath(info);
@@ -56,6 +57,12 @@ bool IsTrue(const Json::Value& value, const char* name) {
   return member != nullptr && member->isBool() && member->asBool();
 }
 
+// "fileio/lun1" of "/backstores/fileio/lun1"
+std::string WithoutBackstores(const std::string& object) {
+  constexpr std::string_view kBackstores = "/backstores/";
+  return object.starts_with(kBackstores) ? object.substr(kBackstores.size()) : object;
+}
+
 void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::string>& backings,
                   std::map<std::string, Lun>& byObject) {
   if (TextMember(target, "fabric") != "iscsi") return;
@@ -65,7 +72,7 @@ void AddSavedLuns(const Json::Value& target, const std::map<std::string, std::st
       const std::string object = TextMember(lun, "storage_object");
       if (object.empty()) continue;
       const auto backing = backings.find(object);
-      byObject[object] = {std::string(LastComponent(object)),
+      byObject[object] = {std::string(LastComponent(object)), WithoutBackstores(object),
                           backing != backings.end() ? backing->second : "", true, 0};
     }
   }

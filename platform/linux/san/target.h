@@ -12,6 +12,7 @@ namespace linux_platform {
 // A storage object that an enabled target exports.
 struct Lun {
   std::string name;     // of the object: "lun1"
+  std::string object;   // with its backstore: "fileio_0/lun1"; as it was saved, "fileio/lun1"
   std::string backing;  // the path of its file or device; "" for memory and the like
   bool isEnabled = true;
   std::int64_t size = 0;  // what it promises, in bytes; 0 when that is not known
