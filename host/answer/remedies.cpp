@@ -44,7 +44,7 @@ constexpr auto kRemedies = std::to_array<Remedy>({
      {"cat /proc/mdstat", "smartctl -x /dev/DISK", kReturnMember}},
     {"storage_is_attention/storage_is_warning",
      {"mdadm /dev/ARRAY --add /dev/NEW-DISK",
-      "btrfs replace start OLD-DISK-ID /dev/NEW-DISK /MOUNT-POINT",
+      "btrfs replace start -B OLD-DISK-ID /dev/NEW-DISK /MOUNT-POINT",
       "zpool replace POOL OLD-DISK NEW-DISK"}},
     {"vela_system_status_warning/enclosure_status_abnormal",
      {"ipmi-sensors --sensor-types=Power_Supply"}},

@@ -60,8 +60,8 @@ VELAEvidence Describe(const StorageView& view, const InternalVolume& volume, con
     source_status::AddRelated(record, "missing", NameDisk(view, device));
   SetShow(record, WriteCommand("btrfs filesystem show {}", {volume.path}));
   SetMend(record, {members.missing.empty()
-                       ? WriteCommand("btrfs replace start DEVID /dev/NEW-DISK {}", {volume.path})
-                       : WriteCommand("btrfs replace start {} /dev/NEW-DISK {}",
+                       ? WriteCommand("btrfs replace start -B DEVID /dev/NEW-DISK {}", {volume.path})
+                       : WriteCommand("btrfs replace start -B {} /dev/NEW-DISK {}",
                                       {members.missing, volume.path})});
   return record;
 }
