@@ -72,7 +72,7 @@ void PrintChanges(const char* title, const std::vector<Change>& changes, const T
   for (const auto& [about, before, after] : changes) {
     const std::string words = before.empty()  ? texts.FormatUi("came")
                               : after.empty() ? texts.FormatUi("gone")
-                                              : before + " → " + after;
+                                              : std::string(before).append(" → ").append(after);
     std::cout << style.WrapLines(2, "", texts.AddLabel(about) + words) << '\n';
   }
 }
