@@ -162,6 +162,15 @@ void DescribeUps(Fields& ups) {
   ups("connected", &Machine::upsConnected);
 }
 
+// What the platform tells beside the answer.
+template <typename Fields>
+void DescribeTold(Fields& told) {
+  told("sources", &Machine::sources);
+  told("notes", &Machine::notes);
+  told("parts", &Machine::parts);
+  told("evidence", &Machine::evidence);
+}
+
 template <typename Fields>
 void Describe(Fields& fields, std::type_identity<Machine>) {
   fields("hostName", &Machine::hostName);
@@ -200,10 +209,7 @@ void Describe(Fields& fields, std::type_identity<Machine>) {
     san("fails", &Machine::sanFails);
     san.Document("output", &Machine::sanOutput);
   });
-  fields("sources", &Machine::sources);
-  fields("notes", &Machine::notes);
-  fields("parts", &Machine::parts);
-  fields("evidence", &Machine::evidence);
+  DescribeTold(fields);
 }
 
 }  // namespace simulator

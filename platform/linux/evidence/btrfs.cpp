@@ -59,10 +59,9 @@ VELAEvidence Describe(const StorageView& view, const InternalVolume& volume, con
   for (const std::string& device : members.gone)
     source_status::AddRelated(record, "missing", NameDisk(view, device));
   SetShow(record, WriteCommand("btrfs filesystem show {}", {volume.path}));
-  SetMend(record, {members.missing.empty()
-                       ? WriteCommand("btrfs replace start -B DEVID /dev/NEW-DISK {}", {volume.path})
-                       : WriteCommand("btrfs replace start -B {} /dev/NEW-DISK {}",
-                                      {members.missing, volume.path})});
+  // In the background it would end with the terminal.
+  const std::string id = members.missing.empty() ? "DEVID" : members.missing;
+  SetMend(record, {WriteCommand("btrfs replace start -B {} /dev/NEW-DISK {}", {id, volume.path})});
   return record;
 }
 

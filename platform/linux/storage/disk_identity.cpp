@@ -41,7 +41,7 @@ std::string ReadModel(const std::string& device, const std::string& path,
   const std::string model =
       Attribute(Within(path, device.starts_with("mmcblk") ? "device/name" : "device/model"));
   if (FindUdevProperty(record, "ID_BUS") == "ata" || FindUdevProperty(record, "ID_ATA") == "1") {
-    const std::string whole = Trim(Decode(FindUdevProperty(record, "ID_MODEL_ENC")));
+    std::string whole = Trim(Decode(FindUdevProperty(record, "ID_MODEL_ENC")));
     if (!whole.empty()) return whole;
   }
   const std::string vendor =

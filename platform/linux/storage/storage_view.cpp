@@ -8,6 +8,17 @@
 #include "platform/linux/storage/external_capacity.h"
 
 namespace linux_platform {
+namespace {
+
+Health FindWorst(const StorageView& view, Health volumes) {
+  Health worst = Worse(view.redundancy.worst, volumes);
+  for (const MissingStorage& missing : view.missing) worst = Worse(worst, missing.health);
+  for (const Zpool& pool : view.pools) worst = Worse(worst, pool.health);
+  for (const WholeDisk& disk : view.disks) worst = Worse(worst, disk.health);
+  return worst;
+}
+
+}  // namespace
 
 StorageView ReadStorage(const Settings& settings) {
   StorageView view;
@@ -34,11 +45,7 @@ StorageView ReadStorage(const Settings& settings) {
     view.pools.push_back({std::move(pool), health});
   }
 
-  view.overview = Worse(redundancy.worst, volumes.worst);
-  for (const MissingStorage& missing : view.missing)
-    view.overview = Worse(view.overview, missing.health);
-  for (const Zpool& pool : view.pools) view.overview = Worse(view.overview, pool.health);
-  for (const WholeDisk& disk : view.disks) view.overview = Worse(view.overview, disk.health);
+  view.overview = FindWorst(view, volumes.worst);
   view.volumes = std::move(volumes.all);
   view.troubledSystem = std::move(volumes.troubledSystem);
   view.systemCrashed = volumes.systemCrashed;
