@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "platform/linux/contract/request.h"
+#include "platform/linux/evidence/cause.h"
 #include "platform/linux/evidence/evidence.h"
 #include "tests/linux/machine_tree.h"
 
@@ -60,6 +61,16 @@ TEST(VolumeEvidence, TypesNamesAsTheShellTakesThem) {
             ": du -xh --max-depth=2 '/it'\\''s a $HOME' | sort -h | tail\n");
   EXPECT_EQ(showing("/two\nlines"), ": \n") << "it could not be typed as shown";
   EXPECT_EQ(showing("/" + std::string(150, 'a')), ": \n") << "half a command is worse than none";
+}
+
+TEST(Cause, IsMendedByAllOfItsCommandsOrByNone) {
+  VELAEvidence record;
+  SetMend(record, {WriteCommand("umount {}", {"/a\nb"}), "e2fsck -f /dev/sda"});
+  EXPECT_STREQ(record.mend[0], "");
+  EXPECT_STREQ(record.mend[1], "") << "what came before it cannot be typed";
+  SetMend(record, {WriteCommand("umount {}", {"/a b"}), "e2fsck -f /dev/sda"});
+  EXPECT_STREQ(record.mend[0], "umount '/a b'");
+  EXPECT_STREQ(record.mend[1], "e2fsck -f /dev/sda");
 }
 
 TEST(StorageEvidence, AsksNothingOfAMachineThatIsWell) {
