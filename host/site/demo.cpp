@@ -70,6 +70,7 @@ Demo::Demo(const Platform& platform, std::filesystem::path scenarios)
     Json::Value& finding = gallery["findings"].append(Json::objectValue);
     finding["scenario"] = sample->second.scenario;
     finding["rule"] = sample->second.rule;
+    if (entry.type != FindingType::Normal) faults_.push_back(sample->second.scenario);
   }
   for (const std::string& name : names_) gallery["scenarios"].append(name);
   gallery_ = common::WriteCompact(gallery);

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/loader/platform.h"
 
@@ -22,12 +23,15 @@ class Demo {
   // {"findings": [{"scenario": its name, "rule": as in the document of "get"}], "scenarios":
   // all names}: for each kind of finding, the most urgent first, the scenario that shows it.
   const std::string& Gallery() const { return gallery_; }
+  // The scenarios of the gallery whose finding is no mere notice, the most urgent first.
+  const std::vector<std::string>& Faults() const { return faults_; }
 
  private:
   const Platform& platform_;
   const std::filesystem::path folder_;
   std::set<std::string, std::less<>> names_;
   std::string gallery_;
+  std::vector<std::string> faults_;
 };
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/answer/complete_answer.h"
+#include "host/site/fleet_list.h"
 #include "host/text/language.h"
 
 namespace host {
@@ -14,6 +15,7 @@ namespace {
 constexpr std::string_view kApi = "/api/";
 constexpr std::string_view kPage = "/";
 constexpr std::string_view kGallery = "/gallery.json";
+constexpr std::string_view kFleet = "/fleet";
 constexpr std::string_view kComplete = "/v1/health";
 constexpr std::string_view kMetrics = "/metrics";
 constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
@@ -97,6 +99,7 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& requ
   if (demo_ && request.path == kGallery) {
     return HttpAnswer{200, "application/json", demo_->Gallery()};
   }
+  if (demo_ && request.path == kFleet) return ListFleet(request, *demo_);
   return Problem(404, "Not found", "There is nothing at " + std::string(request.path) + ".",
                  ListPaths(host_));
 }
