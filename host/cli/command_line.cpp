@@ -41,6 +41,7 @@ class CommandLine {
     AddFindings();
     AddCapture();
     AddReport();
+    AddNotify();
     AddServe();
   }
 
@@ -149,6 +150,31 @@ class CommandLine {
         ->required();
   }
 
+  void AddNotify() {
+    CLI::App* notify = Add("notify", "Tell the hooks what has changed since the last time",
+                           {"--platform", "--module", "--scenario", "--lang"},
+                           [this](Session& session) { return RunNotify(session, notify_); });
+    notify
+        ->add_option("--hooks", notify_.hooks,
+                     "The folder with what is run, by default " + notify_.hooks)
+        ->type_name("DIR");
+    notify
+        ->add_option("--state", notify_.state,
+                     "The folder that keeps what was told, by default $STATE_DIRECTORY, else "
+                     "/var/lib/vela-health-notify")
+        ->type_name("DIR");
+    notify->add_option("--timeout", notify_.timeout, "The seconds that a hook may take, or 30")
+        ->check(CLI::Range(1, 3600).description(""))
+        ->type_name("SECONDS");
+    notify->add_flag("--test", notify_.test,
+                     "Send a sample through every hook, and say how it went");
+    notify->footer(
+        notify->get_footer() +
+        "\nExit status: 0 all was delivered, or there was nothing to tell; 1 a hook did\n"
+        "not take it, and is tried again the next time; 69 the machine gave no answer,\n"
+        "which was told; 73 what was told could not be kept; 75 another one is at work.");
+  }
+
   void AddServe() {
     CLI::App* serve = Add("serve", "Serve the answer over HTTP until stopped",
                           {"--platform", "--module", "--scenario"},
@@ -177,6 +203,7 @@ class CommandLine {
   CLI::App app_;
   CommonOptions common_;
   ServeOptions serve_;
+  NotifyOptions notify_;
   std::array<std::string, 2> sides_;
   bool markdown_ = false, realNames_ = false;
   std::string to_, why_, page_, word_;

@@ -32,6 +32,16 @@ ExitStatus RunFindings(Session& session, const std::string& word, bool markdown)
 ExitStatus RunCapture(Session& session, const std::string& folder, const std::string& why,
                       bool realNames);
 
+struct NotifyOptions {
+  std::string hooks = "/etc/vela-health/notify.d";  // the folder of what is run
+  std::string state;  // the folder of what was told; empty: the unit's, else the usual one
+  int timeout = 30;   // seconds that a hook may take
+  bool test = false;  // a sample to every hook, and nothing is remembered
+};
+
+// Asks once, and runs the hooks when something is to be told. kHealthy: everything was delivered.
+ExitStatus RunNotify(Session& session, const NotifyOptions& options);
+
 // The answer as one page; "-" is standard output. A file that is there is replaced only when it
 // is a report, too; when it throws the file is what it was.
 ExitStatus RunReport(Session& session, const std::string& file);
