@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "host/cli/service_manager.h"
 #include "host/cli/standard_output.h"
 #include "host/http/http_server.h"
 #include "host/http/listen_address.h"
@@ -70,11 +71,13 @@ ExitStatus RunServe(Session& session, const ServeOptions& options) {
   FindHealthMethod(host);  // no module, no service
   const HealthSite site(host, machine, session.GetPlaces().Data(), options.demo);
   const sigset_t signals = HoldStopSignals();
-  HttpServer server(socket, site, ParseAllowedHosts(options));
+  ServiceManager manager;
+  HttpServer server(socket, site, ParseAllowedHosts(options), {manager.ServersEnd()});
   malloc_trim(0);  // what reading the texts and starting took
   WriteOutput("Serving on " + socket.Url() + " (stop with Ctrl-C)\n");
-  int received = 0;
-  sigwait(&signals, &received);
+  manager.TellReady(socket.Url());
+  manager.AwaitSignal(signals);
+  manager.TellStopping();
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);  // the next one ends it at once
   if (!server.Stop()) {
     std::cerr << "vela-health: stopped while a request was still waiting for the machine\n";

@@ -30,13 +30,16 @@ void Connections::Add(int socket, std::string address) {
 }
 
 void Connections::BeginRequest(int socket) {
-  Connection& connection = connections_.at(socket);
-  connection.state = State::kAnswering;
-  connection.deadline = Clock::now() + kOneRequest;
+  const auto entry = connections_.find(socket);
+  if (entry == connections_.end()) return;
+  entry->second.state = State::kAnswering;
+  entry->second.deadline = Clock::now() + kOneRequest;
 }
 
 void Connections::EndRequest(int socket) {
-  Connection& connection = connections_.at(socket);
+  const auto entry = connections_.find(socket);
+  if (entry == connections_.end()) return;
+  Connection& connection = entry->second;
   connection.state = State::kIdle;
   connection.since = Clock::now();
   connection.deadline = connection.since + kNextHead;

@@ -24,7 +24,8 @@ class Connections {
 
   // Idle from now on. Throws std::bad_alloc.
   void Add(int socket, std::string address);
-  // The head of a request has been read, so that it is not ended to make room.
+  // The head of a request has been read, so that it is not ended to make room. One that was never
+  // added is this process's own, and has no bounds.
   void BeginRequest(int socket);
   void EndRequest(int socket);
   // To be called before the socket is closed: its number may soon be another connection's.

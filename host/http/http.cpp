@@ -41,4 +41,11 @@ HttpAnswer Problem(unsigned status, const char* title, const std::string& detail
           ProblemPage(title, detail, available)};
 }
 
+HttpAnswer AnswerHealthz(const HttpRequest& request) {
+  if (!request.machineHangs()) return {200, "text/plain; charset=utf-8", "ok\n"};
+  return Problem(503, "Hangs",
+                 "The machine has been asked for longer than anybody waits for an answer. Restart "
+                 "this server.");
+}
+
 }  // namespace host

@@ -18,6 +18,8 @@ struct HttpRequest {
   std::string_view path;  // decoded, without the query string
   Lookup argument;        // of the query string
   Lookup header;
+  // Whether the machine has been asked for longer than anybody waits for its answer.
+  std::function<bool()> machineHangs;
 };
 
 struct HttpAnswer {
@@ -33,6 +35,10 @@ struct HttpAnswer {
 // names what the caller could ask for instead; left out when empty.
 HttpAnswer Problem(unsigned status, const char* title, const std::string& detail,
                    const std::vector<std::string>& available = {});
+
+// Whether this server answers, for whoever restarts it: "ok", or a problem when the machine has
+// been asked for so long that it does not.
+HttpAnswer AnswerHealthz(const HttpRequest& request);
 
 // What the machine is to be asked: all of a request that its answer depends on. Requests with
 // equal queries may share one answer.

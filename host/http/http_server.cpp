@@ -20,9 +20,9 @@ constexpr std::chrono::seconds kGracePeriod(10);
 // The library is run by our thread. Its own thread would get stuck when exactly 128 events of
 // epoll come at once, which version 0.9.75 looks at only after it has waited for another one.
 constexpr unsigned kOurThread = MHD_USE_EPOLL | MHD_USE_NO_LISTEN_SOCKET | MHD_ALLOW_SUSPEND_RESUME;
-// Never reached, since one at the most comes before another one is gone: version 0.9.75 would stand
-// still then.
-constexpr unsigned kLibrarysConnections = kMostConnections + 2;
+// Never reached, since one at the most comes before another one is gone, and one is our own:
+// version 0.9.75 would stand still then.
+constexpr unsigned kLibrarysConnections = kMostConnections + 3;
 // Request line and headers of one connection, and the head of its answer.
 constexpr std::size_t kConnectionMemory = 8192;
 
@@ -51,10 +51,11 @@ HttpRequest::Lookup LookUpIn(MHD_Connection* connection, MHD_ValueKind kind) {
 }
 
 std::variant<HttpAnswer, MachineQuery> Route(const Site& site, MHD_Connection* connection,
-                                             const char* path) {
+                                             const char* path, RequestsInFlight& inFlight) {
   try {
-    return site.Route(
-        {path, LookUpIn(connection, MHD_GET_ARGUMENT_KIND), LookUpIn(connection, MHD_HEADER_KIND)});
+    return site.Route({path, LookUpIn(connection, MHD_GET_ARGUMENT_KIND),
+                       LookUpIn(connection, MHD_HEADER_KIND),
+                       [&inFlight] { return inFlight.AnyHangs(); }});
   } catch (const Failure& failure) {
     return NoAnswer(failure);
   }
@@ -109,7 +110,7 @@ struct HttpServer::Callbacks {
   }
 
   static bool Answer(HttpServer& server, RequestInFlight& request, const char* path) {
-    auto route = Route(server.site_, request.connection, path);
+    auto route = Route(server.site_, request.connection, path, *server.inFlight_);
     if (auto* query = std::get_if<MachineQuery>(&route)) {
       return server.inFlight_->Add(std::move(*query), request) ||
              server.tooBusy_.SendTo(request.connection);
@@ -128,14 +129,15 @@ struct HttpServer::Callbacks {
   }
 };
 
-HttpServer::HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts)
+HttpServer::HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts,
+                       ServerWatch watch)
     : site_(site),
       hosts_(std::move(hosts)),
       outOfMemory_(HttpAnswer{503, "text/plain; charset=utf-8", "Out of memory\n"}),
       tooBusy_(TooBusy()),
       daemon_(nullptr, &MHD_stop_daemon) {
   try {
-    Start(socket.Descriptor());
+    Start(socket.Descriptor(), watch);
   } catch (const std::system_error&) {
     throw Failure(kUnavailable,
                   "Cannot start the web server: the system gives no more threads or "
@@ -143,7 +145,7 @@ HttpServer::HttpServer(const ListenSocket& socket, const Site& site, AllowedHost
   }
 }
 
-void HttpServer::Start(int listenSocket) {
+void HttpServer::Start(int listenSocket, const ServerWatch& watch) {
   wakeup_.emplace();
   daemon_.reset(MHD_start_daemon(
       kOurThread, 0, nullptr, nullptr, &Callbacks::OnRequest, this, MHD_OPTION_CONNECTION_LIMIT,
@@ -154,7 +156,11 @@ void HttpServer::Start(int listenSocket) {
   if (!daemon_) throw std::system_error(errno, std::generic_category());
   inFlight_.emplace([this](const MachineQuery& query,
                            std::size_t requests) { return AskMachine(query, requests); },
-                    *wakeup_);
+                    *wakeup_, watch.hangsAfter);
+  const sockaddr client = {AF_UNIX, {}};
+  if (watch.connection >= 0) {
+    MHD_add_connection(daemon_.get(), watch.connection, &client, sizeof client);
+  }
   loop_.emplace(*daemon_, listenSocket, connections_, *wakeup_, stopping_);
 }
 

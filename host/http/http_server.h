@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -19,11 +20,20 @@ struct MHD_Daemon;
 
 namespace host {
 
+// How somebody within this process sees whether the server answers.
+struct ServerWatch {
+  // A connected socket that is served beside all bounds, or -1. The server closes it.
+  int connection = -1;
+  // A query that asks the machine for so long hangs: nobody waits for its answer any more.
+  std::chrono::seconds hangsAfter{60};
+};
+
 class HttpServer {
  public:
   // Serves until Stop; socket and site live as long. Throws Failure(kUnavailable) when the
   // system gives no more threads or open files.
-  HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts);
+  HttpServer(const ListenSocket& socket, const Site& site, AllowedHosts hosts,
+             ServerWatch watch = {});
   // Waits for the running requests, however long they take.
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;
@@ -36,7 +46,7 @@ class HttpServer {
  private:
   struct Callbacks;  // what libmicrohttpd calls, in the server's thread
 
-  void Start(int listenSocket);
+  void Start(int listenSocket, const ServerWatch& watch);
 
   PreparedAnswer AskMachine(const MachineQuery& query, std::size_t requests) const;
 

@@ -15,8 +15,8 @@ constexpr std::size_t kMostWaiting = 256;
 
 }  // namespace
 
-RequestsInFlight::RequestsInFlight(Ask ask, Wakeup& server)
-    : ask_(std::move(ask)), server_(server) {
+RequestsInFlight::RequestsInFlight(Ask ask, Wakeup& server, std::chrono::seconds hangsAfter)
+    : ask_(std::move(ask)), server_(server), hangsAfter_(hangsAfter) {
   try {
     for (unsigned i = 0; i < kWorkers; ++i) workers_.emplace_back([this] { Work(); });
   } catch (...) {
@@ -42,12 +42,19 @@ bool RequestsInFlight::Add(MachineQuery query, RequestInFlight& request) {
   if (waiting_ >= kMostWaiting) return false;
   auto same = std::find_if(queries_.begin(), queries_.end(),
                            [&query](const Query& other) { return other.query == query; });
-  if (same == queries_.end()) same = queries_.insert(same, {std::move(query), {}, false});
+  if (same == queries_.end()) same = queries_.insert(same, {std::move(query), {}, false, {}});
   same->waiting.push_back(&request);
   ++waiting_;
   MHD_suspend_connection(request.connection);
   if (!same->running) changed_.notify_one();
   return true;
+}
+
+bool RequestsInFlight::AnyHangs() {
+  const auto begun = Clock::now() - hangsAfter_;
+  const std::lock_guard lock(mutex_);
+  return std::any_of(queries_.begin(), queries_.end(),
+                     [begun](const Query& query) { return query.running && query.since <= begun; });
 }
 
 // A query is asked by one worker at a time, so that a slow one takes no other's worker.
@@ -73,6 +80,7 @@ void RequestsInFlight::AskMachine(std::list<Query>::iterator due,
   const std::vector<RequestInFlight*> requests = std::exchange(due->waiting, {});
   waiting_ -= requests.size();
   due->running = true;
+  due->since = Clock::now();
   lock.unlock();
   const PreparedAnswer answer = ask_(due->query, requests.size());
   lock.lock();

@@ -3,6 +3,7 @@
 // so nobody gets an answer that is older than the request.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -32,9 +33,9 @@ class RequestsInFlight {
   // Asks the machine for so many requests. Throws nothing.
   using Ask = std::function<PreparedAnswer(const MachineQuery& query, std::size_t requests)>;
 
-  // Wakes the server's thread when answers are there. Throws std::system_error when the system
-  // gives no more threads.
-  RequestsInFlight(Ask ask, Wakeup& server);
+  // Wakes the server's thread when answers are there. A query that runs for `hangsAfter` hangs.
+  // Throws std::system_error when the system gives no more threads.
+  RequestsInFlight(Ask ask, Wakeup& server, std::chrono::seconds hangsAfter);
   // No request may be in flight any more.
   ~RequestsInFlight();
   RequestsInFlight(const RequestsInFlight&) = delete;
@@ -44,11 +45,16 @@ class RequestsInFlight {
   // the connection is suspended, so the request cannot end. False when too many wait already.
   bool Add(MachineQuery query, RequestInFlight& request);
 
+  bool AnyHangs();
+
  private:
+  using Clock = std::chrono::steady_clock;
+
   struct Query {
     const MachineQuery query;
     std::vector<RequestInFlight*> waiting;  // for the machine to be asked (once more)
     bool running;                           // asked just now, by one worker, for earlier requests
+    Clock::time_point since;                // when it runs
   };
 
   void Work();
@@ -58,6 +64,7 @@ class RequestsInFlight {
 
   const Ask ask_;
   Wakeup& server_;
+  const std::chrono::seconds hangsAfter_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::list<Query> queries_;  // one each; who waits longest comes first

@@ -95,7 +95,7 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::Route(const HttpRequest& requ
                    ListMethods(host_));
   }
   if (auto file = files_.Answer(request)) return *std::move(file);
-  if (request.path == kHealthz) return HttpAnswer{200, "text/plain; charset=utf-8", "ok\n"};
+  if (request.path == kHealthz) return AnswerHealthz(request);
   if (demo_ && request.path == kGallery) {
     return HttpAnswer{200, "application/json", demo_->Gallery()};
   }
