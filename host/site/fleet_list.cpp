@@ -27,7 +27,8 @@ std::optional<unsigned> ParseNumber(const char* text, unsigned usual, unsigned l
 
 // From 1 on: "box-00101.site-02.example".
 struct BoxNames {
-  std::array<char, 32> instance = {}, site = {};
+  std::array<char, 64> instance = {};
+  std::array<char, 32> site = {};
 
   explicit BoxNames(unsigned number) {
     std::snprintf(site.data(), site.size(), "site-%02u", (number - 1) / kBoxesOfOneSite + 1);
