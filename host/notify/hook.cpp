@@ -15,6 +15,8 @@
 #include <set>
 #include <thread>
 
+#include "host/text/failure.h"
+
 namespace host {
 namespace {
 
@@ -141,7 +143,11 @@ bool AwaitEnd(int process, std::chrono::seconds timeout) {
 std::vector<std::string> ListHooks(const fs::path& folder) {
   std::vector<std::string> names;
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(folder, error)) {
+  const fs::directory_iterator entries(folder, error);
+  if (error)
+    throw Failure(kNoInput, "Cannot read the hooks in " + folder.string() + ": " + error.message() +
+                                ". Name their folder with --hooks.");
+  for (const auto& entry : entries) {
     const std::string name = entry.path().filename();
     if (IsHookName(name) && entry.is_regular_file(error) && access(entry.path().c_str(), X_OK) == 0)
       names.push_back(name);

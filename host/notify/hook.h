@@ -12,7 +12,8 @@ namespace host {
 
 // The names of the executables in the folder, in their order. As with run-parts(8), a name that
 // holds anything but letters, digits, "_" and "-" does not count: "mail~", "mail.dpkg-old".
-// Empty where there is no such folder.
+// Throws Failure(kNoInput) when the folder cannot be read: what waits for its hooks must not be
+// forgotten.
 std::vector<std::string> ListHooks(const std::filesystem::path& folder);
 
 // A hook ends with this status to say that it is switched off: it has nobody to tell.

@@ -10,7 +10,8 @@ namespace {
 using Lines = std::vector<std::string>;
 
 // What a hook passes on must fit into a header, and into the environment.
-constexpr std::size_t kLongestLine = 1000, kLongestSubject = 200, kLongestText = 48 << 10;
+constexpr std::size_t kLongestLine = 1000, kLongestSubject = 200,
+                      kLongestText = std::size_t{48} << 10;
 
 // At most so many bytes, and no half character.
 std::string CutText(std::string text, std::size_t most) {

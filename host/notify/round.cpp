@@ -12,12 +12,22 @@ bool IsDone(const HookResult& result) {
   return result.kind == HookResult::Kind::Told || result.kind == HookResult::Kind::Off;
 }
 
+std::vector<std::string> ListEveryRound(const std::filesystem::path& folder) {
+  std::error_code error;
+  if (!std::filesystem::exists(folder / kEveryRound, error)) return {};
+  return ListHooks(folder / kEveryRound);
+}
+
 void Say(const std::string& words) { std::cerr << "vela-health: " << Sanitize(words) << '\n'; }
 
 }  // namespace
 
 Round::Round(Store& store, HookFolder hooks, const Texts& texts)
-    : store_(store), hooks_(std::move(hooks)), texts_(texts), state_(store.Load(damage_)) {
+    : store_(store),
+      hooks_(std::move(hooks)),
+      names_(ListHooks(hooks_.path)),
+      texts_(texts),
+      state_(store.Load(damage_)) {
   if (!damage_.empty()) Say("Cannot read " + damage_ + ": it is damaged. All is told anew.");
 }
 
@@ -42,15 +52,14 @@ std::vector<ItemChange> Round::Compare(const Look& look) {
 
 void Round::Tell(const Look& look) {
   const std::vector<ItemChange> changes = Compare(look);
-  const std::vector<std::string> hooks = ListHooks(hooks_.path);
   std::string note;
   if (!damage_.empty()) note = texts_.FormatUi("notify_state_lost", std::exchange(damage_, ""));
   if (!changes.empty() || !note.empty()) {
-    AddMessage(state_, WriteMessage(look, changes, note, texts_), hooks);
-    if (hooks.empty()) Say("Nobody was told: there is no hook in " + hooks_.path.string());
+    AddMessage(state_, WriteMessage(look, changes, note, texts_), names_);
+    if (names_.empty()) Say("Nobody was told: there is no hook in " + hooks_.path.string());
   }
   Save();
-  for (const std::string& hook : hooks) Deliver(hook);
+  for (const std::string& hook : names_) Deliver(hook);
 }
 
 // In their order, for about as long as one may take: a slow hook does not hold up the others.
@@ -77,7 +86,7 @@ void Round::RunEveryRound(const Look& look) {
   message.environment["VELA_WAITING"] = std::to_string(state_.messages.size());
   message.environment["VELA_ANSWERED"] = look.answered ? "1" : "0";
   const std::filesystem::path folder = hooks_.path / kEveryRound;
-  for (const std::string& hook : ListHooks(folder)) {
+  for (const std::string& hook : ListEveryRound(hooks_.path)) {
     const HookResult result = RunHook(folder / hook, message, hooks_.timeout);
     if (IsDone(result)) continue;
     delivered_ = false;
@@ -91,7 +100,7 @@ std::vector<HookTest> TestHooks(const HookFolder& hooks, const Look& look, const
   message.environment["VELA_WAITING"] = "0";
   message.environment["VELA_ANSWERED"] = look.answered ? "1" : "0";
   std::vector<std::string> names = ListHooks(hooks.path);
-  for (const std::string& each : ListHooks(hooks.path / kEveryRound))
+  for (const std::string& each : ListEveryRound(hooks.path))
     names.push_back(std::string(kEveryRound) + "/" + each);
   std::vector<HookTest> tests;
   for (const std::string& name : names)

@@ -17,7 +17,7 @@ struct HookFolder {
 // Below the folder: hooks that are run once a round, whatever the answer is.
 constexpr const char* kEveryRound = "every-round";
 
-// Says on standard error what went wrong.
+// Says on standard error what went wrong; throws what ListHooks throws before anything is told.
 class Round {
  public:
   Round(Store& store, HookFolder hooks, const Texts& texts);
@@ -38,6 +38,7 @@ class Round {
 
   Store& store_;
   const HookFolder hooks_;
+  const std::vector<std::string> names_;  // of those that are told of changes
   const Texts& texts_;
   std::string damage_;  // the file of a state that cannot be read
   State state_;

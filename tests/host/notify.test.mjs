@@ -105,7 +105,7 @@ test("what comes and goes is soon told no more", () => {
 });
 
 test("a hook that fails or hangs is tried again in order and holds up no other", () => {
-  const {home, state, round, told, file} = box({
+  const {home, state, words, round, told, file} = box({
     "10-fails": "[ -e works ] || exit 3\n" + noting("late"),
     "20-hangs": `[ -e works ] && { ${noting("hung")}; exit; }\n[ ! -e before ] || exit 1; touch before\n` +
       "(setsid sleep 987 & echo $! >> sleepers; sleep 987 & echo $! >> sleepers); sleep 987",
@@ -122,6 +122,8 @@ test("a hook that fails or hangs is tried again in order and holds up no other",
   round("well", "--timeout", "3");
   round("well", "--timeout", "3");
   assert.deepEqual(short(told()), ["cleared Cleared"]);
+  const elsewhere = run(["notify", "--hooks", join(home, "typo"), ...words.slice(2)]);  // and forgets nothing
+  assert.match(`${elsewhere.status} ${elsewhere.err}`, /^66 .*Cannot read the hooks in .*typo.*--hooks/);
   write(`box${count}/works`, "");
   assert.equal(round("well").status, 0);
   for (const late of ["late", "hung"])
