@@ -122,12 +122,13 @@ test("a hook that fails or hangs is tried again in order and holds up no other",
   round("well", "--timeout", "3");
   round("well", "--timeout", "3");
   assert.deepEqual(short(told()), ["cleared Cleared"]);
-  const elsewhere = run(["notify", "--hooks", join(home, "typo"), ...words.slice(2)]);  // and forgets nothing
-  assert.match(`${elsewhere.status} ${elsewhere.err}`, /^66 .*Cannot read the hooks in .*typo.*--hooks/);
+  const elsewhere = run(["notify", "--hooks", join(home, "typo"), ...words.slice(2),
+    "--scenario", join(folder, "danger")]);  // says so, and forgets nothing
   write(`box${count}/works`, "");
   assert.equal(round("well").status, 0);
   for (const late of ["late", "hung"])
     assert.deepEqual(short(told(late)), ["danger New", "cleared Cleared"]);
+  assert.match(`${elsewhere.status} ${elsewhere.err}`, /^66 .*Cannot read the hooks in .*typo.*--hooks/);
   assert.deepEqual(JSON.parse(readFileSync(file)).messages, {});
   assert.deepEqual(readdirSync(state), ["state.json"]);
 });
