@@ -54,6 +54,7 @@ void AddMeasures(Json::Value& object, const VELAPart& part) {
   AddText(object, "unit", part.unit);
   if (part.unit[0] != '\0') object["reading"] = Json::Int64{part.reading};
   AddFigure(object, "mark", part.mark);
+  if (part.runtime >= 0) object["runtime"] = Json::Int64{part.runtime};
 }
 
 Json::Value ToJson(const VELAPart& part, const Parts& parts, const Texts& texts) {

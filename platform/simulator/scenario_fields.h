@@ -96,6 +96,7 @@ void Describe(Fields& fields, std::type_identity<VELAPart>) {
   fields("reading", &VELAPart::reading);
   fields("mark", &VELAPart::mark);
   fields("unit", &VELAPart::unit);
+  fields("runtime", &VELAPart::runtime);
 }
 
 template <typename Fields>

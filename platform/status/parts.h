@@ -60,16 +60,17 @@ struct VELAPart {
   char mountPoint[192] = {};  // "/volume1"
   char model[64] = {};        // "WDC WD40EFRX"; of an array its level, "RAID 5"
   char serial[64] = {};
-  std::uint64_t size = 0;    // bytes; 0: unknown, like the next two
-  std::uint64_t used = 0;    // bytes of a volume
-  std::uint64_t total = 0;   // bytes of a volume
-  std::int64_t reading = 0;  // of a sensor, fan or UPS, in `unit`
-  std::int64_t mark = 0;     // what the reading is held against; 0: nothing
-  char unit[8] = {};         // "C", "rpm", "%", "mV"; empty: it has no reading
+  std::uint64_t size = 0;     // bytes; 0: unknown, like the next two
+  std::uint64_t used = 0;     // bytes of a volume
+  std::uint64_t total = 0;    // bytes of a volume
+  std::int64_t reading = 0;   // of a sensor, fan or UPS, in `unit`
+  std::int64_t mark = 0;      // what the reading is held against; 0: nothing
+  char unit[8] = {};          // "C", "rpm", "%", "mV"; empty: it has no reading
+  std::int64_t runtime = -1;  // seconds that a UPS's battery lasts; -1: unknown
   bool operator==(const VELAPart&) const = default;
 };
 static_assert(sizeof(VELAPart) ==
-              8 + 96 + 64 + 160 + 96 + 16 + 64 + 64 + 192 + 64 + 64 + 5 * 8 + 8);
+              8 + 96 + 64 + 160 + 96 + 16 + 64 + 64 + 192 + 64 + 64 + 5 * 8 + 8 + 8);
 
 extern "C" {
 // Receives one part; it copies what it keeps. It may throw std::bad_alloc, which passes through.

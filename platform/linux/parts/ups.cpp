@@ -34,6 +34,7 @@ void TellUpsParts(const std::vector<HeardUps>& upses, const TakePart& take) {
       part.mark = ups.lowCharge;
       common::FillField(part.unit, "%");
     }
+    part.runtime = ups.runtime.value_or(-1);
     take(part);
   }
 }
