@@ -33,14 +33,6 @@ std::string FindCheckOf(const Finding& finding) {
   return entry != all.end() ? entry->check : "";
 }
 
-// The most urgent first; the document's alone where the module that explains is not loaded.
-std::vector<CheckerResult> RankFindings(const Explanation& explanation, const Json::Value& rule) {
-  if (!explanation.checkers.empty()) return MostUrgentFirst(explanation.checkers);
-  const Finding finding = ParseFinding(rule);
-  if (finding.AllWell()) return {};
-  return {{FindCheckOf(finding), Outcome::Finding, {}, rule, finding}};
-}
-
 template <typename Commands>
 Json::Value ListCommands(const Commands& commands) {
   Json::Value list(Json::arrayValue);
@@ -116,6 +108,15 @@ Json::Value Summarize(const Explanation& explanation, const Texts& texts) {
 
 }  // namespace
 
+std::vector<CheckerResult> RankFindings(const Explanation& explanation) {
+  if (!explanation.checkers.empty()) return MostUrgentFirst(explanation.checkers);
+  Json::Value document;
+  common::ParseJson(explanation.reply.document, document);
+  const Finding finding = ParseFinding(document["rule"]);
+  if (finding.AllWell()) return {};
+  return {{FindCheckOf(finding), Outcome::Finding, {}, document["rule"], finding}};
+}
+
 CompleteAnswer AskForEverything(const Host& host, const SimulatedMachine& machine) {
   const HeldRequest held(host.GetPlatform());
   const Platform& platform = host.GetPlatform();
@@ -131,8 +132,7 @@ std::string WriteCompleteAnswer(const CompleteAnswer& complete, const Texts& tex
   common::ParseJson(explanation.reply.document, document);
   Json::Value root = Summarize(explanation, texts);
   root["time"] = FormatUtcTime(complete.time);
-  root["findings"] =
-      ListFindings(RankFindings(explanation, document["rule"]), complete.evidence, texts);
+  root["findings"] = ListFindings(RankFindings(explanation), complete.evidence, texts);
   root["document"] = std::move(document);
   root["checks"] = ListChecks(explanation, complete.evidence.parts, texts);
   root["sources"] = ListSources(explanation.reply.sources, texts);

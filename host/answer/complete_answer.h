@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "host/answer/evidence.h"
 #include "host/answer/explanation.h"
@@ -20,6 +21,10 @@ struct CompleteAnswer {
 
 // Asks the machine once, for everything. Throws what Host::Ask throws.
 CompleteAnswer AskForEverything(const Host& host, const SimulatedMachine& machine);
+
+// The checks with a finding, the most urgent first; the document's own alone where the module that
+// explains is not loaded.
+std::vector<CheckerResult> RankFindings(const Explanation& explanation);
 
 // JSON on one line, in the words of one language; host/www/openapi.json describes its members.
 std::string WriteCompleteAnswer(const CompleteAnswer& complete, const Texts& texts);

@@ -46,6 +46,7 @@ struct MachineQuery {
   std::string path;
   std::string scenario = {};  // of a demo; empty: none
   std::string language = {};  // of the complete answer
+  bool openMetrics = false;   // of the metrics
   bool operator==(const MachineQuery&) const = default;
 };
 

@@ -9,7 +9,7 @@ namespace host {
 namespace {
 
 // As many as there are queries outside of a demo, so that no query waits for another one.
-constexpr unsigned kWorkers = 9;
+constexpr unsigned kWorkers = 10;
 // Half of all connections: the others stay free for what needs no machine.
 constexpr std::size_t kMostWaiting = 256;
 

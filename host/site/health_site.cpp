@@ -7,6 +7,7 @@
 
 #include "host/answer/complete_answer.h"
 #include "host/site/fleet_list.h"
+#include "host/site/metric_families.h"
 #include "host/text/language.h"
 
 namespace host {
@@ -18,7 +19,6 @@ constexpr std::string_view kGallery = "/gallery.json";
 constexpr std::string_view kFleet = "/fleet";
 constexpr std::string_view kComplete = "/v1/health";
 constexpr std::string_view kMetrics = "/metrics";
-constexpr const char* kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
 constexpr std::string_view kOpenApi = "/openapi.json";
 constexpr std::string_view kHealthz = "/healthz";  // whether this process serves
 
@@ -124,6 +124,8 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::RouteToMachine(
   }
   if (request.path == kPage) return *files_.Answer(request);
   MachineQuery query{std::string(request.path), scenario};
+  query.openMetrics = request.path == kMetrics &&
+                      ChooseExposition(request.header("Accept")) == Exposition::OpenMetrics;
   if (request.path != kComplete) return query;
   const char* wanted = request.argument("lang");
   query.language = wanted != nullptr ? FindLanguage(wanted)
@@ -137,12 +139,28 @@ std::variant<HttpAnswer, MachineQuery> HealthSite::RouteToMachine(
 
 HttpAnswer HealthSite::AskMachine(const MachineQuery& query, std::size_t requests) const {
   const SimulatedMachine machine = query.scenario.empty() ? machine_ : demo_->Open(query.scenario);
-  if (query.path == kMetrics) return {200, kMetricsType, metrics_.Scrape(host_, machine)};
   const auto start = std::chrono::steady_clock::now();
+  const auto answered = [&] {
+    metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
+  };
+  if (query.path == kMetrics) {
+    const CompleteAnswer complete = AskForEverything(host_, machine);
+    answered();  // before it is told: a scrape counts itself
+    return ExposeMetrics(complete, query.openMetrics ? Exposition::OpenMetrics : Exposition::Text);
+  }
   HttpAnswer answer = query.path == kComplete
                           ? AskComplete(machine, query.language)
                           : NotStored(host_.CallForDocument(*FindMethod(query.path), machine));
-  metrics_.Answered(std::chrono::steady_clock::now() - start, requests);
+  answered();
+  return answer;
+}
+
+HttpAnswer HealthSite::ExposeMetrics(const CompleteAnswer& complete, Exposition form) const {
+  auto families = CollectFamilies(complete, texts_.at("en"));
+  for (auto& family : metrics_.Collect()) families.push_back(std::move(family));
+  HttpAnswer answer{200, NameContentType(form), Expose(families, form)};
+  answer.headers.emplace_back("Vary", "Accept");
+  answer.packs = true;
   return answer;
 }
 

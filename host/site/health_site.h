@@ -8,9 +8,11 @@
 #include <string_view>
 #include <variant>
 
+#include "host/answer/complete_answer.h"
 #include "host/http/http.h"
 #include "host/loader/host.h"
 #include "host/site/demo.h"
+#include "host/site/exposition.h"
 #include "host/site/metrics.h"
 #include "host/site/static_files.h"
 #include "host/text/texts.h"
@@ -33,6 +35,7 @@ class HealthSite : public Site {
   const MethodRow* FindMethod(std::string_view path) const;
   bool AsksMachine(std::string_view path) const;
   std::variant<HttpAnswer, MachineQuery> RouteToMachine(const HttpRequest& request) const;
+  HttpAnswer ExposeMetrics(const CompleteAnswer& complete, Exposition form) const;
   HttpAnswer AskComplete(const SimulatedMachine& machine, const std::string& language) const;
 
   const Host& host_;

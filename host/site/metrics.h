@@ -1,17 +1,16 @@
-// What Prometheus reads at /metrics.
+// The answers that a server has given, as metrics.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <memory>
-#include <string>
+#include <vector>
 
-#include "host/loader/host.h"
+#include <prometheus/metric_family.h>
 
 namespace host {
 
-// Thread-safe. The answer times add up over the life of the process; everything else is
-// asked afresh for each scrape.
+// Thread-safe. They add up over the life of the process.
 class Metrics {
  public:
   Metrics();
@@ -19,11 +18,10 @@ class Metrics {
   Metrics(const Metrics&) = delete;
   Metrics& operator=(const Metrics&) = delete;
 
-  // The machine was asked once for a health answer, which so many requests got.
+  // The machine was asked once, and so many requests got the answer.
   void Answered(std::chrono::steady_clock::duration took, std::size_t requests) const;
 
-  // The text exposition format. Throws what Host::Ask throws.
-  std::string Scrape(const Host& host, const SimulatedMachine& machine) const;
+  std::vector<prometheus::MetricFamily> Collect() const;
 
  private:
   struct State;

@@ -12,7 +12,6 @@
 
 namespace source_status {
 
-// People read these numbers from the metrics: they stay.
 enum class State : std::int32_t {
   NotAsked = -1,
   Absent = 0,  // nothing on this machine is of its kind, and nothing says that there should be

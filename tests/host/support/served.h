@@ -16,7 +16,7 @@
 
 namespace host::test {
 
-constexpr int kWorkers = 9, kMostWaiting = 256;
+constexpr int kWorkers = 10, kMostWaiting = 256;
 
 // Answers with the number of its query and of those who get it: "7 for 2".
 class CountingSite : public Site {
