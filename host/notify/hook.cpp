@@ -74,7 +74,8 @@ std::vector<std::string> ListEnvironment(const Message& message) {
     const std::string line = *each;
     if (!message.environment.contains(line.substr(0, line.find('=')))) list.push_back(line);
   }
-  for (const auto& [name, value] : message.environment) list.push_back(name + "=" + value);
+  for (const auto& [name, value] : message.environment)
+    list.push_back(std::string(name).append("=").append(value));
   return list;
 }
 
