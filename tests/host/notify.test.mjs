@@ -225,4 +225,10 @@ test("no name reaches a hook with a line end of its own", () => {
     "[[ $VELA_SUBJECT$VELA_HOST$VELA_SENTENCE != *[[:cntrl:]]* ]] && echo clean >> told"});
   round("hostile"), round("hostile");
   assert.deepEqual(told(), ["0", "clean"]);
+  for (const start of ["", "x"]) {  // a long one is cut between two characters
+    scenario("long", {...danger, hostName: start + "ü".repeat(120)});
+    const long = box({a: 'iconv -f utf-8 -t utf-8 <<< "$VELA_SUBJECT" >> told'});
+    long.round("long");
+    assert.match(long.told().join(), /^x?ü{99,100}…$/);
+  }
 });
