@@ -35,11 +35,20 @@ bool WriteWhole(int file, std::string_view text) {
   return true;
 }
 
+// What root writes by hand belongs to whom the folder belongs to, who must read it in the next
+// round.
+void GiveToOwner(int file, const fs::path& folder) {
+  struct stat owner = {};
+  if (geteuid() == 0 && stat(folder.c_str(), &owner) == 0)
+    (void)!fchown(file, owner.st_uid, owner.st_gid);
+}
+
 // Also on the disk: the file before its name, and then the name.
 bool ReplaceDurably(const fs::path& folder, std::string_view text) {
   const fs::path file = folder / kStateFile, beside = folder / ".state.json.new";
   const int out = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
   if (out < 0) return false;
+  GiveToOwner(out, folder);
   const bool whole = WriteWhole(out, text) && fsync(out) == 0;
   const int error = errno;
   close(out);
