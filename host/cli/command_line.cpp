@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 
+#include "host/cli/check_line.h"
 #include "host/cli/commands.h"
 #include "host/cli/common_options.h"
 #include "host/cli/serve_command.h"
@@ -24,17 +25,21 @@ constexpr const char* kFooter =
 
 class CommandLine {
  public:
-  CommandLine() : app_(kDescription, "vela-health") {
+  explicit CommandLine(bool check) : app_(kDescription, "vela-health"), check_(check) {
     app_.footer(kFooter);
     app_.set_version_flag("--version", "vela-health " VELA_VERSION);
     app_.fallthrough();
     app_.require_subcommand(0, 1);
     app_.failure_message([this](const CLI::App*, const CLI::Error& error) {
-      return FormatUsageError(app_, UsedOptions(), Sanitize(error.what()));
+      return "vela-health: " + FormatUsageError(app_, UsedOptions(), Sanitize(error.what()));
     });
     AddCommonOptions(app_, common_);
     Add("status", "The most urgent finding and what to do about it (the default)", kCommonOptions,
         [](Session& session) { return RunStatus(session); });
+    Add("check",
+        "For monitoring systems: one line, and exit status 0 to 3 (3: whatever went wrong)",
+        {"--platform", "--module", "--scenario", "--lang"},
+        [](Session& session) { return RunCheck(session); });
     Add("explain", "What each check saw and found, and why the most urgent one won", kCommonOptions,
         [](Session& session) { return RunExplain(session); });
     AddDiff();
@@ -53,8 +58,7 @@ class CommandLine {
       app_.parse(std::move(words));
       ExpectUsedOptions();
     } catch (const CLI::ParseError& error) {
-      const bool helped = app_.exit(error) == 0;  // prints help or what is wrong
-      return helped ? kHealthy : kUsage;
+      return TellUsage(error);
     }
     // What the environment says is of no use here.
     if (!Uses("--platform") || serve_.demo) common_.platform.clear();
@@ -65,8 +69,7 @@ class CommandLine {
  private:
   using Command = std::function<ExitStatus(Session&)>;
 
-  // "help status" is "status --help".
-  void AskForHelp(std::vector<std::string>& words) const {
+  void AskForHelp(std::vector<std::string>& words) const {  // "help status": "status --help"
     if (words.empty() || words.front() != "help") return;
     words.erase(words.begin());
     const auto known = app_.get_subcommands([&words](const CLI::App* each) {
@@ -75,8 +78,17 @@ class CommandLine {
     if (!known.empty()) words.push_back("--help");
   }
 
-  // Of the common options.
-  const Names& UsedOptions() const {
+  // Prints help or what is wrong; neither says that a machine is well.
+  int TellUsage(const CLI::ParseError& error) const {
+    const bool helped = error.get_exit_code() == 0;
+    if (check_ && !helped)
+      return TellCheckFailure(FormatUsageError(app_, UsedOptions(), Sanitize(error.what())));
+    app_.exit(error);
+    if (helped) return check_ ? kIncomplete : kHealthy;
+    return kUsage;
+  }
+
+  const Names& UsedOptions() const {  // of the common options
     const auto chosen = app_.get_subcommands();
     return chosen.empty() ? kCommonOptions : used_.at(chosen.front());
   }
@@ -201,6 +213,7 @@ class CommandLine {
   }
 
   CLI::App app_;
+  const bool check_;  // what is wrong is told on a plug-in's line
   CommonOptions common_;
   ServeOptions serve_;
   NotifyOptions notify_;
@@ -214,20 +227,24 @@ class CommandLine {
 }  // namespace
 
 int RunCommandLine(int count, const char* const* arguments) {
+  const bool check = AsksForCheck(count, arguments);
+  const auto complain = [check](const std::string& what, ExitStatus status) {
+    if (check) return TellCheckFailure(what);
+    std::cerr << "vela-health: " << what << '\n';
+    return status;
+  };
   try {
     const HeldOutput output;
-    const int status = CommandLine().Run(count, arguments);
+    const int status = CommandLine(check).Run(count, arguments);
     output.Write();
     return status;
   } catch (const Failure& failure) {
-    std::cerr << "vela-health: " << failure.what() << '\n';
-    return failure.Status();
+    return complain(failure.what(), failure.Status());
   } catch (const std::bad_alloc&) {
-    std::cerr << "vela-health: out of memory\n";
+    return complain("out of memory", kInternal);
   } catch (const std::exception& error) {
-    std::cerr << "vela-health: Cannot go on: " << Sanitize(error.what()) << '\n';
+    return complain("Cannot go on: " + Sanitize(error.what()), kInternal);
   }
-  return kInternal;
 }
 
 }  // namespace host

@@ -15,6 +15,9 @@ int RunCommandLine(int count, const char* const* arguments);
 // The most urgent finding in words, what to do about it, and what was read.
 ExitStatus RunStatus(Session& session);
 
+// One line and performance data, as monitoring plug-ins print them.
+ExitStatus RunCheck(Session& session);
+
 // What each check saw and found, and why this finding won.
 ExitStatus RunExplain(Session& session);
 

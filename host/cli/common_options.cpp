@@ -72,7 +72,7 @@ std::string FormatUsageError(const CLI::App& app, const Names& used, const std::
   const std::string help =
       meant.help(chosen.empty() ? "" : "vela-health", CLI::AppFormatMode::Normal);
   const std::size_t usage = std::min(help.find("Usage:"), help.size());
-  std::string text = "vela-health: " + what + "\n" + SuggestWord(app, used, what) +
+  std::string text = what + "\n" + SuggestWord(app, used, what) +
                      help.substr(usage, help.find('\n', usage) - usage) + "\n";
   if (chosen.empty()) {
     Names all;

@@ -42,10 +42,40 @@ const onTerminal = (columns, words, environment = "TERM=xterm") => spawnSync("sc
 
 test("the exit status tells the verdict", expectTable);
 test("explain shows every check and what decided", expectTable);
+test("check is one line for monitoring systems whatever happens", expectTable);
 test("an option that a command has no use for is refused", expectTable);
 test("status names the part and what shows and mends it", expectTable);
 test("no name reaches the terminal with its control characters", expectTable);
 test("report holds findings and checks and sources and the document", expectTable);
+
+// By the Monitoring Plugins' guidelines: 'label'=value[unit];[warn];[crit];[min];[max] ...
+const figure = /^('(?:[^'=]|'')+'|[^ '=]+)=-?[\d.]+(?:%|B)?(?:;(?:@?(?:~|-?[\d.]+)?:?(?:-?[\d.]+)?)?){0,2}(?:;-?[\d.]*){0,2}(?: |$)/;
+
+test("the performance data of every machine follows the guidelines", () => {
+  const states = ["OK", "WARNING", "CRITICAL", "UNKNOWN"];
+  for (const [turn, name] of [...scenarios, ...["hostile", "measured"].map(each => join(folder, each))].entries()) {
+    const {status, out} = run(["check", "--scenario", name, "--lang", languages[turn % languages.length]]);
+    const [, state, rest] = out.match(/^(\w+) - [^|\p{Cc}]+ \| ([^|\p{Cc}]+)\n$/u) ?? [];
+    assert.equal(state, states[status], `${name} ${out}`);
+    const labels = [];
+    for (let left = rest; left; left = left.slice(labels.at(-1)[0].length)) {
+      labels.push(left.match(figure));
+      assert.ok(labels.at(-1), `${name} ${left}`);
+    }
+    assert.equal(new Set(labels.map(([, label]) => label)).size, labels.length, out);
+    const findings = Number(rest.match(/^findings=(\d+)/)[1]);
+    assert.equal(findings > 0, status === 1 || status === 2, out);
+  }
+});
+
+test("a monitoring system's own plug-in reads what check says", () => {
+  for (const [options, name, status, text] of tables.negated) {
+    const words = [...options.split(" "), program, "check", "--scenario", name, "--lang", "en"];
+    const negated = spawnSync("/usr/lib/nagios/plugins/negate", words, {encoding: "utf8"});
+    assert.equal(negated.status, status, negated.stdout);
+    assert.ok(negated.stdout.startsWith(text), negated.stdout);
+  }
+});
 
 test("a finding is judged by id and type together and an answer by what it lacks", () => {
   for (const [answer, status, words] of tables.answers) {
@@ -303,7 +333,7 @@ test("every command and option is in the manual and the completions", () => {
   const commands = [...help.matchAll(/\n {2}([a-z]+) {2}/g)].map(([, name]) => name);
   const pages = [help, ...commands.map(name => run([name, "--help"]).out)];
   const words = new Set([...commands, ...pages.join().match(/--[a-z-]+/g)]);
-  assert.ok(commands.length === 8 && words.has("--why") && words.has("--scenario"));
+  assert.ok(commands.length === 9 && words.has("--why") && words.has("--scenario"));
   const files = ["man/vela-health.1", "completion/vela-health.bash", "completion/_vela-health"];
   for (const file of files) {
     const text = read(join(source, "packaging", file)).replaceAll("\\", "");
