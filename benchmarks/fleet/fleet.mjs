@@ -3,11 +3,11 @@
 // the benchmark beside this file and for the test of what the shipped rules tell.
 import {spawn} from "node:child_process";
 import {once} from "node:events";
-import {copyFileSync, mkdtempSync, openSync, readFileSync, readdirSync, rmSync, writeFileSync}
+import {cpSync, mkdtempSync, openSync, readFileSync, readdirSync, rmSync, writeFileSync}
   from "node:fs";
 import {createServer} from "node:http";
 import {tmpdir} from "node:os";
-import {basename, join} from "node:path";
+import {join} from "node:path";
 import {setTimeout as sleep} from "node:timers/promises";
 
 // A busy machine takes its time: what is awaited comes about by itself.
@@ -34,8 +34,17 @@ function ownAddress(port) {
 const replaceBlock = (text, name, block) =>
   text.replace(new RegExp(`^${name}:.*\\n(?:(?:[ #-].*)?\\n)*`, "m"), () => block);
 
+// How long the rules and the routing that ship hold back that something is over.
+function shortenHolding(folder, seconds) {
+  for (const name of readdirSync(folder).filter(each => each.endsWith(".yml"))) {
+    const text = readFileSync(join(folder, name), "utf8");
+    writeFileSync(join(folder, name),
+      text.replace(/(keep_firing_for|group_interval): \w+/g, (_, key) => `${key}: ${seconds}s`));
+  }
+}
+
 // The routing that ships, with each of its receivers at the web hook.
-export function pointReceivers(configuration, hook) {
+function pointReceivers(configuration, hook) {
   const receivers = /^receivers:.*\n(?:(?:[ #-].*)?\n)*/m.exec(configuration)[0];
   const names = [...receivers.matchAll(/^ *-.*\bname: *["']?([\w-]+)/gm)].map(([, name]) => name);
   const hooks = names.map(name =>
@@ -97,8 +106,9 @@ export class Fleet {
   folder = mkdtempSync(join(tmpdir(), "vela-fleet-"));
 
   // `mixin`: the folder of the rules and the routing that ship. Intervals in seconds. With
-  // `stretch` that of the scrapes is longer where the machine is too busy for it.
-  static async start({program, mixin, boxes, scrape, stretch, evaluation = 5, refresh = 5}) {
+  // `stretch` that of the scrapes is longer where the machine is too busy for it. `over`: what is
+  // over is held back no longer than this.
+  static async start({program, mixin, boxes, scrape, stretch, over, evaluation = 5, refresh = 5}) {
     const fleet = new Fleet();
     process.once("exit", () => fleet.kill());
     await fleet.hub.start(boxes);
@@ -106,9 +116,10 @@ export class Fleet {
     if (stretch) scrape = Math.min(60, Math.max(scrape, Math.ceil(3 * await fleet.timeRound())));
     fleet.alertmanager = ownAddress(19093);
     fleet.prometheus = ownAddress(19090);
+    cpSync(mixin, fleet.folder, {recursive: true});
+    if (over) shortenHolding(fleet.folder, over);
+    fleet.startAlertmanager();
     const rules = readdirSync(mixin).filter(name => name.endsWith(".rules.yml"));
-    for (const name of rules) copyFileSync(join(mixin, name), join(fleet.folder, name));
-    fleet.startAlertmanager(readFileSync(join(mixin, "alertmanager.yml"), "utf8"));
     fleet.startPrometheus(kScrape({...fleet, scrape, evaluation, refresh, rules}));
     await eventually("Prometheus", 60, async () =>
       (await fetch(`http://${fleet.prometheus}/-/ready`).catch(() => ({}))).ok);
@@ -140,9 +151,9 @@ export class Fleet {
     return (performance.now() - start) / 1000 * this.hub.boxes / some;
   }
 
-  startAlertmanager(configuration) {
+  startAlertmanager() {
     const file = join(this.folder, "alertmanager.yml");
-    writeFileSync(file, pointReceivers(configuration, `${this.hub.url}/alerts`));
+    writeFileSync(file, pointReceivers(readFileSync(file, "utf8"), `${this.hub.url}/alerts`));
     this.spawn("alertmanager", "prometheus-alertmanager", [`--config.file=${file}`,
       `--storage.path=${join(this.folder, "alerts")}`, "--cluster.listen-address=",
       `--web.listen-address=${this.alertmanager}`, "--log.level=warn"]);

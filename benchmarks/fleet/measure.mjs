@@ -29,8 +29,8 @@ async function watch(fleet, seconds) {
   return seen;
 }
 
-const ofState = (state, messages) => messages.flatMap(message =>
-  message.alerts.filter(alert => alert.status === state).map(({labels}) => ({...message, labels})));
+const firing = ({hub}) => hub.messages.flatMap(({at, alerts}) =>
+  alerts.filter(({status}) => status === "firing").map(({labels}) => ({at, labels})));
 
 // Seconds from each fault to the first message about its box, sorted.
 async function timeFaults(fleet) {
@@ -40,7 +40,7 @@ async function timeFaults(fleet) {
     .__param_scenario).map(({labels}) => labels.instance));
   const first = new Map();
   await eventually("message about every fault", 2 * kScrape + 90, () => {
-    for (const {at, labels} of ofState("firing", fleet.hub.messages))
+    for (const {at, labels} of firing(fleet))
       if (!first.has(labels.instance)) first.set(labels.instance, (at - start) / 1000);
     return [...faulty].every(instance => first.has(instance));
   });
@@ -79,8 +79,7 @@ async function measure(boxes) {
     await sleep((kScrape + 20) * 1000);  // all are known and scraped; warnings take 30 s more
     seen.fire = await watch(fleet, Math.max(kScrape, 75));
     seen.fire.messages = fleet.hub.messages.length;
-    seen.fire.told = new Set(ofState("firing", fleet.hub.messages)
-      .map(({labels}) => JSON.stringify(labels))).size;
+    seen.fire.told = new Set(firing(fleet).map(({labels}) => JSON.stringify(labels))).size;
     seen.fire.active = await fleet.number('count(ALERTS{alertstate="firing"})');
     seen.fire.dropped = await fleet.own("prometheus", "prometheus_notifications_dropped_total");
     return seen;
