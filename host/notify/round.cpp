@@ -40,25 +40,22 @@ void Round::Save() {
                             "folder with --state."));
 }
 
-// When nothing can be saved no later round knows of this one, so nothing is waited for: what is
-// there, or missing, counts as if it had been so for a second round.
-std::vector<ItemChange> Round::Compare(const Look& look) {
-  std::vector<ItemChange> changes = state_.memory.Compare(look, !damage_.empty());
-  Save();
-  if (saved_) return changes;
-  for (ItemChange& change : state_.memory.Compare(look, true)) changes.push_back(std::move(change));
-  return changes;
+void Round::Queue(const Look& look, const std::vector<ItemChange>& changes,
+                  const std::string& note) {
+  if (changes.empty() && note.empty()) return;
+  AddMessage(state_, WriteMessage(look, changes, note, texts_), names_);
+  if (names_.empty()) Say("Nobody was told: there is no hook in " + hooks_.path.string());
 }
 
+// That something counts as told is saved together with the message that tells it. When nothing can
+// be saved no later round knows of this one, so nothing is waited for: what is there, or missing,
+// counts as if it had been so for a second round.
 void Round::Tell(const Look& look) {
-  const std::vector<ItemChange> changes = Compare(look);
-  std::string note;
-  if (!damage_.empty()) note = texts_.FormatUi("notify_state_lost", std::exchange(damage_, ""));
-  if (!changes.empty() || !note.empty()) {
-    AddMessage(state_, WriteMessage(look, changes, note, texts_), names_);
-    if (names_.empty()) Say("Nobody was told: there is no hook in " + hooks_.path.string());
-  }
+  const std::string damage = std::exchange(damage_, "");
+  Queue(look, state_.memory.Compare(look, !damage.empty()),
+        damage.empty() ? "" : texts_.FormatUi("notify_state_lost", damage));
   Save();
+  if (!saved_) Queue(look, state_.memory.Compare(look, true), "");
   for (const std::string& hook : names_) Deliver(hook);
 }
 

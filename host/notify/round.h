@@ -32,7 +32,7 @@ class Round {
   bool Saved() const { return saved_; }
 
  private:
-  std::vector<ItemChange> Compare(const Look& look);
+  void Queue(const Look& look, const std::vector<ItemChange>& changes, const std::string& note);
   void Save();
   void Deliver(const std::string& hook);
 
