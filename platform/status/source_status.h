@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "common/sources.h"
 
@@ -38,6 +39,11 @@ constexpr const char* NameState(State state) {
   const int index = static_cast<int>(state) - static_cast<int>(State::NotAsked);
   return kStateNames[static_cast<std::size_t>(index)].name;
 }
+
+// Begins the reason that goes on "SERIAL (Health), SERIAL (SelfTest)". No part has these serial
+// numbers: only by these words does a capture find them.
+inline constexpr std::string_view kStrayDisks =
+    "smartd has warned of disks that this machine does not have: ";
 
 }  // namespace source_status
 

@@ -308,7 +308,11 @@ test("capture makes a machine that answers the same or nothing", each => {
       [{key: "k", check: "UPS", part: "UPS-1", words: "serial-3, node-1",
         mend: ["smartctl -x /dev/disk/by-id/ata-serial-1"]}]]);
   assert.deepEqual(aliased.parts.map(({name, serial}) => serial ?? name),
-    ["serial-1", "serial-2", "serial-1", "UPS-1", "node-1", "serial-3"]);
+    ["serial-1", "serial-2", "serial-1", "UPS-1", "node-1", "serial-3", "LUN", "LUN 2", "LUN 3"]);
+  assert.deepEqual(aliased.sources.SMART.also, [{remedy: "rm /x/serial-4", reason:
+    "smartd has warned of disks that this machine does not have: serial-4 (Health), serial-5 (SelfTest), serial-6 (He"}]);
+  assert.deepEqual(aliased.parts.flatMap(({path}) => path ?? []), ["wwn-id-1-part1", "scsi-SATA_WDC_X_id-2",
+    "nvme-M_id-3_1"].map(name => `/dev/disk/by-id/${name}`));
   assert.equal(saved(join(folder, "aliased"), "expected.json").hostname, "host-1");
 });
 

@@ -4,6 +4,7 @@
 
 #include "platform/linux/base/sysfs.h"
 #include "platform/linux/smart/warning_records.h"
+#include "platform/status/source_status.h"
 
 namespace linux_platform {
 namespace {
@@ -148,7 +149,7 @@ SmartCoverage SmartWatch::GetCoverage(std::span<const std::string> blockDevices)
     last = serial;
   }
   if (!strays.empty())
-    coverage.stray = {"smartd has warned of disks that this machine does not have: " + strays,
+    coverage.stray = {std::string(source_status::kStrayDisks) + strays,
                       "if it is gone for good: rm " + std::string(kWarningsFolder) + "/" + last};
   return coverage;
 }
