@@ -29,12 +29,13 @@ constexpr std::size_t kLargestOutput = 16U << 20U;
 std::string ReadOutput(FILE* stream) {
   std::string text;
   std::array<char, 4096> part;
-  errno = 0;
   for (std::size_t length = 1; length > 0 && text.size() <= kLargestOutput;) {
+    errno = 0;
     length = std::fread(part.data(), 1, part.size(), stream);
+    // Before the text grows: an allocation that succeeds at the second attempt leaves ENOMEM, too.
+    if (errno == ENOMEM) throw std::bad_alloc();
     text.append(part.data(), length);
   }
-  if (errno == ENOMEM) throw std::bad_alloc();
   return text;
 }
 
