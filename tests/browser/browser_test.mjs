@@ -250,6 +250,11 @@ test("it asks only while visible, and never twice within a minute", async () => 
   assert.equal(await asked(3600), 0);
   await become(false);
   assert.equal(await asked(1, 1), 1, "old news are refreshed at once");
+  await page.route("**/v1/health*", route => route.abort());
+  assert.equal(await asked(60, 1), 1);
+  assert.equal(await asked(8), 0);
+  assert.equal(await asked(2, 1), 1, "who does not answer is asked again ten seconds later");
+  assert.ok(problemsSoFar().every(problem => problem.includes("ERR_FAILED")));
 });
 
 test("who asks again is answered at once, and what is looked at stays", async () => {
