@@ -46,6 +46,7 @@ class CommandLine {
     AddFindings();
     AddCapture();
     AddReport();
+    AddMetrics();
     AddNotify();
     AddServe();
   }
@@ -162,6 +163,14 @@ class CommandLine {
         ->required();
   }
 
+  void AddMetrics() {
+    Add("metrics", "The metrics as text, for the textfile collector of node_exporter",
+        {"--platform", "--module", "--scenario", "--lang"},
+        [this](Session& session) { return RunMetrics(session, metrics_); })
+        ->add_option("file", metrics_,
+                     "The file to write, for example vela-health.prom; by default the output");
+  }
+
   void AddNotify() {
     CLI::App* notify = Add("notify", "Tell the hooks what has changed since the last time",
                            {"--platform", "--module", "--scenario", "--lang"},
@@ -219,7 +228,7 @@ class CommandLine {
   NotifyOptions notify_;
   std::array<std::string, 2> sides_;
   bool markdown_ = false, realNames_ = false;
-  std::string to_, why_, page_, word_;
+  std::string to_, why_, page_, word_, metrics_;
   std::map<const CLI::App*, Names> used_;  // of the common options, by command
   Command command_ = [](Session& session) { return RunStatus(session); };
 };

@@ -45,6 +45,11 @@ struct NotifyOptions {
 // Asks once, and runs the hooks when something is to be told. kHealthy: everything was delivered.
 ExitStatus RunNotify(Session& session, const NotifyOptions& options);
 
+// The metrics as node_exporter's textfile collector reads them, to the file, or to standard output
+// when that is empty. A file that is there is replaced only when it holds such metrics; when it
+// throws the file is what it was. kHealthy: written, whatever the machine's state.
+ExitStatus RunMetrics(Session& session, const std::string& file);
+
 // The answer as one page; "-" is standard output. A file that is there is replaced only when it
 // is a report, too; when it throws the file is what it was.
 ExitStatus RunReport(Session& session, const std::string& file);

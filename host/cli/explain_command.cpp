@@ -61,7 +61,7 @@ void PrintRanking(const std::vector<CheckerResult>& ranked, const Texts& texts,
 }
 
 void Print(const CompleteAnswer& complete, const Texts& texts) {
-  const auto& [time, explanation, evidence, notes] = complete;
+  const auto& [time, explanation, evidence, notes, snapshotTime] = complete;
   const Style style = Style::ForStandardOutput();
   const SourceReports& sources = explanation.reply.sources;
   const Finding rule = ParseAnswer(explanation.reply.document).rule;

@@ -1,6 +1,7 @@
 #include "host/cli/new_files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -31,10 +32,12 @@ fs::path Absolute(const fs::path& path) {
 }
 
 // Creates the file; nothing that is there already, a link neither, is written to.
-std::error_code WriteNew(const fs::path& file, std::string_view text) {
+std::error_code WriteNew(const fs::path& file, std::string_view text, Readers readers) {
   const int out = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
   if (out < 0) return {errno, std::generic_category()};
   std::error_code error = WriteAll(out, text);
+  if (readers == Readers::All && fchmod(out, 0644) != 0 && !error)
+    error = {errno, std::generic_category()};
   if (close(out) != 0 && !error) error = {errno, std::generic_category()};
   return error;
 }
@@ -92,19 +95,19 @@ void NewFolder::Make(const std::vector<std::pair<std::string, std::string>>& fil
   if (error) CannotWrite(path_, error);
 }
 
-void ExpectReplaceable(const fs::path& file, std::string_view mark) {
+void ExpectReplaceable(const fs::path& file, std::string_view mark, const std::string& kind) {
   std::error_code error;
   if (!fs::exists(fs::symlink_status(file, error))) return;
   std::string start(mark.size(), '\0');
   std::ifstream in(file, std::ios::binary);
   if (fs::is_regular_file(file, error) && in.read(start.data(), std::ssize(start)) && start == mark)
     return;
-  CannotWrite(file, "it is there already, and is no report", "Name a new file.");
+  CannotWrite(file, "it is there already, and is no " + kind, "Name a new file.");
 }
 
-void ReplaceFile(const fs::path& file, std::string_view text) {
+void ReplaceFile(const fs::path& file, std::string_view text, Readers readers) {
   const std::string beside = file.string() + ".new-" + std::to_string(getpid());
-  std::error_code error = WriteNew(beside, text);
+  std::error_code error = WriteNew(beside, text, readers);
   const bool ours = error != std::errc::file_exists;
   if (!error) fs::rename(beside, file, error);
   if (!error) return;

@@ -33,9 +33,14 @@ class NewFolder {
 
 // To an open file.
 std::error_code WriteAll(int file, std::string_view text);
-// Fails when `file` is there already and does not begin with `mark`.
-void ExpectReplaceable(const std::filesystem::path& file, std::string_view mark);
+// Fails when `file` is there already and does not begin with `mark`, so that it is none of `kind`:
+// "report".
+void ExpectReplaceable(const std::filesystem::path& file, std::string_view mark,
+                       const std::string& kind);
+// Who may read a new file: as the process's umask has it, or everybody.
+enum class Readers { Usual, All };
 // By a file beside it that is renamed: readers see the old one or the new one, whole.
-void ReplaceFile(const std::filesystem::path& file, std::string_view text);
+void ReplaceFile(const std::filesystem::path& file, std::string_view text,
+                 Readers readers = Readers::Usual);
 
 }  // namespace host

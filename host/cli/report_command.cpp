@@ -33,7 +33,7 @@ std::string MakePage(Session& session, const CompleteAnswer& complete) {
 
 ExitStatus RunReport(Session& session, const std::string& file) {
   const bool toOutput = file == "-";
-  if (!toOutput) ExpectReplaceable(file, kReportMark);
+  if (!toOutput) ExpectReplaceable(file, kReportMark, "report");
   const SimulatedMachine machine = session.OpenMachine();
   const CompleteAnswer complete = AskForEverything(session.GetHost(), machine);
   const std::string page = MakePage(session, complete);

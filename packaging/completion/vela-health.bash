@@ -6,7 +6,7 @@ _vela_health() {
   local scenarios=/usr/share/vela-systemhealth/scenarios
   for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $each in
-      status | check | explain | diff | findings | capture | report | notify | serve) command=$each ;;
+      status | check | explain | diff | findings | capture | report | metrics | notify | serve) command=$each ;;
     esac
   done
   case $before in
@@ -23,9 +23,10 @@ _vela_health() {
     findings) mapfile -t COMPREPLY < <(compgen -W "--markdown $words" -- "$word") ;;
     capture) mapfile -t COMPREPLY < <(compgen -W "--why --real-names $options" -d -- "$word") ;;
     report) mapfile -t COMPREPLY < <(compgen -W "$options" -f -- "$word") ;;
+    metrics) mapfile -t COMPREPLY < <(compgen -W "--platform --module --scenario --lang --help" -f -- "$word") ;;
     notify) mapfile -t COMPREPLY < <(compgen -W "--hooks --state --timeout --test --platform --module --scenario --lang --help" -- "$word") ;;
     serve) mapfile -t COMPREPLY < <(compgen -W "--listen --port --allow-remote --host-name --demo --platform --module --scenario --help" -- "$word") ;;
-    '') mapfile -t COMPREPLY < <(compgen -W "status check explain diff findings capture report notify serve help $options" -- "$word") ;;
+    '') mapfile -t COMPREPLY < <(compgen -W "status check explain diff findings capture report metrics notify serve help $options" -- "$word") ;;
     *) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word") ;;
   esac
 }
