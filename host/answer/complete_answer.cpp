@@ -120,9 +120,10 @@ std::vector<CheckerResult> RankFindings(const Explanation& explanation) {
 CompleteAnswer AskForEverything(const Host& host, const SimulatedMachine& machine) {
   const HeldRequest held(host.GetPlatform());
   const Platform& platform = host.GetPlatform();
-  CompleteAnswer complete{std::time(nullptr), AskExplanation(host, machine), {}, {}};
+  CompleteAnswer complete{std::time(nullptr), AskExplanation(host, machine), {}, {}, -1};
   complete.evidence = GatherEvidence(platform, complete.explanation.checkers);
   complete.notes = platform.ReadNotes();
+  complete.snapshotTime = platform.ReadSnapshotTime();
   return complete;
 }
 

@@ -17,6 +17,7 @@ struct CompleteAnswer {
   Explanation explanation;
   Evidence evidence;
   Notes notes;
+  std::int64_t snapshotTime = -1;  // when the collector last looked, like `time`; -1: never
 };
 
 // Asks the machine once, for everything. Throws what Host::Ask throws.

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "host/cli/check_line.h"
+#include "host/cli/command_options.h"
 #include "host/cli/commands.h"
 #include "host/cli/common_options.h"
 #include "host/cli/serve_command.h"
@@ -172,47 +173,17 @@ class CommandLine {
   }
 
   void AddNotify() {
-    CLI::App* notify = Add("notify", "Tell the hooks what has changed since the last time",
-                           {"--platform", "--module", "--scenario", "--lang"},
-                           [this](Session& session) { return RunNotify(session, notify_); });
-    notify
-        ->add_option("--hooks", notify_.hooks,
-                     "The folder with what is run, by default " + notify_.hooks)
-        ->type_name("DIR");
-    notify
-        ->add_option("--state", notify_.state,
-                     "The folder that keeps what was told, by default $STATE_DIRECTORY, else "
-                     "/var/lib/vela-health-notify")
-        ->type_name("DIR");
-    notify->add_option("--timeout", notify_.timeout, "The seconds that a hook may take, or 30")
-        ->check(CLI::Range(1, 3600).description(""))
-        ->type_name("SECONDS");
-    notify->add_flag("--test", notify_.test,
-                     "Send a sample through every hook, and say how it went");
-    notify->footer(
-        notify->get_footer() +
-        "\nExit status: 0 all was delivered, or there was nothing to tell; 1 a hook did\n"
-        "not take it, and is tried again the next time; 69 the machine gave no answer,\n"
-        "which was told; 73 what was told could not be kept; 75 another one is at work.");
+    AddNotifyOptions(*Add("notify", "Tell the hooks what has changed since the last time",
+                          {"--platform", "--module", "--scenario", "--lang"},
+                          [this](Session& session) { return RunNotify(session, notify_); }),
+                     notify_);
   }
 
   void AddServe() {
     CLI::App* serve = Add("serve", "Serve the answer over HTTP until stopped",
                           {"--platform", "--module", "--scenario"},
                           [this](Session& session) { return RunServe(session, serve_); });
-    serve
-        ->add_option("--listen", serve_.listen,
-                     "The address to listen on, by default 127.0.0.1:8480")
-        ->type_name("ADDR:PORT");
-    serve->add_option("--port", serve_.port, "The port alone; 0 takes any free one")
-        ->check(CLI::Range(0, 65535).description(""))
-        ->type_name("PORT");
-    serve->add_flag("--allow-remote", serve_.allowRemote,
-                    "Listen on addresses that other machines reach");
-    serve
-        ->add_option("--host-name", serve_.hostNames,
-                     "A name under which browsers or a proxy reach it, beside this machine's own")
-        ->type_name("NAME");
+    AddServeOptions(*serve, serve_);
     serve
         ->add_flag("--demo", serve_.demo,
                    "Simulated machines only: /gallery shows every finding, /?scenario=NAME any of "

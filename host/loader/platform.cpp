@@ -34,6 +34,7 @@ Platform::Platform(const std::string& path, Scope scope)
       notes_(library_.FindFunction<decltype(notes_)>("VELAPlatformNotes")),
       parts_(library_.FindFunction<decltype(parts_)>("VELAPlatformParts")),
       evidence_(library_.FindFunction<decltype(evidence_)>("VELAPlatformEvidence")),
+      snapshotTime_(library_.FindFunction<decltype(snapshotTime_)>("VELAPlatformSnapshotTime")),
       open_(library_.FindFunction<decltype(open_)>("VELASimulatorOpen")),
       close_(library_.FindFunction<decltype(close_)>("VELASimulatorClose")),
       enter_(library_.FindFunction<decltype(enter_)>("VELASimulatorEnter")) {
@@ -79,6 +80,10 @@ std::vector<VELAPart> Platform::ReadParts() const { return ReadAll<VELAPart>(par
 
 std::vector<VELAEvidence> Platform::ReadEvidence() const {
   return ReadAll<VELAEvidence>(evidence_);
+}
+
+std::int64_t Platform::ReadSnapshotTime() const {
+  return snapshotTime_ != nullptr ? snapshotTime_() : -1;
 }
 
 HeldRequest::HeldRequest(const Platform& platform) : platform_(platform) {

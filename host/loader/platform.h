@@ -9,6 +9,7 @@
 #include "host/loader/library.h"
 #include "platform/recorder/recorder.h"
 #include "platform/simulator/simulator.h"
+#include "platform/status/collected.h"
 #include "platform/status/evidence.h"
 #include "platform/status/notes.h"
 #include "platform/status/parts.h"
@@ -42,6 +43,8 @@ class Platform {
   // Who the names in an answer stand for, and why something was not well; looked for now.
   std::vector<VELAPart> ReadParts() const;
   std::vector<VELAEvidence> ReadEvidence() const;
+  // When the collector last looked at that machine, in seconds since 1970; -1: never.
+  std::int64_t ReadSnapshotTime() const;
 
   const std::string& Path() const { return library_.Path(); }
 
@@ -55,6 +58,7 @@ class Platform {
   decltype(&VELAPlatformNotes) notes_;
   decltype(&VELAPlatformParts) parts_;
   decltype(&VELAPlatformEvidence) evidence_;
+  decltype(&VELAPlatformSnapshotTime) snapshotTime_;
   decltype(&VELASimulatorOpen) open_;
   decltype(&VELASimulatorClose) close_;
   decltype(&VELASimulatorEnter) enter_;

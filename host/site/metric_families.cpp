@@ -98,6 +98,8 @@ std::vector<prometheus::MetricFamily> CollectFamilies(const CompleteAnswer& comp
   AddChecks(series, complete.explanation.checkers);
   AddSources(series, complete.explanation.reply.sources);
   AddNotes(series, complete, texts);
+  series.Start("vela_health_snapshot_timestamp_seconds", "When the collector last looked");
+  if (complete.snapshotTime >= 0) series.Add({}, static_cast<double>(complete.snapshotTime));
   AddPartFamilies(series, complete, texts);
   series.Start("vela_health_build_info", "Always 1; the version is its label");
   series.Add({{"version", VELA_VERSION}}, 1);

@@ -12,7 +12,19 @@ namespace {
 using common::FindMember, common::TextMember;
 using source_status::PartKind, source_status::PartState;
 
-constexpr double kPercent = 0.01;
+constexpr double kPercent = 100;
+
+// Two things may have one name, and none of them is to hide behind the other: "Board 2".
+class Namesakes {
+ public:
+  std::string MakeDistinct(const std::string& name) {
+    const int count = ++counts_[name];
+    return count == 1 ? name : MakeDistinct(name + " " + std::to_string(count));
+  }
+
+ private:
+  std::map<std::string, int, std::less<>> counts_;
+};
 
 // What a check held a volume's free bytes against.
 struct ComparedVolume {
@@ -57,6 +69,9 @@ void AddVolumes(Series& series, const CompleteAnswer& complete, const Texts& tex
     if (check.name == "volume usage") ListCompared(check, "volume_", parts, texts, volumes);
     if (check.name == "external volumes") ListCompared(check, "", parts, texts, volumes);
   }
+  Namesakes namesakes;
+  for (ComparedVolume& volume : volumes)
+    volume.labels.front().value = namesakes.MakeDistinct(volume.labels.front().value);
   series.Start("vela_health_volume_size_bytes", "A volume's size");
   for (const ComparedVolume& volume : volumes) series.Add(volume.labels, volume.size);
   series.Start("vela_health_volume_free_bytes", "What is free on a volume");
@@ -81,16 +96,13 @@ void AddDisks(Series& series, const Parts& parts) {
   }
 }
 
-// Two chips may call a sensor by one name: then the later ones bring their chip along.
 std::vector<std::pair<const VELAPart*, std::string>> NameSensors(const Parts& parts,
                                                                  const Texts& texts) {
   std::vector<std::pair<const VELAPart*, std::string>> names;
-  std::map<std::string, int, std::less<>> taken;
+  Namesakes namesakes;
   for (const VELAPart& part : parts) {
     if (part.kind != PartKind::Sensor || std::string_view(part.unit) != "C") continue;
-    std::string name = DescribePart(part.name, parts, texts);
-    if (taken[name]++ > 0) name += std::string(" (") + part.device + ")";
-    names.emplace_back(&part, std::move(name));
+    names.emplace_back(&part, namesakes.MakeDistinct(DescribePart(part.name, parts, texts)));
   }
   return names;
 }
@@ -109,7 +121,7 @@ void AddUpses(Series& series, const Parts& parts) {
   series.Start("vela_health_ups_charge_ratio", "How full the battery of a UPS is, from 0 to 1");
   for (const VELAPart& part : parts)
     if (part.kind == PartKind::Ups && std::string_view(part.unit) == "%")
-      series.Add({{"ups", part.name}}, static_cast<double>(part.reading) * kPercent);
+      series.Add({{"ups", part.name}}, static_cast<double>(part.reading) / kPercent);
   series.Start("vela_health_ups_runtime_seconds", "How long the battery of a UPS lasts");
   for (const VELAPart& part : parts)
     if (part.kind == PartKind::Ups && part.runtime >= 0)

@@ -17,6 +17,7 @@
 #include "platform/recorder/recording.h"
 #include "platform/simulator/scenario_writer.h"
 #include "platform/simulator/simulator.h"
+#include "platform/status/collected.h"
 #include "platform/status/notes.h"
 #include "platform/status/source_status.h"
 
@@ -110,6 +111,13 @@ void RecordNotes(simulator::Machine& machine) {
   }
 }
 
+// Nor may it have a collector.
+void RecordSnapshotTime(simulator::Machine& machine) {
+  const auto tell = reinterpret_cast<decltype(&VELAPlatformSnapshotTime)>(
+      dlsym(platform, "VELAPlatformSnapshotTime"));
+  if (tell != nullptr) machine.snapshotTime = tell();
+}
+
 // What `name` hands over goes to the end of `list`.
 template <typename Element>
 void RecordAll(const char* name, std::vector<Element>& list) {
@@ -157,6 +165,7 @@ const char* VELARecorderState(const char* why) {
   simulator::Machine machine = Recording();
   RecordSources(machine);
   RecordNotes(machine);
+  RecordSnapshotTime(machine);
   RecordAll("VELAPlatformParts", machine.parts);
   RecordAll("VELAPlatformEvidence", machine.evidence);
   state = simulator::WriteScenario(machine, why);

@@ -203,6 +203,7 @@ struct Machine {
   Sources sources;
 
   // --- Beside the answer.
+  std::int64_t snapshotTime = -1;  // of a collector, in seconds since 1970; -1: it never looked
   std::vector<StatedNote> notes;
   std::vector<VELAPart> parts;
   std::vector<VELAEvidence> evidence;

@@ -167,6 +167,7 @@ void DescribeUps(Fields& ups) {
 template <typename Fields>
 void DescribeTold(Fields& told) {
   told("sources", &Machine::sources);
+  told("snapshotTime", &Machine::snapshotTime);
   told("notes", &Machine::notes);
   told("parts", &Machine::parts);
   told("evidence", &Machine::evidence);

@@ -5,6 +5,7 @@
 
 #include "platform/simulator/machine.h"
 #include "platform/simulator/scenario.h"
+#include "platform/status/collected.h"
 #include "platform/status/notes.h"
 
 struct VELASimulatedMachine {
@@ -32,6 +33,8 @@ int VELAPlatformNotes(VELANote* notes, int capacity) {
                            note.command.c_str());
   return source_status::CopyNotes(notes, capacity);
 }
+
+std::int64_t VELAPlatformSnapshotTime() { return simulator::Simulated().snapshotTime; }
 
 void VELAPlatformParts(VELATakePart take, void* taker) {
   for (const VELAPart& part : simulator::Simulated().parts) take(taker, &part);

@@ -337,7 +337,7 @@ test("every command and option is in the manual and the completions", () => {
   const commands = [...help.matchAll(/\n {2}([a-z]+) {2}/g)].map(([, name]) => name);
   const pages = [help, ...commands.map(name => run([name, "--help"]).out)];
   const words = new Set([...commands, ...pages.join().match(/--[a-z-]+/g)]);
-  assert.ok(commands.length === 9 && words.has("--why") && words.has("--scenario"));
+  assert.ok(commands.length === 10 && words.has("--why") && words.has("--scenario"));
   const files = ["man/vela-health.1", "completion/vela-health.bash", "completion/_vela-health"];
   for (const file of files) {
     const text = read(join(source, "packaging", file)).replaceAll("\\", "");

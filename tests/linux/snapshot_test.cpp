@@ -81,4 +81,20 @@ TEST(Snapshot, TheFileIsReadBelowTheRoot) {
   EXPECT_EQ(reason, "ipmi.json could not be read: Is a directory");
 }
 
+TEST(Snapshot, TheYoungestOfThisBootSaysWhenTheCollectorLooked) {
+  const TemporaryRoot root;
+  EXPECT_EQ(FindSnapshotTime(), -1);
+  root.Write("/proc/sys/kernel/random/boot_id", "3a1f\n");
+  root.Write("/run/vela-platform/.ses.lock", "");
+  EXPECT_EQ(FindSnapshotTime(), -1);
+  root.Write("/run/vela-platform/md.json", R"({"written": 1700, "boot_id": "3a1f"})");
+  root.Write("/run/vela-platform/ses.json",
+             R"({"written": 1760, "boot_id": "3a1f", "error": "x"})");
+  root.Write("/run/vela-platform/nut.json", R"({"written": 1730, "boot_id": "3a1f"})");
+  root.Write("/run/vela-platform/old.json", R"({"written": 1999, "boot_id": "before"})");
+  root.Write("/run/vela-platform/new.json.1", R"({"written": 1999, "boot_id": "3a1f"})");
+  root.Write("/run/vela-platform/cut.json", R"({"written": 1999, "boot)");
+  EXPECT_EQ(FindSnapshotTime(), 1760);
+}
+
 }  // namespace

@@ -195,7 +195,7 @@ TEST_F(UpsTest, HowLongTheBatteryLastsIsAskedOnlyForPartsAndEvidence) {
     TellUpsParts(request->GetUpses(), [&parts](const VELAPart& part) {
       parts += source_status::kPartStateNames[static_cast<std::size_t>(part.state)];
       parts += " " + std::to_string(part.reading) + part.unit + "/" + std::to_string(part.mark) +
-               " (" + part.model + "," + part.serial + ")";
+               " (" + part.model + "," + part.serial + ") " + std::to_string(part.runtime) + "s";
     });
     EXPECT_EQ(parts, row[2]);
     EXPECT_EQ(server.Clients(), 2) << "and is asked once";

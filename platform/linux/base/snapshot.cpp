@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "common/json_reader.h"
 #include "platform/linux/base/root.h"
@@ -92,6 +94,20 @@ SnapshotState ReadSnapshot(const char* source, Json::Value& document, std::strin
       break;
   }
   return ParseSnapshot(source, text, std::time(nullptr), ThisBoot(), document, reason);
+}
+
+std::int64_t FindSnapshotTime() {
+  std::time_t youngest = -1;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(BelowRoot(kSnapshotFolder), error)) {
+    Json::Value document;
+    std::string text;
+    if (entry.path().extension() == ".json" &&
+        ReadSmallFile(entry.path().c_str(), kSnapshotCap, text) == ReadResult::Read &&
+        ParseJson(text, document) && TextMember(document, kBootId) == ThisBoot())
+      youngest = std::max(youngest, SecondsMember(document, kWritten));
+  }
+  return youngest;
 }
 
 Trouble ToTrouble(SnapshotState state, std::string reason) {

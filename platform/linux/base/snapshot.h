@@ -62,6 +62,10 @@ Trouble ToTrouble(SnapshotState state, std::string reason);
 // ask Pacemaker".
 Trouble MissCollector(const std::string& what);
 
+// When the youngest snapshot of this boot was written, whatever it says, in seconds since 1970; -1:
+// there is none. Reads them all.
+std::int64_t FindSnapshotTime();
+
 // How a snapshot that was read came about, for people: "seen by vela-platform-collect 23 s ago".
 std::string SeenByCollector(const Json::Value& document);
 
