@@ -174,6 +174,8 @@ test("without an answer and without an end it tells that nobody knows", () => {
   assert.deepEqual(short(told()), ["cleared Cleared", "cleared Cleared"]);
   for (let i = 0; i < 2; ++i) writeFileSync(join(state, "asking"), ""), round("well");
   assert.deepEqual(short(told()), []);  // the next look was whole
+  writeFileSync(join(state, "asking"), ""), blind();  // a round without an end, one without an answer
+  assert.deepEqual(short(told()), ["unknown New"]);
   assert.equal(round("nowhere").status, 66);
   assert.deepEqual(readdirSync(state), ["state.json"]);
 });
