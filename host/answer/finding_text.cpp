@@ -106,6 +106,11 @@ std::string RenderSentence(const Finding& finding, const Texts& texts) {
   return own != nullptr ? *own : Sanitize(RenderDescription(finding.description, texts));
 }
 
+std::string JoinSentences(const std::string& first, const std::string& second) {
+  if (first.ends_with("。")) return first + second;  // brings its own blank
+  return first + (first.ends_with('.') ? " " : ": ") + second;
+}
+
 std::string AdviceSection(const Finding& finding) { return finding.id + "/" + finding.TextKey(); }
 
 std::string FindAdvice(const Finding& finding, std::string_view key, const Texts& texts) {

@@ -16,6 +16,9 @@ std::string RenderDescription(const Description& description, const Texts& texts
 // anything that could harm a terminal.
 std::string RenderSentence(const Finding& finding, const Texts& texts);
 
+// In one line; not every finding's words are a sentence, and what follows explains those.
+std::string JoinSentences(const std::string& first, const std::string& second);
+
 // The section of the texts that holds a finding's "title", "meaning", "ignored", "do", "where"
 // and perhaps "sentence": its id and text key.
 std::string AdviceSection(const Finding& finding);

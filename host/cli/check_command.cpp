@@ -26,11 +26,6 @@ const char* NameState(ExitStatus status) {
   }
 }
 
-std::string JoinSentences(const std::string& first, const std::string& second) {
-  if (first.ends_with("。")) return first + second;  // brings its own blank
-  return first + (first.ends_with('.') ? " " : ": ") + second;
-}
-
 // "Volume 1: almost full: Volume 1 (/volume1) has 2 % free, limit 5 %.": the first cause, and how
 // many more there are.
 std::string DescribeFinding(const CheckerResult& result, const Evidence& evidence,

@@ -25,12 +25,6 @@ ItemKind ToKind(Verdict verdict) {
   return verdict == Verdict::Warning ? ItemKind::Warning : ItemKind::Notice;
 }
 
-// What stands between a sentence and the next; not every finding's words are a sentence.
-std::string JoinSentences(const std::string& first, const std::string& second) {
-  if (first.ends_with("。")) return first + second;
-  return first + (first.ends_with('.') ? " " : ": ") + second;
-}
-
 // Its key, what else is concerned, and of an expansion unit which of its fans. What is being
 // rebuilt is left out, since that comes and goes while the cause stays. The words of other records
 // may hold figures.
@@ -90,14 +84,6 @@ void AddNotes(const Notes& notes, const Texts& texts, std::vector<Item>& items) 
                      texts.FormatUi("note", FormatNote(note, texts))});
 }
 
-// The findings, the most urgent first; the document's alone where the module that explains is
-// not loaded.
-std::vector<CheckerResult> RankFindings(const Explanation& explanation, const Finding& rule) {
-  if (!explanation.checkers.empty()) return MostUrgentFirst(explanation.checkers);
-  if (rule.AllWell()) return {};
-  return {{"", Outcome::Finding, {}, {}, rule}};
-}
-
 void TellMostUrgent(const CheckerResult& first, const Evidence& evidence, const Texts& texts,
                     Look& look) {
   const std::vector<ToldCause> causes = FormatCauses(evidence, first.name, texts);
@@ -149,7 +135,7 @@ Look MakeLook(const CompleteAnswer& complete, const Texts& texts) {
   look.time = FormatUtcTime(complete.time);
   look.verdict = ToString(JudgeAnswer(answer.rule, sources));
   look.sentence = FormatAnswer(answer.rule, sources, texts);
-  const std::vector<CheckerResult> ranked = RankFindings(explanation, answer.rule);
+  const std::vector<CheckerResult> ranked = RankFindings(explanation);
   if (!ranked.empty()) TellMostUrgent(ranked.front(), complete.evidence, texts, look);
   for (const CheckerResult& each : ranked) AddFinding(each, complete.evidence, texts, look.items);
   AddSources(sources, texts, look.items);

@@ -4,12 +4,11 @@
 #include <string_view>
 #include <utility>
 
-#include "common/json_reader.h"
+#include "host/answer/measured_volumes.h"
 
 namespace host {
 namespace {
 
-using common::FindMember, common::TextMember;
 using source_status::PartKind, source_status::PartState;
 
 constexpr double kPercent = 100;
@@ -26,23 +25,6 @@ class Namesakes {
   std::map<std::string, int, std::less<>> counts_;
 };
 
-// What a check held a volume's free bytes against.
-struct ComparedVolume {
-  std::vector<Series::Label> labels;
-  double size = 0, free = 0, limit = 0;  // bytes
-};
-
-double GetNumber(const Json::Value& value, const char* name) {
-  const Json::Value* member = FindMember(value, name);
-  return member != nullptr && member->isNumeric() ? member->asDouble() : 0;
-}
-
-const Json::Value& GetList(const Json::Value& value, const char* name) {
-  static const Json::Value kNone(Json::arrayValue);
-  const Json::Value* list = FindMember(value, name);
-  return list != nullptr && list->isArray() ? *list : kNone;
-}
-
 std::vector<Series::Label> LabelVolume(const std::string& name, const Parts& parts,
                                        const Texts& texts) {
   const VELAPart* part = FindPart(parts, name);
@@ -50,34 +32,24 @@ std::vector<Series::Label> LabelVolume(const std::string& name, const Parts& par
           {"mount_point", part != nullptr ? part->mountPoint : std::string()}};
 }
 
-// `prefix` makes the volume's name in the document of what the check calls it.
-void ListCompared(const CheckerResult& check, const char* prefix, const Parts& parts,
-                  const Texts& texts, std::vector<ComparedVolume>& volumes) {
-  for (const Json::Value& volume : GetList(check.saw, "volumes"))
-    for (const Json::Value& compared : GetList(volume, "compared")) {
-      if (TextMember(compared, "unit") != "bytes") continue;
-      volumes.push_back({LabelVolume(prefix + TextMember(volume, "volume"), parts, texts),
-                         GetNumber(compared, "total"), GetNumber(compared, "free"),
-                         GetNumber(compared, "mark")});
-    }
-}
-
 void AddVolumes(Series& series, const CompleteAnswer& complete, const Texts& texts) {
-  std::vector<ComparedVolume> volumes;
-  const Parts& parts = complete.evidence.parts;
-  for (const CheckerResult& check : complete.explanation.checkers) {
-    if (check.name == "volume usage") ListCompared(check, "volume_", parts, texts, volumes);
-    if (check.name == "external volumes") ListCompared(check, "", parts, texts, volumes);
-  }
+  const std::vector<MeasuredVolume> volumes = ListMeasuredVolumes(complete.explanation);
   Namesakes namesakes;
-  for (ComparedVolume& volume : volumes)
-    volume.labels.front().value = namesakes.MakeDistinct(volume.labels.front().value);
+  std::vector<std::vector<Series::Label>> labels;
+  for (const MeasuredVolume& volume : volumes) {
+    labels.push_back(LabelVolume(volume.name, complete.evidence.parts, texts));
+    std::string& title = labels.back().front().value;
+    title = namesakes.MakeDistinct(title);
+  }
+  const auto addAll = [&](double MeasuredVolume::*figure) {
+    for (std::size_t i = 0; i < volumes.size(); ++i) series.Add(labels[i], volumes[i].*figure);
+  };
   series.Start("vela_health_volume_size_bytes", "A volume's size");
-  for (const ComparedVolume& volume : volumes) series.Add(volume.labels, volume.size);
+  addAll(&MeasuredVolume::size);
   series.Start("vela_health_volume_free_bytes", "What is free on a volume");
-  for (const ComparedVolume& volume : volumes) series.Add(volume.labels, volume.free);
+  addAll(&MeasuredVolume::free);
   series.Start("vela_health_volume_free_limit_bytes", "A volume with less free than this is low");
-  for (const ComparedVolume& volume : volumes) series.Add(volume.labels, volume.limit);
+  addAll(&MeasuredVolume::minimum);
 }
 
 // Those who page on failed disks want the series to be there before one fails.
