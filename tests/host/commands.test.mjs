@@ -233,19 +233,19 @@ const strings = (value, keep, key = "") => typeof value !== "object" ? keep(key)
 
 test("no code of the module reaches a person in any language", () => {
   for (const [turn, name] of scenarios.entries()) {
-    const {checkers} = json("explain", "--scenario", name);
+    const {checkers} = json("explain", "--scenario", name), own = languages[turn % languages.length];
     const codes = strings(checkers.map(({saw}) => saw), isCode).filter(code => /^[\w ]+$/.test(code));
     const [state, {log}] = ["state", "expected"].map(file =>
       JSON.parse(read(join(source, "scenarios", name, `${file}.json`))));
     const names = strings([state, log], key => !isCode(key)).join();
-    for (const [index, language] of languages.entries()) {
+    for (const language of process.env.VELA_SANITIZED ? [own] : languages) { // all take a minute there
       const texts = ["", "explain/"].map(folder =>
         JSON.parse(read(join(source, `host/texts/${folder}${language}.json`))));
       const {input} = texts[1], told = names + strings(texts, () => true).join();
       const labels = [input.status, input.overview, input["security scan"], input.state].join("|");
       const options = ["--scenario", name, "--lang", language];
       const shown = run(["explain", ...options]).out +
-        (turn % languages.length === index ? run(["report", "-", ...options]).out : "")
+        (language === own ? run(["report", "-", ...options]).out : "")
           .replace(/<style>.*?<\/style>|<details.*?<\/details>|<code.*?<\/code>/gs, "");
       const coded = RegExp(`(${labels})\u00a0?[:：] ?(${["\\d+", ...codes].join("|")})( ·|\n|<)`);
       assert.doesNotMatch(shown, coded, `${name} ${language}`);
