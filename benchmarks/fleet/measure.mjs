@@ -6,7 +6,7 @@ import {Fleet, eventually} from "./fleet.mjs";
 
 const kEvaluation = 15, kFaults = 37;
 // As the mixin has it; so many boxes on two cores are scraped once a minute.
-const scrapeInterval = boxes => Number(process.env.SCRAPE ?? (boxes > 5000 ? 60 : 30));
+const scrapeInterval = boxes => Number(process.env.SCRAPE ?? (boxes > 5000 ? 60 : 20));
 const kServers = ["prometheus", "alertmanager", "demo"];
 const count = number => Math.round(number).toLocaleString("en");
 const tell = text => process.stderr.write(`${new Date().toTimeString().slice(0, 8)} ${text}\n`);

@@ -54,7 +54,7 @@ async function expectSoon(expected, list) {
 test("of a thousand boxes those with a fault are told, no others, until they are mended",
   async t => {
     const fleet = await Fleet.start(
-      {program, mixin, boxes: 1000, scrape: 15, stretch: true, over: 15});
+      {program, mixin, boxes: 1000, scrape: 8, stretch: true, over: 15});
     t.after(() => fleet.stop());
     await fleet.scraped(kLongest);
     assert.deepEqual(await listAlerts(fleet), []);
