@@ -13,19 +13,39 @@
 namespace host {
 namespace {
 
-// "Disk 6 (bay 3, WDC WD40EFRX, serial WD-1); Disk 7 (bay 4); md0 and 2 more".
+using Names = std::vector<std::string>;
+
+void AddName(std::string_view part, const Parts& parts, const Texts& texts, Names& names) {
+  if (part.empty()) return;
+  std::string name = DescribePart(part, parts, texts);
+  if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+}
+
+// The parts that the causes are about, and those that failed or are missing in them. What is being
+// rebuilt is left out: it comes and goes while the finding stays.
+Names ListTroubledParts(const Evidence& evidence, std::string_view check, const Texts& texts) {
+  Names names;
+  for (const VELAEvidence& record : evidence.records) {
+    if (record.check != check) continue;
+    AddName(record.part, evidence.parts, texts, names);
+    for (std::uint32_t i = 0; i < record.relatedCount; ++i) {
+      const VELARelatedPart& related = record.related[i];
+      const std::string_view relation = related.relation;
+      if (relation == "failed" || relation == "missing")
+        AddName(related.part, evidence.parts, texts, names);
+    }
+  }
+  return names;
+}
+
+// "md0 (RAID 6, Volume 1); Disk 3 (bay 3, WDC WD80EFPX, serial WD-1, was sdc); md1 and 2 more".
 std::string NameParts(const Evidence& evidence, std::string_view check, const Texts& texts) {
   constexpr std::size_t kNamed = 3;
-  std::vector<std::string> named;
-  for (const VELAEvidence& record : evidence.records) {
-    if (record.check != check || record.part[0] == '\0') continue;
-    std::string name = DescribePart(record.part, evidence.parts, texts);
-    if (std::ranges::find(named, name) == named.end()) named.push_back(std::move(name));
-  }
+  const Names names = ListTroubledParts(evidence, check, texts);
   std::string words;
-  for (std::size_t i = 0; i < std::min(named.size(), kNamed); ++i)
-    words += (i == 0 ? "" : "; ") + named[i];
-  if (named.size() > kNamed) words += " and " + std::to_string(named.size() - kNamed) + " more";
+  for (std::size_t i = 0; i < std::min(names.size(), kNamed); ++i)
+    words += (i == 0 ? "" : "; ") + names[i];
+  if (names.size() > kNamed) words += " and " + std::to_string(names.size() - kNamed) + " more";
   return words;
 }
 
