@@ -32,6 +32,28 @@ outcomes() {
     END { tell() }' "$1"
 }
 
+# outcomes_within FOLDER OUTCOMES: for a program that passed, the outcomes of its tests in Google
+# Test's report FOLDER/NAME.xml. One that failed is a failure beside the tests of it that passed.
+outcomes_within() {
+  local report name
+  for report in "$1"/*.xml; do
+    [ -e "$report" ] || continue
+    name=$(basename "$report" .xml)
+    awk '
+      function tell() { if (name != "") print outcome " " name; name = "" }
+      /<testcase name="/ {
+        tell()
+        name = $0; sub(/.* classname="/, "", name); sub(/".*/, "", name)
+        sub(/.*<testcase name="/, "")
+        outcome = /result="s(kipped|uppressed)"/ ? "skipped" : "passed"
+        sub(/".*/, ""); name = name "." $0
+      }
+      /<failure/ { name = "" }
+      END { tell() }' "$report" >>"$2"
+    sed -i "/^passed ${name//./\\.}\$/d" "$2"
+  done
+}
+
 # output_of REPORT NAME: what the test printed.
 output_of() {
   NAME=$2 awk '
