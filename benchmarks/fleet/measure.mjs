@@ -4,9 +4,9 @@ import {setTimeout as sleep} from "node:timers/promises";
 import {gzipSync} from "node:zlib";
 import {Fleet, eventually} from "./fleet.mjs";
 
-const kEvaluation = 15, kFaults = 37;
+const kEvaluation = 10, kFaults = 37;
 // As the mixin has it; so many boxes on two cores are scraped once a minute.
-const scrapeInterval = boxes => Number(process.env.SCRAPE ?? (boxes > 5000 ? 60 : 20));
+const scrapeInterval = boxes => Number(process.env.SCRAPE ?? (boxes > 5000 ? 60 : 15));
 const kServers = ["prometheus", "alertmanager", "demo"];
 const count = number => Math.round(number).toLocaleString("en");
 const tell = text => process.stderr.write(`${new Date().toTimeString().slice(0, 8)} ${text}\n`);
