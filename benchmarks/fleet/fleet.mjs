@@ -34,12 +34,14 @@ function ownAddress(port) {
 const replaceBlock = (text, name, block) =>
   text.replace(new RegExp(`^${name}:.*\\n(?:(?:[ #-].*)?\\n)*`, "m"), () => block);
 
-// How long the rules and the routing that ship hold back that something is over.
+// How long the rules and the routing that ship hold back that something is over, and how long a
+// first message waits for others.
 function shortenHolding(folder, seconds) {
   for (const name of readdirSync(folder).filter(each => each.endsWith(".yml"))) {
     const text = readFileSync(join(folder, name), "utf8");
     writeFileSync(join(folder, name),
-      text.replace(/(keep_firing_for|group_interval): \w+/g, (_, key) => `${key}: ${seconds}s`));
+      text.replace(/(keep_firing_for|group_interval): \w+/g, (_, key) => `${key}: ${seconds}s`)
+        .replace(/group_wait: \d\ds/g, "group_wait: 5s"));
   }
 }
 
@@ -111,6 +113,8 @@ export class Fleet {
   static async start({program, mixin, boxes, scrape, stretch, over, evaluation = 5, refresh = 5}) {
     const fleet = new Fleet();
     process.once("exit", () => fleet.kill());
+    for (const signal of ["SIGHUP", "SIGINT", "SIGTERM"])
+      process.once(signal, () => process.exit(1));
     await fleet.hub.start(boxes);
     await fleet.startDemo(program);
     if (stretch) scrape = Math.min(60, Math.max(scrape, Math.ceil(3 * await fleet.timeRound())));
