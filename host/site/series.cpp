@@ -1,5 +1,6 @@
 #include "host/site/series.h"
 
+#include <string_view>
 #include <utility>
 
 #include "common/sanitize.h"
@@ -11,13 +12,15 @@ using prometheus::ClientMetric, prometheus::MetricFamily, prometheus::MetricType
 namespace {
 
 // Cut between two characters.
-std::string MakeLabel(const std::string& text) {
+std::string MakeLabel(std::string_view text) {
   constexpr std::size_t kLongest = 256;
-  constexpr const char* kCut = "...";
-  if (text.size() <= kLongest) return common::Sanitize(text);
-  std::size_t end = kLongest;
-  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;  // within one
-  return common::Sanitize(text.substr(0, end)) + kCut;
+  constexpr std::string_view kCut = "...";
+  std::string label = common::Sanitize(text);  // which may make it longer
+  if (label.size() <= kLongest) return label;
+  std::size_t end = kLongest - kCut.size();
+  while (end > 0 && (label[end] & 0xC0) == 0x80) --end;  // within one
+  label.replace(end, std::string::npos, kCut);
+  return label;
 }
 
 }  // namespace
