@@ -35,6 +35,20 @@ restarted_by_watchdog() {
   until_is 90 1 of_service NRestarts && until_is 60 active systemctl is-active vela-health.service || return
   [ "$(of_service MainPID)" != "$server" ] && is_up
 }
+# The owner's own hook, which each round runs as the service's user.
+tells_hook() {
+  local hook=/etc/vela-health/notify.d/every-round/owner told=/run/vela-health-notify/told
+  # shellcheck disable=SC2016
+  printf '#!/bin/sh\nset -e\ncat >/run/vela-health-notify/told\ntest -n "$VELA_SENTENCE"\n' >"$hook"
+  chmod 755 "$hook"
+  systemctl start vela-health-notify.service && grep -q '"checks"' "$told" && [ "$(stat -c %U "$told")" = vela-health ]
+}
+writes_textfile() {
+  local file=/var/lib/prometheus/node-exporter/vela-health.prom
+  mkdir -p "${file%/*}"
+  systemctl enable --now vela-health-textfile.timer && systemctl start vela-health-textfile.service || return
+  grep -q '^vela_health_checks_made ' "$file" && [ "$(stat -c %a "$file")" = 644 ]
+}
 is_gone() {
   ! is_up && ! id vela-health && [ ! -e /usr/bin/vela-health ] &&
     [ -z "$(systemctl list-units --all --plain --no-legend 'vela-*')" ]
@@ -50,8 +64,11 @@ old_server=$(of_service MainPID)
 holds "package upgraded" package --install "$new"
 holds "upgraded service is up, another process" test "$(of_service MainPID)" != "$old_server" -a "$(systemctl is-active vela-health-notify.timer)" = active
 holds "page answers after the upgrade" serves_page
+holds "owner's hook is told" tells_hook
+holds "node_exporter's file is written" writes_textfile
 holds "watchdog starts a stopped server anew" restarted_by_watchdog
 rm -r /run/systemd/system/vela-health.service.d
+rm -r /etc/vela-health/notify.d/every-round/owner /var/lib/prometheus
 holds "package removed and purged" package --purge vela-systemhealth
 systemctl reset-failed
 holds "nothing of it runs" is_gone
