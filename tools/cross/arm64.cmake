@@ -24,9 +24,6 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${VELA_SYSROOT})
 set(ENV{PKG_CONFIG_LIBDIR}
   ${VELA_SYSROOT}/usr/lib/aarch64-linux-gnu/pkgconfig:${VELA_SYSROOT}/usr/share/pkgconfig)
 
-# A cross build is for a look at what ships: the quicker, the better.
-set(CMAKE_PROJECT_vela-systemhealth_INCLUDE ${CMAKE_CURRENT_LIST_DIR}/headers.cmake)
-
 # The Debian package.
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/package.cmake)
